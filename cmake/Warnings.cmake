@@ -1,0 +1,11 @@
+# The target omron_fins_warnings: the warnings that every target of the project is built with.
+add_library(omron_fins_warnings INTERFACE)
+target_compile_options(omron_fins_warnings INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wold-style-cast
+    $<$<BOOL:${OMRON_FINS_WERROR}>:-Werror>)
+
+if(OMRON_FINS_SANITIZE)
+    target_compile_options(omron_fins_warnings INTERFACE
+        -fsanitize=${OMRON_FINS_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(omron_fins_warnings INTERFACE -fsanitize=${OMRON_FINS_SANITIZE})
+endif()

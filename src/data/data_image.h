@@ -1,0 +1,24 @@
+#ifndef DATA_DATA_IMAGE_H
+#define DATA_DATA_IMAGE_H
+
+#include "omron_fins_ethernet.h"
+
+// The data image: one record per PLC word, in creation order. Records are added on first contact and never removed
+// while the driver runs, so indexes stay valid; references do not, since a callback may add records.
+
+/// Index in `areas` of the first record with the three keys. A missing record is appended, all zero but its keys.
+/// `regType` is a word type.
+qint32 getIndexOfDataArea(qint32 requestTag, QString regType, qint32 address, QList<_DATA_> &areas);
+
+/// Reports the change of one word from `currentValue` to `newValue` (0 to 0xFFFF): each watched bit that differs, lowest
+/// first, then the word if it is watched. Equal values report nothing. `wordOnly` nonzero leaves the bits out. Creates
+/// the word's record if it is missing, and changes nothing else.
+void _wordDataChange(const qint32 *currentValue, const qint32 *newValue, qint32 requestTag, QString regType,
+                     qint32 address, qint32 wordOnly);
+
+/// Reports each watched bit among bits 0 to 7 that differs between two bytes, under `regType` unchanged and
+/// `address` + bit.
+void _byteDataChange(const quint8 *currentByte, const quint8 *newByte, qint32 requestTag, QString regType,
+                     qint32 address);
+
+#endif
