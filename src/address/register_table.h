@@ -9,9 +9,9 @@
 /// Number of register types. The range table has one row more, which has no name and is never reached.
 enum { REG_COUNT = 12 };
 
-extern const QString REG_LIST[REG_COUNT];
+extern QString       REG_LIST[REG_COUNT];
 extern const qint32  AREA_CODE_CS_CJ[REG_COUNT];
-extern const QString ADDRESS_RANGE_FINS[REG_COUNT + 1];
+extern QString       ADDRESS_RANGE_FINS[REG_COUNT + 1];
 
 /// The five comma-separated fields of a range string.
 enum RangeField {
