@@ -10,6 +10,12 @@
 /// `regType` is a word type.
 qint32 getIndexOfDataArea(qint32 requestTag, QString regType, qint32 address, QList<_DATA_> &areas);
 
+/// The two bytes that the panel sees of a record: the written value until its write has ended, else the PLC's.
+const quint8 *shownValue(const _DATA_ &area);
+
+/// The word in two bytes, low byte first; 0 to 0xFFFF.
+qint32 wordOf(const quint8 *bytes);
+
 /// Reports the change of one word from `currentValue` to `newValue` (0 to 0xFFFF): each watched bit that differs, lowest
 /// first, then the word if it is watched. Equal values report nothing. `wordOnly` nonzero leaves the bits out. Creates
 /// the word's record if it is missing, and changes nothing else.

@@ -1,0 +1,131 @@
+#include "data/write_completion.h"
+
+#include "address/register_table.h"
+#include "address/wrapping.h"
+#include "data/data_image.h"
+#include "data/write_values.h"
+
+/// Result argument of _write_FailOrSuc.
+enum WriteResult {
+    WRITE_FAILED    = 0,
+    WRITE_SUCCEEDED = 1
+};
+
+static void finishWord(qint32 requestTag, const QString &regType, qint32 address, qint32 result)
+{
+    const qint32 index = getIndexOfDataArea(requestTag, regType, address, driver.dataAreas);
+    _DATA_ &area = driver.dataAreas[index];
+    area.writePending = 0;
+    if (result == WRITE_SUCCEEDED) {
+        area.plcValue[0] = area.writeValue[0];
+        area.plcValue[1] = area.writeValue[1];
+        return;
+    }
+    const qint32 plcWord = wordOf(area.plcValue);
+    const qint32 writtenWord = wordOf(area.writeValue);
+    _wordDataChange(&plcWord, &writtenWord, requestTag, regType, address, 0);
+}
+
+static void finishBit(qint32 requestTag, const QString &wordType, qint32 bitAddress, qint32 result)
+{
+    const qint32 bit = bitAddress % 16;
+    const qint32 index = getIndexOfDataArea(requestTag, wordType, bitAddress / 16, driver.dataAreas);
+    if (bit < 0)
+        return;
+
+    // Deliberate: the last outstanding bit ends the pending state, also that of a word write still queued.
+    _DATA_ &area = driver.dataAreas[index];
+    area.pendingBits = _setBitValue(area.pendingBits, bit, 0);
+    if (area.pendingBits == 0)
+        area.writePending = 0;
+    if (result == WRITE_SUCCEEDED) {
+        const qint32 written = wordOf(area.writeValue) >> bit & 1;
+        quint8 &plcByte = area.plcValue[bit / 8];
+        plcByte = static_cast<quint8>(_setBitValue(plcByte, bit % 8, written));
+    }
+}
+
+void _write_FailOrSuc(qint32 requestTag, QString regType, qint32 address, qint32 count, qint32 result)
+{
+    if (!isBitType(regType)) {
+        for (qint32 i = 0; i < count; ++i)
+            finishWord(requestTag, regType, wrapAdd(address, i), result);
+        return;
+    }
+    // Deliberate: every bit reports, watched or not, and under the piece's first address.
+    const QString wordType = wordTypeOf(regType);
+    for (qint32 i = 0; i < count; ++i) {
+        finishBit(requestTag, wordType, wrapAdd(address, i), result);
+        driver.valueChangeCallback(driver.stationNo, requestTag, regType, address);
+    }
+}
+
+static void finishWrite()
+{
+    if (driver.writeList.isEmpty())
+        return;
+
+    const VARIABLE &head = driver.writeList.at(0);
+    _write_FailOrSuc(head.requestTag, head.regType, head.address, head.count,
+                     driver.commFailed != 0 ? WRITE_FAILED : WRITE_SUCCEEDED);
+    driver.writeList.removeFirst();
+}
+
+static void finishConditionRead()
+{
+    if (driver.conditionReadList.isEmpty())
+        return;
+
+    // Deliberate: only the piece queued last reports, and its -1 values are the sign of a conditional read's end.
+    if (sameVariable(driver.conditionReadList.at(0), driver.currentRead))
+        driver.valueChangeCallback(-1, -1, QLatin1String("-1"), driver.commFailed != 0 ? -1 : 0);
+    if (driver.commFailed != 0)
+        driver.conditionReadList.clear();
+    else
+        driver.conditionReadList.removeFirst();
+}
+
+static void rotatePollList()
+{
+    if (driver.readList.size() >= 2)
+        driver.readList.append(driver.readList.takeFirst());
+}
+
+/// Deliberate: the request is cleared on success and failure alike.
+static void finishRecipeBlock(RecipeFlag flag)
+{
+    if (driver.commFailed == 0) {
+        ++driver.recipeIndex;
+        if (driver.recipeIndex < driver.recipeBlocks.size())
+            return;
+    }
+    driver.recipeIndex = 0;
+    if (driver.runtimeBlock == nullptr || driver.runtimeMutex == nullptr)
+        return;
+    driver.runtimeMutex->lock();
+    driver.runtimeBlock[flag] = 0;
+    driver.runtimeMutex->unlock();
+}
+
+void dealListWhenFinish()
+{
+    switch (driver.jobType) {
+    case JOB_WRITE:
+        finishWrite();
+        break;
+    case JOB_CONDITION_READ:
+        finishConditionRead();
+        break;
+    case JOB_POLL:
+        rotatePollList();
+        break;
+    case JOB_RECIPE_WRITE:
+        finishRecipeBlock(RECIPE_WRITE_FLAG);
+        break;
+    case JOB_RECIPE_READ:
+        finishRecipeBlock(RECIPE_READ_FLAG);
+        break;
+    default:
+        break;
+    }
+}
