@@ -3,6 +3,8 @@
 
 #include "omron_fins_ethernet.h"
 
+#include <vector>
+
 // Merging of watched addresses and recipe variables into few blocks.
 
 /// The recipe mode of addrMerge; the poll plan passes 1.
@@ -16,5 +18,8 @@ enum MergeMode {
 /// gaps. Recipe mode joins only what touches, in the order given, and appends to recipeBlockStart the index of each
 /// block's first item.
 void addrMerge(QList<KEY_ADDRESS> &items, int mode);
+
+/// Positions 0 to n - 1 in ascending order of their weights; equal weights keep their order.
+std::vector<int> sortedByWeight(const std::vector<quint32> &weights);
 
 #endif
