@@ -1,0 +1,39 @@
+#ifndef FINS_PLC_CONTROLLER_H
+#define FINS_PLC_CONTROLLER_H
+
+#include "end_codes.h"
+#include "memory.h"
+
+#include <string>
+
+// The CPU unit that the FINS commands act on: its memory, its operating mode, and whether it takes writes.
+
+namespace plc {
+
+/// Operating modes, with their values in RUN and CONTROLLER STATUS READ.
+enum class Mode : unsigned { PROGRAM = 0x00, MONITOR = 0x02, RUN = 0x04 };
+
+struct Controller {
+    Memory   memory;
+    Mode     mode = Mode::RUN;
+    unsigned refusalInRun = END_NORMAL;     // end code of writes while in RUN mode; END_NORMAL: they are taken
+    unsigned refusalInProgram = END_NORMAL; // the same for PROGRAM mode
+
+    /// The end code that refuses a write in the present mode, or END_NORMAL.
+    unsigned writeRefusal() const
+    {
+        if (mode == Mode::RUN)
+            return refusalInRun;
+        return mode == Mode::PROGRAM ? refusalInProgram : unsigned(END_NORMAL);
+    }
+};
+
+/// "program", "monitor" or "run".
+std::string modeName(Mode mode);
+
+/// Returns false, `mode` unchanged, if `name` is none of the three.
+bool parseMode(const std::string &name, Mode *mode);
+
+} // namespace plc
+
+#endif

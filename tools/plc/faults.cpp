@@ -1,0 +1,173 @@
+#include "faults.h"
+
+#include "memory.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace plc {
+
+namespace {
+
+enum class ValueKind { NONE, DECIMAL, END_CODE };
+
+struct FaultRow {
+    const char *name;
+    ValueKind   kind;
+    unsigned    least;
+    unsigned    most;
+    unsigned    preset; // the value when none is given
+    const char *meaning;
+};
+
+// Rows in the order of FaultKind.
+const FaultRow FAULTS[FAULT_COUNT] = {
+    {"delay",     ValueKind::DECIMAL,  0, 60000,  100, "reply MS late (100)"},
+    {"jitter",    ValueKind::DECIMAL,  0, 60000,   50, "reply a random time late, at most MS (50)"},
+    {"drop",      ValueKind::NONE,     0, 0,        0, "command carried out, reply lost"},
+    {"wrong-sid", ValueKind::NONE,     0, 0,        0, "reply with the next service ID"},
+    {"short",     ValueKind::DECIMAL,  1, 1000,     1, "reply without its last N bytes, its length field agreeing (1)"},
+    {"long",      ValueKind::DECIMAL,  1, 1000,     1, "reply with N zero bytes added, its length field agreeing (1)"},
+    {"bytewise",  ValueKind::DECIMAL,  0, 1000,     1, "reply one byte at a time, MS apart (1)"},
+    {"double",    ValueKind::NONE,     0, 0,        0, "reply twice in one segment"},
+    {"end-code",  ValueKind::END_CODE, 1, 0xFFFF,   0, "command refused with end code XXXX (hex)"},
+    {"close",     ValueKind::NONE,     0, 0,        0, "command carried out, connection closed instead of a reply"},
+    {"silence",   ValueKind::NONE,     0, 0,        0, "nothing carried out or answered, node exchanges included"},
+    {"refuse",    ValueKind::NONE,     0, 0,        0, "connections refused"},
+};
+
+int findFault(const std::string &name)
+{
+    for (int i = 0; i < FAULT_COUNT; ++i)
+        if (name == FAULTS[i].name)
+            return i;
+    return -1;
+}
+
+std::string unknownFault(const std::string &name)
+{
+    std::string text = "'" + name + "' is no fault; faults are";
+    for (const FaultRow &row : FAULTS)
+        text += std::string(" ") + row.name;
+    return text;
+}
+
+// A decimal number from 0 to 1.
+bool parseProbability(const std::string &text, double *probability)
+{
+    if (text.empty() || text.find_first_not_of("0123456789.") != std::string::npos)
+        return false;
+    char *end = nullptr;
+    const double parsed = std::strtod(text.c_str(), &end);
+    if (*end != '\0' || parsed > 1.0)
+        return false;
+    *probability = parsed;
+    return true;
+}
+
+bool parseEndCode(const std::string &text, unsigned *value)
+{
+    if (text.size() != 4 || text.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos)
+        return false;
+    *value = static_cast<unsigned>(std::strtoul(text.c_str(), nullptr, 16));
+    return true;
+}
+
+// Returns an empty text, or what is wrong with the value.
+std::string parseValue(const FaultRow &row, const std::string &text, unsigned *value)
+{
+    const std::string name = row.name;
+    if (row.kind == ValueKind::NONE)
+        return name + " takes no value";
+    unsigned parsed = 0;
+    const bool isHex = row.kind == ValueKind::END_CODE;
+    const bool isNumber = isHex ? parseEndCode(text, &parsed) : parseNumber(text, row.most, &parsed);
+    if (!isNumber || parsed < row.least)
+        return "'" + text + "' is no value of " + name + "; use " +
+               (isHex ? std::string("four hexadecimal digits, not 0000")
+                      : std::to_string(row.least) + " to " + std::to_string(row.most));
+    *value = parsed;
+    return std::string();
+}
+
+} // namespace
+
+std::string Faults::set(const std::string &text)
+{
+    const std::string::size_type at = text.find('@');
+    const std::string nameAndValue = text.substr(0, at);
+    const std::string::size_type equals = nameAndValue.find('=');
+    const std::string name = nameAndValue.substr(0, equals);
+    const int kind = findFault(name);
+    if (kind < 0)
+        return unknownFault(name);
+    Setting setting;
+    setting.probability = 1;
+    setting.value = FAULTS[kind].preset;
+    if (at != std::string::npos && !parseProbability(text.substr(at + 1), &setting.probability))
+        return "'" + text.substr(at + 1) + "' is no probability; use 0 to 1";
+    if (equals == std::string::npos && FAULTS[kind].kind == ValueKind::END_CODE)
+        return name + " needs a value, such as " + name + "=1101";
+    if (equals != std::string::npos) {
+        const std::string wrong = parseValue(FAULTS[kind], nameAndValue.substr(equals + 1), &setting.value);
+        if (!wrong.empty())
+            return wrong;
+    }
+    settings[kind] = setting;
+    return std::string();
+}
+
+std::string Faults::clear(const std::string &name)
+{
+    const int kind = findFault(name);
+    if (kind < 0)
+        return unknownFault(name);
+    settings[kind] = Setting();
+    return std::string();
+}
+
+void Faults::clearAll()
+{
+    for (Setting &setting : settings)
+        setting = Setting();
+}
+
+bool Faults::strikes(FaultKind kind)
+{
+    const double range = 4294967296.0; // of the random numbers
+    const double probability = settings[kind].probability;
+    if (probability <= 0 || probability >= 1)
+        return probability >= 1;
+    return static_cast<double>(random()) / range < probability;
+}
+
+std::string Faults::list() const
+{
+    std::string text;
+    for (int i = 0; i < FAULT_COUNT; ++i) {
+        if (settings[i].probability <= 0)
+            continue;
+        char value[16] = "";
+        if (FAULTS[i].kind != ValueKind::NONE)
+            std::snprintf(value, sizeof value, FAULTS[i].kind == ValueKind::END_CODE ? "=%04X" : "=%u",
+                          settings[i].value);
+        char probability[32] = "";
+        if (settings[i].probability < 1)
+            std::snprintf(probability, sizeof probability, "@%g", settings[i].probability);
+        text += (text.empty() ? "" : " ") + std::string(FAULTS[i].name) + value + probability;
+    }
+    return text.empty() ? "none" : text;
+}
+
+std::string Faults::help()
+{
+    std::string text;
+    for (const FaultRow &row : FAULTS) {
+        const std::string value = row.kind == ValueKind::NONE ? "" : row.kind == ValueKind::END_CODE ? "=XXXX" : "[=N]";
+        const std::string name = "  " + std::string(row.name) + value;
+        text += name + std::string(name.size() < 18 ? 18 - name.size() : 1, ' ') + row.meaning + "\n";
+    }
+    return text;
+}
+
+} // namespace plc

@@ -1,0 +1,70 @@
+#ifndef FINS_PLC_MEMORY_H
+#define FINS_PLC_MEMORY_H
+
+#include "bytes.h"
+#include "end_codes.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// The PLC's memory: the data areas of a CS/CJ CPU unit with their real sizes, and the two ways to name a place in
+// them: as a FINS command does (memory-area code, address, bit) and as people do ("DM:100", "CIO_bit:100.5:2").
+
+namespace plc {
+
+/// Row numbers of the area table.
+enum AreaIndex { AREA_CIO, AREA_WR, AREA_HR, AREA_AR, AREA_DM, AREA_T, AREA_C, AREA_COUNT };
+
+/// How the items of a span are addressed.
+enum class Access {
+    WORD, // 16-bit words; for timers and counters the present values
+    BIT,  // bits of words, numbered word * 16 + bit
+    FLAG  // completion flags of timers and counters
+};
+
+/// A run of items that lies wholly inside one area.
+struct Span {
+    int      area = AREA_CIO;
+    Access   access = Access::WORD;
+    unsigned first = 0; // number of the first item in the area
+    unsigned count = 0; // items
+};
+
+class Memory {
+public:
+    Memory();
+
+    /// Finds the run of `count` items that a command's parameters name. Returns END_NORMAL and sets `span`, or the end
+    /// code that refuses it: END_NO_AREA, END_START_OUT_OF_RANGE, END_RANGE_EXCEEDED.
+    EndCode locate(unsigned areaCode, unsigned address, unsigned bit, unsigned count, Span *span) const;
+
+    /// Item `i` of the span. A bit or flag is 0 or 1.
+    unsigned get(const Span &span, unsigned i) const;
+    void set(const Span &span, unsigned i, unsigned value);
+
+    // Single items by number, for the plant. The numbers are the caller's own constants and must lie in the area.
+    unsigned word(AreaIndex area, unsigned number) const { return words[area].at(number); }
+    void setWord(AreaIndex area, unsigned number, unsigned value);
+    bool bit(AreaIndex area, unsigned number, unsigned bitNumber) const;
+    void setBit(AreaIndex area, unsigned number, unsigned bitNumber, bool on);
+    void setFlag(AreaIndex area, unsigned number, bool on) { flags[area].at(number) = on ? 1 : 0; }
+
+private:
+    std::vector<std::uint16_t> words[AREA_COUNT];
+    std::vector<std::uint8_t>  flags[AREA_COUNT]; // timers and counters only
+};
+
+/// Whether `areaCode` is one of the table's codes, and how its items are addressed.
+bool findAccess(unsigned areaCode, Access *access);
+
+/// Parses TYPE:ADDRESS or TYPE:ADDRESS:COUNT; the types are CIO WR HR AR DM T C, and CIO_bit WR_bit HR_bit AR_bit
+/// DM_bit with the address as word.bit. Returns an empty text and sets `span`, or what is wrong.
+std::string parsePlace(const std::string &text, Span *span);
+
+/// Parses a number without sign, at most `maximum`. Returns false, `value` unchanged, for anything else.
+bool parseNumber(const std::string &text, unsigned maximum, unsigned *value);
+
+} // namespace plc
+
+#endif

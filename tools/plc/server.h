@@ -1,0 +1,48 @@
+#ifndef FINS_PLC_SERVER_H
+#define FINS_PLC_SERVER_H
+
+#include "connection.h"
+
+#include <asio.hpp>
+#include <map>
+#include <memory>
+
+// The listening socket and the connections that came in through it.
+
+namespace plc {
+
+class Server {
+public:
+    /// Binds `address`. Throws asio::system_error if that is not possible.
+    Server(asio::io_context &context, const asio::ip::tcp::endpoint &address, Plc &state,
+           const ConnectionOptions &settings, std::size_t clients);
+
+    asio::ip::tcp::endpoint endpoint() const { return local; }
+
+    /// Begins or ends listening, as the fault `refuse` has it. To be called whenever faults have changed.
+    void applyFaults();
+
+    /// Closes every connection. Returns how many there were.
+    std::size_t disconnectAll();
+
+private:
+    void open();
+    void acceptNext();
+    void retryAccept();
+    void admit(asio::ip::tcp::socket &&socket);
+
+    asio::io_context                               &io;
+    asio::ip::tcp::acceptor                         acceptor;
+    asio::steady_timer                              retry;
+    asio::ip::tcp::endpoint                         local;
+    Plc                                            &plc;
+    ConnectionOptions                               options;
+    std::size_t                                     connectionLimit;
+    unsigned                                        lastId = 0;
+    bool                                            isListening = false;
+    std::map<unsigned, std::shared_ptr<Connection>> connections;
+};
+
+} // namespace plc
+
+#endif
