@@ -1,0 +1,52 @@
+#ifndef TESTS_SCENARIO_BLOCKED_CALL_H
+#define TESTS_SCENARIO_BLOCKED_CALL_H
+
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <QtCore/QMutex>
+#include <atomic>
+#include <chrono>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <string>
+#include <thread>
+
+// Shows whether a call takes a mutex: it runs on a thread of its own while this thread holds the mutex.
+
+/// True when the kernel reports the thread `id` of this process as sleeping, which is how it waits for a lock.
+inline bool isSleeping(long id)
+{
+    std::ifstream file("/proc/self/task/" + std::to_string(id) + "/stat");
+    const std::string stat((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    const std::size_t name = stat.rfind(')');
+    return name != std::string::npos && stat.compare(name, 3, ") S") == 0;
+}
+
+/// True when `call` waits until `mutex` is unlocked; `meanwhile` runs while it waits. Returns after `call` has ended.
+inline bool waitsForMutex(QMutex &mutex, const std::function<void()> &call, const std::function<void()> &meanwhile)
+{
+    std::atomic<long> id(0);
+    std::atomic<bool> ended(false);
+    mutex.lock();
+    std::thread worker([&] {
+        id = syscall(SYS_gettid);
+        call();
+        ended = true;
+    });
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    int seenAsleep = 0;
+    while (!ended && seenAsleep < 5 && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        seenAsleep = id != 0 && isSleeping(id) ? seenAsleep + 1 : 0;
+    }
+    const bool waits = !ended && seenAsleep == 5;
+    if (waits)
+        meanwhile();
+    mutex.unlock();
+    worker.join();
+    return waits;
+}
+
+#endif

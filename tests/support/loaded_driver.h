@@ -1,0 +1,101 @@
+#ifndef TESTS_SUPPORT_LOADED_DRIVER_H
+#define TESTS_SUPPORT_LOADED_DRIVER_H
+
+#include <dlfcn.h>
+
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+
+#include "omron_fins_ethernet.h"
+
+// The built library as a runtime sees it: loaded by name, its functions found by name, nothing linked.
+
+/// The library under test: the one of this build, or the one that OMRON_FINS_TEST_LIBRARY names (an installed one).
+inline std::string driverPath()
+{
+    const char *named = std::getenv("OMRON_FINS_TEST_LIBRARY");
+    return named != nullptr ? named : OMRON_FINS_LIBRARY;
+}
+
+/// One loaded library with its eighteen functions. Destroying it unloads the library.
+class LoadedDriver {
+public:
+    explicit LoadedDriver(const std::string &path = driverPath(), int flags = RTLD_NOW)
+        : m_path(path), m_handle(dlopen(path.c_str(), flags))
+    {
+        if (m_handle == nullptr)
+            throw std::runtime_error(dlerror());
+        resolve(getProtocolType, "intf_getProtocolType");
+        resolve(getDriverParameter, "intf_getDriverParameter");
+        resolve(getDriverPropertyPage, "intf_getDriverPropertyPage");
+        resolve(setDriverPropertyPage, "intf_SetDriverPropertyPage");
+        resolve(setAddrValueChangeCallBack, "intf_setAddrValueChangeCallBack");
+        resolve(initProperty, "intf_initProperty");
+        resolve(checkAddrValidity, "intf_checkAddrValidity");
+        resolve(checkAddr, "intf_checkAddr");
+        resolve(getRegListByType, "intf_getRegListByType");
+        resolve(getRegDiscription, "intf_getRegDiscription");
+        resolve(multiCopy, "intf_multiCopy");
+        resolve(addrMerge, "intf_addrMerge");
+        resolve(setRcpAddress, "intf_setRcpAddress");
+        resolve(getSendFrame, "intf_getSendFrame");
+        resolve(dealRcvFrame, "intf_dealRcvFrame");
+        resolve(getData, "intf_getData");
+        resolve(setData, "intf_setData");
+        resolve(addConditionRead, "intf_addConditionRead");
+    }
+
+    ~LoadedDriver() { unload(); }
+
+    LoadedDriver(const LoadedDriver &) = delete;
+    LoadedDriver &operator=(const LoadedDriver &) = delete;
+
+    /// Unloads the library; true when it has really left the process, so that loading it again starts afresh.
+    bool unload()
+    {
+        if (m_handle != nullptr)
+            dlclose(m_handle);
+        m_handle = nullptr;
+        void *stillThere = dlopen(m_path.c_str(), RTLD_LAZY | RTLD_NOLOAD);
+        if (stillThere != nullptr)
+            dlclose(stillThere);
+        return stillThere == nullptr;
+    }
+
+    void *handle() const { return m_handle; }
+
+    decltype(&intf_getProtocolType)            getProtocolType;
+    decltype(&intf_getDriverParameter)         getDriverParameter;
+    decltype(&intf_getDriverPropertyPage)      getDriverPropertyPage;
+    decltype(&intf_SetDriverPropertyPage)      setDriverPropertyPage;
+    decltype(&intf_setAddrValueChangeCallBack) setAddrValueChangeCallBack;
+    decltype(&intf_initProperty)               initProperty;
+    decltype(&intf_checkAddrValidity)          checkAddrValidity;
+    decltype(&intf_checkAddr)                  checkAddr;
+    decltype(&intf_getRegListByType)           getRegListByType;
+    decltype(&intf_getRegDiscription)          getRegDiscription;
+    decltype(&intf_multiCopy)                  multiCopy;
+    decltype(&intf_addrMerge)                  addrMerge;
+    decltype(&intf_setRcpAddress)              setRcpAddress;
+    decltype(&intf_getSendFrame)               getSendFrame;
+    decltype(&intf_dealRcvFrame)               dealRcvFrame;
+    decltype(&intf_getData)                    getData;
+    decltype(&intf_setData)                    setData;
+    decltype(&intf_addConditionRead)           addConditionRead;
+
+private:
+    template <class Function> void resolve(Function &function, const char *name)
+    {
+        function = reinterpret_cast<Function>(dlsym(m_handle, name));
+        if (function == nullptr) {
+            dlclose(m_handle);
+            throw std::runtime_error(m_path + " lacks the function " + name);
+        }
+    }
+
+    std::string m_path;
+    void       *m_handle;
+};
+
+#endif
