@@ -1,0 +1,114 @@
+#include "elf_file.h"
+
+#include <elf.h>
+
+#include <algorithm>
+#include <cstring>
+#include <fstream>
+#include <stdexcept>
+
+ElfFile::ElfFile(const std::string &path)
+{
+    std::ifstream file(path, std::ios::binary | std::ios::ate);
+    const std::streamoff size = file ? static_cast<std::streamoff>(file.tellg()) : 0;
+    m_bytes.resize(static_cast<std::size_t>(size));
+    file.seekg(0);
+    if (!file.read(m_bytes.data(), size) || m_bytes.size() < sizeof m_header)
+        throw std::runtime_error(path + " cannot be read or is too short");
+    std::memcpy(&m_header, m_bytes.data(), sizeof m_header);
+    const unsigned char width = sizeof(void *) == 8 ? ELFCLASS64 : ELFCLASS32;
+    if (std::memcmp(m_header.e_ident, ELFMAG, SELFMAG) != 0 || m_header.e_ident[EI_CLASS] != width)
+        throw std::runtime_error(path + " is no library of this machine's pointer width");
+}
+
+template <class Record> std::vector<Record> ElfFile::records(std::size_t offset, std::size_t size) const
+{
+    if (offset > m_bytes.size() || size > m_bytes.size() - offset)
+        throw std::runtime_error("a table lies outside the file");
+    std::vector<Record> table(size / sizeof(Record));
+    if (!table.empty())
+        std::memcpy(table.data(), m_bytes.data() + offset, table.size() * sizeof(Record));
+    return table;
+}
+
+std::vector<ElfW(Shdr)> ElfFile::sections() const
+{
+    return records<ElfW(Shdr)>(m_header.e_shoff, m_header.e_shnum * sizeof(ElfW(Shdr)));
+}
+
+std::vector<ElfW(Phdr)> ElfFile::segments() const
+{
+    return records<ElfW(Phdr)>(m_header.e_phoff, m_header.e_phnum * sizeof(ElfW(Phdr)));
+}
+
+std::vector<ElfW(Dyn)> ElfFile::dynamicEntries() const
+{
+    for (const ElfW(Shdr) &section : sections()) {
+        if (section.sh_type == SHT_DYNAMIC)
+            return records<ElfW(Dyn)>(section.sh_offset, section.sh_size);
+    }
+    throw std::runtime_error("the file has no dynamic section");
+}
+
+std::vector<ElfW(Sym)> ElfFile::dynamicSymbols() const
+{
+    for (const ElfW(Shdr) &section : sections()) {
+        if (section.sh_type == SHT_DYNSYM)
+            return records<ElfW(Sym)>(section.sh_offset, section.sh_size);
+    }
+    throw std::runtime_error("the file has no dynamic symbols");
+}
+
+// File offset of the string table that the section of `sectionType` refers to.
+std::size_t ElfFile::stringsOf(unsigned sectionType) const
+{
+    const std::vector<ElfW(Shdr)> all = sections();
+    for (const ElfW(Shdr) &section : all) {
+        if (section.sh_type == sectionType)
+            return all.at(section.sh_link).sh_offset;
+    }
+    throw std::runtime_error("the file has no such section");
+}
+
+std::string ElfFile::text(std::size_t offset) const
+{
+    const auto begin = m_bytes.begin() + static_cast<std::ptrdiff_t>(std::min(offset, m_bytes.size()));
+    return std::string(begin, std::find(begin, m_bytes.end(), '\0'));
+}
+
+std::vector<std::string> ElfFile::names(bool defined) const
+{
+    const std::size_t strings = stringsOf(SHT_DYNSYM);
+    std::vector<std::string> found;
+    for (const ElfW(Sym) &symbol : dynamicSymbols()) {
+        const bool isLocal = ELF64_ST_BIND(symbol.st_info) == STB_LOCAL;
+        if (!isLocal && (symbol.st_shndx != SHN_UNDEF) == defined)
+            found.push_back(text(strings + symbol.st_name));
+    }
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+std::vector<std::string> ElfFile::exportedNames() const { return names(true); }
+
+std::vector<std::string> ElfFile::importedNames() const { return names(false); }
+
+std::vector<std::string> ElfFile::neededLibraries() const
+{
+    const std::size_t strings = stringsOf(SHT_DYNAMIC);
+    std::vector<std::string> libraries;
+    for (const ElfW(Dyn) &entry : dynamicEntries()) {
+        if (entry.d_tag == DT_NEEDED)
+            libraries.push_back(text(strings + entry.d_un.d_val));
+    }
+    return libraries;
+}
+
+int ElfFile::versionDefinitions() const
+{
+    for (const ElfW(Dyn) &entry : dynamicEntries()) {
+        if (entry.d_tag == DT_VERDEFNUM)
+            return static_cast<int>(entry.d_un.d_val);
+    }
+    return 0;
+}
