@@ -1,0 +1,22 @@
+#ifndef PANEL_CHANGE_FEED_H
+#define PANEL_CHANGE_FEED_H
+
+#include "driver_library.h"
+
+#include <vector>
+
+// The driver's change notifications. The driver calls a plain function, so there is one feed in the process; it only
+// notes what changed, and the caller of the driver collects that after the call.
+
+struct Change {
+    QString regType; // a bit type for a bit
+    qint32  address;
+};
+
+/// Registers the feed with the driver and empties it.
+void installChangeFeed(const DriverLibrary &library);
+
+/// Moves the changes noted since the last call into `changes`, in the order in which they were notified.
+void takeChanges(std::vector<Change> &changes);
+
+#endif

@@ -1,0 +1,19 @@
+#ifndef PANEL_FINS_CODES_H
+#define PANEL_FINS_CODES_H
+
+#include <cstdint>
+#include <string>
+
+// The protocol's error numbers in words.
+
+/// True if an end code, main code in the high byte, means that the command was done. The relay flag (bit 15) and the
+/// flags of a CPU unit error (bits 6 and 7) travel in the same two bytes and do not make a command fail.
+bool isNormalEnd(std::uint16_t endCode);
+
+/// "1103 (address range error)", or the number alone if the code is not a known one. The flags are left out.
+std::string endCodeText(std::uint16_t endCode);
+
+/// "23 (no free node address ...)" for the error code of a FINS/TCP header.
+std::string tcpErrorText(std::uint32_t errorCode);
+
+#endif

@@ -1,0 +1,49 @@
+#include "fresh_values.h"
+
+#include "exit_codes.h"
+#include "stop_flag.h"
+
+#include <iostream>
+
+FreshValues::FreshValues(Runtime &runtime, const std::vector<Item> &items) : items_(items)
+{
+    runtime.watch(items);
+    runtime.onExchange([this](const Exchange &exchange) { note(exchange); });
+    restart();
+}
+
+void FreshValues::restart()
+{
+    refused_.clear();
+    awaited_.expect(items_);
+}
+
+void FreshValues::note(const Exchange &exchange)
+{
+    const bool refused = exchange.judgement.verdict == Verdict::REFUSED;
+    if (exchange.kind != RequestKind::READ || !(exchange.accepted || refused))
+        return;
+    const FRAME_PRO &request = exchange.request;
+    if (awaited_.settle(request.regType, request.address, request.count) > 0 && refused)
+        refused_.push_back({request.regType, request.address, request.count, false});
+}
+
+bool FreshValues::refused(const Item &item) const
+{
+    for (const Item &block : refused_) {
+        if (block.regType == item.wordType() && block.address < item.endWord() && item.firstWord() < block.endWord())
+            return true;
+    }
+    return false;
+}
+
+int noAnswer(const Runtime &runtime, Millis giveUp)
+{
+    const std::string peer = runtime.options().host + ":" + runtime.options().port;
+    if (stopRequested())
+        std::cerr << "fins_panel: interrupted" << std::endl;
+    else
+        std::cerr << "fins_panel: no answer from " << peer << " within " << giveUp.count() / 1000
+                  << " s; check the address and the cable, or wait longer with --give-up SECONDS" << std::endl;
+    return EXIT_NO_LINK;
+}

@@ -1,0 +1,53 @@
+#ifndef PANEL_FRESH_VALUES_H
+#define PANEL_FRESH_VALUES_H
+
+#include "coverage.h"
+#include "runtime.h"
+
+// Waits until every word of some watched items was read anew, or its read was refused by the PLC.
+
+class FreshValues {
+public:
+    /// Watches `items` in `runtime`, which calls back into this object: both live until the last step.
+    FreshValues(Runtime &runtime, const std::vector<Item> &items);
+    FreshValues(const FreshValues &) = delete;
+    FreshValues &operator=(const FreshValues &) = delete;
+
+    /// What was read before no longer counts.
+    void restart();
+
+    bool complete() const { return awaited_.complete(); }
+
+    /// True if a word of the item was refused since the last restart.
+    bool refused(const Item &item) const;
+    bool anyRefused() const { return !refused_.empty(); }
+
+private:
+    void note(const Exchange &exchange);
+
+    const std::vector<Item> items_;
+    Coverage                awaited_;
+    std::vector<Item>       refused_; // the refused blocks
+};
+
+/// Steps until `done` holds. Returns false at `giveUp` or when the program is asked to end.
+template <typename Condition>
+bool stepUntil(Runtime &runtime, TimePoint giveUp, Condition done);
+
+/// One line on stderr: what was not reached in time.
+int noAnswer(const Runtime &runtime, Millis giveUp);
+
+bool stopRequested();
+
+template <typename Condition>
+bool stepUntil(Runtime &runtime, TimePoint giveUp, Condition done)
+{
+    while (!done()) {
+        if (stopRequested() || Clock::now() >= giveUp)
+            return false;
+        runtime.step(giveUp);
+    }
+    return true;
+}
+
+#endif

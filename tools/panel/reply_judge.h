@@ -1,0 +1,45 @@
+#ifndef PANEL_REPLY_JUDGE_H
+#define PANEL_REPLY_JUDGE_H
+
+#include <cstddef>
+#include <cstdint>
+
+// What a request is and whether a reply answers it, read from their bytes. The driver makes few checks of its own: it
+// takes the first 24 bytes after connecting for the node addresses, and a refused read of the right length for data.
+// The panel therefore looks at every reply first, and hands the driver only what is one.
+
+enum class RequestKind {
+    HANDSHAKE,  // asks for the node addresses
+    READ,       // Memory Area Read, 0101
+    WRITE,      // Memory Area Write, 0102
+    MODE_CHANGE // RUN in MONITOR mode, 0401
+};
+
+enum class Verdict {
+    GOOD,      // the answer, done
+    REFUSED,   // the answer, with an end code: `code` holds it
+    TCP_ERROR, // a FINS/TCP error: `code` holds it; the PLC is about to close the connection
+    NO_ANSWER  // nothing, or nothing that answers this request
+};
+
+struct Judgement {
+    Verdict       verdict;
+    std::uint32_t code;
+};
+
+/// Offsets of a reply that others look at too.
+enum {
+    REPLY_CLIENT_NODE = 19, // 1  handshake: this node
+    REPLY_SERVER_NODE = 23, // 1  handshake: the PLC's node
+    FRAME_SID         = 25  // 1  service ID of a command and of its reply
+};
+
+RequestKind requestKind(const std::uint8_t *request, std::size_t size);
+
+/// `size` is 0 when no reply came. The checks are in the order of the bytes.
+Judgement judgeReply(const std::uint8_t *request, std::size_t requestSize, const std::uint8_t *reply, std::size_t size);
+
+/// True if `frame` carries a FINS command or its reply; only then it has a service ID.
+bool carriesFins(const std::uint8_t *frame, std::size_t size);
+
+#endif

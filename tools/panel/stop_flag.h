@@ -1,0 +1,14 @@
+#ifndef PANEL_STOP_FLAG_H
+#define PANEL_STOP_FLAG_H
+
+#include <chrono>
+
+// SIGINT and SIGTERM ask the program to end. They interrupt a wait, and the loops look at the flag.
+
+void installStopSignals();
+bool stopRequested();
+
+/// Sleeps until `end` or until the program is asked to end.
+void sleepUntil(std::chrono::steady_clock::time_point end);
+
+#endif

@@ -1,0 +1,81 @@
+#include "watch_plan.h"
+
+#include <algorithm>
+#include <tuple>
+
+static std::vector<Item> cutToFrames(const std::vector<Item> &items, qint32 wordsPerFrame)
+{
+    std::vector<Item> pieces;
+    for (const Item &item : items) {
+        // A run of bits may begin at the last bit of a word, and must still fit.
+        const qint32 limit = item.isBit ? wordsPerFrame * 16 - 15 : wordsPerFrame;
+        for (const Item &piece : cutItem(item, limit))
+            pieces.push_back(piece);
+    }
+    return pieces;
+}
+
+// `piece` in parts that each lie in one word.
+static std::vector<Item> splitAtWords(const Item &piece)
+{
+    std::vector<Item> parts;
+    if (!piece.isBit)
+        return cutItem(piece, 1);
+    for (qint32 at = piece.address; at < piece.address + piece.count;) {
+        const qint32 next = std::min(piece.address + piece.count, (at / 16 + 1) * 16);
+        parts.push_back({piece.regType, at, next - at, true});
+        at = next;
+    }
+    return parts;
+}
+
+static bool lessByWord(const Item &a, const Item &b)
+{
+    return std::make_tuple(a.wordType(), a.firstWord(), a.endWord())
+           < std::make_tuple(b.wordType(), b.firstWord(), b.endWord());
+}
+
+// For each of the sorted pieces: does it share a word with another one?
+static std::vector<bool> findShared(const std::vector<Item> &pieces)
+{
+    std::vector<bool> shared(pieces.size(), false);
+    std::size_t farthest = 0; // the earlier piece that reaches farthest
+    for (std::size_t i = 1; i < pieces.size(); ++i) {
+        const Item &reach = pieces[farthest];
+        const bool sameType = reach.wordType() == pieces[i].wordType();
+        if (sameType && pieces[i].firstWord() < reach.endWord())
+            shared[farthest] = shared[i] = true;
+        if (!sameType || pieces[i].endWord() > reach.endWord())
+            farthest = i;
+    }
+    return shared;
+}
+
+static void append(QList<KEY_ADDRESS> &plan, const Item &item)
+{
+    KEY_ADDRESS address;
+    address.requestTag = VARIABLE_TAG;
+    address.regType    = item.regType;
+    address.address    = item.address;
+    address.count      = item.count;
+    address.dataKind   = item.isBit ? -1 : 0;
+    std::fill(address.data, address.data + VALUE_BUFFER_SIZE, quint8(0));
+    plan.append(address);
+}
+
+QList<KEY_ADDRESS> planWatch(const std::vector<Item> &items, qint32 wordsPerFrame)
+{
+    std::vector<Item> pieces = cutToFrames(items, wordsPerFrame);
+    std::sort(pieces.begin(), pieces.end(), lessByWord);
+    const std::vector<bool> shared = findShared(pieces);
+    QList<KEY_ADDRESS> plan;
+    for (std::size_t i = 0; i < pieces.size(); ++i) {
+        if (!shared[i]) {
+            append(plan, pieces[i]);
+            continue;
+        }
+        for (const Item &part : splitAtWords(pieces[i]))
+            append(plan, part);
+    }
+    return plan;
+}

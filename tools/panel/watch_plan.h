@@ -1,0 +1,19 @@
+#ifndef PANEL_WATCH_PLAN_H
+#define PANEL_WATCH_PLAN_H
+
+#include "items.h"
+
+#include <QtCore/QList>
+
+// What the driver is asked to watch so that every word of every item is polled.
+
+/// The tag under which all variables of this runtime are known to the driver: blocks of several tags would be stored
+/// under the tag of their first item only.
+constexpr qint32 VARIABLE_TAG = 1;
+
+/// The items for intf_addrMerge. No item is longer than `wordsPerFrame` words, since the driver never cuts one. Where
+/// items share words they are handed over word by word: of two items of which one lies inside the other, the driver
+/// would poll the words only up to the end of the inner one.
+QList<KEY_ADDRESS> planWatch(const std::vector<Item> &items, qint32 wordsPerFrame);
+
+#endif
