@@ -95,7 +95,8 @@ TEST_P(AddressCheck, MalformedWordTextComesBeforeTheRange)
 
 TEST_P(AddressCheck, OtherMalformedWordTexts)
 {
-    for (const char *text : {"", " ", "10.5", "0x10", "1e3", "12a", "1 2", "--1", "1,000", "2147483648", "-2147483649"}) {
+    for (const char *text :
+         {"", " ", "10.5", "0x10", "1e3", "12a", "1 2", "--1", "1,000", "2147483648", "-2147483649"}) {
         SCOPED_TRACE(text);
         EXPECT_EQ(checkWords("DM", text, 1), MALFORMED);
         EXPECT_EQ(address, 0);
