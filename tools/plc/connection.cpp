@@ -98,6 +98,7 @@ void Connection::send(const Answer &answer)
 
 void Connection::beginWriting()
 {
+    ++plc.stats.replies;
     trace('>', outgoing.bytes);
     startDeadline(options.deadlineMs);
     writeSome();
@@ -126,7 +127,6 @@ void Connection::writeSome()
 
 void Connection::finishAnswer()
 {
-    ++plc.stats.replies;
     stopDeadline();
     if (outgoing.isLast)
         finish();

@@ -15,7 +15,7 @@ const int RETRY_MS = 100;
 
 Server::Server(asio::io_context &context, const asio::ip::tcp::endpoint &address, Plc &state,
                const ConnectionOptions &settings, std::size_t clients)
-    : io(context), acceptor(context), retry(context), local(address), plc(state), options(settings),
+    : acceptor(context), retry(context), local(address), plc(state), options(settings),
       connectionLimit(clients + EXTRA_CONNECTIONS)
 {
     open();

@@ -31,7 +31,6 @@ private:
     void retryAccept();
     void admit(asio::ip::tcp::socket &&socket);
 
-    asio::io_context                               &io;
     asio::ip::tcp::acceptor                         acceptor;
     asio::steady_timer                              retry;
     asio::ip::tcp::endpoint                         local;

@@ -1,0 +1,176 @@
+#include "plc_fixture.h"
+
+// Node address exchange of the simulator.
+
+class PlcNodeTest : public PlcTest {
+protected:
+    // The reply to a request for `node` on a connection of its own, which must then be closed.
+    void expectRefused(unsigned node, unsigned error, unsigned server = 1)
+    {
+        TcpClient client(port);
+        client.send(nodeRequest(node));
+        EXPECT_EQ(client.receiveUntilClosed(), nodeReply(node, error, server));
+    }
+};
+
+TEST_F(PlcNodeTest, clientNode0GetsTheFirstAllocatedNode)
+{
+    start();
+    TcpClient client(port);
+    client.send("46494E53 0000000C 00000000 00000000 00000000");
+    EXPECT_EQ(client.receive(24), plainHex("46494E53 00000010 00000001 00000000 000000EF 00000001"));
+}
+
+TEST_F(PlcNodeTest, eachClientGetsItsOwnNode)
+{
+    start();
+    PlcClient first(port);
+    PlcClient second(port);
+    PlcClient third(port);
+    EXPECT_EQ(first.node, 239u);
+    EXPECT_EQ(second.node, 240u);
+    EXPECT_EQ(third.node, 241u);
+    EXPECT_EQ(tell("clients"), "ok 3 239 240 241");
+}
+
+TEST_F(PlcNodeTest, requestedNodeIsTaken)
+{
+    start();
+    TcpClient low(port);
+    low.send(nodeRequest(2));
+    EXPECT_EQ(low.receive(24), nodeReply(2));
+    TcpClient high(port);
+    high.send(nodeRequest(254));
+    EXPECT_EQ(high.receive(24), nodeReply(254));
+    EXPECT_EQ(tell("clients"), "ok 2 2 254");
+}
+
+TEST_F(PlcNodeTest, allocationPassesOverNodesInUse)
+{
+    start();
+    TcpClient explicitly(port);
+    explicitly.send(nodeRequest(239));
+    EXPECT_EQ(explicitly.receive(24), nodeReply(239));
+    PlcClient allocated(port);
+    EXPECT_EQ(allocated.node, 240u);
+}
+
+TEST_F(PlcNodeTest, allocationPassesOverTheServersNode)
+{
+    start({"--node", "239"});
+    TcpClient client(port);
+    client.send(nodeRequest());
+    EXPECT_EQ(client.receive(24), nodeReply(240, 0, 239));
+}
+
+TEST_F(PlcNodeTest, nodeInUseIsError21)
+{
+    start();
+    TcpClient holder(port);
+    holder.send(nodeRequest(9));
+    EXPECT_EQ(holder.receive(24), nodeReply(9));
+    expectRefused(9, 0x21);
+    EXPECT_EQ(tell("clients"), "ok 1 9");
+}
+
+TEST_F(PlcNodeTest, nodeIsFreeAgainAfterItsClientLeft)
+{
+    start();
+    {
+        TcpClient holder(port);
+        holder.send(nodeRequest(9));
+        EXPECT_EQ(holder.receive(24), nodeReply(9));
+    }
+    waitForAnswer("clients", "ok 0");
+    TcpClient next(port);
+    next.send(nodeRequest(9));
+    EXPECT_EQ(next.receive(24), nodeReply(9));
+}
+
+TEST_F(PlcNodeTest, nodeAbove254IsError23)
+{
+    start();
+    expectRefused(255, 0x23);
+    expectRefused(256, 0x23);
+    expectRefused(0xFFFFFFFF, 0x23);
+}
+
+TEST_F(PlcNodeTest, serversOwnNodeIsError24)
+{
+    start();
+    expectRefused(1, 0x24);
+}
+
+TEST_F(PlcNodeTest, serverNodeIsAnOption)
+{
+    start({"--node", "254"});
+    expectRefused(254, 0x24, 254);
+    TcpClient client(port);
+    client.send(nodeRequest(1));
+    EXPECT_EQ(client.receive(24), nodeReply(1, 0, 254));
+}
+
+TEST_F(PlcNodeTest, moreThanTheAllowedClientsIsError20)
+{
+    start({"--clients", "2"});
+    PlcClient first(port);
+    {
+        PlcClient second(port);
+        expectRefused(0, 0x20);
+        expectRefused(7, 0x20);
+    }
+    waitForAnswer("clients", "ok 1 239");
+    PlcClient again(port);
+    EXPECT_EQ(again.node, 240u);
+}
+
+TEST_F(PlcNodeTest, sixteenClientsByDefault)
+{
+    start();
+    std::vector<std::unique_ptr<PlcClient>> clients;
+    for (int i = 0; i < 16; ++i)
+        clients.push_back(std::make_unique<PlcClient>(port));
+    EXPECT_EQ(clients.back()->node, 254u);
+    expectRefused(0, 0x20);
+}
+
+TEST_F(PlcNodeTest, allAllocatedNodesInUseIsError25)
+{
+    start({"--clients", "18"});
+    std::vector<std::unique_ptr<PlcClient>> clients;
+    for (int i = 0; i < 16; ++i)
+        clients.push_back(std::make_unique<PlcClient>(port));
+    expectRefused(0, 0x25);
+    TcpClient explicitly(port);
+    explicitly.send(nodeRequest(238));
+    EXPECT_EQ(explicitly.receive(24), nodeReply(238));
+}
+
+TEST_F(PlcNodeTest, connectionsWithoutNodeAreBoundedToo)
+{
+    start({"--clients", "1"});
+    std::vector<std::unique_ptr<TcpClient>> silent;
+    for (int i = 0; i < 17; ++i)
+        silent.push_back(std::make_unique<TcpClient>(port));
+    TcpClient oneTooMany(port);
+    EXPECT_EQ(oneTooMany.receiveUntilClosed(), "");
+    silent.back()->send(nodeRequest());
+    EXPECT_EQ(silent.back()->receive(24), nodeReply(239));
+}
+
+TEST_F(PlcNodeTest, secondExchangeOnAConnectionIsError21)
+{
+    start();
+    PlcClient client(port);
+    client.send(nodeRequest());
+    EXPECT_EQ(client.receiveUntilClosed(), nodeReply(0, 0x21));
+    waitForAnswer("clients", "ok 0");
+}
+
+TEST_F(PlcNodeTest, commandBeforeTheExchangeIsError3)
+{
+    start();
+    TcpClient client(port);
+    client.send(commandFrame("0601"));
+    EXPECT_EQ(client.receiveUntilClosed(), errorNotice(3));
+}

@@ -1,0 +1,174 @@
+#include "plc_fixture.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+
+// The simulator's command line, its start and its end.
+
+class PlcOptionsTest : public PlcTest {
+protected:
+    // Exit code of a start that must fail; its one line on standard error goes to `error`.
+    int exitCode(std::vector<std::string> options)
+    {
+        options.insert(options.begin(), FINS_PLC_PATH);
+        Process failing(options);
+        const int code = failing.wait();
+        error = failing.errors();
+        EXPECT_EQ(failing.output(), "");
+        return code;
+    }
+
+    std::string error;
+};
+
+TEST_F(PlcOptionsTest, portInUse)
+{
+    start();
+    EXPECT_EQ(exitCode({"--port", std::to_string(port)}), 3);
+    EXPECT_EQ(error, "fins_plc: cannot listen on 127.0.0.1:" + std::to_string(port) +
+                         ": Address already in use; choose another --port (0 picks a free one) or --bind\n");
+}
+
+TEST_F(PlcOptionsTest, addressOfAnotherMachine)
+{
+    EXPECT_EQ(exitCode({"--port", "0", "--bind", "192.0.2.1"}), 3);
+    EXPECT_EQ(error.substr(0, 41), "fins_plc: cannot listen on 192.0.2.1:0: C");
+}
+
+TEST_F(PlcOptionsTest, portIsFreeAtOnceAfterTheEnd)
+{
+    start();
+    const std::string chosen = std::to_string(port);
+    PlcClient client(port);
+    plc->sendSignal(SIGTERM);
+    EXPECT_EQ(plc->wait(), 0);
+    plc = std::make_unique<Process>(std::vector<std::string>{FINS_PLC_PATH, "--port", chosen});
+    EXPECT_EQ(plc->readLine(), "listening on 127.0.0.1:" + chosen);
+    EXPECT_EQ(PlcClient(port).node, 239u);
+}
+
+TEST_F(PlcOptionsTest, bindsElsewhere)
+{
+    plc = std::make_unique<Process>(
+        std::vector<std::string>{FINS_PLC_PATH, "--port", "0", "--bind", "127.0.0.2"});
+    const std::string line = plc->readLine();
+    EXPECT_EQ(line.substr(0, 23), "listening on 127.0.0.2:");
+    EXPECT_FALSE(TcpClient::canConnect(std::stoi(line.substr(23))));
+}
+
+TEST_F(PlcOptionsTest, badOptionsAreExit2WithOneLine)
+{
+    const std::vector<std::vector<std::string>> rows = {
+        {"--port", "x"},          {"--port", "65536"},       {"--port", "-1"},
+        {"--port"},               {"--clients", "0"},        {"--clients", "254"},
+        {"--node", "0"},          {"--node", "255"},         {"--mode", "debug"},
+        {"--plant-period", "0"},  {"--plant-period", "60001"}, {"--deadline", "0"},
+        {"--deadline", "3600001"}, {"--seed", "x"},          {"--bind", "localhost:1"},
+        {"--fault", "melt"},      {"--fault"},               {"--frobnicate"},
+        {"surplus"},              {"--refuse-writes-in-run=xyz"}, {"--refuse-writes-in-run=0000"},
+        {"--refuse-writes-in-program=22033"}};
+    for (const std::vector<std::string> &row : rows) {
+        EXPECT_EQ(exitCode(row), 2) << row.at(0) << ' ' << row.back();
+        EXPECT_EQ(error.substr(0, 10), "fins_plc: ") << row.at(0) << ' ' << row.back();
+        EXPECT_EQ(error.find('\n'), error.size() - 1) << error;
+    }
+}
+
+TEST_F(PlcOptionsTest, boundsOfOptionsAreTaken)
+{
+    start({"--clients", "253", "--node", "254", "--plant-period", "60000", "--deadline", "3600000", "--seed",
+           "4294967295", "--mode", "monitor"});
+    EXPECT_EQ(tell("mode"), "ok monitor");
+}
+
+TEST_F(PlcOptionsTest, faultTakesOneValueEach)
+{
+    start({"--fault", "drop@0.5", "--fault", "delay=1", "--plant"});
+    EXPECT_EQ(tell("faults"), "ok delay=1 drop@0.5");
+}
+
+TEST_F(PlcOptionsTest, badFaultSaysWhatIsWrong)
+{
+    EXPECT_EQ(exitCode({"--fault", "delay=x"}), 2);
+    EXPECT_EQ(error, "fins_plc: --fault: 'x' is no value of delay; use 0 to 60000\n");
+}
+
+TEST_F(PlcOptionsTest, helpGoesToStandardOutput)
+{
+    Process helper({FINS_PLC_PATH, "--help"});
+    EXPECT_EQ(helper.wait(), 0);
+    for (const char *text : {"--port UINT=9600", "--bind TEXT=127.0.0.1", "--plant", "DM:3 set-point", "wrong-sid",
+                             "disconnect", "Exit codes: 0"})
+        EXPECT_NE(helper.output().find(text), std::string::npos) << text;
+    EXPECT_EQ(helper.errors(), "");
+}
+
+TEST_F(PlcOptionsTest, signalsEndItCleanly)
+{
+    for (const int number : {SIGINT, SIGTERM}) {
+        start();
+        PlcClient client(port);
+        plc->sendSignal(number);
+        EXPECT_EQ(plc->wait(), 0) << number;
+        EXPECT_EQ(plc->errors(), "");
+        EXPECT_EQ(client.receiveUntilClosed(), "");
+    }
+    plc.reset();
+}
+
+TEST_F(PlcOptionsTest, endOfInputDoesNotEndIt)
+{
+    start();
+    plc->closeInput();
+    PlcClient client(port);
+    EXPECT_EQ(client.ask("0402"), plainHex("0402 0000"));
+    EXPECT_TRUE(plc->isRunning());
+    plc->sendSignal(SIGTERM);
+    EXPECT_EQ(plc->wait(), 0);
+    plc.reset();
+}
+
+TEST_F(PlcOptionsTest, commandsFromAFile)
+{
+    char path[] = "plc_commands_XXXXXX";
+    const int file = mkstemp(path);
+    ASSERT_GE(file, 0);
+    const std::string text = "write DM:0 5\nread DM:0\nquit\n";
+    ASSERT_EQ(write(file, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    close(file);
+    Process shell({"/bin/sh", "-c", std::string("exec '") + FINS_PLC_PATH + "' --port 0 < " + path});
+    EXPECT_EQ(shell.wait(), 0);
+    std::remove(path);
+    const std::string output = shell.output();
+    EXPECT_EQ(output.substr(output.find('\n') + 1), "ok\nok 5\nok\n");
+}
+
+TEST_F(PlcOptionsTest, traceShowsFramesOnStandardError)
+{
+    start({"--trace"});
+    TcpClient client(port);
+    client.send(nodeRequest());
+    EXPECT_EQ(client.receive(24), nodeReply(239));
+    client.send(commandFrame("0402"));
+    EXPECT_EQ(client.receiveFrame(), responseFrame("0402 0000"));
+    client.send("58");
+    EXPECT_EQ(client.receiveUntilClosed(), errorNotice(1));
+    EXPECT_EQ(plc->readErrorLine(), "#1 < " + plainHex(nodeRequest()));
+    EXPECT_EQ(plc->readErrorLine(), "#1 > " + nodeReply(239));
+    EXPECT_EQ(plc->readErrorLine(), "#1 < " + commandFrame("0402"));
+    EXPECT_EQ(plc->readErrorLine(), "#1 > " + responseFrame("0402 0000"));
+    EXPECT_EQ(plc->readErrorLine(), "#1 < 58");
+    EXPECT_EQ(plc->readErrorLine(), "#1 > " + errorNotice(1));
+}
+
+TEST_F(PlcOptionsTest, withoutTraceStandardErrorIsEmpty)
+{
+    start();
+    PlcClient client(port);
+    client.ask("0402");
+    plc->sendSignal(SIGTERM);
+    EXPECT_EQ(plc->wait(), 0);
+    EXPECT_EQ(plc->errors(), "");
+    plc.reset();
+}

@@ -1,0 +1,212 @@
+#include "plc_fixture.h"
+
+#include <functional>
+
+// The plant of the simulator: what a panel sees of it and how it obeys.
+
+class PlcPlantTest : public PlcTest {
+protected:
+    void startPlant() { start({"--plant", "--plant-period", "1"}); }
+
+    unsigned long word(const std::string &place) { return std::stoul(tell("read " + place).substr(3)); }
+
+    // Reads `place` until the value fits.
+    void waitFor(const std::string &place, const std::function<bool(unsigned long)> &fits)
+    {
+        const Process::Clock::time_point deadline = Process::Clock::now() + std::chrono::seconds(20);
+        unsigned long value = word(place);
+        while (!fits(value) && Process::Clock::now() < deadline)
+            value = word(place);
+        EXPECT_TRUE(fits(value)) << place << " is " << value;
+    }
+
+    void waitForValue(const std::string &place, unsigned long wanted)
+    {
+        waitFor(place, [wanted](unsigned long value) { return value == wanted; });
+    }
+
+    // Lets the plant do so many steps.
+    void letSteps(unsigned long count)
+    {
+        const unsigned long from = word("DM:4");
+        waitFor("DM:4", [from, count](unsigned long now) { return (now + 10000 - from) % 10000 >= count; });
+    }
+};
+
+TEST_F(PlcPlantTest, withoutPlantNothingMoves)
+{
+    start({"--plant-period", "1"});
+    EXPECT_EQ(tell("read DM:0:5"), "ok 0 0 0 0 0");
+    EXPECT_EQ(tell("read CIO:100"), "ok 0");
+}
+
+TEST_F(PlcPlantTest, startingValues)
+{
+    start({"--plant", "--plant-period", "60000"});
+    EXPECT_EQ(tell("read DM:0:5"), "ok 300 0 0 500 0");
+    EXPECT_EQ(tell("read CIO_bit:100.0:4"), "ok 1 0 1 0");
+    EXPECT_EQ(tell("read CIO:0"), "ok 0");
+}
+
+TEST_F(PlcPlantTest, livesWithItsOwnPeriod)
+{
+    start({"--plant"});
+    waitFor("DM:4", [](unsigned long steps) { return steps >= 2; });
+    waitFor("DM:0", [](unsigned long level) { return level > 300; });
+}
+
+TEST_F(PlcPlantTest, holdsTheSetPoint)
+{
+    startPlant();
+    waitFor("DM:0", [](unsigned long level) { return level >= 500; });
+    waitFor("DM:0", [](unsigned long level) { return level <= 460; });
+    for (int i = 0; i < 100; ++i) {
+        const unsigned long level = word("DM:0");
+        EXPECT_GE(level, 400u);
+        EXPECT_LE(level, 560u);
+    }
+    waitFor("C:0", [](unsigned long starts) { return starts >= 3; });
+    waitFor("C:1", [](unsigned long batches) { return batches >= 2; });
+}
+
+TEST_F(PlcPlantTest, obeysANewSetPoint)
+{
+    startPlant();
+    PlcClient client(port);
+    EXPECT_EQ(client.ask("0102 82 0003 00 0001 0320"), plainHex("0102 0000"));
+    waitFor("DM:0", [](unsigned long level) { return level >= 800; });
+    EXPECT_EQ(client.ask("0102 82 0003 00 0001 0064"), plainHex("0102 0000"));
+    waitFor("DM:0", [](unsigned long level) { return level <= 100; });
+}
+
+TEST_F(PlcPlantTest, pumpAndInletAreOneAndFlowFollows)
+{
+    startPlant();
+    ASSERT_EQ(tell("write DM:3 1000"), "ok");
+    ASSERT_EQ(tell("write CIO_bit:100.2 0"), "ok");
+    waitForValue("DM:1", 10);
+    waitForValue("CIO_bit:0.2", 0);
+    waitForValue("DM:2", 0);
+    waitForValue("DM:0", 1000);
+    waitForValue("CIO_bit:0.0", 0);
+    EXPECT_EQ(tell("read CIO_bit:0.0:2"), "ok 0 0");
+    waitForValue("DM:1", 0);
+    EXPECT_EQ(word("DM:0"), 1000u);
+}
+
+TEST_F(PlcPlantTest, drainsByHand)
+{
+    startPlant();
+    ASSERT_EQ(tell("write CIO_bit:100.0 0"), "ok");
+    waitForValue("DM:0", 0);
+    letSteps(10);
+    EXPECT_EQ(tell("read CIO_bit:0.0:5"), "ok 0 0 1 0 1");
+    EXPECT_EQ(tell("read DM:0:3"), "ok 0 0 0");
+}
+
+TEST_F(PlcPlantTest, pumpsByHandUntilFull)
+{
+    startPlant();
+    ASSERT_EQ(tell("write CIO_bit:100.0 0 1 0"), "ok");
+    waitForValue("DM:0", 1000);
+    waitForValue("CIO_bit:0.0", 0);
+    EXPECT_EQ(tell("read CIO_bit:0.3:2"), "ok 1 0");
+}
+
+TEST_F(PlcPlantTest, alarmsAtTheirLevels)
+{
+    startPlant();
+    ASSERT_EQ(tell("mode program"), "ok program");
+    ASSERT_EQ(tell("write CIO_bit:0.2 0"), "ok");
+    waitForValue("DM:1", 0);
+    const struct {
+        const char *level;
+        const char *alarms;
+    } rows[] = {{"899", "ok 0 0"}, {"900", "ok 1 0"}, {"101", "ok 0 0"}, {"100", "ok 0 1"}};
+    for (const auto &row : rows) {
+        ASSERT_EQ(tell(std::string("write DM:0 ") + row.level), "ok");
+        letSteps(2);
+        EXPECT_EQ(tell("read CIO_bit:0.3:2"), row.alarms) << row.level;
+    }
+}
+
+TEST_F(PlcPlantTest, heartbeatBeats)
+{
+    startPlant();
+    for (int i = 0; i < 3; ++i) {
+        waitForValue("CIO_bit:0.5", 1);
+        waitForValue("CIO_bit:0.5", 0);
+    }
+}
+
+TEST_F(PlcPlantTest, resetSetsTheCountersToZero)
+{
+    startPlant();
+    waitFor("C:1", [](unsigned long batches) { return batches >= 1; });
+    ASSERT_EQ(tell("write CIO_bit:100.0 0"), "ok");
+    letSteps(20);
+    EXPECT_NE(word("C:0"), 0u);
+    ASSERT_EQ(tell("write CIO_bit:100.3 1"), "ok");
+    waitForValue("CIO_bit:100.3", 0);
+    EXPECT_EQ(tell("read C:0:2"), "ok 0 0");
+}
+
+TEST_F(PlcPlantTest, countersWrapAfter9999)
+{
+    startPlant();
+    ASSERT_EQ(tell("write CIO_bit:100.0 0"), "ok");
+    letSteps(20);
+    ASSERT_EQ(tell("write C:0 9999"), "ok");
+    ASSERT_EQ(tell("write DM:4 9990"), "ok");
+    ASSERT_EQ(tell("write CIO_bit:100.1 1"), "ok");
+    waitForValue("CIO_bit:0.0", 1);
+    EXPECT_EQ(word("C:0"), 0u);
+    waitFor("DM:4", [](unsigned long steps) { return steps < 9990; });
+}
+
+TEST_F(PlcPlantTest, timersOfThePump)
+{
+    startPlant();
+    ASSERT_EQ(tell("write DM:3 1000"), "ok");
+    waitFor("T:1", [](unsigned long run) { return run >= 20; });
+    ASSERT_EQ(tell("write CIO_bit:100.0 0"), "ok");
+    waitForValue("T:0", 0);
+    const unsigned long run = word("T:1");
+    letSteps(10);
+    EXPECT_EQ(word("T:1"), run);
+    PlcClient client(port);
+    EXPECT_EQ(client.ask("0101 09 0000 00 0001"), plainHex("0101 0000 01"));
+    // A rest that goes on keeps the pump from starting.
+    ASSERT_EQ(tell("write T:0 60000"), "ok");
+    ASSERT_EQ(tell("write CIO_bit:100.1 1"), "ok");
+    letSteps(20);
+    EXPECT_EQ(word("CIO_bit:0.0"), 0u);
+    EXPECT_EQ(client.ask("0101 09 0000 00 0001"), plainHex("0101 0000 00"));
+    ASSERT_EQ(tell("write T:0 0"), "ok");
+    waitForValue("CIO_bit:0.0", 1);
+}
+
+TEST_F(PlcPlantTest, programModeStopsThePump)
+{
+    startPlant();
+    ASSERT_EQ(tell("write DM:3 1000"), "ok");
+    waitForValue("CIO_bit:0.0", 1);
+    PlcClient client(port);
+    EXPECT_EQ(client.ask("0402"), plainHex("0402 0000"));
+    waitForValue("CIO_bit:0.0", 0);
+    letSteps(30);
+    EXPECT_EQ(word("CIO_bit:0.0"), 0u);
+    EXPECT_EQ(client.ask("0401 FFFF 02"), plainHex("0401 0000"));
+    waitForValue("CIO_bit:0.0", 1);
+}
+
+TEST_F(PlcPlantTest, wildValuesDoNoHarm)
+{
+    startPlant();
+    ASSERT_EQ(tell("write DM:0 65535 65535 65535 65535 65535"), "ok");
+    waitFor("DM:0", [](unsigned long level) { return level <= 1000; });
+    waitFor("DM:4", [](unsigned long steps) { return steps < 100; });
+    ASSERT_EQ(tell("write T:0 65535 65535"), "ok");
+    letSteps(5);
+    waitFor("DM:1", [](unsigned long inflow) { return inflow <= 10; });
+}
