@@ -128,9 +128,9 @@ TEST_F(PlcConsoleTest, faultsAreListed)
 TEST_F(PlcConsoleTest, faultValuesAndTheirBounds)
 {
     start();
-    const char *const good[] = {"delay=0", "delay=60000", "jitter=0",      "jitter=60000", "short=1",       "short=1000",
-                                "long=1",  "long=1000",   "bytewise=0",    "bytewise=1000", "end-code=0001",
-                                "end-code=FFFF",          "delay=1@0.999", "close@1",       "double@1.0"};
+    const char *const good[] = {"delay=0", "delay=60000", "jitter=0", "jitter=60000", "short=1", "short=1000",
+                                "long=1", "long=1000", "bytewise=0", "bytewise=1000", "end-code=0001",
+                                "end-code=FFFF", "delay=1@0.999", "close@1", "double@1.0"};
     for (const char *fault : good)
         EXPECT_EQ(tell(std::string("fault ") + fault), "ok") << fault;
     EXPECT_EQ(tell("faults"),

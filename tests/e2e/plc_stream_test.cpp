@@ -169,7 +169,8 @@ TEST_F(PlcStreamTest, wrappedLengthBelowAFrameIsError2)
     EXPECT_EQ(tell("read DM:0"), "ok 0");
 }
 
-// A write of 130 words: 286 modulo 256 leaves 30 bytes, a write of two words that announces 130. Then there is no header.
+// A write of 130 words: 286 modulo 256 leaves 30 bytes, a write of two words that announces 130. What follows is no
+// header.
 TEST_F(PlcStreamTest, wrappedLengthOfAWholeFrameLosesTheStream)
 {
     start();

@@ -186,7 +186,8 @@ std::string parsePlace(const std::string &text, Span *span)
     const std::string::size_type second = first == std::string::npos ? first : text.find(':', first + 1);
     Span found;
     if (first == std::string::npos || !findType(text.substr(0, first), &found))
-        return "'" + text + "' is no TYPE:ADDRESS; types are CIO WR HR AR DM T C and CIO_bit WR_bit HR_bit AR_bit DM_bit";
+        return "'" + text +
+               "' is no TYPE:ADDRESS; types are CIO WR HR AR DM T C and CIO_bit WR_bit HR_bit AR_bit DM_bit";
     const std::string address = text.substr(first + 1, second == std::string::npos ? second : second - first - 1);
     const unsigned lastWord = AREAS[found.area].size - 1;
     if (found.access == Access::BIT ? !parseBitAddress(address, lastWord, &found.first)

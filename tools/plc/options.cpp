@@ -45,7 +45,8 @@ void addOptions(CLI::App &app, Options *options, Texts *texts)
     app.add_option("--bind", options->address, "IP address to listen on")->check(checkAddress)->capture_default_str();
     app.add_option("--clients", options->clients, "clients at once, 1 to 253")
         ->check(CLI::Range(1, 253))->capture_default_str();
-    app.add_option("--node", options->node, "own FINS node, 1 to 254")->check(CLI::Range(1, 254))->capture_default_str();
+    app.add_option("--node", options->node, "own FINS node, 1 to 254")
+        ->check(CLI::Range(1, 254))->capture_default_str();
     app.add_option("--mode", texts->mode, "operating mode at the start")
         ->check(CLI::IsMember({"program", "monitor", "run"}))->capture_default_str();
     app.add_flag("--refuse-writes-in-run{2206}", texts->refusalInRun,
