@@ -186,6 +186,21 @@ TEST_F(BitWriteScenario, LargestBitWriteFillsTheFrame)
     EXPECT_EQ(0x3FFF, plc.word(0xB0, 61));
 }
 
+TEST_F(BitWriteScenario, BitWriteBeyondTheFrameStopsAtItsEnd)
+{
+    start("1#0#0#3#1100");
+    writeBits(7, "CIO_bit", 0, Numbers(1100, 1));
+    ASSERT_TRUE(send());
+    EXPECT_EQ(1134, frame.sendLen);
+    EXPECT_EQ(30, frame.rcvLen);
+    EXPECT_EQ(0, frame.dataPos);
+    EXPECT_EQ(1, frame.frame[1023]);
+    EXPECT_EQ(1, frame.value[1023]);
+    EXPECT_EQ(1, receive(fromHex("FINS 00000016 00000002 00000000  C00002 000A00 003200 01  0102 0000")));
+    EXPECT_EQ(Numbers(1100, 1), bits(7, "CIO_bit", 0, 1100));
+    EXPECT_EQ(1100U, takeChanges().size());
+}
+
 // Deliberate: a word write sets no bit mask, so a bit's completion ends the word's pending state too.
 TEST_F(BitWriteScenario, BitCompletionEndsThePendingStateOfAQueuedWordWrite)
 {

@@ -352,6 +352,65 @@ TEST_F(RecipeScenario, WithoutBlocksTheLastWriteIsRepeatedAndLeavesTheEmptyQueue
     EXPECT_EQ(Numbers{5}, words(7, "DM", 100));
 }
 
+TEST_F(RecipeScenario, RequestRecordsHoldTheWordsOfAWriteAndNoneOfARead)
+{
+    start();
+    flag(RECIPE_WRITE_REQUEST) = 1;
+    ASSERT_TRUE(send());
+    EXPECT_EQ("14A015A000", toHex(Bytes(frame.value, frame.value + 5)));
+    EXPECT_EQ(0, frame.value[1023]);
+    EXPECT_EQ(1, receive(plc.answer(sent())));
+    exchange(2);
+    flag(RECIPE_READ_REQUEST) = 1;
+    ASSERT_TRUE(send());
+    EXPECT_EQ(Bytes(1024, 0), Bytes(frame.value, frame.value + 1024));
+}
+
+TEST_F(RecipeScenario, LargestBlockFillsTheFrame)
+{
+    initialise("1#0#0#3#600");
+    connect();
+    setRecipe({{1, "DM", 0, 495, 0}});
+    for (int i = 0; i < RECIPE_BUFFER_WORDS; ++i)
+        setRecipeWord(i, 0x5000 + i);
+    flag(RECIPE_WRITE_REQUEST) = 1;
+    exchange(1);
+    EXPECT_EQ(1024, frame.sendLen);
+    EXPECT_EQ(0x5000, plc.word(0x82, 0));
+    EXPECT_EQ(0x5000 + 494, plc.word(0x82, 494));
+    EXPECT_EQ(0, plc.word(0x82, 495));
+}
+
+TEST_F(RecipeScenario, VariableBeyondTheFrameStopsAtItsEnd)
+{
+    initialise("1#0#0#3#64");
+    connect();
+    setRecipe({{1, "DM", 0, 600, 0}});
+    for (int i = 0; i < RECIPE_BUFFER_WORDS; ++i)
+        setRecipeWord(i, 0x5000 + i);
+    flag(RECIPE_WRITE_REQUEST) = 1;
+    ASSERT_TRUE(send());
+    EXPECT_EQ(1234, frame.sendLen);
+    EXPECT_EQ("51EE", toHex(Bytes(frame.frame + 1022, frame.frame + 1024)));
+    EXPECT_EQ("FF51", toHex(Bytes(frame.value + 1022, frame.value + 1024)));
+    EXPECT_EQ(1, receive(fromHex("FINS 00000016 00000002 00000000  C00002 000A00 003200 01  0102 0000")));
+    EXPECT_EQ(0, flag(RECIPE_WRITE_REQUEST));
+}
+
+TEST_F(RecipeScenario, LongVariableIsReadWhole)
+{
+    initialise("1#0#0#3#64");
+    connect();
+    setRecipe({{1, "DM", 0, 600, 0}});
+    for (int i = 0; i < 600; ++i)
+        plc.word(0x82, i) = static_cast<std::uint16_t>(0x6000 + i);
+    flag(RECIPE_READ_REQUEST) = 1;
+    exchange(1);
+    for (int i = 0; i < 600; ++i)
+        ASSERT_EQ(0x6000 + i, recipeWord(i));
+    EXPECT_EQ(600U, takeChanges().size());
+}
+
 TEST_F(RecipeScenario, RecipeListOfTheRuntimeStaysAsItWas)
 {
     initialise("1#0#0#3#64");

@@ -20,7 +20,7 @@ enum {
     RUNTIME_BLOCK_SIZE   = 60117, // up to and with the recipe read request
     RECIPE_WRITE_REQUEST = 60115,
     RECIPE_READ_REQUEST  = 60116,
-    RECIPE_BUFFER_WORDS  = 64,
+    RECIPE_BUFFER_WORDS  = 600,   // more than a frame holds
     MAX_EXCHANGES        = 5000   // more than any scenario needs before the driver falls silent
 };
 

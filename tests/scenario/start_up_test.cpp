@@ -52,6 +52,22 @@ TEST_F(StartUpScenario, NothingIsSentBeforeConfiguration)
     EXPECT_EQ(4711, frame.sendLen) << "the record was touched although there is no request";
 }
 
+TEST_F(StartUpScenario, MissingSharedBlockOrMutexMeansNoRecipeRequest)
+{
+    flag(RECIPE_WRITE_REQUEST) = 1;
+    flag(RECIPE_READ_REQUEST) = 1;
+    for (const bool hasBlock : {true, false}) {
+        SCOPED_TRACE(hasBlock ? "no mutex" : "no block");
+        qint32 status = 0;
+        driver->initProperty(hasBlock ? block.address() : 0, 0, recipe.address(), &status, "1#0#0#3#64",
+                             hasBlock ? 0 : mutex.address());
+        QVector<_RCP_VAR_PRO> variables;
+        variables.append(_RCP_VAR_PRO{1, 7, QString::fromLatin1("DM"), 0x300, 1, 0, 0});
+        driver->setRcpAddress(variables);
+        EXPECT_FALSE(send());
+    }
+}
+
 TEST_F(StartUpScenario, ReplyWithoutRequestIsAnsweredWithZeroAndNoInfo)
 {
     EXPECT_EQ(0, receive(fromHex("FINS 00000010 00000001 00000000 0000000A 00000032")));
