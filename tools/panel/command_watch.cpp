@@ -3,7 +3,6 @@
 #include "change_feed.h"
 #include "exit_codes.h"
 #include "fresh_values.h"
-#include "stop_flag.h"
 #include "values.h"
 
 #include <ctime>
@@ -21,6 +20,9 @@ public:
     void print();
     long changes() const { return changes_; }
 
+    /// True if the PLC refused to read a word that is still unknown.
+    bool refused() const { return refused_ && !unseen_.complete(); }
+
 private:
     using Key = std::pair<QString, qint32>;
 
@@ -33,6 +35,7 @@ private:
     std::vector<Key>           first_; // received for the first time in the last step
     std::vector<Change>        changed_;
     long                       changes_;
+    bool                       refused_;
 };
 
 std::string timeText()
@@ -50,7 +53,7 @@ std::string timeText()
     return text;
 }
 
-WatchPrinter::WatchPrinter(Runtime &runtime, const std::vector<Item> &items) : runtime_(runtime), changes_(0)
+WatchPrinter::WatchPrinter(Runtime &runtime, const std::vector<Item> &items) : runtime_(runtime), changes_(0), refused_(false)
 {
     unseen_.expect(items);
     for (const Item &item : items) {
@@ -58,8 +61,12 @@ WatchPrinter::WatchPrinter(Runtime &runtime, const std::vector<Item> &items) : r
             shown_[{single.regType, single.address}];
     }
     runtime.onExchange([this](const Exchange &exchange) {
-        if (exchange.kind == RequestKind::READ && exchange.accepted && !unseen_.complete())
+        if (exchange.kind != RequestKind::READ || unseen_.complete())
+            return;
+        if (exchange.accepted)
             noteFirst(exchange.request);
+        else if (exchange.judgement.verdict == Verdict::REFUSED)
+            refused_ = true;
     });
 }
 
@@ -118,8 +125,14 @@ int runWatch(const DriverLibrary &library, const LinkOptions &link, const WatchO
         printer.print();
         return options.changes > 0 && printer.changes() >= options.changes;
     });
-    if (options.changes > 0 && printer.changes() < options.changes && !stopRequested() && runtime.wasOnline())
-        std::cerr << "fins_panel: " << printer.changes() << " of " << options.changes << " changes came in time"
-                  << std::endl;
-    return runtime.wasOnline() || stopRequested() ? EXIT_DONE : EXIT_NO_LINK;
+    if (stopRequested())
+        return EXIT_DONE;
+    if (printer.refused())
+        return EXIT_REFUSED;
+    if (!runtime.wasOnline())
+        return EXIT_NO_LINK;
+    if (printer.changes() >= options.changes)
+        return EXIT_DONE;
+    std::cerr << "fins_panel: " << printer.changes() << " of " << options.changes << " changes came in time" << std::endl;
+    return EXIT_NO_LINK;
 }

@@ -99,8 +99,12 @@ int runWrite(const DriverLibrary &library, const LinkOptions &link, Millis giveU
     const TimePoint end = Clock::now() + giveUp;
     const bool sent = stepUntil(runtime, end, [&] {
         queue.pump();
-        return queue.settled();
+        return queue.settled() || fresh.allRefused();
     });
+    if (fresh.allRefused()) {
+        sayOpenWrites(queue);
+        return EXIT_REFUSED;
+    }
     fresh.restart();
     if (!sent || !stepUntil(runtime, end, [&] { return fresh.complete(); })) {
         sayOpenWrites(queue);

@@ -1,11 +1,10 @@
 #include "fresh_values.h"
 
 #include "exit_codes.h"
-#include "stop_flag.h"
 
 #include <iostream>
 
-FreshValues::FreshValues(Runtime &runtime, const std::vector<Item> &items) : items_(items)
+FreshValues::FreshValues(Runtime &runtime, const std::vector<Item> &items) : runtime_(runtime), items_(items)
 {
     runtime.watch(items);
     runtime.onExchange([this](const Exchange &exchange) { note(exchange); });
@@ -43,7 +42,7 @@ int noAnswer(const Runtime &runtime, Millis giveUp)
     if (stopRequested())
         std::cerr << "fins_panel: interrupted" << std::endl;
     else
-        std::cerr << "fins_panel: no answer from " << peer << " within " << giveUp.count() / 1000
-                  << " s; check the address and the cable, or wait longer with --give-up SECONDS" << std::endl;
+        std::cerr << "fins_panel: no answer from " << peer << " within " << giveUp.count()
+                  << " ms; check the address and the cable, or wait longer with --give-up SECONDS" << std::endl;
     return EXIT_NO_LINK;
 }

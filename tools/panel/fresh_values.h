@@ -3,6 +3,7 @@
 
 #include "coverage.h"
 #include "runtime.h"
+#include "stop_flag.h"
 
 // Waits until every word of some watched items was read anew, or its read was refused by the PLC.
 
@@ -22,23 +23,20 @@ public:
     bool refused(const Item &item) const;
     bool anyRefused() const { return !refused_.empty(); }
 
+    /// True if all was refused, and no read was accepted before.
+    bool allRefused() const { return complete() && anyRefused() && !runtime_.wasOnline(); }
+
 private:
     void note(const Exchange &exchange);
 
+    const Runtime          &runtime_;
     const std::vector<Item> items_;
     Coverage                awaited_;
     std::vector<Item>       refused_; // the refused blocks
 };
 
-/// Steps until `done` holds. Returns false at `giveUp` or when the program is asked to end.
-template <typename Condition>
-bool stepUntil(Runtime &runtime, TimePoint giveUp, Condition done);
-
-/// One line on stderr: what was not reached in time.
-int noAnswer(const Runtime &runtime, Millis giveUp);
-
-bool stopRequested();
-
+/// Steps until `done()` holds, which is also asked before the first step. Returns false at `giveUp` or when the program
+/// is asked to end.
 template <typename Condition>
 bool stepUntil(Runtime &runtime, TimePoint giveUp, Condition done)
 {
@@ -49,5 +47,8 @@ bool stepUntil(Runtime &runtime, TimePoint giveUp, Condition done)
     }
     return true;
 }
+
+/// Says in one line that no answer came in time; returns the program's exit code.
+int noAnswer(const Runtime &runtime, Millis giveUp);
 
 #endif

@@ -122,6 +122,8 @@ void Runtime::handOver(RequestKind kind, const Judgement &judgement)
     const qint32 result = library_.dealRcvFrame(reply_, info_);
     if (result == DEAL_ACCEPTED)
         accepted(kind);
+    else if (judgement.verdict == Verdict::GOOD)
+        problem_ = "the driver rejects the reply";
     for (const auto &call : exchangeCalls_)
         call({request_, kind, judgement, result == DEAL_ACCEPTED});
     if (result != DEAL_DROPPED)
