@@ -53,7 +53,8 @@ std::string timeText()
     return text;
 }
 
-WatchPrinter::WatchPrinter(Runtime &runtime, const std::vector<Item> &items) : runtime_(runtime), changes_(0), refused_(false)
+WatchPrinter::WatchPrinter(Runtime &runtime, const std::vector<Item> &items)
+    : runtime_(runtime), changes_(0), refused_(false)
 {
     unseen_.expect(items);
     for (const Item &item : items) {
@@ -133,6 +134,7 @@ int runWatch(const DriverLibrary &library, const LinkOptions &link, const WatchO
         return EXIT_NO_LINK;
     if (printer.changes() >= options.changes)
         return EXIT_DONE;
-    std::cerr << "fins_panel: " << printer.changes() << " of " << options.changes << " changes came in time" << std::endl;
+    std::cerr << "fins_panel: " << printer.changes() << " of " << options.changes << " changes came in time"
+              << std::endl;
     return EXIT_NO_LINK;
 }

@@ -80,12 +80,16 @@ void sayOpenWrites(const WriteQueue &queue)
             std::cerr << "not sent: the write of " << itemText(piece.item) << std::endl;
         else if (piece.outcome == WriteOutcome::IN_FLIGHT || piece.outcome == WriteOutcome::UNCONFIRMED)
             std::cerr << "unconfirmed: the write of " << itemText(piece.item) << std::endl;
+        else if (piece.outcome == WriteOutcome::ACCEPTED)
+            std::cerr << "not read back: the write of " << itemText(piece.item) << ", which the PLC acknowledged"
+                      << std::endl;
     }
 }
 
 } // namespace
 
-int runWrite(const DriverLibrary &library, const LinkOptions &link, Millis giveUp, const std::vector<std::string> &texts)
+int runWrite(const DriverLibrary &library, const LinkOptions &link, Millis giveUp,
+             const std::vector<std::string> &texts)
 {
     const std::vector<Write> writes = parseWrites(library, texts);
     Runtime runtime(library, link);

@@ -22,7 +22,8 @@ struct RecipeOptions {
 };
 
 int runWatch(const DriverLibrary &library, const LinkOptions &link, const WatchOptions &options);
-int runRead(const DriverLibrary &library, const LinkOptions &link, Millis giveUp, const std::vector<std::string> &items);
+int runRead(const DriverLibrary &library, const LinkOptions &link, Millis giveUp,
+            const std::vector<std::string> &items);
 
 /// `writes` are ITEM=V[,V...]. Success only when the values read back agree.
 int runWrite(const DriverLibrary &library, const LinkOptions &link, Millis giveUp,

@@ -10,9 +10,9 @@
 
 class DriverLibrary {
 public:
-    /// Loads `file`, or the library that belongs to this program if `file` is empty: the one in the library folder beside
-    /// the program's folder, in the build folder, or wherever the system's loader finds it. Throws UsageError, which
-    /// names the file, or the function that it lacks.
+    /// Loads `file`, or the library that belongs to this program if `file` is empty: the one in the library folder
+    /// beside the program's folder, in the build folder, or wherever the system's loader finds it. Throws UsageError,
+    /// which names the file, or the function that it lacks.
     explicit DriverLibrary(const std::string &file);
     ~DriverLibrary();
     DriverLibrary(const DriverLibrary &) = delete;

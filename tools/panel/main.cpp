@@ -15,7 +15,8 @@ namespace {
 const char FOOTER[] =
     "Items are TYPE:ADDRESS[:COUNT] in the driver's names and notation, such as DM:100:2 or CIO_bit:0.5; see\n"
     "'fins_panel types'. Results go to stdout, messages to stderr.\n"
-    "Exit codes: 0 done; 1 the PLC refused a request or a value differed; 2 bad usage; 3 no link or no answer in time.\n"
+    "Exit codes: 0 done; 1 the PLC refused a request or a value differed; 2 bad usage;\n"
+    "3 no link or no answer in time.\n"
     "Writing moves machines, and the driver may switch the PLC to MONITOR mode when a write needs it.";
 
 struct Arguments {
@@ -72,7 +73,8 @@ void addWatch(CLI::App &app, Arguments &arguments, Action &action)
 {
     CLI::App *command = app.add_subcommand("watch", "Print a line for every change: time (UTC), item, old, new value");
     addLinkOptions(*command, arguments, READ_WORDS_LIMIT);
-    addItems(*command, arguments.watch.items, "items to watch; the first value of each is a line with '-' as old value");
+    addItems(*command, arguments.watch.items,
+             "items to watch; the first value of each is a line with '-' as old value");
     command->add_option("--for", arguments.watch.forSeconds, "end after this many seconds; for ever by default")
         ->check(CLI::Range(0.001, 1e9));
     command->add_option("--changes", arguments.watch.changes, "end after this many changes, first values not counted")
@@ -102,7 +104,8 @@ void addRead(CLI::App &app, Arguments &arguments, Action &action)
 
 void addWrite(CLI::App &app, Arguments &arguments, Action &action)
 {
-    CLI::App *command = app.add_subcommand("write", "Write values and read them back: ITEM = VALUE ... as the PLC holds it");
+    CLI::App *command = app.add_subcommand("write",
+                                           "Write values and read them back: ITEM = VALUE ... as the PLC holds it");
     addLinkOptions(*command, arguments, WRITE_WORDS_LIMIT);
     addGiveUp(*command, arguments);
     addItems(*command, arguments.items,

@@ -18,8 +18,8 @@ struct RecipeEntry {
     std::vector<quint8> values; // words, low byte first; empty if the line has none
 };
 
-/// Reads a recipe; with `needValues` every line must have its values. Throws UsageError, which begins with `name` and the
-/// line's number. Variables that overlap, and a recipe without variables, are refused.
+/// Reads a recipe; with `needValues` every line must have its values. Throws UsageError, which begins with `name` and
+/// the line's number. Variables that overlap, and a recipe without variables, are refused.
 std::vector<RecipeEntry> readRecipe(const DriverLibrary &library, std::istream &input, const std::string &name,
                                     bool needValues);
 

@@ -51,8 +51,8 @@ public:
     /// Replaces the cyclic poll. At least one item is needed before the first step.
     void watch(const std::vector<Item> &items);
 
-    /// Calls that are made during step(): after each exchange, and when a connection has ended and the driver has closed
-    /// the job that was in progress.
+    /// Calls that are made during step(): after each exchange, and when a connection has ended and the driver has
+    /// closed the job that was in progress.
     void onExchange(std::function<void(const Exchange &)> call) { exchangeCalls_.push_back(std::move(call)); }
     void onLost(std::function<void()> call) { lostCalls_.push_back(std::move(call)); }
 

@@ -72,11 +72,18 @@ bool TcpLink::connect(const std::string &host, const std::string &port)
         return false;
     }
     socket.native_non_blocking(false, error);
-    socket_ = socket.release(error);
+    const int connected = socket.release(error);
     if (error) {
         problem_ = error.message();
         return false;
     }
+    adopt(connected);
+    return true;
+}
+
+void TcpLink::adopt(int connected)
+{
+    socket_ = connected;
     const int on = 1;
     const timeval sendTimeout = toTimeval(timeout_);
     setsockopt(socket_, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
@@ -85,7 +92,6 @@ bool TcpLink::connect(const std::string &host, const std::string &port)
     setReceiveTimeout(timeout_);
     assembler_.reset();
     late_.forget();
-    return true;
 }
 
 void TcpLink::setReceiveTimeout(Millis timeout)

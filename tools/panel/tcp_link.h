@@ -40,6 +40,7 @@ public:
     const std::string &problem() const { return problem_; }
 
 private:
+    void adopt(int connected);
     ExchangeStatus sendAll(const std::uint8_t *request, std::size_t size);
     ExchangeStatus receiveReply(const std::uint8_t *request, std::size_t size, TimePoint start);
     ExchangeStatus receiveSome();
