@@ -26,8 +26,10 @@ std::string accessText(const char *verb, const Bytes &request)
 Bytes replyHead(const Bytes &request)
 {
     Bytes reply = {'F', 'I', 'N', 'S', 0, 0, 0, 0, 0, 0, 0, 2, 0, 0, 0, 0, 0xC0, 0, 2, 0};
-    reply.insert(reply.end(), {CLIENT_NODE, 0, 0, SERVER_NODE, 0});
-    reply.insert(reply.end(), {request.at(25), request.at(26), request.at(27), 0, 0});
+    for (const auto byte : Bytes{CLIENT_NODE, 0, 0, SERVER_NODE, 0})
+        reply.push_back(byte);
+    for (const auto byte : Bytes{request.at(25), request.at(26), request.at(27), 0, 0})
+        reply.push_back(byte);
     return reply;
 }
 

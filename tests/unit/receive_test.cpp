@@ -106,7 +106,8 @@ protected:
     static Bytes readReply(const Bytes &data)
     {
         Bytes reply = header(0x77);
-        reply.insert(reply.end(), data.begin(), data.end());
+        for (quint8 byte : data)
+            reply.push_back(byte);
         return reply;
     }
 
