@@ -61,10 +61,16 @@ static_assert(sizeof ADDRESS_RANGE_FINS / sizeof ADDRESS_RANGE_FINS[0] == REG_CO
 int findRegister(const QString &regType)
 {
     for (int i = 0; i < REG_COUNT; ++i) {
-        if (REG_LIST[i] == regType)
+        if (sameName(REG_LIST[i], regType))
             return i;
     }
     return -1;
+}
+
+QString sharedName(const QString &regType)
+{
+    const int i = findRegister(regType);
+    return i < 0 ? regType : REG_LIST[i];
 }
 
 bool isBitType(const QString &regType)
@@ -74,7 +80,17 @@ bool isBitType(const QString &regType)
 
 QString wordTypeOf(const QString &regType)
 {
-    return regType.left(regType.indexOf(QLatin1Char('_')));
+    return sharedName(regType.left(regType.indexOf(QLatin1Char('_'))));
+}
+
+QString bitTypeOf(const QString &wordType)
+{
+    for (int i = 0; i < REG_COUNT; ++i) {
+        if (REG_LIST[i].size() == wordType.size() + 4 && *REG_LIST[i].constData() == *wordType.constData()
+            && REG_LIST[i].startsWith(wordType))
+            return REG_LIST[i];
+    }
+    return wordType + QLatin1String("_bit");
 }
 
 qint32 a2i_ddd_DD(QString text, qint32 &bitAddress)

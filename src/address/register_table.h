@@ -23,14 +23,28 @@ enum RangeField {
     RANGE_FIELDS   = 5
 };
 
+/// Whether two names are equal. Inline, because every word of every reply asks: names in the same memory need no look at
+/// their letters, and names with different first letters no look at the others.
+inline bool sameName(const QString &a, const QString &b)
+{
+    return a.size() == b.size()
+        && (a.constData() == b.constData() || (*a.constData() == *b.constData() && a == b));
+}
+
 /// Index of `regType` in the tables, or -1.
 int findRegister(const QString &regType);
+
+/// `regType`, in the table's memory where it is one of the names, so that thousands of records share it.
+QString sharedName(const QString &regType);
 
 /// Whether `regType` ends in "_bit".
 bool isBitType(const QString &regType);
 
 /// The part of `regType` before its first "_": the word type that holds the bits of a bit type.
 QString wordTypeOf(const QString &regType);
+
+/// `wordType` followed by "_bit", in the table's memory where it is one of the names.
+QString bitTypeOf(const QString &wordType);
 
 /// Parses the bit address text "word.bit" into word * 16 + bit. A bit below 10 has one digit. The word has no range
 /// here. Returns 1, or -1 for a malformed text, which leaves `bitAddress` as it was.

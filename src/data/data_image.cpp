@@ -2,22 +2,33 @@
 
 #include "address/register_table.h"
 #include "address/wrapping.h"
+#include "data/area_index.h"
+
+/// Appends a record, all zero but its keys, and returns its index.
+static qint32 appendArea(qint32 requestTag, const QString &regType, qint32 address, QList<_DATA_> &areas)
+{
+    _DATA_ area = _DATA_();
+    area.requestTag = requestTag;
+    area.regType = sharedName(regType);
+    area.address = address;
+    areas.append(area);
+    return static_cast<qint32>(areas.size()) - 1;
+}
 
 qint32 getIndexOfDataArea(qint32 requestTag, QString regType, qint32 address, QList<_DATA_> &areas)
 {
-    const qint32 count = static_cast<qint32>(areas.size());
-    for (qint32 i = 0; i < count; ++i) {
-        const _DATA_ &area = areas.at(i);
-        if (area.address == address && area.requestTag == requestTag && area.regType == regType)
-            return i;
-    }
+    const qint32 found = findArea(requestTag, regType, address, areas);
+    return found >= 0 ? found : appendArea(requestTag, regType, address, areas);
+}
 
-    _DATA_ area = _DATA_();
-    area.requestTag = requestTag;
-    area.regType = regType;
-    area.address = address;
-    areas.append(area);
-    return count;
+int getIndexesOfDataAreas(qint32 requestTag, const QString &regType, qint32 address, qint32 count, AreaRun &run)
+{
+    const int found = findAreas(requestTag, regType, address, qMin<qint32>(count, AREA_RUN_SIZE), driver.dataAreas,
+                                run.indexes);
+    if (found > 0)
+        return found;
+    run.indexes[0] = appendArea(requestTag, regType, address, driver.dataAreas);
+    return 1;
 }
 
 const quint8 *shownValue(const _DATA_ &area)
@@ -25,30 +36,35 @@ const quint8 *shownValue(const _DATA_ &area)
     return area.writePending != 0 ? area.writeValue : area.plcValue;
 }
 
-qint32 wordOf(const quint8 *bytes)
+static void reportBits(quint32 bits, qint32 requestTag, const QString &regType, qint32 address)
 {
-    return bytes[0] + 256 * bytes[1];
+    const QString bitType = bitTypeOf(regType);
+    for (int bit = 0; bit < 16; ++bit) {
+        if ((bits >> bit & 1) != 0)
+            driver.valueChangeCallback(driver.stationNo, requestTag, bitType, wrapAdd(wrapMul(address, 16), bit));
+    }
+}
+
+void reportChange(qint32 index, qint32 before, qint32 after, qint32 requestTag, const QString &regType,
+                  qint32 address, qint32 wordOnly)
+{
+    if (before == after)
+        return;
+
+    const quint32 changedBits = static_cast<quint32>(before ^ after);
+    const quint32 bits = changedBits & static_cast<quint32>(driver.dataAreas.at(index).bitMonitor) & 0xFFFF;
+    if (wordOnly == 0 && bits != 0)
+        reportBits(bits, requestTag, regType, address);
+    // Deliberate: the remainder keeps the sign, so a negative mark never reports.
+    if (driver.dataAreas.at(index).wordMonitor % 2 == 1)
+        driver.valueChangeCallback(driver.stationNo, requestTag, regType, address);
 }
 
 void _wordDataChange(const qint32 *currentValue, const qint32 *newValue, qint32 requestTag, QString regType,
                      qint32 address, qint32 wordOnly)
 {
     const qint32 index = getIndexOfDataArea(requestTag, regType, address, driver.dataAreas);
-    if (*currentValue == *newValue)
-        return;
-
-    // Each mask is read when it is due: a callback may have added records.
-    const quint32 changed = static_cast<quint32>(*currentValue ^ *newValue);
-    for (int bit = 0; wordOnly == 0 && bit < 16; ++bit) {
-        const quint32 watched = static_cast<quint32>(driver.dataAreas.at(index).bitMonitor);
-        if ((changed & watched & (1u << bit)) != 0) {
-            driver.valueChangeCallback(driver.stationNo, requestTag, regType + QLatin1String("_bit"),
-                                       wrapAdd(wrapMul(address, 16), bit));
-        }
-    }
-    // Deliberate: the remainder keeps the sign, so a negative mark never reports.
-    if (driver.dataAreas.at(index).wordMonitor % 2 == 1)
-        driver.valueChangeCallback(driver.stationNo, requestTag, regType, address);
+    reportChange(index, *currentValue, *newValue, requestTag, regType, address, wordOnly);
 }
 
 // Deliberate: unlike _wordDataChange it reports no word, adds no suffix and does not multiply the address.

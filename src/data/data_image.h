@@ -10,17 +10,34 @@
 /// `regType` is a word type.
 qint32 getIndexOfDataArea(qint32 requestTag, QString regType, qint32 address, QList<_DATA_> &areas);
 
+/// Indexes of the records of consecutive addresses.
+enum { AREA_RUN_SIZE = 64 };
+struct AreaRun {
+    qint32 indexes[AREA_RUN_SIZE];
+};
+
+/// Finds in the driver's image the records of up to `count` consecutive addresses, `count` at least 1: the first one's,
+/// which is appended if it is missing, and those behind it as long as they exist. Returns how many.
+int getIndexesOfDataAreas(qint32 requestTag, const QString &regType, qint32 address, qint32 count, AreaRun &run);
+
 /// The two bytes that the panel sees of a record: the written value until its write has ended, else the PLC's.
 const quint8 *shownValue(const _DATA_ &area);
 
 /// The word in two bytes, low byte first; 0 to 0xFFFF.
-qint32 wordOf(const quint8 *bytes);
+inline qint32 wordOf(const quint8 *bytes)
+{
+    return bytes[0] + 256 * bytes[1];
+}
 
 /// Reports the change of one word from `currentValue` to `newValue` (0 to 0xFFFF): each watched bit that differs, lowest
 /// first, then the word if it is watched. Equal values report nothing. `wordOnly` nonzero leaves the bits out. Creates
 /// the word's record if it is missing, and changes nothing else.
 void _wordDataChange(const qint32 *currentValue, const qint32 *newValue, qint32 requestTag, QString regType,
                      qint32 address, qint32 wordOnly);
+
+/// The same for the record at `index`, whose keys are given.
+void reportChange(qint32 index, qint32 before, qint32 after, qint32 requestTag, const QString &regType,
+                  qint32 address, qint32 wordOnly);
 
 /// Reports each watched bit among bits 0 to 7 that differs between two bytes, under `regType` unchanged and
 /// `address` + bit.

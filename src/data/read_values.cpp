@@ -6,21 +6,27 @@
 
 static void readWords(qint32 requestTag, const QString &regType, qint32 address, qint32 count, quint8 *out)
 {
-    for (qint32 i = 0; i < count; ++i) {
-        const qint32 index = getIndexOfDataArea(requestTag, regType, wrapAdd(address, i), driver.dataAreas);
-        const quint8 *word = shownValue(driver.dataAreas.at(index));
-        *out++ = word[0];
-        *out++ = word[1];
+    AreaRun run;
+    int length = 0;
+    for (qint32 i = 0; i < count; i += length) {
+        length = getIndexesOfDataAreas(requestTag, regType, wrapAdd(address, i), count - i, run);
+        for (int k = 0; k < length; ++k) {
+            const quint8 *word = shownValue(driver.dataAreas.at(run.indexes[k]));
+            *out++ = word[0];
+            *out++ = word[1];
+        }
     }
 }
 
 static void readBits(qint32 requestTag, const QString &wordType, qint32 address, qint32 count, quint8 *out)
 {
+    qint32 index = 0;
     for (qint32 i = 0; i < count; ++i) {
-        const qint32 bitAddress = wrapAdd(address, i);
-        const qint32 bit = bitAddress % 16;
-        const qint32 index = getIndexOfDataArea(requestTag, wordType, bitAddress / 16, driver.dataAreas);
+        const qint32 at = wrapAdd(address, i);
+        if (i == 0 || at % 16 == 0)
+            index = getIndexOfDataArea(requestTag, wordType, at / 16, driver.dataAreas);
         const quint8 *word = shownValue(driver.dataAreas.at(index));
+        const qint32 bit = at % 16;
         out[i] = bit >= 0 && (word[bit / 8] >> (bit % 8) & 1) != 0 ? 1 : 0;
     }
 }
@@ -30,6 +36,6 @@ qint32 intf_getData(qint32 requestTag, QString regType, qint32 address, qint32 c
     if (isBitType(regType))
         readBits(requestTag, wordTypeOf(regType), address, count, out);
     else
-        readWords(requestTag, regType, address, count, out);
+        readWords(requestTag, sharedName(regType), address, count, out);
     return 1;
 }

@@ -11,9 +11,9 @@ enum WriteResult {
     WRITE_SUCCEEDED = 1
 };
 
-static void finishWord(qint32 requestTag, const QString &regType, qint32 address, qint32 result)
+/// Settles one word, in the record at `index`.
+static void finishWord(qint32 index, qint32 requestTag, const QString &regType, qint32 address, qint32 result)
 {
-    const qint32 index = getIndexOfDataArea(requestTag, regType, address, driver.dataAreas);
     _DATA_ &area = driver.dataAreas[index];
     area.writePending = 0;
     if (result == WRITE_SUCCEEDED) {
@@ -23,13 +23,12 @@ static void finishWord(qint32 requestTag, const QString &regType, qint32 address
     }
     const qint32 plcWord = wordOf(area.plcValue);
     const qint32 writtenWord = wordOf(area.writeValue);
-    _wordDataChange(&plcWord, &writtenWord, requestTag, regType, address, 0);
+    reportChange(index, plcWord, writtenWord, requestTag, regType, address, 0);
 }
 
-static void finishBit(qint32 requestTag, const QString &wordType, qint32 bitAddress, qint32 result)
+/// Settles one bit, in the word's record at `index`. A negative bit settles nothing.
+static void finishBit(qint32 index, qint32 bit, qint32 result)
 {
-    const qint32 bit = bitAddress % 16;
-    const qint32 index = getIndexOfDataArea(requestTag, wordType, bitAddress / 16, driver.dataAreas);
     if (bit < 0)
         return;
 
@@ -45,17 +44,32 @@ static void finishBit(qint32 requestTag, const QString &wordType, qint32 bitAddr
     }
 }
 
+static void finishWords(qint32 requestTag, const QString &regType, qint32 address, qint32 count, qint32 result)
+{
+    AreaRun run;
+    int length = 0;
+    for (qint32 i = 0; i < count; i += length) {
+        const qint32 first = wrapAdd(address, i);
+        length = getIndexesOfDataAreas(requestTag, regType, first, count - i, run);
+        for (int k = 0; k < length; ++k)
+            finishWord(run.indexes[k], requestTag, regType, wrapAdd(first, k), result);
+    }
+}
+
 void _write_FailOrSuc(qint32 requestTag, QString regType, qint32 address, qint32 count, qint32 result)
 {
     if (!isBitType(regType)) {
-        for (qint32 i = 0; i < count; ++i)
-            finishWord(requestTag, regType, wrapAdd(address, i), result);
+        finishWords(requestTag, regType, address, count, result);
         return;
     }
     // Deliberate: every bit reports, watched or not, and under the piece's first address.
     const QString wordType = wordTypeOf(regType);
+    qint32 index = 0;
     for (qint32 i = 0; i < count; ++i) {
-        finishBit(requestTag, wordType, wrapAdd(address, i), result);
+        const qint32 at = wrapAdd(address, i);
+        if (i == 0 || at % 16 == 0)
+            index = getIndexOfDataArea(requestTag, wordType, at / 16, driver.dataAreas);
+        finishBit(index, at % 16, result);
         driver.valueChangeCallback(driver.stationNo, requestTag, regType, address);
     }
 }
@@ -87,8 +101,10 @@ static void finishConditionRead()
 
 static void rotatePollList()
 {
-    if (driver.readList.size() >= 2)
-        driver.readList.append(driver.readList.takeFirst());
+    if (driver.readList.size() < 2)
+        return;
+    driver.readList.append(driver.readList.at(0));
+    driver.readList.removeFirst();
 }
 
 /// Deliberate: the request is cleared on success and failure alike.

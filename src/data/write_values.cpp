@@ -11,7 +11,8 @@ enum { QUEUE_LAST = 512 };
 
 bool sameVariable(const VARIABLE &a, const VARIABLE &b)
 {
-    return a.address == b.address && a.count == b.count && a.requestTag == b.requestTag && a.regType == b.regType;
+    return a.address == b.address && a.count == b.count && a.requestTag == b.requestTag
+        && sameName(a.regType, b.regType);
 }
 
 void putIntoQueue(QList<VARIABLE> &queue, const VARIABLE &request)
@@ -65,12 +66,12 @@ qint32 intf_setData(qint32 requestTag, QString regType, qint32 address, qint32 c
     return 1;
 }
 
-static void saveWord(qint32 requestTag, const QString &regType, qint32 address, const quint8 *word)
+/// Writes one word, in the record at `index`.
+static void saveWord(qint32 index, qint32 requestTag, const QString &regType, qint32 address, const quint8 *word)
 {
-    const qint32 index = getIndexOfDataArea(requestTag, regType, address, driver.dataAreas);
     const qint32 before = wordOf(shownValue(driver.dataAreas.at(index)));
     const qint32 after = wordOf(word);
-    _wordDataChange(&before, &after, requestTag, regType, address, 0);
+    reportChange(index, before, after, requestTag, regType, address, 0);
 
     _DATA_ &area = driver.dataAreas[index];
     area.writeValue[0] = word[0];
@@ -78,18 +79,17 @@ static void saveWord(qint32 requestTag, const QString &regType, qint32 address, 
     area.writePending = 1;
 }
 
+/// Writes one bit, in the word's record at `index`. A negative bit stores nothing.
 /// Deliberate: only the value 1 sets the bit, every other value clears it.
-static void saveBit(qint32 requestTag, const QString &wordType, qint32 bitAddress, quint8 value)
+static void saveBit(qint32 index, qint32 requestTag, const QString &wordType, qint32 bitAddress, quint8 value)
 {
-    const qint32 word = bitAddress / 16;
     const qint32 bit = bitAddress % 16;
-    const qint32 index = getIndexOfDataArea(requestTag, wordType, word, driver.dataAreas);
     if (bit < 0)
         return;
 
     const qint32 before = wordOf(shownValue(driver.dataAreas.at(index)));
     const qint32 after = _setBitValue(before, bit, value == 1 ? 1 : 0);
-    _wordDataChange(&before, &after, requestTag, wordType, word, 0);
+    reportChange(index, before, after, requestTag, wordType, bitAddress / 16, 0);
 
     _DATA_ &area = driver.dataAreas[index];
     area.writeValue[0] = static_cast<quint8>(after & 0xFF);
@@ -98,14 +98,30 @@ static void saveBit(qint32 requestTag, const QString &wordType, qint32 bitAddres
     area.pendingBits = _setBitValue(area.pendingBits, bit, 1);
 }
 
+static void saveWords(qint32 requestTag, const QString &regType, qint32 address, qint32 count, const quint8 *data)
+{
+    AreaRun run;
+    int length = 0;
+    for (qint32 i = 0; i < count; i += length) {
+        const qint32 first = wrapAdd(address, i);
+        length = getIndexesOfDataAreas(requestTag, regType, first, count - i, run);
+        for (int k = 0; k < length; ++k)
+            saveWord(run.indexes[k], requestTag, regType, wrapAdd(first, k), data + 2 * (qint64(i) + k));
+    }
+}
+
 void write_saveDataToArea(qint32 requestTag, QString regType, qint32 address, qint32 count, const quint8 *data)
 {
-    if (isBitType(regType)) {
-        const QString wordType = wordTypeOf(regType);
-        for (qint32 i = 0; i < count; ++i)
-            saveBit(requestTag, wordType, wrapAdd(address, i), data[i]);
+    if (!isBitType(regType)) {
+        saveWords(requestTag, sharedName(regType), address, count, data);
         return;
     }
-    for (qint32 i = 0; i < count; ++i)
-        saveWord(requestTag, regType, wrapAdd(address, i), data + 2 * qint64(i));
+    const QString wordType = wordTypeOf(regType);
+    qint32 index = 0;
+    for (qint32 i = 0; i < count; ++i) {
+        const qint32 at = wrapAdd(address, i);
+        if (i == 0 || at % 16 == 0)
+            index = getIndexOfDataArea(requestTag, wordType, at / 16, driver.dataAreas);
+        saveBit(index, requestTag, wordType, at, data[i]);
+    }
 }

@@ -10,25 +10,18 @@
 /// The requestId of every cyclic poll entry.
 enum { POLL_REQUEST_ID = 4 };
 
-static _DATA_ &areaOf(qint32 requestTag, const QString &wordType, qint32 address)
-{
-    const qint32 index = getIndexOfDataArea(requestTag, wordType, address, driver.dataAreas);
-    return driver.dataAreas[index];
-}
-
 qint32 _setDataAreaMonitorFlag(qint32 requestTag, QString regType, qint32 address, qint32 count)
 {
     const bool bits = isBitType(regType);
     const QString wordType = bits ? wordTypeOf(regType) : regType;
     for (qint32 i = 0; i < count; ++i) {
         const qint32 at = wrapAdd(address, i);
-        if (bits) {
-            _DATA_ &area = areaOf(requestTag, wordType, at / 16);
+        const qint32 index = getIndexOfDataArea(requestTag, wordType, bits ? at / 16 : at, driver.dataAreas);
+        _DATA_ &area = driver.dataAreas[index];
+        if (bits)
             area.bitMonitor = _setBitValue(area.bitMonitor, at % 16, 1);
-        } else {
-            _DATA_ &area = areaOf(requestTag, wordType, at);
+        else
             area.wordMonitor = _setBitValue(area.wordMonitor, 0, 1);
-        }
     }
     return 0;
 }
@@ -56,7 +49,7 @@ qint32 intf_addrMerge(QList<KEY_ADDRESS> &addresses)
         VARIABLE read = VARIABLE();
         read.requestId  = POLL_REQUEST_ID;
         read.requestTag = block.requestTag;
-        read.regType    = block.regType;
+        read.regType    = sharedName(block.regType);
         read.address    = block.address;
         read.count      = block.count;
         driver.readList.append(read);
