@@ -3,6 +3,7 @@
 #include "address/register_table.h"
 #include "address/wrapping.h"
 
+#include <algorithm>
 #include <cstring>
 
 /// Largest write that fits a frame: 495 words or 990 bits. What lies beyond is not copied; the lengths still count it.
@@ -101,6 +102,15 @@ static void putBits(quint8 *to, const quint8 *values, qint32 count)
         to[i] = values[i];
 }
 
+static const FRAME_PRO EMPTY_FRAME = FRAME_PRO();
+
+/// Appends an empty frame, to be filled in place.
+static FRAME_PRO &appendFrame()
+{
+    driver.frameList.append(EMPTY_FRAME);
+    return driver.frameList.last();
+}
+
 /// Copies what a frame carries along of the variable that it serves.
 static void setVariable(FRAME_PRO &frame, const VARIABLE &request)
 {
@@ -109,7 +119,7 @@ static void setVariable(FRAME_PRO &frame, const VARIABLE &request)
     frame.regType    = request.regType;
     frame.address    = request.address;
     frame.count      = request.count;
-    std::memcpy(frame.value, request.value, VALUE_BUFFER_SIZE);
+    std::copy(request.value, request.value + VALUE_BUFFER_SIZE, frame.value);
 }
 
 int getSSID()
@@ -123,12 +133,11 @@ int getSSID()
 // Node address data send, client to server.
 void connectToServer()
 {
-    FRAME_PRO request = FRAME_PRO();
+    FRAME_PRO &request = appendFrame();
     putTcpHeader(request.frame, 0, NODE_REQUEST);
     put32(request.frame + NODE_CLIENT, 0);
     request.sendLen = NODE_REQUEST;
     request.rcvLen  = NODE_REPLY;
-    driver.frameList.append(request);
 }
 
 // Memory Area Read, 01 01.
@@ -140,7 +149,7 @@ void getReadFrame(VARIABLE &request)
         return;
     }
 
-    FRAME_PRO read = FRAME_PRO();
+    FRAME_PRO &read = appendFrame();
     putCommandHeaders(read.frame, 0x0101, MEM_DATA);
     putWordArea(read.frame, request);
     read.sendLen = MEM_DATA;
@@ -148,7 +157,6 @@ void getReadFrame(VARIABLE &request)
     read.dataPos = REPLY_DATA;
     read.dataLen = wrapMul(2, request.count);
     setVariable(read, request);
-    driver.frameList.append(read);
 }
 
 // Memory Area Write, 01 02.
@@ -159,7 +167,7 @@ void getWriteFrame(VARIABLE &request)
         return;
     }
 
-    FRAME_PRO write = FRAME_PRO();
+    FRAME_PRO &write = appendFrame();
     const bool bits = isBitType(request.regType);
     write.sendLen = wrapAdd(MEM_DATA, bits ? request.count : wrapMul(2, request.count));
     write.rcvLen  = REPLY_DATA;
@@ -172,13 +180,12 @@ void getWriteFrame(VARIABLE &request)
         putWords(write.frame + MEM_DATA, request.value, request.count);
     }
     setVariable(write, request);
-    driver.frameList.append(write);
 }
 
 // RUN, 04 01.
 void changePLCModeToMonitor()
 {
-    FRAME_PRO run = FRAME_PRO();
+    FRAME_PRO run = EMPTY_FRAME;
     putCommandHeaders(run.frame, 0x0401, RUN_END);
     put16(run.frame + RUN_PROGRAM, 0xFFFF);
     put8 (run.frame + RUN_MODE,    0x02); // MONITOR

@@ -17,75 +17,121 @@ enum ReceiveResult {
 
 /// A reply with data, and what the request that it answers says about them.
 struct DataReply {
-    QByteArray &bytes;
-    qint32      dataPos;
-    qint32      wordCount;
-    qint32      requestTag;
-    QString     regType;
-    qint32      address;
-    qint32      count;
+    QByteArray   &reply;
+    const quint8 *bytes; // those of `reply`
+    qint32        size;
+    qint32        dataPos;
+    qint32        wordCount;
+    qint32        requestTag;
+    QString       regType;
+    qint32        address;
+    qint32        count;
 };
 
-static qint32 sizeOf(const QByteArray &bytes)
+static DataReply dataReply(QByteArray &reply, const FRAME_PRO &request)
 {
-    return static_cast<qint32>(bytes.size());
+    const DataReply data = { reply, reinterpret_cast<const quint8 *>(reply.constData()),
+                             static_cast<qint32>(reply.size()), request.dataPos, request.dataLen / 2,
+                             request.requestTag, request.regType, request.address, request.count };
+    return data;
 }
 
 /// Byte `offset` of the data; 0 outside the reply.
-static quint8 dataByte(const DataReply &reply, qint32 offset)
+static quint8 dataByte(const DataReply &data, qint32 offset)
 {
-    return get8(reinterpret_cast<const quint8 *>(reply.bytes.constData()), sizeOf(reply.bytes),
-                wrapAdd(reply.dataPos, offset));
+    return get8(data.bytes, data.size, wrapAdd(data.dataPos, offset));
+}
+
+/// Where words `first` to `first` + `count` - 1 of the data lie, or null if the reply does not hold all of them.
+static const quint8 *wholeWords(const DataReply &data, qint32 first, qint32 count)
+{
+    const qint64 begin = data.dataPos + 2 * qint64(first);
+    return begin >= 0 && begin + 2 * qint64(count) <= data.size ? data.bytes + begin : nullptr;
 }
 
 /// Stores into byte `offset` of the data; nothing outside the reply.
-static void setDataByte(const DataReply &reply, qint32 offset, quint8 value)
+static void setDataByte(const DataReply &data, qint32 offset, quint8 value)
 {
-    const qint32 at = wrapAdd(reply.dataPos, offset);
-    if (at >= 0 && at < sizeOf(reply.bytes))
-        reply.bytes.data()[at] = static_cast<char>(value);
+    const qint32 at = wrapAdd(data.dataPos, offset);
+    if (at >= 0 && at < data.size)
+        data.reply.data()[at] = static_cast<char>(value);
 }
 
-/// Stores one received word into the data image; a change is reported first.
-static void storeWord(const DataReply &reply, qint32 i)
+/// Stores a changed word, two bytes from the wire, into its record of the data image, after reporting it.
+static void storeChange(const DataReply &data, qint32 address, qint32 index, quint8 high, quint8 low)
 {
-    const quint8 high = dataByte(reply, wrapMul(2, i));
-    const quint8 low = dataByte(reply, wrapAdd(wrapMul(2, i), 1));
-    const qint32 address = wrapAdd(reply.address, i);
-    const qint32 index = getIndexOfDataArea(reply.requestTag, reply.regType, address, driver.dataAreas);
-
     _DATA_ &area = driver.dataAreas[index];
-    area.rcvFlag = 0;
-    if (area.plcValue[0] == low && area.plcValue[1] == high)
-        return;
-
     area.writePending = 0;
-    const qint32 before = area.plcValue[0] + 256 * area.plcValue[1];
+    const qint32 before = wordOf(area.plcValue);
     const qint32 after = low + 256 * high;
-    _wordDataChange(&before, &after, reply.requestTag, reply.regType, address, 0);
+    reportChange(index, before, after, data.requestTag, data.regType, address, 0);
 
     // The callback may have added records, so the record is looked at anew.
     driver.dataAreas[index].plcValue[0] = low;
     driver.dataAreas[index].plcValue[1] = high;
 }
 
+/// Stores one received word into the record at `index`.
+static void storeWord(const DataReply &data, qint32 i, qint32 index)
+{
+    const quint8 high = dataByte(data, wrapMul(2, i));
+    const quint8 low = dataByte(data, wrapAdd(wrapMul(2, i), 1));
+    _DATA_ &area = driver.dataAreas[index];
+    area.rcvFlag = 0;
+    if (area.plcValue[0] != low || area.plcValue[1] != high)
+        storeChange(data, wrapAdd(data.address, i), index, high, low);
+}
+
+/// Stores received words, from word `first` on, that equal what their records hold already. Returns how many, up to the
+/// first that differs. Most words of a cyclic poll do not change, so this loop does nothing else.
+static int storeUnchanged(const DataReply &data, qint32 first, const qint32 *indexes, int count)
+{
+    const quint8 *words = wholeWords(data, first, count);
+    if (words == nullptr)
+        return 0;
+
+    const QList<_DATA_>::iterator records = driver.dataAreas.begin();
+    for (int k = 0; k < count; ++k, words += 2) {
+        _DATA_ &area = *(records + indexes[k]);
+        if (area.plcValue[1] != words[0] || area.plcValue[0] != words[1])
+            return k;
+        area.rcvFlag = 0;
+    }
+    return count;
+}
+
+static void storeWords(const DataReply &data)
+{
+    AreaRun run;
+    for (qint32 i = 0; i < data.wordCount;) {
+        const int length = getIndexesOfDataAreas(data.requestTag, data.regType, wrapAdd(data.address, i),
+                                                 data.wordCount - i, run);
+        for (int k = 0; k < length; ++k) {
+            k += storeUnchanged(data, i + k, run.indexes + k, length - k);
+            if (k < length)
+                storeWord(data, i + k, run.indexes[k]);
+        }
+        i += length;
+    }
+}
+
 /// Stores the words of one recipe variable into the recipe buffer, and reports each. The variable's data begin at byte
 /// `offset` of the reply's data.
-static void storeRecipeVariable(const DataReply &reply, const _RCP_VAR_PRO &variable, qint32 offset)
+static void storeRecipeVariable(const DataReply &data, const _RCP_VAR_PRO &variable, qint32 offset)
 {
     for (qint32 j = 0; j < variable.count; ++j) {
         const qint32 at = wrapAdd(offset, wrapMul(2, j));
         const qint32 index = wrapAdd(variable.bufferOffset, j);
         quint8 *word = reinterpret_cast<quint8 *>(driver.recipeBuffer + index);
-        word[0] = dataByte(reply, wrapAdd(at, 1));
-        word[1] = dataByte(reply, at);
+        word[0] = dataByte(data, wrapAdd(at, 1));
+        word[1] = dataByte(data, at);
         driver.valueChangeCallback(0, -1, QLatin1String("RWI"), index);
     }
 }
 
 /// Stores the variables of the recipe block in transfer. The plan may have changed since the request was built, so a
 /// block that it no longer has is a block without variables.
-static void storeRecipeBlock(const DataReply &reply)
+static void storeRecipeBlock(const DataReply &data)
 {
     const qint32 block = driver.recipeIndex;
     const qint32 blockCount = static_cast<qint32>(driver.recipeBlockStart.size());
@@ -98,7 +144,7 @@ static void storeRecipeBlock(const DataReply &reply)
     for (qint32 k = first; k < end; ++k) {
         const _RCP_VAR_PRO variable = driver.recipeVars.at(k);
         const qint32 words = wrapSub(variable.address, driver.recipeVars.at(first).address);
-        storeRecipeVariable(reply, variable, wrapMul(2, words));
+        storeRecipeVariable(data, variable, wrapMul(2, words));
     }
 }
 
@@ -115,26 +161,26 @@ static quint16 crc16(const quint8 *bytes, qint32 count)
 }
 
 /// Merges the bits of the head's value into the words just read.
-static void mergeWrittenBits(const DataReply &reply, const quint8 *bits)
+static void mergeWrittenBits(const DataReply &data, const quint8 *bits)
 {
-    for (qint32 i = 0; i < reply.wordCount; ++i) {
-        const quint8 high = dataByte(reply, wrapMul(2, i));
-        setDataByte(reply, wrapMul(2, i), dataByte(reply, wrapAdd(wrapMul(2, i), 1)));
-        setDataByte(reply, wrapAdd(wrapMul(2, i), 1), high);
+    for (qint32 i = 0; i < data.wordCount; ++i) {
+        const quint8 high = dataByte(data, wrapMul(2, i));
+        setDataByte(data, wrapMul(2, i), dataByte(data, wrapAdd(wrapMul(2, i), 1)));
+        setDataByte(data, wrapAdd(wrapMul(2, i), 1), high);
     }
-    for (qint32 i = 0; i < qMin<qint32>(reply.count, VALUE_BUFFER_SIZE); ++i) {
-        const qint32 b = reply.address % 16 + i;
-        setDataByte(reply, b / 8, static_cast<quint8>(_setBitValue(dataByte(reply, b / 8), b % 8, bits[i])));
+    for (qint32 i = 0; i < qMin<qint32>(data.count, VALUE_BUFFER_SIZE); ++i) {
+        const qint32 b = data.address % 16 + i;
+        setDataByte(data, b / 8, static_cast<quint8>(_setBitValue(dataByte(data, b / 8), b % 8, bits[i])));
     }
 }
 
 /// Puts the merged words into a prepared write, and its two-byte CRC behind them. The frame ends at its buffer's end.
-static void completePreparedWrite(const DataReply &reply, FRAME_PRO &write)
+static void completePreparedWrite(const DataReply &data, FRAME_PRO &write)
 {
     enum { DATA = 7, CRC_SIZE = 2 };
     const qint32 pairs = wrapSub(write.sendLen, DATA + CRC_SIZE) / 2;
     for (qint32 k = 0; k < qMin<qint32>(wrapMul(2, pairs), VALUE_BUFFER_SIZE - DATA); ++k)
-        write.frame[DATA + k] = dataByte(reply, k ^ 1); // the bytes of each word change places
+        write.frame[DATA + k] = dataByte(data, k ^ 1); // the bytes of each word change places
     if (write.sendLen < CRC_SIZE || write.sendLen > VALUE_BUFFER_SIZE)
         return;
     const quint16 crc = crc16(write.frame, write.sendLen - CRC_SIZE);
@@ -144,26 +190,25 @@ static void completePreparedWrite(const DataReply &reply, FRAME_PRO &write)
 
 /// Deliberate: serves a read followed by a prepared write of the same words. No builder queues such a pair, since a
 /// write is sent as it is.
-static void readModifyWrite(const DataReply &reply)
+static void readModifyWrite(const DataReply &data)
 {
-    const qint32 index = getIndexOfDataArea(reply.requestTag, wordTypeOf(reply.regType), reply.address / 16,
+    const qint32 index = getIndexOfDataArea(data.requestTag, wordTypeOf(data.regType), data.address / 16,
                                             driver.dataAreas);
     driver.dataAreas[index].rcvFlag = 0;
-    mergeWrittenBits(reply, driver.frameList.at(0).value);
+    mergeWrittenBits(data, driver.frameList.at(0).value);
     if (driver.frameList.size() > 1)
-        completePreparedWrite(reply, driver.frameList[1]);
+        completePreparedWrite(data, driver.frameList[1]);
 }
 
-static void storeData(const DataReply &reply)
+static void storeData(const DataReply &data)
 {
     if (driver.jobType == JOB_WRITE) {
-        readModifyWrite(reply);
+        readModifyWrite(data);
         return;
     }
-    for (qint32 i = 0; i < reply.wordCount; ++i)
-        storeWord(reply, i);
+    storeWords(data);
     if (driver.jobType == JOB_RECIPE_READ)
-        storeRecipeBlock(reply);
+        storeRecipeBlock(data);
 }
 
 static qint32 countRejected()
@@ -203,22 +248,19 @@ qint32 dealCheckedReply(int replyClass, QByteArray &reply)
         driver.errCount = 0;
         return RECEIVE_ACCEPTED;
     }
-    if (replyClass == REPLY_READ) {
-        const FRAME_PRO &head = driver.frameList.at(0);
-        const DataReply data = { reply, head.dataPos, head.dataLen / 2, head.requestTag, head.regType, head.address,
-                                 head.count };
-        storeData(data);
-    }
+    if (replyClass == REPLY_READ)
+        storeData(dataReply(reply, driver.frameList.at(0)));
     return retireHead();
 }
 
 qint32 intf_dealRcvFrame(QByteArray &reply, QString &info)
 {
-    info = QLatin1String("");
-    if (driver.frameList.isEmpty())
+    if (driver.frameList.isEmpty()) {
+        info = QLatin1String("");
         return RECEIVE_IGNORED;
+    }
 
     info = getErrorInfo(reply);
     const quint8 *bytes = reinterpret_cast<const quint8 *>(reply.constData());
-    return dealCheckedReply(check_rcv_data(bytes, sizeOf(reply)), reply);
+    return dealCheckedReply(check_rcv_data(bytes, static_cast<int>(reply.size())), reply);
 }

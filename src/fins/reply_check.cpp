@@ -2,6 +2,8 @@
 
 #include "fins/frame_builder.h"
 
+#include <algorithm>
+
 /// Takes the node addresses from a handshake reply; a FINS node address is the low byte of each.
 static void acceptHandshake(const quint8 *reply, int length)
 {
@@ -59,19 +61,57 @@ int checkReplyWithoutData(const quint8 *reply, int length)
     return REPLY_REJECTED;
 }
 
+/// Writes `number` in decimal, and returns the place behind it. Every reply yields an info text, which is why it is not
+/// left to the toolkit's formatting: that would cost as much as the reply itself.
+static QChar *putDecimal(QChar *to, qint32 number)
+{
+    QChar digits[10];
+    int count = 0;
+    quint32 rest = number < 0 ? 0u - static_cast<quint32>(number) : static_cast<quint32>(number);
+    do {
+        digits[count++] = QLatin1Char(static_cast<char>('0' + rest % 10));
+        rest /= 10;
+    } while (rest != 0);
+
+    if (number < 0)
+        *to++ = QLatin1Char('-');
+    while (count > 0)
+        *to++ = digits[--count];
+    return to;
+}
+
 /// Deliberate: the leading characters are compared, and no register type begins with "_bit", so bit addresses appear
 /// as plain numbers.
-static QString addressText(const QString &regType, qint32 address)
+static QChar *putAddress(QChar *to, const QString &regType, qint32 address)
 {
-    if (regType.startsWith(QLatin1String("_bit")))
-        return QString(QLatin1String("%1.%2")).arg(QString::number(address / 16), QString::number(address % 16));
-    return QString::number(address);
+    if (!regType.startsWith(QLatin1String("_bit")))
+        return putDecimal(to, address);
+
+    to = putDecimal(to, address / 16);
+    *to++ = QLatin1Char('.');
+    return putDecimal(to, address % 16);
 }
 
 QString getErrorInfo(QByteArray reply)
 {
+    // Five numbers of at most eleven characters, and six characters between them.
+    enum { LONGEST = 5 * 11 + 6 };
     const FRAME_PRO &head = driver.frameList.at(0);
-    return QString(QLatin1String("%1#%2%3(%4)(%5)"))
-        .arg(QString::number(head.requestTag), head.regType, addressText(head.regType, head.address),
-             QString::number(head.count), QString::number(reply.size()));
+    const int typeSize = static_cast<int>(head.regType.size());
+    QString info;
+    info.resize(LONGEST + typeSize);
+
+    QChar *const begin = info.data();
+    QChar *to = putDecimal(begin, head.requestTag);
+    *to++ = QLatin1Char('#');
+    to = std::copy(head.regType.constData(), head.regType.constData() + typeSize, to);
+    to = putAddress(to, head.regType, head.address);
+    *to++ = QLatin1Char('(');
+    to = putDecimal(to, head.count);
+    *to++ = QLatin1Char(')');
+    *to++ = QLatin1Char('(');
+    to = putDecimal(to, static_cast<qint32>(reply.size()));
+    *to++ = QLatin1Char(')');
+    info.resize(static_cast<int>(to - begin));
+    return info;
 }

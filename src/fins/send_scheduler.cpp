@@ -2,6 +2,8 @@
 #include "fins/frame_builder.h"
 #include "poll/recipe.h"
 
+#include <algorithm>
+
 // The choice of the next request: stop and wait, one request in flight.
 
 /// Jobs since the last poll read, below which a write or a conditional read still goes ahead of the poll.
@@ -63,9 +65,36 @@ static void startRecipeBlock(JobType jobType)
         getReadFrame(driver.jobVar);
 }
 
+/// Assigns all fields. The buffer is copied on its own, since assigning a record copies arrays piecemeal.
+static void setJob(const VARIABLE &request)
+{
+    driver.jobVar.requestId  = request.requestId;
+    driver.jobVar.requestTag = request.requestTag;
+    driver.jobVar.regType    = request.regType;
+    driver.jobVar.address    = request.address;
+    driver.jobVar.count      = request.count;
+    std::copy(request.value, request.value + VALUE_BUFFER_SIZE, driver.jobVar.value);
+}
+
+static void copyFrame(const FRAME_PRO &from, FRAME_PRO &to)
+{
+    std::copy(from.frame, from.frame + VALUE_BUFFER_SIZE, to.frame);
+    to.sendLen       = from.sendLen;
+    to.rcvLen        = from.rcvLen;
+    to.dataPos       = from.dataPos;
+    to.dataLen       = from.dataLen;
+    to.reservedField = from.reservedField;
+    to.requestId     = from.requestId;
+    to.requestTag    = from.requestTag;
+    to.regType       = from.regType;
+    to.address       = from.address;
+    to.count         = from.count;
+    std::copy(from.value, from.value + VALUE_BUFFER_SIZE, to.value);
+}
+
 static void startWrite()
 {
-    driver.jobVar = driver.writeList.at(0);
+    setJob(driver.writeList.at(0));
     driver.jobType = JOB_WRITE;
     ++driver.jobCount;
     getWriteFrame(driver.jobVar);
@@ -73,7 +102,7 @@ static void startWrite()
 
 static void startConditionRead()
 {
-    driver.jobVar = driver.conditionReadList.at(0);
+    setJob(driver.conditionReadList.at(0));
     driver.jobType = JOB_CONDITION_READ;
     ++driver.jobCount;
     getReadFrame(driver.jobVar);
@@ -81,7 +110,7 @@ static void startConditionRead()
 
 static void startPoll()
 {
-    driver.jobVar = driver.readList.at(0);
+    setJob(driver.readList.at(0));
     driver.jobType = JOB_POLL;
     driver.jobCount = 0;
     getReadFrame(driver.jobVar);
@@ -119,6 +148,6 @@ qint32 intf_getSendFrame(FRAME_PRO *out)
     if (driver.frameList.isEmpty())
         return 0;
 
-    *out = driver.frameList.at(0);
+    copyFrame(driver.frameList.at(0), *out);
     return 1;
 }
