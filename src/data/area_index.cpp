@@ -14,10 +14,11 @@
 
 namespace {
 
-QString             firstTypeName;  // shares the memory of the first record's type name
-qint32              enteredCount;   // records entered, from the front of the list
-std::vector<qint32> places;         // position + 1, or 0 for a free place; the size is a power of two
-std::vector<qint32> successors;     // per entered record: position of that of the next address, or its own
+const QList<_DATA_> *enteredList;   // the list that the table is of
+QString              firstTypeName; // shares the memory of the first record's type name
+qint32               enteredCount;  // records entered, from the front of the list
+std::vector<qint32>  places;        // position + 1, or 0 for a free place; the size is a power of two
+std::vector<qint32>  successors;    // per entered record: position of that of the next address, or its own
 
 } // namespace
 
@@ -77,6 +78,7 @@ static void restart(QList<_DATA_> &areas, size_t count)
         room *= 2;
     places.assign(room, 0);
     successors.clear();
+    enteredList = &areas;
     enteredCount = 0;
 
     QString ownCopy;
@@ -86,16 +88,18 @@ static void restart(QList<_DATA_> &areas, size_t count)
     firstTypeName = ownCopy;
 }
 
-static bool isCurrent(const QList<_DATA_> &areas)
+/// Whether the entered records are still those at the front of `areas`, which must not be empty.
+static bool isKnown(const QList<_DATA_> &areas)
 {
-    return enteredCount == areas.size() && areas.at(0).regType.constData() == firstTypeName.constData();
+    return enteredList == &areas && enteredCount <= areas.size()
+        && areas.at(0).regType.constData() == firstTypeName.constData();
 }
 
+/// Enters the records that the table lacks.
 static void enterAppended(QList<_DATA_> &areas)
 {
     const size_t count = static_cast<size_t>(areas.size());
-    if (areas.at(0).regType.constData() != firstTypeName.constData() || enteredCount > areas.size()
-        || 2 * count > places.size())
+    if (!isKnown(areas) || 2 * count > places.size())
         restart(areas, count);
     for (; enteredCount < areas.size(); ++enteredCount)
         enter(areas, enteredCount);
@@ -105,7 +109,7 @@ qint32 findArea(qint32 requestTag, const QString &regType, qint32 address, QList
 {
     if (areas.isEmpty())
         return -1;
-    if (!isCurrent(areas))
+    if (enteredCount != areas.size() || !isKnown(areas))
         enterAppended(areas);
     return positionOf(requestTag, regType, address, areas);
 }
@@ -117,6 +121,7 @@ int findAreas(qint32 requestTag, const QString &regType, qint32 address, int cou
     if (position < 0)
         return 0;
 
+    // The comparison is that of hasKeys, with all that stays the same taken out of the loop.
     positions[0] = position;
     const QList<_DATA_>::const_iterator records = areas.constBegin();
     const qint32 *next = successors.data();

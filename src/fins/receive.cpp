@@ -17,22 +17,21 @@ enum ReceiveResult {
 
 /// A reply with data, and what the request that it answers says about them.
 struct DataReply {
-    QByteArray   &reply;
-    const quint8 *bytes; // those of `reply`
-    qint32        size;
-    qint32        dataPos;
-    qint32        wordCount;
-    qint32        requestTag;
-    QString       regType;
-    qint32        address;
-    qint32        count;
+    quint8 *bytes; // the reply's own, not those of a copy
+    qint32  size;
+    qint32  dataPos;
+    qint32  wordCount;
+    qint32  requestTag;
+    QString regType;
+    qint32  address;
+    qint32  count;
 };
 
 static DataReply dataReply(QByteArray &reply, const FRAME_PRO &request)
 {
-    const DataReply data = { reply, reinterpret_cast<const quint8 *>(reply.constData()),
-                             static_cast<qint32>(reply.size()), request.dataPos, request.dataLen / 2,
-                             request.requestTag, request.regType, request.address, request.count };
+    const DataReply data = { reinterpret_cast<quint8 *>(reply.data()), static_cast<qint32>(reply.size()),
+                             request.dataPos, request.dataLen / 2, request.requestTag, request.regType,
+                             request.address, request.count };
     return data;
 }
 
@@ -54,7 +53,7 @@ static void setDataByte(const DataReply &data, qint32 offset, quint8 value)
 {
     const qint32 at = wrapAdd(data.dataPos, offset);
     if (at >= 0 && at < data.size)
-        data.reply.data()[at] = static_cast<char>(value);
+        data.bytes[at] = value;
 }
 
 /// Stores a changed word, two bytes from the wire, into its record of the data image, after reporting it.

@@ -860,6 +860,16 @@ TEST_F(ReceiveReadModifyWrite, SwapsTheReplysWordsInPlace)
     EXPECT_EQ(replyBytes(30, 32), (Bytes{0x39, 0x38}));
 }
 
+TEST_F(ReceiveReadModifyWrite, ReadsBackWhatItWroteIntoAReplyOfWhichTheRuntimeHoldsACopy)
+{
+    queuePair(1605, {1, 0, 0, 0, 0, 0, 2}, 1, 11);
+    reply = byteArray(readReply({0x37, 0xD9}));
+    const QByteArray copy = reply;
+    EXPECT_EQ(intf_dealRcvFrame(reply, info), 1);
+    EXPECT_EQ(prepared(7, 9), (Bytes{0x38, 0x39}));
+    EXPECT_EQ(copy, byteArray(readReply({0x37, 0xD9})));
+}
+
 TEST_F(ReceiveReadModifyWrite, BitsMayCrossIntoTheNextWord)
 {
     // Bits 14 to 17 of 1234 ABCD become 1, 0, 0, 1: 5234 ABCE; the CRC of "1234567" and these is B824.
