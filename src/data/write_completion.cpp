@@ -82,6 +82,7 @@ static void finishWrite()
     const VARIABLE &head = driver.writeList.at(0);
     _write_FailOrSuc(head.requestTag, head.regType, head.address, head.count,
                      driver.commFailed != 0 ? WRITE_FAILED : WRITE_SUCCEEDED);
+    // Deliberate: a failed write leaves the queue, too, and is not sent again.
     driver.writeList.removeFirst();
 }
 
@@ -93,6 +94,7 @@ static void finishConditionRead()
     // Deliberate: only the piece queued last reports, and its -1 values are the sign of a conditional read's end.
     if (sameVariable(driver.conditionReadList.at(0), driver.currentRead))
         driver.valueChangeCallback(-1, -1, QLatin1String("-1"), driver.commFailed != 0 ? -1 : 0);
+    // Deliberate: a failure ends all conditional reads that wait, unreported.
     if (driver.commFailed != 0)
         driver.conditionReadList.clear();
     else

@@ -140,7 +140,8 @@ void connectToServer()
     request.rcvLen  = NODE_REPLY;
 }
 
-// Memory Area Read, 01 01.
+// Memory Area Read, 01 01. Deliberate: bit types are not told apart, so every read is one of words and expects two bytes
+// an item; the planners pass word types only.
 void getReadFrame(VARIABLE &request)
 {
     // Deliberate: the handshake takes the job's place; its reply completes the job.

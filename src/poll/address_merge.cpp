@@ -44,6 +44,7 @@ static ItemOrder orderByAddress(const QList<KEY_ADDRESS> &items)
 /// One merge pass over items in order. An item joins the open block if it has the same type, leaves a gap of at most
 /// `largestGap` words, and the span stays within the frame; else it opens the next block. Appends to `starts` the
 /// position of each item that opened a block.
+/// Deliberate: tags are not compared, so words of several tags share a block, which carries the tag of its first item.
 static QList<KEY_ADDRESS> mergePass(const ItemOrder &items, qint32 largestGap, QList<qint32> &starts)
 {
     QList<KEY_ADDRESS> blocks;
