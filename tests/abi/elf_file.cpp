@@ -10,7 +10,7 @@
 ElfFile::ElfFile(const std::string &path)
 {
     std::ifstream file(path, std::ios::binary | std::ios::ate);
-    const std::streamoff size = file ? static_cast<std::streamoff>(file.tellg()) : 0;
+    const std::streamsize size = file ? static_cast<std::streamsize>(file.tellg()) : 0;
     m_bytes.resize(static_cast<std::size_t>(size));
     file.seekg(0);
     if (!file.read(m_bytes.data(), size) || m_bytes.size() < sizeof m_header)
