@@ -13,7 +13,11 @@ bool isNormalEnd(std::uint16_t endCode);
 /// "1103 (address range error)", or the number alone if the code is not a known one. The flags are left out.
 std::string endCodeText(std::uint16_t endCode);
 
+/// What to do about an end code, in one line without its end.
+std::string endCodeHint(std::uint16_t endCode);
+
 /// "23 (no free node address ...)" for the error code of a FINS/TCP header.
 std::string tcpErrorText(std::uint32_t errorCode);
+std::string tcpErrorHint(std::uint32_t errorCode);
 
 #endif

@@ -26,6 +26,8 @@ struct Arguments {
     long                     intervalMs = 20;
     double                   giveUp     = 10;
     LinkOptions              link;
+    std::string              trace;
+    bool                     stats      = false;
     std::vector<std::string> items;
     WatchOptions             watch;
     RecipeOptions            recipe;
@@ -48,7 +50,12 @@ void addLinkOptions(CLI::App &command, Arguments &arguments, qint32 wordsLimit)
         ->check(CLI::Range(1, 100))->capture_default_str();
     command.add_option("--station", arguments.link.station, "station number of the PLC in the panel")
         ->check(CLI::Range(0, 255))->capture_default_str();
-    command.add_flag("--trace", arguments.link.trace, "show every frame in hex on stderr, > sent and < received");
+    command.add_flag("--trace{hex}", arguments.trace,
+                     "show every frame on stderr, > sent and < received: in hex; --trace=line in words, one line each;\n"
+                     "--trace=full with a line for each field")
+        ->check(CLI::IsMember({"hex", "line", "full"}));
+    command.add_flag("--stats", arguments.stats,
+                     "show at the end, on stderr: requests, replies, rejections, retries, reconnects, round trips, words");
 }
 
 void addGiveUp(CLI::App &command, Arguments &arguments)
@@ -159,14 +166,28 @@ void addOffline(CLI::App &app, Arguments &arguments, Action &action)
     });
 }
 
+TraceMode traceMode(const std::string &name)
+{
+    if (name.empty())
+        return TraceMode::NONE;
+    return name == "line" ? TraceMode::LINE : name == "full" ? TraceMode::FULL : TraceMode::HEX;
+}
+
 int run(const Action &action, Arguments &arguments)
 {
+    Statistics statistics;
+    const TimePoint start = Clock::now();
+    arguments.link.statistics = &statistics;
+    arguments.link.trace      = traceMode(arguments.trace);
     if (!arguments.host.empty())
         parseHost(arguments.host, arguments.link.host, arguments.link.port);
     arguments.link.timeout = Millis(arguments.timeoutMs);
     const DriverLibrary library(arguments.library);
     installStopSignals();
-    return action(library);
+    const int code = action(library);
+    if (arguments.stats)
+        std::cerr << statistics.text(std::chrono::duration_cast<Millis>(Clock::now() - start)) << std::flush;
+    return code;
 }
 
 int complain(const std::string &text, int code)

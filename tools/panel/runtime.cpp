@@ -24,17 +24,42 @@ static const int WRITES_BEFORE_POLL = 5;
 
 static const Millis IDLE_PAUSE(10);
 
+static bool sameByte(char sent, quint8 byte)
+{
+    return static_cast<quint8>(sent) == byte;
+}
+
 Runtime::Runtime(const DriverLibrary &library, const LinkOptions &options)
     : library_(library), options_(options), link_(options.timeout), state_(Clock::now()), request_(), inFlight_(false),
-      wasOnline_(false), writesSincePoll_(0)
+      wasOnline_(false), writesSincePoll_(0),
+      statistics_(options.statistics ? *options.statistics : ownStatistics_), answering_(false), clientNode_(0),
+      serverNode_(0), roundTrip_(0)
 {
     installChangeFeed(library_);
+    configure();
+    reply_.reserve(static_cast<int>(ReplyAssembler::REPLY_LIMIT));
+    if (options_.trace == TraceMode::LINE || options_.trace == TraceMode::FULL) {
+        link_.onLate([this](const std::uint8_t *frame, std::size_t size) {
+            traceNoReply(options_.trace, "a late reply, dropped:");
+            traceFrame(options_.trace, '<', frame, size);
+        });
+    }
+}
+
+void Runtime::configure()
+{
     const std::string property = std::to_string(options_.station) + "#0#0#" + std::to_string(options_.retries) + "#"
                                  + std::to_string(options_.wordsPerFrame);
     qint32 status = 0;
     library_.initProperty(LowMemory::address(memory_.sharedBlock()), 0, LowMemory::address(memory_.recipeBuffer()),
                          &status, property.c_str(), LowMemory::address(memory_.mutex()));
-    reply_.reserve(static_cast<int>(ReplyAssembler::REPLY_LIMIT));
+}
+
+void Runtime::setWordsPerFrame(qint32 wordsPerFrame)
+{
+    options_.wordsPerFrame = wordsPerFrame;
+    inFlight_ = false;
+    configure();
 }
 
 void Runtime::watch(const std::vector<Item> &items)
@@ -47,11 +72,12 @@ void Runtime::step(TimePoint wakeAt)
 {
     if (state_.phase() != LinkPhase::WAITING) {
         exchange();
-        if (options_.interval > Millis(0))
-            sleepUntil(std::min(wakeAt, Clock::now() + options_.interval));
+        const bool pauses = options_.interval > Millis(0) && state_.phase() != LinkPhase::WAITING;
+        if (pauses && !link_.pauseUntil(std::min(wakeAt, Clock::now() + options_.interval)))
+            loseInPause();
         return;
     }
-    sleepUntil(std::min(wakeAt, state_.retryAt()));
+    link_.pauseUntil(std::min(wakeAt, state_.retryAt()));
     if (!stopRequested() && Clock::now() >= state_.retryAt())
         connect();
 }
@@ -59,14 +85,55 @@ void Runtime::step(TimePoint wakeAt)
 void Runtime::connect()
 {
     if (link_.connect(options_.host, options_.port)) {
+        ++statistics_.connections;
+        lastSent_.clear();
         state_.on(LinkEvent::CONNECTED, Clock::now());
         return;
     }
     if (stopRequested())
         return;
     state_.on(LinkEvent::LOST, Clock::now());
-    std::cerr << "no link to " << peer() << ": " << link_.problem() << ", retrying in " << state_.delay().count()
-              << " ms" << std::endl;
+    trouble_ = {link_.failure(), 0, LinkPhase::WAITING, link_.problem()};
+    ++statistics_.losses;
+    statistics_.noteError("no link to " + peer() + ": " + link_.problem());
+    messages_.say("no link to " + peer() + ": " + link_.problem() + ", retrying in "
+                  + std::to_string(state_.delay().count()) + " ms");
+}
+
+// Sends the request and awaits its reply.
+ExchangeStatus Runtime::transfer(RequestKind kind, std::size_t size)
+{
+    // Recipe frames carry the number of an earlier request.
+    if (request_.requestId == REQUEST_ID_POLL && kind == RequestKind::READ && !recipeRunning())
+        writesSincePoll_ = 0;
+    ++statistics_.requests;
+    if (lastSent_.size() == size && std::equal(lastSent_.begin(), lastSent_.end(), request_.frame, sameByte))
+        ++statistics_.retries;
+    lastSent_.assign(request_.frame, request_.frame + size);
+    traceFrame(options_.trace, '>', request_.frame, size);
+    const TimePoint start = Clock::now();
+    const ExchangeStatus status = link_.exchange(request_.frame, size);
+    roundTrip_ = std::chrono::duration_cast<Micros>(Clock::now() - start);
+    if (status == ExchangeStatus::REPLY)
+        traceFrame(options_.trace, '<', link_.reply(), link_.replySize());
+    else
+        traceNoReply(options_.trace, link_.problem().c_str());
+    return status;
+}
+
+void Runtime::count(ExchangeStatus status, const Judgement &judgement)
+{
+    if (status == ExchangeStatus::REPLY) {
+        ++statistics_.replies;
+        statistics_.roundTrips.add(roundTrip_);
+    }
+    answering_ = judgement.verdict == Verdict::GOOD || judgement.verdict == Verdict::REFUSED;
+    if (judgement.verdict == Verdict::REFUSED)
+        ++statistics_.refused;
+    else if (status == ExchangeStatus::LOST || link_.failure() == LinkFailure::SILENCE)
+        ++statistics_.missing;
+    else if (judgement.verdict == Verdict::NO_ANSWER)
+        ++statistics_.wrong;
 }
 
 void Runtime::exchange()
@@ -78,24 +145,16 @@ void Runtime::exchange()
     inFlight_ = true;
     const std::size_t size = static_cast<std::size_t>(std::clamp<qint32>(request_.sendLen, 0, VALUE_BUFFER_SIZE));
     const RequestKind kind = requestKind(request_.frame, size);
-    // Recipe frames carry the number of an earlier request.
-    if (request_.requestId == REQUEST_ID_POLL && kind == RequestKind::READ && !recipeRunning())
-        writesSincePoll_ = 0;
-    if (options_.trace)
-        traceFrame('>', request_.frame, size);
-    const ExchangeStatus status = link_.exchange(request_.frame, size);
-    if (options_.trace && status == ExchangeStatus::REPLY)
-        traceFrame('<', link_.reply(), link_.replySize());
-    else if (options_.trace)
-        traceNoReply(link_.problem().c_str());
+    const ExchangeStatus status = transfer(kind, size);
     if (status == ExchangeStatus::INTERRUPTED)
         return;
-    if (status == ExchangeStatus::LOST) {
-        lose(link_.problem());
-        return;
-    }
     const std::size_t replySize = status == ExchangeStatus::REPLY ? link_.replySize() : 0;
     const Judgement judgement = judgeReply(request_.frame, size, link_.reply(), replySize);
+    count(status, judgement);
+    if (status == ExchangeStatus::LOST) {
+        lose(link_.problem(), link_.failure());
+        return;
+    }
     problem_ = replySize == 0 ? link_.problem() : "the reply does not answer the request";
     handOver(kind, judgement);
 }
@@ -104,12 +163,14 @@ void Runtime::exchange()
 // the right length for data, and any 24 bytes for node addresses.
 void Runtime::handOver(RequestKind kind, const Judgement &judgement)
 {
+    const LinkFailure failure = link_.failure() == LinkFailure::NONE ? LinkFailure::WRONG_PROTOCOL : link_.failure();
     if (judgement.verdict == Verdict::TCP_ERROR) {
-        lose("FINS/TCP error " + tcpErrorText(judgement.code));
+        lose("FINS/TCP error " + tcpErrorText(judgement.code), LinkFailure::TCP_ERROR, judgement.code);
+        messages_.say("hint: " + tcpErrorHint(judgement.code));
         return;
     }
     if (kind == RequestKind::HANDSHAKE && judgement.verdict != Verdict::GOOD) {
-        lose(problem_ + " to the node-address request");
+        lose(problem_ + " to the node-address request", failure);
         return;
     }
     if (judgement.verdict == Verdict::REFUSED)
@@ -124,12 +185,14 @@ void Runtime::handOver(RequestKind kind, const Judgement &judgement)
         accepted(kind);
     else if (judgement.verdict == Verdict::GOOD)
         problem_ = "the driver rejects the reply";
+    if (result != DEAL_ACCEPTED)
+        noteRejection(judgement);
     for (const auto &call : exchangeCalls_)
         call({request_, kind, judgement, result == DEAL_ACCEPTED});
     if (result != DEAL_DROPPED)
         return;
     inFlight_ = false; // the driver has closed the job itself
-    lose(problem_ + ", " + std::to_string(options_.retries) + " times in a row");
+    lose(problem_ + ", " + std::to_string(options_.retries) + " times in a row", failure);
 }
 
 void Runtime::accepted(RequestKind kind)
@@ -138,13 +201,18 @@ void Runtime::accepted(RequestKind kind)
     inFlight_ = kind == RequestKind::MODE_CHANGE;
     if (kind == RequestKind::HANDSHAKE) {
         state_.on(LinkEvent::HANDSHAKE_ACCEPTED, Clock::now());
-        std::cerr << "connected to " << peer() << ": this node " << int(link_.reply()[REPLY_CLIENT_NODE])
-                  << ", PLC node " << int(link_.reply()[REPLY_SERVER_NODE]) << std::endl;
+        clientNode_ = link_.reply()[REPLY_CLIENT_NODE];
+        serverNode_ = link_.reply()[REPLY_SERVER_NODE];
+        messages_.say("connected to " + peer() + ": this node " + std::to_string(clientNode_) + ", PLC node "
+                      + std::to_string(serverNode_));
     } else if (kind == RequestKind::READ) {
         state_.on(LinkEvent::READ_ACCEPTED, Clock::now());
         wasOnline_ = true;
+        statistics_.wordsRead += static_cast<unsigned long>(request_.count);
+    } else if (kind == RequestKind::WRITE) {
+        statistics_.wordsWritten += static_cast<unsigned long>(request_.count);
     } else if (kind == RequestKind::MODE_CHANGE) {
-        std::cerr << "the PLC was asked for MONITOR mode" << std::endl;
+        messages_.say("the PLC was asked for MONITOR mode");
     }
 }
 
@@ -157,8 +225,20 @@ void Runtime::sayRefusal(RequestKind kind, const Judgement &judgement)
     if (kind != RequestKind::MODE_CHANGE)
         text = std::string("the PLC refuses to ") + (kind == RequestKind::READ ? "read " : "write ")
                + itemText(request_.regType, request_.address, request_.count) + ": ";
-    if (saidRefusals_.insert(text + code).second)
-        std::cerr << text << code << std::endl;
+    statistics_.noteError(text + code);
+    if (!saidRefusals_.insert(text + code).second)
+        return;
+    messages_.say(text + code);
+    messages_.say("hint: " + endCodeHint(static_cast<std::uint16_t>(judgement.code)));
+}
+
+// Counts what was rejected for another reason than an end code.
+void Runtime::noteRejection(const Judgement &judgement)
+{
+    if (judgement.verdict == Verdict::GOOD)
+        ++statistics_.wrong;
+    if (judgement.verdict != Verdict::REFUSED)
+        statistics_.noteError(problem_);
 }
 
 // Closes the job in progress as failed and makes the driver start with the handshake: only the driver itself can drop
@@ -173,18 +253,29 @@ void Runtime::makeUnconnected()
     }
 }
 
-void Runtime::lose(const std::string &reason)
+// The driver has no request in flight and takes itself for connected.
+void Runtime::loseInPause()
+{
+    inFlight_ = true;
+    lose(link_.problem(), link_.failure());
+}
+
+void Runtime::lose(const std::string &reason, LinkFailure failure, std::uint32_t tcpError)
 {
     link_.close();
+    trouble_ = {failure, tcpError, state_.phase(), reason};
     // While it awaits the node addresses the driver is unconnected anyway, and asks for them again.
     if (inFlight_ && state_.phase() != LinkPhase::HANDSHAKING)
         makeUnconnected();
     inFlight_ = false;
+    answering_ = false;
     memory_.setFlag(RECIPE_WRITE_FLAG, false);
     memory_.setFlag(RECIPE_READ_FLAG, false);
     state_.on(LinkEvent::LOST, Clock::now());
-    std::cerr << "link to " << peer() << " lost: " << reason << ", retrying in " << state_.delay().count() << " ms"
-              << std::endl;
+    ++statistics_.losses;
+    statistics_.noteError("link to " + peer() + " lost: " + reason);
+    messages_.say("link to " + peer() + " lost: " + reason + ", retrying in " + std::to_string(state_.delay().count())
+                  + " ms");
     for (const auto &call : lostCalls_)
         call();
 }

@@ -5,8 +5,11 @@
 #include "items.h"
 #include "link_state.h"
 #include "low_memory.h"
+#include "messages.h"
 #include "reply_judge.h"
+#include "statistics.h"
 #include "tcp_link.h"
+#include "trace.h"
 
 #include <functional>
 #include <set>
@@ -30,7 +33,8 @@ struct LinkOptions {
     qint32 wordsPerFrame = 64;
     qint32 retries       = 3;  // rejected or missing replies in a row that drop the link
     qint32 station       = 1;
-    bool   trace         = false;
+    TraceMode trace      = TraceMode::NONE;
+    Statistics *statistics = nullptr; // counts here; null: nobody wants to know
 };
 
 /// The most words of one write: above it the length byte of the frame wraps.
@@ -44,6 +48,14 @@ struct Exchange {
     bool             accepted;  // by the driver
 };
 
+/// Why the link is not up, as of the last attempt or loss.
+struct LinkTrouble {
+    LinkFailure   failure  = LinkFailure::NONE;
+    std::uint32_t tcpError = 0; // of LinkFailure::TCP_ERROR
+    LinkPhase     phase    = LinkPhase::WAITING; // in which it happened; WAITING: while connecting
+    std::string   text;
+};
+
 class Runtime {
 public:
     Runtime(const DriverLibrary &library, const LinkOptions &options);
@@ -51,10 +63,18 @@ public:
     /// Replaces the cyclic poll. At least one item is needed before the first step.
     void watch(const std::vector<Item> &items);
 
+    /// The words of one request from now on, between two steps. Queues, poll and data image of the driver are emptied:
+    /// watch() has to follow.
+    void setWordsPerFrame(qint32 wordsPerFrame);
+
     /// Calls that are made during step(): after each exchange, and when a connection has ended and the driver has
     /// closed the job that was in progress.
     void onExchange(std::function<void(const Exchange &)> call) { exchangeCalls_.push_back(std::move(call)); }
     void onLost(std::function<void()> call) { lostCalls_.push_back(std::move(call)); }
+
+    /// Calls `tick` several times a second while step() waits for something. It may call none of the driver's
+    /// functions but through values().
+    void onTick(std::function<void()> tick) { link_.onTick(std::move(tick)); }
 
     /// One attempt to connect, one request with its reply, or a pause that ends at `wakeAt` at the latest.
     void step(TimePoint wakeAt);
@@ -82,20 +102,41 @@ public:
     const DriverLibrary &library() const { return library_; }
     LowMemory &memory() { return memory_; }
     const LinkOptions &options() const { return options_; }
+    Messages &messages() { return messages_; }
+    const Statistics &statistics() const { return statistics_; }
+    const TcpLink &link() const { return link_; }
+    const LinkTrouble &trouble() const { return trouble_; }
+
+    /// When the next attempt to connect is due.
+    TimePoint retryAt() const { return state_.retryAt(); }
+
+    /// False from a request without a good reply until the next accepted one, and while there is no link.
+    bool answering() const { return answering_ && state_.phase() != LinkPhase::WAITING; }
+
+    /// This node and the PLC's, as of the latest handshake.
+    int clientNode() const { return clientNode_; }
+    int serverNode() const { return serverNode_; }
+
+    /// The round trip of the latest reply.
+    Micros roundTrip() const { return roundTrip_; }
 
 private:
+    void configure();
     void connect();
     void exchange();
-    Judgement receive(ExchangeStatus status);
+    ExchangeStatus transfer(RequestKind kind, std::size_t size);
+    void count(ExchangeStatus status, const Judgement &judgement);
     void handOver(RequestKind kind, const Judgement &judgement);
     void accepted(RequestKind kind);
     void sayRefusal(RequestKind kind, const Judgement &judgement);
+    void noteRejection(const Judgement &judgement);
     void makeUnconnected();
-    void lose(const std::string &reason);
+    void loseInPause();
+    void lose(const std::string &reason, LinkFailure failure, std::uint32_t tcpError = 0);
     std::string peer() const { return options_.host + ":" + options_.port; }
 
     const DriverLibrary &library_;
-    const LinkOptions    options_;
+    LinkOptions          options_;
     LowMemory            memory_;
     TcpLink              link_;
     LinkState            state_;
@@ -107,6 +148,15 @@ private:
     int                  writesSincePoll_;
     std::string          problem_;        // of the latest reply that was not accepted
     std::set<std::string> saidRefusals_;
+    Messages             messages_;
+    Statistics           ownStatistics_;
+    Statistics          &statistics_;
+    LinkTrouble          trouble_;
+    bool                 answering_;
+    std::string          lastSent_;        // the request before on this connection
+    int                  clientNode_;
+    int                  serverNode_;
+    Micros               roundTrip_;
     std::vector<std::function<void(const Exchange &)>> exchangeCalls_;
     std::vector<std::function<void()>>                 lostCalls_;
 };

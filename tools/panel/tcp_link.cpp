@@ -6,11 +6,15 @@
 #include <asio.hpp>
 
 #include <netinet/tcp.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+
+// Bytes kept of what is no reply.
+static const std::size_t STRAY_LIMIT = 16;
 
 static timeval toTimeval(Millis time)
 {
@@ -20,7 +24,7 @@ static timeval toTimeval(Millis time)
     return value;
 }
 
-TcpLink::TcpLink(Millis timeout) : timeout_(timeout), receiveTimeout_(0), socket_(-1) {}
+TcpLink::TcpLink(Millis timeout) : timeout_(timeout), receiveTimeout_(0), socket_(-1), failure_(LinkFailure::NONE) {}
 
 TcpLink::~TcpLink()
 {
@@ -34,18 +38,47 @@ void TcpLink::close()
     socket_ = -1;
 }
 
-// Runs `context` until `done`, the deadline or the end of the program.
-static bool runUntil(asio::io_context &context, const bool &done, TimePoint deadline)
+void TcpLink::tick()
 {
-    while (!done && !stopRequested() && Clock::now() < deadline)
+    if (tick_)
+        tick_();
+}
+
+bool TcpLink::notConnected(LinkFailure failure, const std::string &reason)
+{
+    failure_ = failure;
+    problem_ = reason;
+    return false;
+}
+
+static LinkFailure connectFailure(const asio::error_code &error)
+{
+    if (error == asio::error::connection_refused)
+        return LinkFailure::REFUSED;
+    if (error == asio::error::host_unreachable || error == asio::error::network_unreachable)
+        return LinkFailure::UNREACHABLE;
+    return error == asio::error::timed_out ? LinkFailure::CONNECT_TIMEOUT : LinkFailure::OTHER;
+}
+
+// Lets `context` work until `done`, the deadline or the end of the program.
+template <typename Tick>
+static bool runUntil(asio::io_context &context, const bool &done, TimePoint deadline, Tick tick)
+{
+    while (!done && !stopRequested() && Clock::now() < deadline) {
         context.run_one_until(std::min(deadline, Clock::now() + Millis(100)));
+        tick();
+    }
     return done;
 }
 
 bool TcpLink::connect(const std::string &host, const std::string &port)
 {
     close();
-    const TimePoint deadline = Clock::now() + timeout_;
+    stray_.clear();
+    address_.clear();
+    failure_ = LinkFailure::NONE;
+    const TimePoint start = Clock::now();
+    TimePoint resolvedAt = start;
     asio::io_context context;
     asio::ip::tcp::resolver resolver(context);
     asio::ip::tcp::socket socket(context);
@@ -53,31 +86,53 @@ bool TcpLink::connect(const std::string &host, const std::string &port)
     bool done = false;
     bool resolved = false;
     resolver.async_resolve(host, port, [&](const asio::error_code &failure, const auto &endpoints) {
+        resolvedAt = Clock::now();
         error    = failure;
         done     = static_cast<bool>(failure);
         resolved = !failure;
         if (done)
             return;
-        asio::async_connect(socket, endpoints, [&](const asio::error_code &refused, const auto &) {
+        address_ = endpoints.begin()->endpoint().address().to_string();
+        asio::async_connect(socket, endpoints, [&](const asio::error_code &refused, const auto &connected) {
             error = refused;
             done  = true;
+            if (!refused)
+                address_ = connected.address().to_string();
         });
     });
-    if (!runUntil(context, done, deadline)) {
-        problem_ = resolved ? "no connection in time" : "the host name was not resolved in time";
-        return false;
-    }
-    if (error) {
-        problem_ = resolved ? error.message() : "cannot resolve the host name: " + error.message();
-        return false;
-    }
+    const bool ended = runUntil(context, done, start + timeout_, [this] { tick(); });
+    resolveTime_ = resolvedAt - start;
+    connectTime_ = Clock::now() - resolvedAt;
+    if (!ended && !resolved)
+        return notConnected(LinkFailure::RESOLVE_TIMEOUT, "the host name was not resolved in time");
+    if (!ended)
+        return notConnected(LinkFailure::CONNECT_TIMEOUT, "no connection in time");
+    if (!resolved)
+        return notConnected(LinkFailure::NOT_RESOLVED, "cannot resolve the host name: " + error.message());
+    if (error)
+        return notConnected(connectFailure(error), error.message());
     socket.native_non_blocking(false, error);
     const int connected = socket.release(error);
-    if (error) {
-        problem_ = error.message();
-        return false;
-    }
+    if (error)
+        return notConnected(LinkFailure::OTHER, error.message());
     adopt(connected);
+    return true;
+}
+
+bool TcpLink::pauseUntil(TimePoint end)
+{
+    while (!stopRequested()) {
+        const Millis left = std::chrono::ceil<Millis>(end - Clock::now());
+        if (left.count() <= 0)
+            return true;
+        pollfd polled = {socket_, POLLRDHUP, 0};
+        if (::poll(&polled, 1, static_cast<int>(std::min(left, TICK).count())) > 0) {
+            lost("the PLC closed the connection");
+            return false;
+        }
+        if (left > TICK)
+            tick();
+    }
     return true;
 }
 
@@ -89,9 +144,15 @@ void TcpLink::adopt(int connected)
     setsockopt(socket_, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     setsockopt(socket_, SOL_SOCKET, SO_SNDTIMEO, &sendTimeout, sizeof sendTimeout);
     receiveTimeout_ = Millis(0);
-    setReceiveTimeout(timeout_);
+    setReceiveTimeout(slice(timeout_));
     assembler_.reset();
     late_.forget();
+}
+
+// The longest that one receive may block.
+Millis TcpLink::slice(Millis wait) const
+{
+    return tick_ ? std::min(wait, TICK) : wait;
 }
 
 void TcpLink::setReceiveTimeout(Millis timeout)
@@ -106,7 +167,8 @@ void TcpLink::setReceiveTimeout(Millis timeout)
 ExchangeStatus TcpLink::exchange(const std::uint8_t *request, std::size_t size)
 {
     assembler_.beginReply();
-    setReceiveTimeout(timeout_);
+    failure_ = LinkFailure::NONE;
+    setReceiveTimeout(slice(timeout_));
     const TimePoint start = Clock::now();
     const ExchangeStatus sent = sendAll(request, size);
     if (sent != ExchangeStatus::REPLY)
@@ -141,31 +203,34 @@ ExchangeStatus TcpLink::sendAll(const std::uint8_t *request, std::size_t size)
 ExchangeStatus TcpLink::receiveReply(const std::uint8_t *request, std::size_t size, TimePoint start)
 {
     for (;;) {
-        const ExchangeStatus received = receiveSome();
+        const ExchangeStatus received = receiveSome(start + timeout_);
         if (received != ExchangeStatus::REPLY)
             return received;
-        while (assembler_.state() == AssemblyState::COMPLETE && isLate(request, size))
+        while (assembler_.state() == AssemblyState::COMPLETE && isLate(request, size)) {
+            if (lateCall_)
+                lateCall_(reply(), replySize());
             assembler_.dropReply();
+        }
         switch (assembler_.state()) {
         case AssemblyState::COMPLETE:
             return ExchangeStatus::REPLY;
         case AssemblyState::INCOMPLETE:
             break;
         case AssemblyState::WRONG_MAGIC:
-            problem_ = "the reply does not begin with FINS";
-            return ExchangeStatus::NO_REPLY;
+            stray_.assign(reply(), reply() + std::min(assembler_.leftOver(), STRAY_LIMIT));
+            return noReply(LinkFailure::WRONG_PROTOCOL, "the reply does not begin with FINS");
         case AssemblyState::TOO_SHORT:
         case AssemblyState::TOO_LONG:
-            problem_ = "the reply has an impossible length";
-            return ExchangeStatus::NO_REPLY;
+            stray_.assign(reply(), reply() + std::min(assembler_.leftOver(), STRAY_LIMIT));
+            return noReply(LinkFailure::WRONG_PROTOCOL, "the reply has an impossible length");
         }
         if (!awaitUntil(start + timeout_))
-            return ExchangeStatus::NO_REPLY;
+            return noReply(LinkFailure::SILENCE, "no whole reply in time");
     }
 }
 
 // Receives what is there, or waits for it; an interrupted wait that is not the end of the program counts as nothing.
-ExchangeStatus TcpLink::receiveSome()
+ExchangeStatus TcpLink::receiveSome(TimePoint deadline)
 {
     const ssize_t received = ::recv(socket_, assembler_.room(), assembler_.roomSize(), 0);
     if (received > 0) {
@@ -174,11 +239,21 @@ ExchangeStatus TcpLink::receiveSome()
     }
     if (received == 0)
         return lost("the PLC closed the connection");
-    if (errno == EINTR)
-        return stopRequested() ? ExchangeStatus::INTERRUPTED : ExchangeStatus::REPLY;
-    if (errno != EAGAIN && errno != EWOULDBLOCK)
-        return lost(std::generic_category().message(errno));
-    problem_ = "no reply in time";
+    const int problem = errno;
+    if (problem != EINTR && problem != EAGAIN && problem != EWOULDBLOCK)
+        return lost(std::generic_category().message(problem));
+    if (stopRequested())
+        return ExchangeStatus::INTERRUPTED;
+    tick();
+    if (problem == EINTR || (tick_ && deadline - Clock::now() >= Millis(1)))
+        return ExchangeStatus::REPLY;
+    return noReply(LinkFailure::SILENCE, "no reply in time");
+}
+
+ExchangeStatus TcpLink::noReply(LinkFailure failure, const std::string &reason)
+{
+    failure_ = failure;
+    problem_ = reason;
     return ExchangeStatus::NO_REPLY;
 }
 
@@ -186,10 +261,9 @@ ExchangeStatus TcpLink::receiveSome()
 bool TcpLink::awaitUntil(TimePoint deadline)
 {
     const Millis left = std::chrono::duration_cast<Millis>(deadline - Clock::now());
-    problem_ = "no whole reply in time";
     if (left <= Millis(0))
         return false;
-    setReceiveTimeout(left);
+    setReceiveTimeout(slice(left));
     return true;
 }
 
@@ -201,6 +275,7 @@ bool TcpLink::isLate(const std::uint8_t *request, std::size_t size)
 
 ExchangeStatus TcpLink::lost(const std::string &reason)
 {
+    failure_ = LinkFailure::CLOSED;
     problem_ = reason;
     close();
     return ExchangeStatus::LOST;

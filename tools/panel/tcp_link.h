@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 // One TCP connection to a PLC: connect, send and receive under deadlines. A steady exchange costs one send and one
@@ -17,6 +18,21 @@ enum class ExchangeStatus {
     NO_REPLY,   // none came in time, or what came is no FINS/TCP reply: problem() says which
     LOST,       // the connection is closed: problem() says why
     INTERRUPTED // the program is asked to end
+};
+
+/// Why a connection could not be made, or an exchange brought no reply.
+enum class LinkFailure {
+    NONE,
+    NOT_RESOLVED,    // the host name is unknown
+    RESOLVE_TIMEOUT, // no name server answered in time
+    REFUSED,         // nothing listens on the port
+    UNREACHABLE,     // there is no way to the host
+    CONNECT_TIMEOUT, // the host does not answer the attempt to connect
+    CLOSED,          // the peer has closed or reset the connection
+    SILENCE,         // no reply in time
+    WRONG_PROTOCOL,  // what came is no FINS/TCP reply
+    TCP_ERROR,       // the reply's FINS/TCP header refuses; only the runtime sees this
+    OTHER
 };
 
 class TcpLink {
@@ -30,6 +46,17 @@ public:
     bool connect(const std::string &host, const std::string &port);
     void close();
 
+    /// Calls `tick` at least every TICK while the link waits for anything.
+    void onTick(std::function<void()> tick) { tick_ = std::move(tick); }
+    static constexpr Millis TICK{150};
+
+    /// Calls `call` with every late reply that is dropped.
+    void onLate(std::function<void(const std::uint8_t *, std::size_t)> call) { lateCall_ = std::move(call); }
+
+    /// Pauses until `end`, or until the program is asked to end. Returns false, with problem() set and the connection
+    /// closed, when the peer ends the connection meanwhile.
+    bool pauseUntil(TimePoint end);
+
     /// Sends `request` and awaits its reply, both within the timeout. Replies that are known to be late ones to earlier
     /// requests are dropped.
     ExchangeStatus exchange(const std::uint8_t *request, std::size_t size);
@@ -38,15 +65,28 @@ public:
     const std::uint8_t *reply() const { return assembler_.reply(); }
     std::size_t replySize() const { return assembler_.replySize(); }
     const std::string &problem() const { return problem_; }
+    LinkFailure failure() const { return failure_; }
+
+    /// The first bytes that came instead of a FINS/TCP reply; empty unless failure() is WRONG_PROTOCOL.
+    const std::string &strayBytes() const { return stray_; }
+
+    /// The host's address as of the last connect(), and the time that it took to find out and to connect to it.
+    const std::string &address() const { return address_; }
+    Clock::duration resolveTime() const { return resolveTime_; }
+    Clock::duration connectTime() const { return connectTime_; }
 
 private:
+    bool notConnected(LinkFailure failure, const std::string &reason);
+    ExchangeStatus noReply(LinkFailure failure, const std::string &reason);
+    void tick();
     void adopt(int connected);
     ExchangeStatus sendAll(const std::uint8_t *request, std::size_t size);
     ExchangeStatus receiveReply(const std::uint8_t *request, std::size_t size, TimePoint start);
-    ExchangeStatus receiveSome();
+    ExchangeStatus receiveSome(TimePoint deadline);
     ExchangeStatus lost(const std::string &reason);
     bool isLate(const std::uint8_t *request, std::size_t size);
     bool awaitUntil(TimePoint deadline);
+    Millis slice(Millis wait) const;
     void setReceiveTimeout(Millis timeout);
 
     const Millis   timeout_;
@@ -55,6 +95,13 @@ private:
     ReplyAssembler assembler_;
     LateReplies    late_;
     std::string    problem_;
+    LinkFailure    failure_;
+    std::string    stray_;
+    std::string    address_;
+    Clock::duration resolveTime_{0};
+    Clock::duration connectTime_{0};
+    std::function<void()> tick_; // empty: none
+    std::function<void(const std::uint8_t *, std::size_t)> lateCall_; // empty: none
 };
 
 #endif

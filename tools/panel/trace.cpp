@@ -1,21 +1,30 @@
 #include "trace.h"
 
+#include "frame_text.h"
+
 #include <cstdio>
 #include <string>
 
-void traceFrame(char direction, const std::uint8_t *frame, std::size_t size)
+void traceFrame(TraceMode mode, char direction, const std::uint8_t *frame, std::size_t size)
 {
-    static const char HEX[] = "0123456789ABCDEF";
-    std::string line(1, direction);
-    for (std::size_t i = 0; i < size; ++i) {
-        line += ' ';
-        line += HEX[frame[i] >> 4];
-        line += HEX[frame[i] & 15];
+    switch (mode) {
+    case TraceMode::NONE:
+        return;
+    case TraceMode::HEX:
+        std::fprintf(stderr, "%c %s\n", direction, hexText(frame, size).c_str());
+        return;
+    case TraceMode::LINE:
+        std::fprintf(stderr, "%c %s\n", direction, frameLine(frame, size).c_str());
+        return;
+    case TraceMode::FULL:
+        std::fprintf(stderr, "%c %s, %zu bytes\n%s", direction, frameLine(frame, size).c_str(), size,
+                     frameFields(frame, size).c_str());
+        return;
     }
-    std::fprintf(stderr, "%s\n", line.c_str());
 }
 
-void traceNoReply(const char *text)
+void traceNoReply(TraceMode mode, const char *text)
 {
-    std::fprintf(stderr, "< (%s)\n", text);
+    if (mode != TraceMode::NONE)
+        std::fprintf(stderr, "< (%s)\n", text);
 }

@@ -4,11 +4,18 @@
 #include <cstddef>
 #include <cstdint>
 
-// Frames on stderr, one a line: ">" for a request and "<" for a reply, then the bytes in hex.
+// Frames on stderr, in both directions: ">" for a request and "<" for a reply.
 
-void traceFrame(char direction, const std::uint8_t *frame, std::size_t size);
+enum class TraceMode {
+    NONE,
+    HEX,  // one line: the bytes in hex
+    LINE, // one line: what the frame says
+    FULL  // a line for each field of the frame
+};
+
+void traceFrame(TraceMode mode, char direction, const std::uint8_t *frame, std::size_t size);
 
 /// "< (text)" for a reply that did not come.
-void traceNoReply(const char *text);
+void traceNoReply(TraceMode mode, const char *text);
 
 #endif
