@@ -58,7 +58,7 @@ static qint32 parseCount(const std::string &text, const std::string &count)
     return static_cast<qint32>(value);
 }
 
-Item parseItem(const DriverLibrary &library, const std::string &text, Access access)
+Item parseItem(const DriverLibrary &library, const std::string &text, Access access, qint32 unit)
 {
     const std::size_t first  = text.find(':');
     const std::size_t second = first == std::string::npos ? first : text.find(':', first + 1);
@@ -69,6 +69,7 @@ Item parseItem(const DriverLibrary &library, const std::string &text, Access acc
     item.isBit = isBitType(item.regType);
     if (second != std::string::npos)
         item.count = parseCount(text, text.substr(second + 1));
+    item.count *= unit;
 
     // The driver lets addresses of unknown types pass its check, but describes only the types that it knows.
     QList<QString> fields;

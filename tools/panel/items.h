@@ -26,7 +26,8 @@ struct Item {
 enum class Access { READ, WRITE };
 
 /// Throws UsageError, which says what is wrong and, where the driver gives them, the type's range and notation.
-Item parseItem(const DriverLibrary &library, const std::string &text, Access access);
+/// COUNT counts pieces of `unit` words, or bits; without it the item is one such piece.
+Item parseItem(const DriverLibrary &library, const std::string &text, Access access, qint32 unit = 1);
 std::vector<Item> parseItems(const DriverLibrary &library, const std::vector<std::string> &texts, Access access);
 
 /// Throws UsageError if two of the items share a word or a bit.
