@@ -1,282 +1,259 @@
-// One workload of the driver a run, for counting: `bench_workload poll WORDS ORDER TAGS PASSES [changing]` and others,
-// see usage(). Under callgrind only the passes are counted, and of them only what runs inside the functions that
-// scripts/bench names; without it the numbers of heap allocations are printed.
+#include "harness.h"
+#include "heap.h"
 
-#include "support/loaded_driver.h"
-#include "support/low_memory.h"
+#include <malloc.h>
+#include <valgrind/callgrind.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <new>
-#include <numeric>
-#include <random>
-#include <string>
-#include <vector>
 
-#include <valgrind/callgrind.h>
+// One workload of the library a run, in sections; see usage(). Under callgrind each section is one dump, in the order of
+// the printed lines, of what ran inside the functions that bars.py names. Lines: section, units of work, allocations
+// inside the driver, callbacks.
 
 namespace {
 
-long allocations = 0;
-bool counting = false;
-long callbacks = 0;
-
-struct Item {
-    const char *regType;
-    qint32      address;
-};
-
-struct Area {
-    const char *name;
-    qint32      words;
-};
-
-const Area AREAS[] = { { "DM", 32768 }, { "CIO", 6144 }, { "T", 4096 }, { "C", 4096 }, { "HR", 1536 }, { "AR", 960 },
-                       { "WR", 512 } };
-
-/// The first `wordCount` words of a PLC, DM first.
-std::vector<Item> wordsOfPlc(int wordCount)
+void beginSection()
 {
-    std::vector<Item> items;
-    for (const Area &area : AREAS) {
-        for (qint32 word = 0; word < area.words && static_cast<int>(items.size()) < wordCount; ++word)
-            items.push_back({ area.name, word });
-    }
-    return items;
-}
-
-void arrange(std::vector<Item> &items, const std::string &order)
-{
-    if (order == "reversed")
-        std::reverse(items.begin(), items.end());
-    if (order == "shuffled") {
-        std::mt19937 random(1);
-        std::shuffle(items.begin(), items.end(), random);
-    }
-}
-
-QList<KEY_ADDRESS> watchList(const std::vector<Item> &items, int tags, bool withBits)
-{
-    QList<KEY_ADDRESS> list;
-    for (size_t i = 0; i < items.size(); ++i) {
-        KEY_ADDRESS key;
-        std::memset(key.data, 0, sizeof key.data);
-        key.requestTag = static_cast<qint32>(i % static_cast<size_t>(tags));
-        key.regType = QLatin1String(items[i].regType);
-        key.address = items[i].address;
-        key.count = 1;
-        list.append(key);
-        if (withBits && key.regType != QLatin1String("T") && key.regType != QLatin1String("C")) {
-            key.regType += QLatin1String("_bit");
-            key.address *= 16;
-            key.count = 16;
-            list.append(key);
-        }
-    }
-    return list;
-}
-
-void onChange(qint32, qint32, QString, qint32)
-{
-    ++callbacks;
-}
-
-/// Answers requests with one value everywhere.
-class ConstantPlc {
-public:
-    explicit ConstantPlc(LoadedDriver &library) : m_library(library) {}
-
-    /// One request and its reply.
-    void serve(quint8 value)
-    {
-        if (m_library.getSendFrame(&m_request) != 1)
-            return;
-        QByteArray reply(m_request.rcvLen, static_cast<char>(value));
-        reply.replace(0, qMin(30, m_request.rcvLen), QByteArray(qMin(30, m_request.rcvLen), 0));
-        if (m_request.sendLen > 25)
-            reply.replace(25, 1, QByteArray(1, static_cast<char>(m_request.frame[25])));
-        m_library.dealRcvFrame(reply, m_info);
-    }
-
-private:
-    LoadedDriver &m_library;
-    FRAME_PRO     m_request = FRAME_PRO();
-    QString       m_info;
-};
-
-struct Runtime {
-    LoadedDriver library;
-    LowMemory    sharedBlock;
-    LowMemory    recipeBuffer;
-    LowMemory    mutexPlace;
-    QMutex      *mutex;
-
-    Runtime()
-        : sharedBlock(60117), recipeBuffer(2 * 65536, 2), mutexPlace(sizeof(QMutex), alignof(QMutex)),
-          mutex(new (mutexPlace.data()) QMutex)
-    {
-        qint32 status = 0;
-        library.setAddrValueChangeCallBack(onChange);
-        library.initProperty(sharedBlock.address(), 0, recipeBuffer.address(), &status, "1#0#0#3#64",
-                             mutexPlace.address());
-    }
-
-    ~Runtime() { mutex->~QMutex(); }
-};
-
-void startCounting()
-{
-    allocations = 0;
-    callbacks = 0;
-    counting = true;
+    resetAllocations();
+    BenchRuntime::changes = 0;
     CALLGRIND_ZERO_STATS;
 }
 
-void stopCounting(const char *unit, long units)
+void endSection(const char *name, long units)
 {
     CALLGRIND_DUMP_STATS;
-    counting = false;
-    std::printf("%s %ld allocations %ld callbacks %ld\n", unit, units, allocations, callbacks);
+    std::printf("%s %ld %ld %ld\n", name, units, allocations(), BenchRuntime::changes);
 }
 
-/// Poll passes over the first WORDS words; with `changing` every word is also watched as bits and changes each time.
-void pollPasses(int words, const std::string &order, int tags, int passes, bool changing)
+qint32 watch(BenchRuntime &runtime, int words, const std::string &order, int tags, bool withBits)
 {
-    Runtime runtime;
-    std::vector<Item> items = wordsOfPlc(words);
-    arrange(items, order);
-    QList<KEY_ADDRESS> watched = watchList(items, tags, changing);
-    const qint32 blocks = runtime.library.addrMerge(watched);
+    QList<KEY_ADDRESS> watched = watchList(wordsOfPlc(words, order), tags, withBits);
+    return runtime.library.addrMerge(watched);
+}
 
+/// The same number of calls of the callback with the same kind of arguments, and nothing else.
+extern "C" __attribute__((noinline)) void bench_bareCallbacks(ValueChangeCallback callback, const QString &regType,
+                                                              long calls)
+{
+    for (long i = 0; i < calls; ++i)
+        callback(1, 0, regType, static_cast<qint32>(i));
+}
+
+/// Poll passes over the first words of a PLC, none of which changes.
+int poll(int words, const std::string &order, int tags, int passes)
+{
+    BenchRuntime runtime;
+    const long blocks = watch(runtime, words, order, tags, false);
     ConstantPlc plc(runtime.library);
-    quint8 value = 0;
-    for (qint32 i = 0; i < 2 * blocks + 1; ++i)
-        plc.serve(value);
+    plc.serve(0, 2 * blocks + 1); // the handshake, and two passes
 
-    startCounting();
-    for (int pass = 0; pass < passes; ++pass) {
-        value = static_cast<quint8>(changing ? ~value : value);
-        for (qint32 block = 0; block < blocks; ++block)
-            plc.serve(value);
-    }
-    stopCounting("requests", static_cast<long>(passes) * blocks);
+    beginSection();
+    plc.serve(0, passes * blocks);
+    endSection("poll", passes * blocks);
+    return 0;
 }
 
-/// Reads or writes of 64 words or 64 bits on an image of WORDS words.
-void accessValues(int words, const std::string &what, int calls)
+/// Poll passes over words that are all watched as words and as bits: nothing changes, then everything each time.
+int change(int words, int passes)
 {
-    Runtime runtime;
-    std::vector<Item> items = wordsOfPlc(words);
-    arrange(items, "shuffled");
-    QList<KEY_ADDRESS> watched = watchList(items, 1, false);
-    runtime.library.addrMerge(watched);
+    BenchRuntime runtime;
+    const long blocks = watch(runtime, words, "shuffled", 1, true);
+    ConstantPlc plc(runtime.library);
+    plc.serve(0, 2 * blocks + 1);
 
+    beginSection();
+    plc.serve(0, passes * blocks);
+    endSection("unchanged", passes * blocks);
+
+    beginSection();
+    for (int pass = 1; pass <= passes; ++pass)
+        plc.serve(pass % 2 != 0 ? 0xFF : 0, blocks);
+    const long calls = BenchRuntime::changes;
+    endSection("changed", passes * blocks);
+
+    beginSection();
+    bench_bareCallbacks(BenchRuntime::countChange, QLatin1String("DM_bit"), calls);
+    endSection("callbacks", passes * blocks);
+    return 0;
+}
+
+/// Reads or writes of 64 words or 64 bits on an image of `words` words.
+int access(const std::string &what, int words, int calls)
+{
+    BenchRuntime runtime;
+    watch(runtime, words, "shuffled", 1, false);
     std::vector<quint8> buffer(128, 1);
-    const QString wordType = QLatin1String("DM");
-    const QString bitType = QLatin1String("DM_bit");
+    const bool bits = what == "getbits" || what == "setbits";
+    const QString regType = QLatin1String(bits ? "DM_bit" : "DM");
     // Fifteen places, spread over the image: as many writes wait in the queue whatever the size of the image.
     const int stride = (std::min(words, 32768) - 64) / 14;
-    auto access = [&](int call) {
-        const qint32 address = (call % 15) * stride;
-        if (what == "getwords")
-            runtime.library.getData(0, wordType, address, 64, buffer.data());
-        else if (what == "getbits")
-            runtime.library.getData(0, bitType, address * 16, 64, buffer.data());
-        else if (what == "setwords")
-            runtime.library.setData(0, wordType, address, 64, buffer.data(), 1);
+    const auto call = [&](int i) {
+        const qint32 address = (i % 15) * stride * (bits ? 16 : 1);
+        if (what[0] == 'g')
+            runtime.library.getData(0, regType, address, 64, buffer.data());
         else
-            runtime.library.setData(0, bitType, address * 16, 64, buffer.data(), 1);
+            runtime.library.setData(0, regType, address, 64, buffer.data(), 1);
     };
-    for (int call = 0; call < 30; ++call)
-        access(call);
-    startCounting();
-    for (int call = 0; call < calls; ++call)
-        access(call);
-    stopCounting("calls", calls);
+    for (int i = 0; i < 30; ++i)
+        call(i);
+
+    beginSection();
+    for (int i = 0; i < calls; ++i)
+        call(i);
+    endSection(what.c_str(), calls);
+    return 0;
 }
 
 /// Distinct one-word writes: the first 513 fill the queue, the others find it full.
-void floodWrites(int calls, bool full)
+int flood(int calls)
 {
-    Runtime runtime;
-    quint8 value[2] = { 1, 0 };
-    const QString type = QLatin1String("DM");
+    BenchRuntime runtime;
+    const int queueSize = 513;
+    const quint8 value[2] = { 1, 0 };
+    const QString regType = QLatin1String("DM");
     qint32 address = 0;
-    for (int i = 0; i < (full ? 513 : 0); ++i)
-        runtime.library.setData(0, type, address++, 1, value, 1);
-    startCounting();
-    for (int call = 0; call < calls; ++call)
-        runtime.library.setData(0, type, address++, 1, value, 1);
-    stopCounting("calls", calls);
+    const auto write = [&](int count) {
+        for (int i = 0; i < count; ++i)
+            runtime.library.setData(0, regType, address++, 1, value, 1);
+    };
+
+    beginSection();
+    write(queueSize);
+    endSection("append", queueSize);
+
+    beginSection();
+    write(calls);
+    endSection("flood", calls);
+    return 0;
 }
 
-void planWatchList(int words)
+int plan(int words)
 {
-    Runtime runtime;
-    std::vector<Item> items = wordsOfPlc(words);
-    arrange(items, "shuffled");
-    QList<KEY_ADDRESS> watched = watchList(items, 1, false);
-    startCounting();
+    BenchRuntime runtime;
+    QList<KEY_ADDRESS> watched = watchList(wordsOfPlc(words, "shuffled"), 1, false);
+    beginSection();
     runtime.library.addrMerge(watched);
-    stopCounting("items", words);
+    endSection("plan", words);
+    return 0;
 }
 
-void planRecipe(int words)
+int recipe(int words)
 {
-    Runtime runtime;
-    std::vector<Item> items = wordsOfPlc(words);
-    arrange(items, "shuffled");
-    QVector<_RCP_VAR_PRO> variables;
-    for (size_t i = 0; i < items.size(); ++i)
-        variables.append({ 1, 0, QLatin1String(items[i].regType), items[i].address, 1, static_cast<qint32>(i), 0 });
-    startCounting();
+    BenchRuntime runtime;
+    QVector<_RCP_VAR_PRO> variables = recipeVariables(wordsOfPlc(words, "shuffled"));
+    beginSection();
     runtime.library.setRcpAddress(variables);
-    stopCounting("items", words);
+    endSection("recipe", words);
+    return 0;
+}
+
+/// What the library keeps for watched words, after they were polled: bytes of heap and of resident memory.
+int memory(int words)
+{
+    BenchRuntime runtime;
+    malloc_trim(0);
+    const std::size_t heapBefore = heapBytes();
+    const std::size_t residentBefore = residentBytes();
+    {
+        const qint32 blocks = watch(runtime, words, "shuffled", 1, false);
+        ConstantPlc(runtime.library).serve(1, 2 * blocks + 1);
+    }
+    malloc_trim(0);
+    std::printf("memory %d %ld %ld\n", words, static_cast<long>(heapBytes() - heapBefore),
+                static_cast<long>(residentBytes() - residentBefore));
+    return 0;
+}
+
+/// What the heap and the resident memory grow by over many requests: polls with changes, and writes among them.
+int growth(int words, long requests)
+{
+    BenchRuntime runtime;
+    const qint32 blocks = watch(runtime, words, "shuffled", 1, true);
+    ConstantPlc plc(runtime.library);
+    const quint8 value[2] = { 1, 0 };
+    const auto serve = [&](long count) {
+        for (long i = 0; i < count; ++i) {
+            if (i % 8 == 0)
+                runtime.library.setData(0, QLatin1String("DM"), static_cast<qint32>(i % words), 1, value, 1);
+            plc.serve(i / blocks % 4 == 0 ? 0xFF : 0, 1);
+        }
+    };
+    // Both figures are taken with the same values polled and no write waiting.
+    const auto settle = [&] {
+        plc.serve(0, 2 * blocks);
+        malloc_trim(0);
+    };
+    serve(20 * blocks);
+    residentBytes();
+    settle();
+    const std::size_t heapBefore = heapBytes();
+    const std::size_t residentBefore = residentBytes();
+    serve(requests);
+    settle();
+    std::printf("growth %ld %ld %ld\n", requests, static_cast<long>(heapBytes() - heapBefore),
+                static_cast<long>(residentBytes() - residentBefore));
+    return 0;
+}
+
+/// The start of a panel: milliseconds to load and configure the library, and to hand over shuffled watched items.
+int startUp(int items)
+{
+    using Clock = std::chrono::steady_clock;
+    const auto ms = [](Clock::duration time) { return std::chrono::duration<double, std::milli>(time).count(); };
+    QList<KEY_ADDRESS> watched = watchList(wordsOfPlc(items, "shuffled"), 1, false);
+
+    const Clock::time_point start = Clock::now();
+    BenchRuntime runtime;
+    const Clock::time_point loaded = Clock::now();
+    runtime.library.addrMerge(watched);
+    const Clock::time_point planned = Clock::now();
+    std::printf("startup %d %.3f %.3f\n", items, ms(loaded - start), ms(planned - start));
+    return 0;
 }
 
 int usage()
 {
-    std::fprintf(stderr, "usage: bench_workload poll WORDS sorted|reversed|shuffled TAGS PASSES [changing]\n"
+    std::fprintf(stderr, "usage: bench_workload poll WORDS sorted|reversed|shuffled TAGS PASSES\n"
+                         "       bench_workload change WORDS PASSES\n"
                          "       bench_workload getwords|getbits|setwords|setbits WORDS CALLS\n"
-                         "       bench_workload append|flood CALLS\n"
-                         "       bench_workload plan|recipe WORDS\n");
+                         "       bench_workload flood CALLS\n"
+                         "       bench_workload plan|recipe|memory|startup WORDS\n"
+                         "       bench_workload growth WORDS REQUESTS\n");
     return 2;
 }
 
-int run(const std::vector<std::string> &arguments)
+int run(const std::string &what, const std::vector<std::string> &arguments)
 {
-    const size_t count = arguments.size();
-    const std::string what = count > 0 ? arguments[0] : "";
-    auto number = [&arguments](size_t i) { return std::atoi(arguments[i].c_str()); };
-    if (what == "poll" && count >= 5)
-        pollPasses(number(1), arguments[2], number(3), number(4), count > 5);
-    else if ((what == "getwords" || what == "getbits" || what == "setwords" || what == "setbits") && count == 3)
-        accessValues(number(1), what, number(2));
-    else if ((what == "append" || what == "flood") && count == 2)
-        floodWrites(number(1), what == "flood");
-    else if (what == "plan" && count == 2)
-        planWatchList(number(1));
-    else if (what == "recipe" && count == 2)
-        planRecipe(number(1));
-    else
-        return usage();
-    return 0;
+    const std::size_t count = arguments.size();
+    const auto number = [&arguments](std::size_t i) { return std::atoi(arguments[i].c_str()); };
+    if (what == "poll" && count == 4)
+        return poll(number(0), arguments[1], number(2), number(3));
+    if (what == "change" && count == 2)
+        return change(number(0), number(1));
+    if ((what == "getwords" || what == "getbits" || what == "setwords" || what == "setbits") && count == 2)
+        return access(what, number(0), number(1));
+    if (what == "flood" && count == 1)
+        return flood(number(0));
+    if (what == "plan" && count == 1)
+        return plan(number(0));
+    if (what == "recipe" && count == 1)
+        return recipe(number(0));
+    if (what == "memory" && count == 1)
+        return memory(number(0));
+    if (what == "startup" && count == 1)
+        return startUp(number(0));
+    if (what == "growth" && count == 2)
+        return growth(number(0), number(1));
+    return usage();
 }
 
 } // namespace
 
-// Counting allocator calls of the whole process: the C library's own functions do the work.
-extern "C" void *__libc_malloc(size_t size);
-extern "C" void *malloc(size_t size)
-{
-    if (counting)
-        ++allocations;
-    return __libc_malloc(size);
-}
-
 int main(int argc, char **argv)
 {
-    return run(std::vector<std::string>(argv + 1, argv + argc));
+    const std::vector<std::string> arguments(argv + std::min(argc, 2), argv + argc);
+    return run(argc > 1 ? argv[1] : "", arguments);
 }
