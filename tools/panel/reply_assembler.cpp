@@ -13,28 +13,39 @@ enum {
 
 static const std::uint8_t MAGIC[TCP_LENGTH] = {'F', 'I', 'N', 'S'};
 
-ReplyAssembler::ReplyAssembler() : buffer_(REPLY_LIMIT + TCP_SIZE), used_(0), owed_(0) {}
+static std::uint32_t get32(const std::uint8_t *at)
+{
+    return std::uint32_t(at[0]) << 24 | std::uint32_t(at[1]) << 16 | std::uint32_t(at[2]) << 8 | at[3];
+}
+
+ReplyAssembler::ReplyAssembler()
+    : buffer_(REPLY_LIMIT + TCP_SIZE), used_(0), owed_(0), state_(AssemblyState::INCOMPLETE), frontSize_(0)
+{
+}
 
 void ReplyAssembler::reset()
 {
-    used_ = 0;
-    owed_ = 0;
+    used_  = 0;
+    owed_  = 0;
+    state_ = judge();
 }
 
 void ReplyAssembler::beginReply()
 {
     while (state() == AssemblyState::COMPLETE)
         dropReply();
-    if (state() == AssemblyState::INCOMPLETE && used_ >= TCP_COMMAND)
-        owed_ = TCP_COMMAND + followingBytes() - used_;
-    used_ = 0;
+    if (state() == AssemblyState::INCOMPLETE && frontSize_ > 0)
+        owed_ = frontSize_ - used_;
+    used_  = 0;
+    state_ = judge();
 }
 
 AssemblyState ReplyAssembler::added(std::size_t size)
 {
     used_ += size;
     skipOwed();
-    return state();
+    state_ = judge();
+    return state_;
 }
 
 // The rest of a reply that was given up may come late or never.
@@ -51,35 +62,27 @@ void ReplyAssembler::skipOwed()
     owed_ -= skipped;
 }
 
-AssemblyState ReplyAssembler::state() const
+// Sets frontSize_, too.
+AssemblyState ReplyAssembler::judge()
 {
+    frontSize_ = 0;
     if (!std::equal(MAGIC, MAGIC + std::min(used_, sizeof MAGIC), buffer_.begin()))
         return AssemblyState::WRONG_MAGIC;
     if (used_ < TCP_COMMAND)
         return AssemblyState::INCOMPLETE;
-    if (followingBytes() < TCP_SIZE - TCP_COMMAND)
+    const std::size_t following = get32(buffer_.data() + TCP_LENGTH);
+    frontSize_ = TCP_COMMAND + following;
+    if (following < TCP_SIZE - TCP_COMMAND)
         return AssemblyState::TOO_SHORT;
-    if (followingBytes() > REPLY_LIMIT - TCP_COMMAND)
+    if (following > REPLY_LIMIT - TCP_COMMAND)
         return AssemblyState::TOO_LONG;
-    return used_ < TCP_COMMAND + followingBytes() ? AssemblyState::INCOMPLETE : AssemblyState::COMPLETE;
+    return used_ < frontSize_ ? AssemblyState::INCOMPLETE : AssemblyState::COMPLETE;
 }
 
 void ReplyAssembler::dropReply()
 {
     removeFront(replySize());
-}
-
-std::size_t ReplyAssembler::replySize() const
-{
-    return state() == AssemblyState::COMPLETE ? TCP_COMMAND + followingBytes() : 0;
-}
-
-std::uint32_t ReplyAssembler::followingBytes() const
-{
-    std::uint32_t length = 0;
-    for (std::size_t i = TCP_LENGTH; i < TCP_COMMAND; ++i)
-        length = length << 8 | buffer_[i];
-    return length;
+    state_ = judge();
 }
 
 void ReplyAssembler::removeFront(std::size_t size)

@@ -37,26 +37,28 @@ public:
     AssemblyState added(std::size_t size);
 
     /// The state of the bytes so far, which changes only through the functions above and below.
-    AssemblyState state() const;
+    AssemblyState state() const { return state_; }
 
     /// Drops the complete reply at the front: the next one becomes the reply.
     void dropReply();
 
     /// Valid while state() is COMPLETE, until the next call that changes something.
     const std::uint8_t *reply() const { return buffer_.data(); }
-    std::size_t replySize() const;
+    std::size_t replySize() const { return state_ == AssemblyState::COMPLETE ? frontSize_ : 0; }
 
     /// Bytes that came behind the complete reply.
     std::size_t leftOver() const { return used_ - replySize(); }
 
 private:
-    std::uint32_t followingBytes() const;
+    AssemblyState judge();
     void removeFront(std::size_t size);
     void skipOwed();
 
     std::vector<std::uint8_t> buffer_;
     std::size_t used_; // bytes in the buffer
     std::size_t owed_; // bytes still to come of a reply that was given up
+    AssemblyState state_;
+    std::size_t frontSize_; // of the reply at the front as its length field says; 0 until that has arrived
 };
 
 #endif
