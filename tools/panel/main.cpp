@@ -22,6 +22,7 @@ const char FOOTER[] =
 struct Arguments {
     std::string              library;
     std::string              host;
+    bool                     hasHost    = false; // an empty host is one too, and wrong
     long                     timeoutMs  = 1000;
     long                     intervalMs = 20;
     double                   giveUp     = 10;
@@ -41,7 +42,8 @@ const qint32 READ_WORDS_LIMIT = 999;
 
 void addLinkOptions(CLI::App &command, Arguments &arguments, qint32 wordsLimit)
 {
-    command.add_option("host", arguments.host, "PLC: HOST, HOST:PORT or [IPV6]:PORT; port 9600 by default")->required();
+    command.add_option("host", arguments.host, "PLC: HOST, HOST:PORT or [IPV6]:PORT; port 9600 by default")
+        ->required()->each([&arguments](const std::string &) { arguments.hasHost = true; });
     command.add_option("--timeout", arguments.timeoutMs, "deadline to connect, to send and for a reply, in ms")
         ->check(CLI::Range(10L, 60000L))->capture_default_str();
     command.add_option("--words-per-frame", arguments.link.wordsPerFrame, "most words of one request")
@@ -179,7 +181,7 @@ int run(const Action &action, Arguments &arguments)
     const TimePoint start = Clock::now();
     arguments.link.statistics = &statistics;
     arguments.link.trace      = traceMode(arguments.trace);
-    if (!arguments.host.empty())
+    if (arguments.hasHost)
         parseHost(arguments.host, arguments.link.host, arguments.link.port);
     arguments.link.timeout = Millis(arguments.timeoutMs);
     const DriverLibrary library(arguments.library);
