@@ -47,6 +47,14 @@ TEST(Items, ParsesABitItem)
     EXPECT_EQ(parsed.endWord(), 12);
 }
 
+// The driver adds and multiplies with 32 bits: DM 2147483647 + 1 and DM_bit 268435456 * 16 wrap to accepted numbers.
+TEST(Items, RefusesNumbersThatWrapAt32Bits)
+{
+    for (const std::string text : {"DM:2147483647", "DM:2147483640:100", "DM_bit:268435456.0", "DM_bit:-268435456.5",
+                                   "DM_bit:134217727.15", "DM_bit:134217727.0:20"})
+        EXPECT_NE(refusal(text).find("'" + text + "' lies outside the range"), std::string::npos) << text;
+}
+
 TEST(Items, KnowsTheWordsOfAnItem)
 {
     EXPECT_EQ(item("DM", 100, 10).firstWord(), 100);

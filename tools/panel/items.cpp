@@ -4,6 +4,7 @@
 #include "values.h"
 
 #include <algorithm>
+#include <limits>
 #include <tuple>
 
 // Far more than any area holds, and small enough for sums of an address and a count.
@@ -58,6 +59,18 @@ static qint32 parseCount(const std::string &text, const std::string &count)
     return static_cast<qint32>(value);
 }
 
+// Stores the address into `item`. The driver's arithmetic wraps at 32 bits, so that numbers far outside the range pass
+// its check and mean other words.
+static qint32 checkAddress(const DriverLibrary &library, const std::string &text, Access access, Item &item)
+{
+    const QString address = QString::fromStdString(text);
+    const qint32 result = library.checkAddr(item.regType, address, &item.address, item.isBit ? -1 : 0, item.count,
+                                            access == Access::WRITE ? ACCESS_WRITE : ACCESS_READ);
+    const bool wraps = address.section(QLatin1Char('.'), 0, 0).toInt() != item.firstWord()
+                    || item.address > std::numeric_limits<qint32>::max() - item.count;
+    return result == CHECK_VALID && wraps ? static_cast<qint32>(CHECK_OUT_OF_RANGE) : result;
+}
+
 Item parseItem(const DriverLibrary &library, const std::string &text, Access access, qint32 unit)
 {
     const std::size_t first  = text.find(':');
@@ -77,9 +90,7 @@ Item parseItem(const DriverLibrary &library, const std::string &text, Access acc
     if (fields.size() <= FIELD_MAXIMUM)
         throw UsageError("'" + text + "': there is no register type '" + text.substr(0, first) + "'; the types are "
                          + typeNames(library));
-    const qint32 result = library.checkAddr(item.regType, QString::fromStdString(address), &item.address,
-                                           item.isBit ? -1 : 0, item.count,
-                                           access == Access::WRITE ? ACCESS_WRITE : ACCESS_READ);
+    const qint32 result = checkAddress(library, address, access, item);
     switch (result) {
     case CHECK_VALID:
         return item;
