@@ -1,0 +1,359 @@
+#include "panel_run.h"
+
+// The link to the PLC: cuts, a PLC that restarts, peers that are no PLC or stop in the middle.
+
+class PanelLinkTest : public PanelTest {};
+
+TEST_F(PanelLinkTest, cutInTheMiddleOfAWatch)
+{
+    start();
+    ASSERT_EQ(tell("write DM:0 1 1"), "ok");
+    const auto panel = watch({"DM:0:2", "--interval", "5"});
+    EXPECT_EQ(nextChange(*panel), "DM:0 - 1");
+    EXPECT_EQ(nextChange(*panel), "DM:1 - 1");
+    EXPECT_EQ(nextMessage(*panel) + "\n", connectedLine());
+    for (int value = 2; value <= 4; ++value) {
+        // What changes while there is no link is seen afterwards, as one change.
+        ASSERT_EQ(tell("fault refuse"), "ok");
+        ASSERT_EQ(tell("disconnect"), "ok 1");
+        panel->waitForErrorLine("link to " + host() + " lost: ");
+        ASSERT_EQ(tell("write DM:0 999"), "ok");
+        ASSERT_EQ(tell("write DM:0 " + std::to_string(value)), "ok");
+        ASSERT_EQ(tell("fault refuse off"), "ok");
+        EXPECT_EQ(nextChange(*panel), "DM:0 " + std::to_string(value - 1) + " " + std::to_string(value));
+        EXPECT_EQ(panel->waitForErrorLine("connected to ") + "\n", connectedLine());
+    }
+    ASSERT_EQ(tell("write DM:1 7"), "ok");
+    EXPECT_EQ(nextChange(*panel), "DM:1 1 7");
+    EXPECT_EQ(interrupt(*panel), 0);
+    EXPECT_EQ(panel->output(), "");
+}
+
+// A counter that never rests: over several cuts every line goes on where the one before ended.
+TEST_F(PanelLinkTest, linesGoOnOverCuts)
+{
+    start({"--plant", "--plant-period", "3"});
+    const auto panel = watch({"DM:4", "--interval", "1"});
+    std::string latest = "-";
+    for (int cut = 0; cut < 4; ++cut) {
+        for (int i = 0; i < 5; ++i) {
+            std::istringstream words(nextChange(*panel));
+            std::string item, before, after;
+            words >> item >> before >> after;
+            EXPECT_EQ(before, latest);
+            EXPECT_TRUE(latest == "-" || std::stoi(after) > std::stoi(before)) << before << " " << after;
+            latest = after;
+        }
+        ASSERT_EQ(tell("disconnect"), "ok 1");
+        panel->waitForErrorLine("link to " + host() + " lost: ");
+        panel->waitForErrorLine("connected to " + host());
+    }
+    EXPECT_EQ(interrupt(*panel), 0);
+}
+
+TEST_F(PanelLinkTest, plcRestartsOnItsPort)
+{
+    start();
+    ASSERT_EQ(tell("write DM:0 5"), "ok");
+    const auto panel = watch({"DM:0", "--interval", "5"});
+    EXPECT_EQ(nextChange(*panel), "DM:0 - 5");
+    for (const bool isKilled : {true, false}) {
+        if (isKilled)
+            plc->sendSignal(SIGKILL);
+        else
+            plc->writeLine("quit");
+        plc->wait();
+        panel->waitForErrorLine("link to " + host() + " lost: ");
+        EXPECT_EQ(nextMessage(*panel), "no link to " + host() + ": Connection refused, retrying in 200 ms");
+        startAgain();
+        // The new PLC's memory is empty.
+        EXPECT_EQ(nextChange(*panel), "DM:0 5 0");
+        ASSERT_EQ(tell("write DM:0 5"), "ok");
+        EXPECT_EQ(nextChange(*panel), "DM:0 0 5");
+    }
+    EXPECT_EQ(interrupt(*panel), 0);
+}
+
+// After a read was accepted the pauses start anew.
+TEST_F(PanelLinkTest, pausesGrowAndStartAnew)
+{
+    start({"--fault", "refuse"});
+    const auto panel = watch({"DM:0", "--interval", "5"});
+    for (const char *pause : {"100", "200", "400"})
+        EXPECT_EQ(nextMessage(*panel),
+                  "no link to " + host() + ": Connection refused, retrying in " + pause + " ms");
+    ASSERT_EQ(tell("faults off"), "ok");
+    EXPECT_EQ(nextChange(*panel), "DM:0 - 0");
+    EXPECT_EQ(nextMessage(*panel) + "\n", connectedLine());
+    ASSERT_EQ(tell("disconnect"), "ok 1");
+    EXPECT_NE(nextMessage(*panel).find(", retrying in 100 ms"), std::string::npos);
+    EXPECT_EQ(interrupt(*panel), 0);
+}
+
+TEST_F(PanelLinkTest, allConnectionsInUse)
+{
+    start({"--clients", "1"});
+    auto other = std::make_unique<PlcClient>(port);
+    const auto panel = startPanel(arguments("read", {"DM:0"}));
+    EXPECT_EQ(nextMessage(*panel), linkLost("FINS/TCP error 20 (all connections of the PLC are in use)"));
+    other = nullptr;
+    EXPECT_EQ(panel->readLine(), "DM:0 = 0");
+    EXPECT_EQ(panel->wait(), 0);
+}
+
+TEST_F(PanelLinkTest, otherNodeNumbers)
+{
+    start({"--node", "254"});
+    const PanelRun read = run("read", {"DM:0"});
+    EXPECT_EQ(read.out, "DM:0 = 0\n");
+    EXPECT_NE(read.err.find(", PLC node 254\n"), std::string::npos) << read.err;
+}
+
+// ---- Peers that are no proper PLC --------------------------------------------------------------------------------
+
+// What a peer does instead of answering, and what the panel says of it.
+struct BadPeer {
+    const char *name;
+    const char *bytes; // the answer to the node-address request
+    const char *reason;
+};
+
+void PrintTo(const BadPeer &peer, std::ostream *out) { *out << peer.name; }
+
+const BadPeer BAD_HANDSHAKES[] = {
+    {"Nothing", "", "no reply in time to the node-address request"},
+    {"HalfAHeader", "46494E53 0000", "no reply in time to the node-address request"},
+    {"HalfAFrame", "46494E53 00000010 00000001 00000000 000000EF", "no reply in time to the node-address request"},
+    {"OneByteMissing", "46494E53 00000010 00000001 00000000 000000EF 000000",
+     "no reply in time to the node-address request"},
+    {"WrongMagic", "47494E53 00000010 00000001 00000000 000000EF 00000001",
+     "the reply does not begin with FINS to the node-address request"},
+    {"OneWrongByte", "00", "the reply does not begin with FINS to the node-address request"},
+    {"Web", "485454502F312E3120343030204261642052657175657374",
+     "the reply does not begin with FINS to the node-address request"},
+    {"LongestLength", "46494E53 000007F8 00000001 00000000 000000EF 00000001",
+     "no reply in time to the node-address request"},
+    {"OverlongLength", "46494E53 000007F9 00000001 00000000 000000EF 00000001",
+     "the reply has an impossible length to the node-address request"},
+    {"NegativeLength", "46494E53 FFFFFFFF 00000001 00000000 000000EF 00000001",
+     "the reply has an impossible length to the node-address request"},
+    {"ZeroLength", "46494E53 00000000 00000001 00000000 000000EF 00000001",
+     "the reply has an impossible length to the node-address request"},
+    {"ShortLength", "46494E53 00000007 00000001 00000000 000000EF 00000001",
+     "the reply has an impossible length to the node-address request"},
+    {"NoNodes", "46494E53 00000008 00000001 00000000",
+     "the reply does not answer the request to the node-address request"},
+    {"OneNodeOnly", "46494E53 0000000C 00000001 00000000 000000EF",
+     "the reply does not answer the request to the node-address request"},
+    {"TooManyBytes", "46494E53 00000011 00000001 00000000 000000EF 00000001 00",
+     "the reply does not answer the request to the node-address request"},
+    {"WrongCommand", "46494E53 00000010 00000002 00000000 000000EF 00000001",
+     "the reply does not answer the request to the node-address request"},
+    {"Error20", "46494E53 00000010 00000001 00000020 00000000 00000000",
+     "FINS/TCP error 20 (all connections of the PLC are in use)"},
+    {"Error25", "46494E53 00000010 00000001 00000025 00000000 00000000",
+     "FINS/TCP error 25 (the PLC has no free node address for this client)"},
+    {"ErrorNotice", "46494E53 00000008 00000003 00000003", "FINS/TCP error 3 (the command is not supported)"},
+    {"UnknownError", "46494E53 00000008 00000003 FFFFFFFF", "FINS/TCP error FFFFFFFF"},
+};
+
+// The answers to a read of DM:0, in which 5A stands for its service ID.
+const BadPeer BAD_REPLIES[] = {
+    {"Nothing", "", "no reply in time, 1 times in a row"},
+    {"HalfAFrame", "46494E53 00000018 00000002 00000000 C0000200EF", "no reply in time, 1 times in a row"},
+    {"OneByteMissing", "46494E53 00000018 00000002 00000000 C0000200EF000001005A 0101 0000 00",
+     "no reply in time, 1 times in a row"},
+    {"WrongMagic", "46494E54 00000018 00000002 00000000 C0000200EF000001005A 0101 0000 0007",
+     "the reply does not begin with FINS, 1 times in a row"},
+    {"OverlongLength", "46494E53 000007F9 00000002 00000000 C0000200EF000001005A 0101 0000 0007",
+     "the reply has an impossible length, 1 times in a row"},
+    {"ZeroLength", "46494E53 00000000 00000002 00000000 C0000200EF000001005A 0101 0000 0007",
+     "the reply has an impossible length, 1 times in a row"},
+    {"NodeAddressesAgain", "46494E53 00000010 00000001 00000000 000000EF 00000001",
+     "the reply does not answer the request, 1 times in a row"},
+    {"NoFrame", "46494E53 00000008 00000002 00000000", "the reply does not answer the request, 1 times in a row"},
+    {"WithoutEndCode", "46494E53 00000014 00000002 00000000 C0000200EF000001005A 0101",
+     "the reply does not answer the request, 1 times in a row"},
+    {"WithoutData", "46494E53 00000016 00000002 00000000 C0000200EF000001005A 0101 0000",
+     "the driver rejects the reply, 1 times in a row"},
+    {"TooManyWords", "46494E53 0000001A 00000002 00000000 C0000200EF000001005A 0101 0000 0007 0008",
+     "the driver rejects the reply, 1 times in a row"},
+    {"OtherCommand", "46494E53 00000018 00000002 00000000 C0000200EF000001005A 0102 0000 0007",
+     "the reply does not answer the request, 1 times in a row"},
+    {"OtherService", "46494E53 00000018 00000002 00000000 C0000200EF000001005B 0101 0000 0007",
+     "the reply does not answer the request, 1 times in a row"},
+    {"RefusedAtFullLength", "46494E53 00000018 00000002 00000000 C0000200EF000001005A 0101 1104 0007",
+     "the PLC refuses 1104 (the last address is out of range), 1 times in a row"},
+    {"ErrorNotice", "46494E53 00000008 00000003 00000001",
+     "FINS/TCP error 1 (the header does not begin with FINS)"},
+    {"ErrorInTheHeader", "46494E53 00000018 00000002 00000022 C0000200EF000001005A 0101 0000 0007",
+     "FINS/TCP error 22 (the PLC does not accept connections from this IP address)"},
+};
+
+class PanelBadPeerTest : public ::testing::Test, public ::testing::WithParamInterface<BadPeer> {
+protected:
+    // Only a reply that does not come is waited for.
+    void startWatch()
+    {
+        const bool isAwaited = std::string(GetParam().reason).find("no reply") == 0;
+        panel = startPanel({"watch", plc.host(), "DM:0", "--timeout", isAwaited ? "500" : "10000", "--retries", "1"});
+    }
+
+    // A connection that is served as it should be: DM:0 is 9.
+    void serveWell()
+    {
+        link = nullptr;
+        link = plc.accept();
+        link->exchangeNodes();
+        EXPECT_EQ(link->command(), plainHex("0101 82 0000 00 0001"));
+        link->answer("0101 0000 0009");
+    }
+
+    PlayedPlc                   plc;
+    std::unique_ptr<Process>    panel;
+    std::unique_ptr<PlayedLink> link;
+};
+
+class PanelBadHandshakeTest : public PanelBadPeerTest {};
+
+INSTANTIATE_TEST_SUITE_P(Answers, PanelBadHandshakeTest, ::testing::ValuesIn(BAD_HANDSHAKES),
+                         [](const auto &row) { return std::string(row.param.name); });
+
+// The panel hangs up, says why, and tries again: the value comes with the next good connection.
+TEST_P(PanelBadHandshakeTest, isGivenUp)
+{
+    startWatch();
+    link = plc.accept();
+    EXPECT_EQ(link->receive(20), plainHex(nodeRequest()));
+    link->send(GetParam().bytes);
+    EXPECT_EQ(nextMessage(*panel), plc.linkLost(GetParam().reason));
+    link->awaitClose();
+    serveWell();
+    EXPECT_EQ(nextChange(*panel), "DM:0 - 9");
+    EXPECT_EQ(nextMessage(*panel), "connected to " + plc.host() + ": this node 239, PLC node 1");
+    EXPECT_EQ(interrupt(*panel), 0);
+    EXPECT_EQ(panel->output(), "");
+}
+
+class PanelBadReplyTest : public PanelBadPeerTest {};
+
+INSTANTIATE_TEST_SUITE_P(Answers, PanelBadReplyTest, ::testing::ValuesIn(BAD_REPLIES),
+                         [](const auto &row) { return std::string(row.param.name); });
+
+// No byte of a bad reply becomes a value.
+TEST_P(PanelBadReplyTest, isNoValue)
+{
+    startWatch();
+    link = plc.accept();
+    link->exchangeNodes();
+    EXPECT_EQ(link->command(), plainHex("0101 82 0000 00 0001"));
+    std::string bytes = plainHex(GetParam().bytes);
+    if (bytes.size() > 2 * 25)
+        bytes.replace(2 * 25, 2, hexNumber(link->sid + (bytes.substr(2 * 25, 2) == "5B"), 2));
+    link->send(bytes);
+    EXPECT_EQ(panel->waitForErrorLine("link to "), plc.linkLost(GetParam().reason));
+    link->awaitClose();
+    serveWell();
+    EXPECT_EQ(nextChange(*panel), "DM:0 - 9");
+    EXPECT_EQ(interrupt(*panel), 0);
+    EXPECT_EQ(panel->output(), "");
+}
+
+// Half-open: connections are made, but nobody is there.
+TEST(PanelHalfOpen, everyCommandEndsInTime)
+{
+    PlayedPlc plc;
+    for (const Words &command : {Words{"read", "DM:0"}, Words{"write", "DM:0=1"}}) {
+        const PanelRun ended = runPanel({command[0], plc.host(), command[1], "--timeout", "50", "--give-up", "0.12"});
+        EXPECT_EQ(ended.code, 3);
+        EXPECT_EQ(ended.out, "");
+        const Words lines = linesOf(ended.err);
+        ASSERT_GE(lines.size(), 2u) << ended.err;
+        EXPECT_EQ(lines[0], plc.linkLost("no reply in time to the node-address request"));
+        EXPECT_EQ(lines.back(), "fins_panel: no answer from " + plc.host() +
+                                    " within 120 ms; check the address and the cable, or wait longer with --give-up "
+                                    "SECONDS");
+    }
+}
+
+// A peer that sends rubbish without end does not keep the panel busy: it hangs up.
+TEST(PanelGarbage, endlessStreamIsHungUpOn)
+{
+    PlayedPlc plc;
+    const auto panel = startPanel({"watch", plc.host(), "DM:0", "--timeout", "10000"});
+    for (const char *pause : {"100", "200"}) {
+        const auto link = plc.accept();
+        std::string rubbish;
+        for (int i = 0; i < 4096; ++i)
+            rubbish += hexNumber(static_cast<std::size_t>(i * 7 + 1) & 255, 2);
+        try {
+            for (;;)
+                link->send(rubbish);
+        } catch (const std::runtime_error &) {
+        }
+        EXPECT_EQ(nextMessage(*panel), "link to " + plc.host() +
+                                              " lost: the reply does not begin with FINS to the node-address request, "
+                                              "retrying in " + pause + " ms");
+    }
+    EXPECT_EQ(interrupt(*panel), 0);
+    EXPECT_EQ(panel->output(), "");
+}
+
+// Complete frames without end, none of which answers.
+TEST(PanelGarbage, endlessFramesAreHungUpOn)
+{
+    PlayedPlc plc;
+    const auto panel = startPanel({"watch", plc.host(), "DM:0", "--timeout", "10000", "--retries", "2"});
+    const auto link = plc.accept();
+    link->exchangeNodes();
+    link->command();
+    std::string frames;
+    for (unsigned i = 0; i < 64; ++i)
+        frames += responseFrame("0101 0000 0007", (link->sid + 100) % 256);
+    try {
+        for (;;)
+            link->send(frames);
+    } catch (const std::runtime_error &) {
+    }
+    EXPECT_NE(panel->waitForErrorLine("link to ").find(", 2 times in a row, retrying in 100 ms"), std::string::npos);
+    EXPECT_EQ(interrupt(*panel), 0);
+    EXPECT_EQ(panel->output(), "");
+}
+
+// ---- Segments ----------------------------------------------------------------------------------------------------
+
+// Two replies in one segment: the second one is not the reply to the next request.
+TEST(PanelSegments, leftOverBytesNeverReachTheNextRequest)
+{
+    PlayedPlc plc;
+    const auto panel = startPanel({"read", plc.host(), "DM:0", "DM:100"});
+    const auto link = plc.accept();
+    link->exchangeNodes();
+    EXPECT_EQ(link->command(), plainHex("0101 82 0064 00 0001"));
+    const unsigned next = link->sid + 1;
+    link->send(link->reply("0101 0000 0007") + responseFrame("0101 0000 0063", next));
+    EXPECT_EQ(link->command(), plainHex("0101 82 0000 00 0001"));
+    EXPECT_EQ(link->sid, next);
+    link->answer("0101 0000 0008");
+    EXPECT_EQ(panel->wait(), 0);
+    EXPECT_EQ(panel->output(), "DM:0 = 8\nDM:100 = 7\n");
+}
+
+// The node addresses and the first bytes of the PLC may come in any pieces.
+TEST(PanelSegments, repliesInPieces)
+{
+    PlayedPlc plc;
+    const auto panel = startPanel({"read", plc.host(), "DM:0"});
+    const auto link = plc.accept();
+    EXPECT_EQ(link->receive(20), plainHex(nodeRequest()));
+    const std::string nodes = nodeReply(239);
+    for (std::size_t i = 0; i < nodes.size(); i += 2)
+        link->send(nodes.substr(i, 2));
+    EXPECT_EQ(link->command(), plainHex("0101 82 0000 00 0001"));
+    const std::string reply = link->reply("0101 0000 1234");
+    // Cut inside the magic, the length and the data.
+    for (const auto &[from, size] : std::vector<std::pair<std::size_t, std::size_t>>{{0, 4}, {4, 10}, {14, 48}, {62, 2}})
+        link->send(reply.substr(from, size));
+    EXPECT_EQ(panel->wait(), 0);
+    EXPECT_EQ(panel->output(), "DM:0 = 4660\n");
+}
