@@ -58,13 +58,13 @@ __attribute__((init_priority(1002))) QString ADDRESS_RANGE_FINS[] = {
 };
 static_assert(sizeof ADDRESS_RANGE_FINS / sizeof ADDRESS_RANGE_FINS[0] == REG_COUNT + 1, "one range per register type");
 
+// From the end, where DM stands: most of what panels poll is there.
 int findRegister(const QString &regType)
 {
-    for (int i = 0; i < REG_COUNT; ++i) {
-        if (sameName(REG_LIST[i], regType))
-            return i;
-    }
-    return -1;
+    int i = REG_COUNT - 1;
+    while (i >= 0 && !sameName(REG_LIST[i], regType))
+        --i;
+    return i;
 }
 
 QString sharedName(const QString &regType)

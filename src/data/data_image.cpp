@@ -31,40 +31,58 @@ int getIndexesOfDataAreas(qint32 requestTag, const QString &regType, qint32 addr
     return 1;
 }
 
+qint32 getIndexOfBit(qint32 requestTag, const QString &wordType, qint32 bitAddress, qint32 previous)
+{
+    const qint32 word = bitAddress / 16;
+    if (previous >= 0 && driver.dataAreas.at(previous).address == word)
+        return previous;
+    return getIndexOfDataArea(requestTag, wordType, word, driver.dataAreas);
+}
+
 const quint8 *shownValue(const _DATA_ &area)
 {
     return area.writePending != 0 ? area.writeValue : area.plcValue;
 }
 
-static void reportBits(quint32 bits, qint32 requestTag, const QString &regType, qint32 address)
+static void reportBits(quint32 bits, ReportKeys &keys, qint32 address)
 {
-    const QString bitType = bitTypeOf(regType);
+    if (keys.bitType.isEmpty())
+        keys.bitType = bitTypeOf(keys.regType);
+    const qint32 firstBit = wrapMul(address, 16);
     for (int bit = 0; bit < 16; ++bit) {
         if ((bits >> bit & 1) != 0)
-            driver.valueChangeCallback(driver.stationNo, requestTag, bitType, wrapAdd(wrapMul(address, 16), bit));
+            driver.valueChangeCallback(driver.stationNo, keys.requestTag, keys.bitType, wrapAdd(firstBit, bit));
     }
 }
 
-void reportChange(qint32 index, qint32 before, qint32 after, qint32 requestTag, const QString &regType,
-                  qint32 address, qint32 wordOnly)
+static void reportWord(qint32 index, const ReportKeys &keys, qint32 address)
+{
+    // Deliberate: the remainder keeps the sign, so a negative mark never reports.
+    if (driver.dataAreas.at(index).wordMonitor % 2 == 1)
+        driver.valueChangeCallback(driver.stationNo, keys.requestTag, keys.regType, address);
+}
+
+void reportChange(qint32 index, qint32 before, qint32 after, ReportKeys &keys, qint32 address)
 {
     if (before == after)
         return;
 
-    const quint32 changedBits = static_cast<quint32>(before ^ after);
-    const quint32 bits = changedBits & static_cast<quint32>(driver.dataAreas.at(index).bitMonitor) & 0xFFFF;
-    if (wordOnly == 0 && bits != 0)
-        reportBits(bits, requestTag, regType, address);
-    // Deliberate: the remainder keeps the sign, so a negative mark never reports.
-    if (driver.dataAreas.at(index).wordMonitor % 2 == 1)
-        driver.valueChangeCallback(driver.stationNo, requestTag, regType, address);
+    const quint32 changed = static_cast<quint32>(before ^ after);
+    const quint32 bits = changed & static_cast<quint32>(driver.dataAreas.at(index).bitMonitor) & 0xFFFF;
+    if (bits != 0)
+        reportBits(bits, keys, address);
+    reportWord(index, keys, address);
 }
 
 void _wordDataChange(const qint32 *currentValue, const qint32 *newValue, qint32 requestTag, QString regType,
                      qint32 address, qint32 wordOnly)
 {
     const qint32 index = getIndexOfDataArea(requestTag, regType, address, driver.dataAreas);
-    reportChange(index, *currentValue, *newValue, requestTag, regType, address, wordOnly);
+    ReportKeys keys = { requestTag, regType, QString() };
+    if (wordOnly == 0)
+        reportChange(index, *currentValue, *newValue, keys, address);
+    else if (*currentValue != *newValue)
+        reportWord(index, keys, address);
 }
 
 // Deliberate: unlike _wordDataChange it reports no word, adds no suffix and does not multiply the address.

@@ -20,6 +20,10 @@ struct AreaRun {
 /// which is appended if it is missing, and those behind it as long as they exist. Returns how many.
 int getIndexesOfDataAreas(qint32 requestTag, const QString &regType, qint32 address, qint32 count, AreaRun &run);
 
+/// Index in the driver's image of the record that holds the bit at `bitAddress`, appended if it is missing. In a run of
+/// bits `previous` is the index of the last one's record, which often holds the next bit, too; else -1.
+qint32 getIndexOfBit(qint32 requestTag, const QString &wordType, qint32 bitAddress, qint32 previous);
+
 /// The two bytes that the panel sees of a record: the written value until its write has ended, else the PLC's.
 const quint8 *shownValue(const _DATA_ &area);
 
@@ -35,9 +39,15 @@ inline qint32 wordOf(const quint8 *bytes)
 void _wordDataChange(const qint32 *currentValue, const qint32 *newValue, qint32 requestTag, QString regType,
                      qint32 address, qint32 wordOnly);
 
-/// The same for the record at `index`, whose keys are given.
-void reportChange(qint32 index, qint32 before, qint32 after, qint32 requestTag, const QString &regType,
-                  qint32 address, qint32 wordOnly);
+/// What the reports of one run of words have in common. `bitType` is empty until it is needed.
+struct ReportKeys {
+    qint32  requestTag;
+    QString regType;
+    QString bitType;
+};
+
+/// Reports the change of the word at `address`, whose record is at `index`, like _wordDataChange with its bits.
+void reportChange(qint32 index, qint32 before, qint32 after, ReportKeys &keys, qint32 address);
 
 /// Reports each watched bit among bits 0 to 7 that differs between two bytes, under `regType` unchanged and
 /// `address` + bit.

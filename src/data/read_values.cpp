@@ -20,11 +20,10 @@ static void readWords(qint32 requestTag, const QString &regType, qint32 address,
 
 static void readBits(qint32 requestTag, const QString &wordType, qint32 address, qint32 count, quint8 *out)
 {
-    qint32 index = 0;
+    qint32 index = -1;
     for (qint32 i = 0; i < count; ++i) {
         const qint32 at = wrapAdd(address, i);
-        if (i == 0 || at % 16 == 0)
-            index = getIndexOfDataArea(requestTag, wordType, at / 16, driver.dataAreas);
+        index = getIndexOfBit(requestTag, wordType, at, index);
         const quint8 *word = shownValue(driver.dataAreas.at(index));
         const qint32 bit = at % 16;
         out[i] = bit >= 0 && (word[bit / 8] >> (bit % 8) & 1) != 0 ? 1 : 0;

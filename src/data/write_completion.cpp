@@ -12,18 +12,16 @@ enum WriteResult {
 };
 
 /// Settles one word, in the record at `index`.
-static void finishWord(qint32 index, qint32 requestTag, const QString &regType, qint32 address, qint32 result)
+static void finishWord(qint32 index, ReportKeys &keys, qint32 address, qint32 result)
 {
     _DATA_ &area = driver.dataAreas[index];
     area.writePending = 0;
-    if (result == WRITE_SUCCEEDED) {
-        area.plcValue[0] = area.writeValue[0];
-        area.plcValue[1] = area.writeValue[1];
+    if (result != WRITE_SUCCEEDED) {
+        reportChange(index, wordOf(area.plcValue), wordOf(area.writeValue), keys, address);
         return;
     }
-    const qint32 plcWord = wordOf(area.plcValue);
-    const qint32 writtenWord = wordOf(area.writeValue);
-    reportChange(index, plcWord, writtenWord, requestTag, regType, address, 0);
+    area.plcValue[0] = area.writeValue[0];
+    area.plcValue[1] = area.writeValue[1];
 }
 
 /// Settles one bit, in the word's record at `index`. A negative bit settles nothing.
@@ -46,32 +44,36 @@ static void finishBit(qint32 index, qint32 bit, qint32 result)
 
 static void finishWords(qint32 requestTag, const QString &regType, qint32 address, qint32 count, qint32 result)
 {
+    ReportKeys keys = { requestTag, regType, QString() };
     AreaRun run;
     int length = 0;
     for (qint32 i = 0; i < count; i += length) {
         const qint32 first = wrapAdd(address, i);
         length = getIndexesOfDataAreas(requestTag, regType, first, count - i, run);
         for (int k = 0; k < length; ++k)
-            finishWord(run.indexes[k], requestTag, regType, wrapAdd(first, k), result);
+            finishWord(run.indexes[k], keys, wrapAdd(first, k), result);
+    }
+}
+
+static void finishBits(qint32 requestTag, const QString &regType, qint32 address, qint32 count, qint32 result)
+{
+    const QString wordType = wordTypeOf(regType);
+    qint32 index = -1;
+    for (qint32 i = 0; i < count; ++i) {
+        const qint32 at = wrapAdd(address, i);
+        index = getIndexOfBit(requestTag, wordType, at, index);
+        finishBit(index, at % 16, result);
+        // Deliberate: every bit reports, watched or not, and under the piece's first address.
+        driver.valueChangeCallback(driver.stationNo, requestTag, regType, address);
     }
 }
 
 void _write_FailOrSuc(qint32 requestTag, QString regType, qint32 address, qint32 count, qint32 result)
 {
-    if (!isBitType(regType)) {
+    if (isBitType(regType))
+        finishBits(requestTag, regType, address, count, result);
+    else
         finishWords(requestTag, regType, address, count, result);
-        return;
-    }
-    // Deliberate: every bit reports, watched or not, and under the piece's first address.
-    const QString wordType = wordTypeOf(regType);
-    qint32 index = 0;
-    for (qint32 i = 0; i < count; ++i) {
-        const qint32 at = wrapAdd(address, i);
-        if (i == 0 || at % 16 == 0)
-            index = getIndexOfDataArea(requestTag, wordType, at / 16, driver.dataAreas);
-        finishBit(index, at % 16, result);
-        driver.valueChangeCallback(driver.stationNo, requestTag, regType, address);
-    }
 }
 
 static void finishWrite()

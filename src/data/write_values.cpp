@@ -67,11 +67,9 @@ qint32 intf_setData(qint32 requestTag, QString regType, qint32 address, qint32 c
 }
 
 /// Writes one word, in the record at `index`.
-static void saveWord(qint32 index, qint32 requestTag, const QString &regType, qint32 address, const quint8 *word)
+static void saveWord(qint32 index, ReportKeys &keys, qint32 address, const quint8 *word)
 {
-    const qint32 before = wordOf(shownValue(driver.dataAreas.at(index)));
-    const qint32 after = wordOf(word);
-    reportChange(index, before, after, requestTag, regType, address, 0);
+    reportChange(index, wordOf(shownValue(driver.dataAreas.at(index))), wordOf(word), keys, address);
 
     _DATA_ &area = driver.dataAreas[index];
     area.writeValue[0] = word[0];
@@ -81,7 +79,7 @@ static void saveWord(qint32 index, qint32 requestTag, const QString &regType, qi
 
 /// Writes one bit, in the word's record at `index`. A negative bit stores nothing.
 /// Deliberate: only the value 1 sets the bit, every other value clears it.
-static void saveBit(qint32 index, qint32 requestTag, const QString &wordType, qint32 bitAddress, quint8 value)
+static void saveBit(qint32 index, ReportKeys &keys, qint32 bitAddress, quint8 value)
 {
     const qint32 bit = bitAddress % 16;
     if (bit < 0)
@@ -89,7 +87,7 @@ static void saveBit(qint32 index, qint32 requestTag, const QString &wordType, qi
 
     const qint32 before = wordOf(shownValue(driver.dataAreas.at(index)));
     const qint32 after = _setBitValue(before, bit, value == 1 ? 1 : 0);
-    reportChange(index, before, after, requestTag, wordType, bitAddress / 16, 0);
+    reportChange(index, before, after, keys, bitAddress / 16);
 
     _DATA_ &area = driver.dataAreas[index];
     area.writeValue[0] = static_cast<quint8>(after & 0xFF);
@@ -98,30 +96,34 @@ static void saveBit(qint32 index, qint32 requestTag, const QString &wordType, qi
     area.pendingBits = _setBitValue(area.pendingBits, bit, 1);
 }
 
-static void saveWords(qint32 requestTag, const QString &regType, qint32 address, qint32 count, const quint8 *data)
+static void saveWords(ReportKeys &keys, qint32 address, qint32 count, const quint8 *data)
 {
     AreaRun run;
     int length = 0;
     for (qint32 i = 0; i < count; i += length) {
         const qint32 first = wrapAdd(address, i);
-        length = getIndexesOfDataAreas(requestTag, regType, first, count - i, run);
+        length = getIndexesOfDataAreas(keys.requestTag, keys.regType, first, count - i, run);
         for (int k = 0; k < length; ++k)
-            saveWord(run.indexes[k], requestTag, regType, wrapAdd(first, k), data + 2 * (qint64(i) + k));
+            saveWord(run.indexes[k], keys, wrapAdd(first, k), data + 2 * (qint64(i) + k));
+    }
+}
+
+static void saveBits(ReportKeys &keys, qint32 address, qint32 count, const quint8 *data)
+{
+    qint32 index = -1;
+    for (qint32 i = 0; i < count; ++i) {
+        const qint32 at = wrapAdd(address, i);
+        index = getIndexOfBit(keys.requestTag, keys.regType, at, index);
+        saveBit(index, keys, at, data[i]);
     }
 }
 
 void write_saveDataToArea(qint32 requestTag, QString regType, qint32 address, qint32 count, const quint8 *data)
 {
-    if (!isBitType(regType)) {
-        saveWords(requestTag, sharedName(regType), address, count, data);
-        return;
-    }
-    const QString wordType = wordTypeOf(regType);
-    qint32 index = 0;
-    for (qint32 i = 0; i < count; ++i) {
-        const qint32 at = wrapAdd(address, i);
-        if (i == 0 || at % 16 == 0)
-            index = getIndexOfDataArea(requestTag, wordType, at / 16, driver.dataAreas);
-        saveBit(index, requestTag, wordType, at, data[i]);
-    }
+    const bool bits = isBitType(regType);
+    ReportKeys keys = { requestTag, bits ? wordTypeOf(regType) : sharedName(regType), QString() };
+    if (bits)
+        saveBits(keys, address, count, data);
+    else
+        saveWords(keys, address, count, data);
 }

@@ -17,21 +17,20 @@ enum ReceiveResult {
 
 /// A reply with data, and what the request that it answers says about them.
 struct DataReply {
-    quint8 *bytes; // the reply's own, not those of a copy
-    qint32  size;
-    qint32  dataPos;
-    qint32  wordCount;
-    qint32  requestTag;
-    QString regType;
-    qint32  address;
-    qint32  count;
+    quint8    *bytes; // the reply's own, not those of a copy
+    qint32     size;
+    qint32     dataPos;
+    qint32     wordCount;
+    ReportKeys keys;
+    qint32     address;
+    qint32     count;
 };
 
 static DataReply dataReply(QByteArray &reply, const FRAME_PRO &request)
 {
     const DataReply data = { reinterpret_cast<quint8 *>(reply.data()), static_cast<qint32>(reply.size()),
-                             request.dataPos, request.dataLen / 2, request.requestTag, request.regType,
-                             request.address, request.count };
+                             request.dataPos, request.dataLen / 2,
+                             { request.requestTag, request.regType, QString() }, request.address, request.count };
     return data;
 }
 
@@ -41,11 +40,16 @@ static quint8 dataByte(const DataReply &data, qint32 offset)
     return get8(data.bytes, data.size, wrapAdd(data.dataPos, offset));
 }
 
-/// Where words `first` to `first` + `count` - 1 of the data lie, or null if the reply does not hold all of them.
-static const quint8 *wholeWords(const DataReply &data, qint32 first, qint32 count)
+/// The bytes of words `first` to `first` + `count` - 1 of the data: in the reply if it holds them all, else in `copy`, to
+/// which they are copied, with zeros for what is missing.
+static const quint8 *wordBytes(const DataReply &data, qint32 first, int count, quint8 *copy)
 {
     const qint64 begin = data.dataPos + 2 * qint64(first);
-    return begin >= 0 && begin + 2 * qint64(count) <= data.size ? data.bytes + begin : nullptr;
+    if (begin >= 0 && begin + 2 * count <= data.size)
+        return data.bytes + begin;
+    for (int k = 0; k < 2 * count; ++k)
+        copy[k] = dataByte(data, wrapAdd(wrapMul(2, first), k));
+    return copy;
 }
 
 /// Stores into byte `offset` of the data; nothing outside the reply.
@@ -57,60 +61,42 @@ static void setDataByte(const DataReply &data, qint32 offset, quint8 value)
 }
 
 /// Stores a changed word, two bytes from the wire, into its record of the data image, after reporting it.
-static void storeChange(const DataReply &data, qint32 address, qint32 index, quint8 high, quint8 low)
+static void storeChange(qint32 index, const quint8 *bytes, ReportKeys &keys, qint32 address)
 {
     _DATA_ &area = driver.dataAreas[index];
     area.writePending = 0;
-    const qint32 before = wordOf(area.plcValue);
-    const qint32 after = low + 256 * high;
-    reportChange(index, before, after, data.requestTag, data.regType, address, 0);
+    reportChange(index, wordOf(area.plcValue), 256 * bytes[0] + bytes[1], keys, address);
 
     // The callback may have added records, so the record is looked at anew.
-    driver.dataAreas[index].plcValue[0] = low;
-    driver.dataAreas[index].plcValue[1] = high;
+    quint8 *plcValue = driver.dataAreas[index].plcValue;
+    plcValue[0] = bytes[1];
+    plcValue[1] = bytes[0];
 }
 
-/// Stores one received word into the record at `index`.
-static void storeWord(const DataReply &data, qint32 i, qint32 index)
+/// Stores received words from `address` on, two bytes each from the wire, into the records of a run. Most words of a
+/// cyclic poll do not change, so the loop is made for them.
+static void storeRun(const AreaRun &run, int length, const quint8 *bytes, ReportKeys &keys, qint32 address)
 {
-    const quint8 high = dataByte(data, wrapMul(2, i));
-    const quint8 low = dataByte(data, wrapAdd(wrapMul(2, i), 1));
-    _DATA_ &area = driver.dataAreas[index];
-    area.rcvFlag = 0;
-    if (area.plcValue[0] != low || area.plcValue[1] != high)
-        storeChange(data, wrapAdd(data.address, i), index, high, low);
-}
-
-/// Stores received words, from word `first` on, that equal what their records hold already. Returns how many, up to the
-/// first that differs. Most words of a cyclic poll do not change, so this loop does nothing else.
-static int storeUnchanged(const DataReply &data, qint32 first, const qint32 *indexes, int count)
-{
-    const quint8 *words = wholeWords(data, first, count);
-    if (words == nullptr)
-        return 0;
-
-    const QList<_DATA_>::iterator records = driver.dataAreas.begin();
-    for (int k = 0; k < count; ++k, words += 2) {
-        _DATA_ &area = *(records + indexes[k]);
-        if (area.plcValue[1] != words[0] || area.plcValue[0] != words[1])
-            return k;
+    QList<_DATA_>::iterator records = driver.dataAreas.begin();
+    for (int k = 0; k < length; ++k, bytes += 2) {
+        _DATA_ &area = *(records + run.indexes[k]);
         area.rcvFlag = 0;
+        if (area.plcValue[1] == bytes[0] && area.plcValue[0] == bytes[1])
+            continue;
+        storeChange(run.indexes[k], bytes, keys, wrapAdd(address, k));
+        records = driver.dataAreas.begin();
     }
-    return count;
 }
 
-static void storeWords(const DataReply &data)
+static void storeWords(DataReply &data)
 {
     AreaRun run;
-    for (qint32 i = 0; i < data.wordCount;) {
-        const int length = getIndexesOfDataAreas(data.requestTag, data.regType, wrapAdd(data.address, i),
-                                                 data.wordCount - i, run);
-        for (int k = 0; k < length; ++k) {
-            k += storeUnchanged(data, i + k, run.indexes + k, length - k);
-            if (k < length)
-                storeWord(data, i + k, run.indexes[k]);
-        }
-        i += length;
+    quint8 copy[2 * AREA_RUN_SIZE];
+    int length = 0;
+    for (qint32 i = 0; i < data.wordCount; i += length) {
+        const qint32 address = wrapAdd(data.address, i);
+        length = getIndexesOfDataAreas(data.keys.requestTag, data.keys.regType, address, data.wordCount - i, run);
+        storeRun(run, length, wordBytes(data, i, length, copy), data.keys, address);
     }
 }
 
@@ -191,7 +177,7 @@ static void completePreparedWrite(const DataReply &data, FRAME_PRO &write)
 /// write is sent as it is.
 static void readModifyWrite(const DataReply &data)
 {
-    const qint32 index = getIndexOfDataArea(data.requestTag, wordTypeOf(data.regType), data.address / 16,
+    const qint32 index = getIndexOfDataArea(data.keys.requestTag, wordTypeOf(data.keys.regType), data.address / 16,
                                             driver.dataAreas);
     driver.dataAreas[index].rcvFlag = 0;
     mergeWrittenBits(data, driver.frameList.at(0).value);
@@ -199,7 +185,7 @@ static void readModifyWrite(const DataReply &data)
         completePreparedWrite(data, driver.frameList[1]);
 }
 
-static void storeData(const DataReply &data)
+static void storeData(DataReply data)
 {
     if (driver.jobType == JOB_WRITE) {
         readModifyWrite(data);

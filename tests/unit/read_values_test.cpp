@@ -235,4 +235,11 @@ TEST_F(ReadValues, BitAddressesWrap)
     EXPECT_EQ(driver.dataAreas.size(), 2);
 }
 
+// Division truncates, so bit -16 lies in word -1 and bit -15 in word 0.
+TEST_F(ReadValues, LooksUpTheWordOfEachBitBelowZero)
+{
+    EXPECT_EQ(read("DM_bit", -17, 3), only({0, 0, 0}));
+    EXPECT_EQ(image(), (Records{"7 DM -1", "7 DM 0"}));
+}
+
 } // namespace

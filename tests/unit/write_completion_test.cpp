@@ -757,4 +757,13 @@ TEST_F(WriteCompletion, OtherJobTypesEndNothing)
     EXPECT_TRUE(notifications().empty());
 }
 
+// Division truncates, so bit -16 lies in word -1 and bit -15 in word 0.
+TEST_F(WriteCompletion, LooksUpTheWordOfEachBitBelowZero)
+{
+    _write_FailOrSuc(7, QLatin1String("DM_bit"), -17, 3, 1);
+    ASSERT_EQ(driver.dataAreas.size(), 2);
+    EXPECT_EQ(driver.dataAreas.at(0).address, -1);
+    EXPECT_EQ(driver.dataAreas.at(1).address, 0);
+}
+
 } // namespace

@@ -705,4 +705,16 @@ TEST_F(WriteValues, BitAddressesWrap)
     EXPECT_EQ(driver.dataAreas.size(), 2);
 }
 
+// Division truncates, so bit -16 lies in word -1 and bit -15 in word 0.
+TEST_F(WriteValues, LooksUpTheWordOfEachBitBelowZero)
+{
+    const quint8 bits[3] = {1, 1, 1};
+    write_saveDataToArea(7, QLatin1String("DM_bit"), -17, 3, bits);
+    ASSERT_EQ(driver.dataAreas.size(), 2);
+    EXPECT_EQ(driver.dataAreas.at(0).address, -1);
+    EXPECT_EQ(driver.dataAreas.at(0).pendingBits, 1);
+    EXPECT_EQ(driver.dataAreas.at(1).address, 0);
+    EXPECT_EQ(driver.dataAreas.at(1).pendingBits, 0);
+}
+
 } // namespace
