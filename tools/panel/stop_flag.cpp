@@ -1,15 +1,18 @@
 #include "stop_flag.h"
 
 #include <poll.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
 
 static volatile std::sig_atomic_t stopFlag = 0;
 
+// A signal that comes just before a blocking call does not interrupt that call, so the alarm interrupts it again.
 static void onStopSignal(int)
 {
     stopFlag = 1;
+    alarm(1);
 }
 
 void installStopSignals()
@@ -20,6 +23,7 @@ void installStopSignals()
     action.sa_flags = 0; // no SA_RESTART: a blocking receive returns
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
+    sigaction(SIGALRM, &action, nullptr);
 }
 
 bool stopRequested()
