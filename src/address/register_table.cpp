@@ -85,12 +85,7 @@ QString wordTypeOf(const QString &regType)
 
 QString bitTypeOf(const QString &wordType)
 {
-    for (int i = 0; i < REG_COUNT; ++i) {
-        if (REG_LIST[i].size() == wordType.size() + 4 && *REG_LIST[i].constData() == *wordType.constData()
-            && REG_LIST[i].startsWith(wordType))
-            return REG_LIST[i];
-    }
-    return wordType + QLatin1String("_bit");
+    return sharedName(wordType + QLatin1String("_bit"));
 }
 
 qint32 a2i_ddd_DD(QString text, qint32 &bitAddress)
