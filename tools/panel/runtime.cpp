@@ -24,11 +24,6 @@ static const int WRITES_BEFORE_POLL = 5;
 
 static const Millis IDLE_PAUSE(10);
 
-static bool sameByte(char sent, quint8 byte)
-{
-    return static_cast<quint8>(sent) == byte;
-}
-
 Runtime::Runtime(const DriverLibrary &library, const LinkOptions &options)
     : library_(library), options_(options), link_(options.timeout), state_(Clock::now()), request_(), inFlight_(false),
       wasOnline_(false), writesSincePoll_(0),
@@ -107,13 +102,15 @@ ExchangeStatus Runtime::transfer(RequestKind kind, std::size_t size)
     if (request_.requestId == REQUEST_ID_POLL && kind == RequestKind::READ && !recipeRunning())
         writesSincePoll_ = 0;
     ++statistics_.requests;
-    if (lastSent_.size() == size && std::equal(lastSent_.begin(), lastSent_.end(), request_.frame, sameByte))
+    const char *frame = reinterpret_cast<const char *>(request_.frame);
+    if (lastSent_.compare(0, std::string::npos, frame, size) == 0)
         ++statistics_.retries;
-    lastSent_.assign(request_.frame, request_.frame + size);
+    lastSent_.assign(frame, size);
     traceFrame(options_.trace, '>', request_.frame, size);
     const TimePoint start = Clock::now();
-    const ExchangeStatus status = link_.exchange(request_.frame, size);
-    roundTrip_ = std::chrono::duration_cast<Micros>(Clock::now() - start);
+    const ExchangeStatus status = link_.exchange(request_.frame, size, start);
+    transferEnd_ = Clock::now();
+    roundTrip_ = std::chrono::duration_cast<Micros>(transferEnd_ - start);
     if (status == ExchangeStatus::REPLY)
         traceFrame(options_.trace, '<', link_.reply(), link_.replySize());
     else
@@ -155,7 +152,8 @@ void Runtime::exchange()
         lose(link_.problem(), link_.failure());
         return;
     }
-    problem_ = replySize == 0 ? link_.problem() : "the reply does not answer the request";
+    if (judgement.verdict != Verdict::GOOD)
+        problem_ = replySize == 0 ? link_.problem() : "the reply does not answer the request";
     handOver(kind, judgement);
 }
 
@@ -206,7 +204,7 @@ void Runtime::accepted(RequestKind kind)
         messages_.say("connected to " + peer() + ": this node " + std::to_string(clientNode_) + ", PLC node "
                       + std::to_string(serverNode_));
     } else if (kind == RequestKind::READ) {
-        state_.on(LinkEvent::READ_ACCEPTED, Clock::now());
+        state_.on(LinkEvent::READ_ACCEPTED, transferEnd_);
         wasOnline_ = true;
         statistics_.wordsRead += static_cast<unsigned long>(request_.count);
     } else if (kind == RequestKind::WRITE) {
@@ -235,8 +233,10 @@ void Runtime::sayRefusal(RequestKind kind, const Judgement &judgement)
 // Counts what was rejected for another reason than an end code.
 void Runtime::noteRejection(const Judgement &judgement)
 {
-    if (judgement.verdict == Verdict::GOOD)
+    if (judgement.verdict == Verdict::GOOD) {
         ++statistics_.wrong;
+        answering_ = false;
+    }
     if (judgement.verdict != Verdict::REFUSED)
         statistics_.noteError(problem_);
 }

@@ -156,6 +156,7 @@ private:
     std::string          lastSent_;        // the request before on this connection
     int                  clientNode_;
     int                  serverNode_;
+    TimePoint            transferEnd_;     // when the latest exchange on the link ended
     Micros               roundTrip_;
     std::vector<std::function<void(const Exchange &)>> exchangeCalls_;
     std::vector<std::function<void()>>                 lostCalls_;

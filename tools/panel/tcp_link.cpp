@@ -164,12 +164,11 @@ void TcpLink::setReceiveTimeout(Millis timeout)
     receiveTimeout_ = timeout;
 }
 
-ExchangeStatus TcpLink::exchange(const std::uint8_t *request, std::size_t size)
+ExchangeStatus TcpLink::exchange(const std::uint8_t *request, std::size_t size, TimePoint start)
 {
     assembler_.beginReply();
     failure_ = LinkFailure::NONE;
     setReceiveTimeout(slice(timeout_));
-    const TimePoint start = Clock::now();
     const ExchangeStatus sent = sendAll(request, size);
     if (sent != ExchangeStatus::REPLY)
         return sent;

@@ -57,9 +57,9 @@ public:
     /// closed, when the peer ends the connection meanwhile.
     bool pauseUntil(TimePoint end);
 
-    /// Sends `request` and awaits its reply, both within the timeout. Replies that are known to be late ones to earlier
-    /// requests are dropped.
-    ExchangeStatus exchange(const std::uint8_t *request, std::size_t size);
+    /// Sends `request` and awaits its reply, both within the timeout, which counts from `start`. Replies that are known
+    /// to be late ones to earlier requests are dropped.
+    ExchangeStatus exchange(const std::uint8_t *request, std::size_t size, TimePoint start);
 
     /// Valid until the next call.
     const std::uint8_t *reply() const { return assembler_.reply(); }
