@@ -1,4 +1,5 @@
-#include "omron_fins_ethernet.h"
+#include "address/register_table.h"
+#include "changed_text.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +12,8 @@ namespace {
 const qint32 HIGHEST   = std::numeric_limits<qint32>::max();
 const qint32 UNTOUCHED = 4711; // what the address holds before each check
 
-enum Code { VALID = 0, WRONG_KIND = 1, OUT_OF_RANGE = 2, MALFORMED = 4 };
+enum Code { VALID = 0, WRONG_KIND = 1, OUT_OF_RANGE = 2, MALFORMED = 4, NOT_WRITABLE = 6 };
+enum Row { DM_BIT_ROW = 4, DM_ROW = 11 };
 enum Variable { BIT_VARIABLE, WORD_VARIABLE };
 
 /// One of the two exported checks, with the same arguments.
@@ -390,6 +392,86 @@ TEST(AddressCheckKind, UnknownTypePassesInEveryMode)
         EXPECT_EQ(intf_checkAddr("EM", "10", &address, 0, 1, mode), VALID);
         EXPECT_EQ(address, UNTOUCHED);
     }
+}
+
+// ---- Rows that the table does not have at present ------------------------------------------------------------------
+
+TEST(AddressCheckNotWritable, RefusesModes1And2)
+{
+    const ChangedText row(ADDRESS_RANGE_FINS[DM_ROW], "ddddd,0,32767,1,0");
+    qint32 address = UNTOUCHED;
+    EXPECT_EQ(intf_checkAddr("DM", "10", &address, 0, 1, 1), NOT_WRITABLE);
+    EXPECT_EQ(intf_checkAddr("DM", "10", &address, 0, 1, 2), NOT_WRITABLE);
+    EXPECT_EQ(address, UNTOUCHED);
+}
+
+TEST(AddressCheckNotWritable, AllowsEveryOtherMode)
+{
+    const ChangedText row(ADDRESS_RANGE_FINS[DM_ROW], "ddddd,0,32767,1,0");
+    for (qint32 mode : {-2, -1, 0, 3, 4, 257, 258}) {
+        SCOPED_TRACE(mode);
+        qint32 address = UNTOUCHED;
+        EXPECT_EQ(intf_checkAddr("DM", "10", &address, 0, 1, mode), VALID);
+        EXPECT_EQ(address, 10);
+    }
+}
+
+TEST(AddressCheckNotWritable, ComesBeforeEveryOtherCheck)
+{
+    const ChangedText words(ADDRESS_RANGE_FINS[DM_ROW], "ddddd,0,32767,1,0");
+    const ChangedText bits(ADDRESS_RANGE_FINS[DM_BIT_ROW], "ddddd.DD (DD:0~15),0.0,32767.15,0,0");
+    qint32 address = UNTOUCHED;
+    EXPECT_EQ(intf_checkAddr("DM", "abc", &address, -1, 1, 1), NOT_WRITABLE);
+    EXPECT_EQ(intf_checkAddr("DM", "99999", &address, 0, 1, 2), NOT_WRITABLE);
+    EXPECT_EQ(intf_checkAddr("DM_bit", "1.05", &address, -1, 1, 1), NOT_WRITABLE);
+    EXPECT_EQ(intf_checkAddr("DM_bit", "1.5", &address, 0, 1, 2), NOT_WRITABLE);
+    EXPECT_EQ(address, UNTOUCHED);
+    EXPECT_EQ(intf_checkAddr("DM", "abc", &address, -1, 1, 0), WRONG_KIND);
+}
+
+TEST(AddressCheckNotWritable, ConcernsItsOwnTypeAndTheOneCheckOnly)
+{
+    const ChangedText row(ADDRESS_RANGE_FINS[DM_ROW], "ddddd,0,32767,1,0");
+    qint32 address = UNTOUCHED;
+    EXPECT_EQ(intf_checkAddr("HR", "10", &address, 0, 1, 1), VALID);
+    EXPECT_EQ(intf_checkAddr("DM_bit", "10.5", &address, -1, 1, 1), VALID);
+    EXPECT_EQ(intf_checkAddrValidity("DM", "10", &address, 1, 1), VALID);
+}
+
+TEST_P(AddressCheck, MalformedBitRangeCountsAs0)
+{
+    const ChangedText row(ADDRESS_RANGE_FINS[DM_BIT_ROW], "ddddd.DD,least,most,0,1");
+    EXPECT_EQ(checkBits("DM_bit", "-1.15", 1), OUT_OF_RANGE);
+    EXPECT_EQ(checkBits("DM_bit", "0.0", 1), VALID);
+    EXPECT_EQ(checkBits("DM_bit", "0.0", 2), OUT_OF_RANGE);
+    EXPECT_EQ(checkBits("DM_bit", "0.1", 0), VALID);
+    EXPECT_EQ(checkBits("DM_bit", "0.1", 1), OUT_OF_RANGE);
+}
+
+TEST_P(AddressCheck, MalformedWordRangeCountsAs0)
+{
+    const ChangedText row(ADDRESS_RANGE_FINS[DM_ROW], "ddddd,least,most,1,1");
+    EXPECT_EQ(checkWords("DM", "-1", 1), OUT_OF_RANGE);
+    EXPECT_EQ(checkWords("DM", "0", 1), VALID);
+    EXPECT_EQ(checkWords("DM", "0", 2), OUT_OF_RANGE);
+    EXPECT_EQ(checkWords("DM", "1", 1), OUT_OF_RANGE);
+}
+
+TEST_P(AddressCheck, WordRangeMayBeginAbove0)
+{
+    const ChangedText row(ADDRESS_RANGE_FINS[DM_ROW], "ddddd,100,200,1,1");
+    EXPECT_EQ(checkWords("DM", "99", 1), OUT_OF_RANGE);
+    EXPECT_EQ(checkWords("DM", "100", 1), VALID);
+    EXPECT_EQ(checkWords("DM", "100", 101), VALID);
+    EXPECT_EQ(checkWords("DM", "100", 102), OUT_OF_RANGE);
+}
+
+// Only the kind 0 is a bit type.
+TEST_P(AddressCheck, Kind2IsAWordType)
+{
+    const ChangedText row(ADDRESS_RANGE_FINS[DM_ROW], "ddddd,0,32767,2,1");
+    EXPECT_EQ(checkWords("DM", "32767", 1), VALID);
+    EXPECT_EQ(checkBits("DM", "10.5", 1), WRONG_KIND);
 }
 
 } // namespace

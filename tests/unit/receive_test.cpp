@@ -390,10 +390,12 @@ TEST_F(Receive, UnknownClassChangesNothing)
     queueWrite();
     driver.errCount = 2;
     driver.commFailed = 1;
-    EXPECT_EQ(dealCheckedReply(4, reply), 0);
-    EXPECT_EQ(queuedLengths(), Lengths{36});
-    EXPECT_EQ(driver.errCount, 2);
-    EXPECT_EQ(driver.commFailed, 1);
+    for (const int replyClass : {4, 5, LARGEST, -1, SMALLEST}) {
+        EXPECT_EQ(dealCheckedReply(replyClass, reply), 0) << replyClass;
+        EXPECT_EQ(queuedLengths(), Lengths{36});
+        EXPECT_EQ(driver.errCount, 2);
+        EXPECT_EQ(driver.commFailed, 1);
+    }
 }
 
 // ---- Read data into the data image ---------------------------------------------------------------------------------
@@ -612,6 +614,23 @@ TEST_F(Receive, DataOutsideTheReplyReadAsZero)
     EXPECT_EQ(plcWord("DM", 102), 0);
 }
 
+TEST_F(Receive, DataBeforeTheReplyReadAsZero)
+{
+    // Of the words at -4, -2 and 0 only the last lies in the reply.
+    queueRead("DM", 100, 3);
+    driver.frameList.first().rcvLen = 33;
+    driver.frameList.first().dataPos = -4;
+    for (int i = 0; i < 3; ++i)
+        word("DM", 100 + i).plcValue[0] = 0xEE;
+    Bytes bytes = readReply({0x12, 0x34, 0x56});
+    bytes[0] = 0x46;
+    bytes[1] = 0x49;
+    EXPECT_EQ(deal(bytes), 1);
+    EXPECT_EQ(plcWord("DM", 100), 0);
+    EXPECT_EQ(plcWord("DM", 101), 0);
+    EXPECT_EQ(plcWord("DM", 102), 0x4649);
+}
+
 TEST_F(Receive, ReadWithANegativeLengthStoresNothing)
 {
     queueRead("DM", 100, -15);
@@ -775,6 +794,16 @@ TEST_F(ReceiveRecipe, IndexOutsideTheBlocksPlacesNothing)
         EXPECT_EQ(changedRecipeWords(), 0) << index;
     }
     EXPECT_TRUE(notifications().empty());
+}
+
+TEST_F(ReceiveRecipe, WithoutABufferPlacesNothing)
+{
+    driver.recipeBuffer = nullptr;
+    queueRead("DM", 100, 1);
+    EXPECT_EQ(deal(readReply({0x11, 0x12})), 1);
+    EXPECT_EQ(plcWord("DM", 100), 0x1112);
+    EXPECT_TRUE(notifications().empty());
+    EXPECT_EQ(driver.recipeIndex, 1);
 }
 
 TEST_F(ReceiveRecipe, WithoutAPlanPlacesNothing)
@@ -983,6 +1012,18 @@ TEST_F(ReceiveReadModifyWrite, BitsBelowAddressZeroAreDropped)
     EXPECT_EQ(deal(readReply({0x00, 0x02})), 1);
     EXPECT_EQ(prepared(7, 9), (Bytes{0x00, 0x01}));
     EXPECT_EQ(replyBytes(26, 30), (Bytes{0, 0, 0, 0}));
+}
+
+TEST_F(ReceiveReadModifyWrite, WordsBeforeTheReplyAreDropped)
+{
+    queuePair(1600, {1, 1}, 1, 11);
+    driver.frameList.first().dataPos = -1;
+    Bytes bytes = readReply({0x37, 0xD9});
+    bytes[0] = 0x46;
+    EXPECT_EQ(deal(bytes), 1);
+    // The word's first byte lies before the reply, so the second, which it takes in its place, becomes 0.
+    EXPECT_EQ(replyBytes(0, 2), (Bytes{0, 0}));
+    EXPECT_EQ(prepared(7, 9), (Bytes{0, 0}));
 }
 
 TEST_F(ReceiveReadModifyWrite, MoreBitsThanTheValueBufferAreSafe)

@@ -413,6 +413,14 @@ TEST_F(RecipeRequest, HighestCountStaysWithinTheValue)
     }
 }
 
+TEST_F(RecipeRequest, WithDataButWithoutABufferIsZero)
+{
+    driver.recipeBuffer = nullptr;
+    fill(3, 4, 1);
+    expectValue({});
+    EXPECT_EQ(guarded.request.count, 3);
+}
+
 TEST_F(RecipeRequest, WithoutDataNeedsNoBuffer)
 {
     driver.recipeBuffer = nullptr;

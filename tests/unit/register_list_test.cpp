@@ -1,4 +1,5 @@
-#include "omron_fins_ethernet.h"
+#include "address/register_table.h"
+#include "changed_text.h"
 
 #include <gtest/gtest.h>
 
@@ -124,6 +125,80 @@ TEST(RegDescriptionTest, UnknownTypeAppendsNothing)
         EXPECT_EQ(intf_getRegDiscription(regType, fields), 0);
         EXPECT_EQ(toTexts(fields), Texts{"kept"});
     }
+}
+
+// ---- Rows that the table does not have at present ------------------------------------------------------------------
+
+enum { AR_BIT_ROW = 3, HR_ROW = 7, DM_ROW = 11 };
+
+Texts namesByType(qint32 type)
+{
+    QList<QString> names;
+    intf_getRegListByType(type, names);
+    return toTexts(names);
+}
+
+TEST(RegListByKind, Kind2IsAWordTypeToo)
+{
+    const ChangedText row(ADDRESS_RANGE_FINS[HR_ROW], "dddd,0,1535,2,1");
+    EXPECT_EQ(namesByType(1), WORD_TYPES);
+    EXPECT_EQ(namesByType(0), BIT_TYPES);
+}
+
+TEST(RegListByKind, Type2ListsKind2AndStillGives0)
+{
+    const ChangedText row(ADDRESS_RANGE_FINS[HR_ROW], "dddd,0,1535,2,1");
+    QList<QString> names;
+    EXPECT_EQ(intf_getRegListByType(2, names), 0);
+    EXPECT_EQ(toTexts(names), Texts{"HR"});
+}
+
+TEST(RegListByKind, Kind3IsListedByItsOwnTypeOnly)
+{
+    const ChangedText row(ADDRESS_RANGE_FINS[HR_ROW], "dddd,0,1535,3,1");
+    EXPECT_EQ(namesByType(1), (Texts{"CIO", "WR", "AR", "T", "C", "DM"}));
+    EXPECT_EQ(namesByType(2), Texts());
+    EXPECT_EQ(namesByType(3), Texts{"HR"});
+}
+
+TEST(RegListByKind, KindThatIsNoNumberCountsAs0)
+{
+    const ChangedText row(ADDRESS_RANGE_FINS[DM_ROW], "ddddd,0,32767,word,1");
+    EXPECT_EQ(namesByType(0), (Texts{"CIO_bit", "WR_bit", "HR_bit", "AR_bit", "DM_bit", "DM"}));
+}
+
+TEST(RegListByKind, RowWithoutFiveFieldsIsSkippedAndTheNextAreListed)
+{
+    const ChangedText four(ADDRESS_RANGE_FINS[AR_BIT_ROW], "ddd.DD (DD:0~15),448.0,959.15,0");
+    const ChangedText six(ADDRESS_RANGE_FINS[HR_ROW], "dddd,0,1535,1,1,");
+    EXPECT_EQ(namesByType(0), (Texts{"CIO_bit", "WR_bit", "HR_bit", "DM_bit"}));
+    EXPECT_EQ(namesByType(1), (Texts{"CIO", "WR", "AR", "T", "C", "DM"}));
+}
+
+TEST(RegListByKind, EmptyRowIsSkipped)
+{
+    const ChangedText row(ADDRESS_RANGE_FINS[HR_ROW], "");
+    EXPECT_EQ(namesByType(0), BIT_TYPES);
+    EXPECT_EQ(namesByType(1), (Texts{"CIO", "WR", "AR", "T", "C", "DM"}));
+}
+
+TEST(RegDescriptionTest, RowWithoutFiveFieldsAppendsNothing)
+{
+    for (const char *text : {"", "dddd,0,1535,1", "dddd,0,1535,1,1,"}) {
+        SCOPED_TRACE(text);
+        const ChangedText row(ADDRESS_RANGE_FINS[HR_ROW], text);
+        QList<QString> fields;
+        EXPECT_EQ(intf_getRegDiscription("HR", fields), 0);
+        EXPECT_EQ(toTexts(fields), Texts());
+    }
+}
+
+TEST(RegDescriptionTest, EmptyFieldsAreKept)
+{
+    const ChangedText row(ADDRESS_RANGE_FINS[HR_ROW], ",,,,");
+    QList<QString> fields;
+    EXPECT_EQ(intf_getRegDiscription("HR", fields), 0);
+    EXPECT_EQ(toTexts(fields), (Texts{"", "", "", "", ""}));
 }
 
 } // namespace

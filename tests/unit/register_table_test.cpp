@@ -146,6 +146,70 @@ TEST(WordTypeOf, IsThePartBeforeTheFirstUnderscore)
     EXPECT_EQ(toText(wordTypeOf(QString())), "");
 }
 
+TEST(BitTypeOf, AppendsTheSuffix)
+{
+    EXPECT_EQ(toText(bitTypeOf("CIO")), "CIO_bit");
+    EXPECT_EQ(toText(bitTypeOf("WR")), "WR_bit");
+    EXPECT_EQ(toText(bitTypeOf("HR")), "HR_bit");
+    EXPECT_EQ(toText(bitTypeOf("AR")), "AR_bit");
+    EXPECT_EQ(toText(bitTypeOf("DM")), "DM_bit");
+}
+
+TEST(BitTypeOf, AppendsTheSuffixToNamesThatTheTableLacks)
+{
+    EXPECT_EQ(toText(bitTypeOf("T")), "T_bit");
+    EXPECT_EQ(toText(bitTypeOf("C")), "C_bit");
+    EXPECT_EQ(toText(bitTypeOf("EM")), "EM_bit");
+    EXPECT_EQ(toText(bitTypeOf("AX")), "AX_bit");
+    EXPECT_EQ(toText(bitTypeOf("CI")), "CI_bit");
+    EXPECT_EQ(toText(bitTypeOf("DMX")), "DMX_bit");
+    EXPECT_EQ(toText(bitTypeOf("")), "_bit");
+    EXPECT_EQ(toText(bitTypeOf(QString())), "_bit");
+}
+
+TEST(SharedName, LiesInTheTablesMemory)
+{
+    for (const QString &name : REG_LIST) {
+        const QString own(name.constData(), name.size());
+        ASSERT_NE(own.constData(), name.constData());
+        EXPECT_EQ(sharedName(own).constData(), name.constData()) << toText(name);
+    }
+    EXPECT_EQ(toText(sharedName("EM")), "EM");
+}
+
+TEST(SharedName, OfTheWordTypeAndTheBitType)
+{
+    EXPECT_EQ(wordTypeOf("DM_bit").constData(), REG_LIST[11].constData());
+    EXPECT_EQ(wordTypeOf("CIO_bit").constData(), REG_LIST[5].constData());
+    EXPECT_EQ(bitTypeOf("DM").constData(), REG_LIST[4].constData());
+    EXPECT_EQ(bitTypeOf("CIO").constData(), REG_LIST[0].constData());
+}
+
+TEST(SameName, ComparesLengthAndEveryLetter)
+{
+    const QString name = "CIO";
+    const QString copy(name.constData(), name.size());
+    EXPECT_TRUE(sameName(name, name));
+    EXPECT_TRUE(sameName(name, copy));
+    EXPECT_FALSE(sameName(name, "CIX"));
+    EXPECT_FALSE(sameName(name, "XIO"));
+    EXPECT_FALSE(sameName(name, "CI"));
+    EXPECT_FALSE(sameName(name, "CIO_bit"));
+    EXPECT_FALSE(sameName(name, "cio"));
+    EXPECT_FALSE(sameName(name, ""));
+    EXPECT_TRUE(sameName("", QString()));
+}
+
+// Two strings may begin at the same letter and differ in length.
+TEST(SameName, OfTheSameMemoryAndAnotherLength)
+{
+    const QString name = "DM_bit";
+    const QString shorter = QString::fromRawData(name.constData(), 2);
+    ASSERT_EQ(shorter.constData(), name.constData());
+    EXPECT_FALSE(sameName(name, shorter));
+    EXPECT_TRUE(sameName("DM", shorter));
+}
+
 // ---- Bit address text ----------------------------------------------------------------------------------------------
 
 struct BitText {

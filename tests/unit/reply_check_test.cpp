@@ -196,6 +196,30 @@ TEST_F(ReplyCheckHandshake, FirstReplyToAnyHeadCompletesIt)
     expectNodes({0, 3, 0}, {0, 4, 0});
 }
 
+// The part of the check for replies without data would complete a handshake, too, if it were ever reached.
+TEST_F(ReplyCheckHandshake, CompletedByAReplyWithoutDataIsLate)
+{
+    const Reply bytes = handshakeReply();
+    EXPECT_EQ(checkReplyWithoutData(bytes.data(), 24), REPLY_LATE_HANDSHAKE);
+    EXPECT_EQ(driver.connected, 1);
+    expectNodes({0, 0x9C, 0}, {0, 0xE1, 0});
+    EXPECT_EQ(driver.frameList.size(), 1);
+}
+
+TEST_F(ReplyCheckHandshake, LateOneIsNotLookedAtForAModeRefusal)
+{
+    EXPECT_EQ(checkReplyWithoutData(reply(30, 0xC8, 0x2203).data(), 30), REPLY_LATE_HANDSHAKE);
+    EXPECT_EQ(queuedLengths(), Lengths{20});
+}
+
+TEST_F(ReplyCheck, ReplyWithoutDataOfALinkThatStandsIsNoHandshake)
+{
+    driver.connected = 1;
+    queueWrite();
+    EXPECT_EQ(checkReplyWithoutData(reply(30, 0xC8, 0x0000).data(), 30), REPLY_ACKNOWLEDGED);
+    EXPECT_EQ(checkReplyWithoutData(reply(30, 0xC8, 0x2203).data(), 30), REPLY_REJECTED);
+}
+
 // ---- End codes -----------------------------------------------------------------------------------------------------
 
 // Deliberate: the end code of a read is not examined.
