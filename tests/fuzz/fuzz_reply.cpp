@@ -147,5 +147,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         const qint32 rcvLen = driver.frameList.isEmpty() ? 0 : driver.frameList.at(0).rcvLen;
         answer(input, rcvLen);
     }
+    loadDriver(); // what is left after it has leaked
     return 0;
 }
