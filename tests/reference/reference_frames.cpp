@@ -89,7 +89,7 @@ void ReferenceDriver::queueWrite()
     describe(write, jobVar, isBit);
     write.sendLen = plus(34, dataBytes);
     const Int room = BUFFER_SIZE - 34;
-    for (Int i = 0; i < dataBytes && i < room; ++i) {
+    for (Int i = 0; jobVar.count > 0 && i < dataBytes && i < room; ++i) {
         const Int from = isBit ? i : (i % 2 == 0 ? i + 1 : i - 1); // words go out high byte first
         write.frame[static_cast<std::size_t>(34 + i)] = jobVar.value[static_cast<std::size_t>(from)];
     }
@@ -115,7 +115,8 @@ bool ReferenceDriver::startRecipeJob(bool isWrite)
         jobVar.address = block.address;
         jobVar.count = block.count;
         jobVar.value.fill(0);
-        for (Int i = 0; isWrite && i < times(2, block.count) && i < BUFFER_SIZE; ++i)
+        const Int bytes = block.count > 0 ? times(2, block.count) : 0;
+        for (Int i = 0; isWrite && i < bytes && i < BUFFER_SIZE; ++i)
             jobVar.value[static_cast<std::size_t>(i)] = recipeBuffer[2 * block.bufferOffset + i];
         jobType = isWrite ? KIND_RECIPE_WRITE : KIND_RECIPE_READ;
     }
