@@ -2,20 +2,20 @@
 
 #include "exit_codes.h"
 #include "fresh_values.h"
-#include "values.h"
 
 #include <iostream>
 
-int runRead(const DriverLibrary &library, const LinkOptions &link, Millis giveUp, const std::vector<std::string> &texts)
+int runRead(const TagBook &book, const LinkOptions &link, Millis giveUp, const std::vector<std::string> &texts)
 {
-    const std::vector<Item> items = parseItems(library, texts, Access::READ);
-    Runtime runtime(library, link);
-    FreshValues fresh(runtime, items);
+    const std::vector<Tag> tags = book.resolveAll(texts, Access::READ);
+    Runtime runtime(book.library(), link);
+    FreshValues fresh(runtime, itemsOf(tags));
     if (!stepUntil(runtime, Clock::now() + giveUp, [&] { return fresh.complete(); }))
         return noAnswer(runtime, giveUp);
-    for (const Item &item : items) {
-        if (!fresh.refused(item))
-            std::cout << itemText(item) << " = " << valuesText(runtime.values(item), item.isBit) << '\n';
+    for (const Tag &tag : tags) {
+        if (!fresh.refused(tag.item))
+            std::cout << tag.name << " = " << withUnit(decodeValues(tag.format, runtime.values(tag.item)), tag.format)
+                      << '\n';
     }
     return fresh.anyRefused() ? EXIT_REFUSED : EXIT_DONE;
 }

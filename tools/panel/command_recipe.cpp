@@ -1,90 +1,241 @@
 #include "commands.h"
 
+#include "difference_table.h"
+#include "dry_run.h"
 #include "exit_codes.h"
 #include "fresh_values.h"
+#include "progress_bar.h"
 #include "recipe_transfer.h"
-#include "values.h"
 
-#include <cerrno>
-#include <cstring>
 #include <fstream>
 #include <iostream>
+#include <memory>
 
-static std::vector<RecipeEntry> loadRecipe(const DriverLibrary &library, const RecipeOptions &options)
+namespace {
+
+// The recipe of that name in the project, or the file of that name.
+Recipe findRecipe(const TagBook &book, const RecipeOptions &options, bool needValues)
 {
-    std::ifstream file(options.file);
-    if (!file)
-        throw UsageError(options.file + ": " + std::strerror(errno));
-    return readRecipe(library, file, options.file, options.write);
+    if (options.file.empty())
+        throw UsageError("file is required; see fins_panel --help");
+    const Recipe *named = options.project ? options.project->findRecipe(options.file) : nullptr;
+    if (!named)
+        return loadRecipeFile(book, options.file, needValues);
+    if (needValues)
+        requireValues(*named);
+    return *named;
 }
 
-static std::string recipeText(RecipeTransfer &transfer, const std::vector<RecipeEntry> &entries)
+// The entries with the values that the latest read has brought.
+std::vector<RecipeEntry> heldEntries(RecipeTransfer &transfer, const std::vector<RecipeEntry> &entries)
 {
-    std::string text;
-    for (const RecipeEntry &entry : entries)
-        text += recipeLine({entry.item, transfer.values(entry.item)}) + '\n';
-    return text;
+    std::vector<RecipeEntry> held = entries;
+    for (RecipeEntry &entry : held)
+        entry.values = transfer.values(entry.item);
+    return held;
 }
 
-static int compare(RecipeTransfer &transfer, const std::vector<RecipeEntry> &entries)
+std::string counted(std::size_t number, const std::string &noun)
 {
-    int code = EXIT_DONE;
-    for (const RecipeEntry &entry : entries) {
-        const std::vector<quint8> held = transfer.values(entry.item);
-        if (held == entry.values)
-            continue;
-        code = EXIT_REFUSED;
-        std::cerr << "differs: " << itemText(entry.item) << " was to be " << valuesText(entry.values, false)
-                  << ", the PLC holds " << valuesText(held, false) << std::endl;
+    return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
+}
+
+// A bar for a transfer of several blocks.
+std::unique_ptr<ProgressBar> showProgress(RecipeTransfer &transfer, const Runtime &runtime, const Recipe &recipe,
+                                          const std::string &what)
+{
+    const bool isLong = recipe.wordCount() > static_cast<std::size_t>(runtime.options().wordsPerFrame);
+    auto bar = std::make_unique<ProgressBar>(what, isLong && ProgressBar::isUsable());
+    ProgressBar *shown = bar.get();
+    transfer.onProgress([shown](std::size_t done, std::size_t total) { shown->show(done, total); });
+    return bar;
+}
+
+TransferEnd readWithBar(RecipeTransfer &transfer, const Runtime &runtime, const Recipe &recipe, TimePoint end)
+{
+    const std::unique_ptr<ProgressBar> bar = showProgress(transfer, runtime, recipe, "reading");
+    const TransferEnd result = transfer.read(end);
+    transfer.onProgress(nullptr);
+    return result;
+}
+
+TransferEnd writeWithBar(RecipeTransfer &transfer, const Runtime &runtime, const Recipe &recipe, TimePoint end)
+{
+    const std::unique_ptr<ProgressBar> bar = showProgress(transfer, runtime, recipe, "writing");
+    const TransferEnd result = transfer.write(end);
+    transfer.onProgress(nullptr);
+    return result;
+}
+
+std::vector<std::vector<std::string>> allDifferences(const std::vector<RecipeEntry> &wanted,
+                                                     const std::vector<RecipeEntry> &held)
+{
+    std::vector<std::vector<std::string>> rows = {{"variable", "recipe", "PLC", "unit"}};
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+        for (const std::vector<std::string> &row : differences(wanted[i], held[i].values))
+            rows.push_back(row);
     }
-    return code;
+    return rows;
 }
 
-static int writeRecipe(Runtime &runtime, const std::vector<RecipeEntry> &entries, Millis giveUp)
+std::size_t countDiffering(const std::vector<RecipeEntry> &wanted, const std::vector<RecipeEntry> &held)
+{
+    std::size_t differing = 0;
+    for (std::size_t i = 0; i < wanted.size(); ++i)
+        differing += wanted[i].values == held[i].values ? 0 : 1;
+    return differing;
+}
+
+// On a terminal a table, elsewhere a line for each variable.
+void sayDifferences(const std::vector<RecipeEntry> &wanted, const std::vector<RecipeEntry> &held, bool asTable)
+{
+    if (asTable) {
+        std::cerr << tableText(allDifferences(wanted, held), {false, true, true, false}) << std::flush;
+        return;
+    }
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+        if (wanted[i].values == held[i].values)
+            continue;
+        std::cerr << "differs: " << entryName(wanted[i]) << " was to be "
+                  << withUnit(decodeValues(wanted[i].format, wanted[i].values), wanted[i].format) << ", the PLC holds "
+                  << withUnit(decodeValues(held[i].format, held[i].values), held[i].format) << std::endl;
+    }
+}
+
+void sayNames(const char *what, const std::vector<std::string> &names, std::size_t all)
+{
+    std::cerr << what << " (" << names.size() << " of " << counted(all, "variable") << "):";
+    for (const std::string &name : names)
+        std::cerr << ' ' << name;
+    std::cerr << std::endl;
+}
+
+// After a link that did not come back: what the PLC has acknowledged, and what it has not.
+void sayConfirmed(const RecipeTransfer &transfer, const Recipe &recipe)
+{
+    std::vector<std::string> confirmed;
+    std::vector<std::string> open;
+    for (const RecipeEntry &entry : recipe.entries)
+        (transfer.confirmed(entry.item) ? confirmed : open).push_back(entryName(entry));
+    sayNames("confirmed", confirmed, recipe.entries.size());
+    sayNames("not confirmed", open, recipe.entries.size());
+}
+
+int writeRecipe(Runtime &runtime, const Recipe &recipe, Millis giveUp, bool asTable)
 {
     const TimePoint end = Clock::now() + giveUp;
-    RecipeTransfer transfer(runtime, entries);
-    const TransferEnd written = transfer.write(end);
+    RecipeTransfer transfer(runtime, recipe.entries);
+    const TransferEnd written = writeWithBar(transfer, runtime, recipe, end);
     if (written == TransferEnd::CUT_OFF)
         std::cerr << "unconfirmed: the recipe write was cut off; it will be read back" << std::endl;
-    if (written == TransferEnd::NO_LINK) {
+    if (written == TransferEnd::NO_LINK)
         std::cerr << "unconfirmed: the recipe write" << std::endl;
+    const TransferEnd read = written == TransferEnd::NO_LINK ? written : readWithBar(transfer, runtime, recipe, end);
+    if (read == TransferEnd::NO_LINK) {
+        if (transfer.begun())
+            sayConfirmed(transfer, recipe);
         return noAnswer(runtime, giveUp);
     }
-    const TransferEnd read = transfer.read(end);
-    if (read == TransferEnd::NO_LINK)
-        return noAnswer(runtime, giveUp);
     if (read == TransferEnd::REFUSED)
         return EXIT_REFUSED;
-    std::cout << recipeText(transfer, entries);
-    const int code = compare(transfer, entries);
-    return written == TransferEnd::REFUSED ? EXIT_REFUSED : code;
+    const std::vector<RecipeEntry> held = heldEntries(transfer, recipe.entries);
+    std::cout << recipeFileText("", held) << std::flush;
+    const bool agrees = countDiffering(recipe.entries, held) == 0;
+    if (!agrees)
+        sayDifferences(recipe.entries, held, asTable);
+    return agrees && written != TransferEnd::REFUSED ? EXIT_DONE : EXIT_REFUSED;
 }
 
-static int readRecipeValues(Runtime &runtime, const std::vector<RecipeEntry> &entries, Millis giveUp,
-                            const std::string &output)
+int giveOut(const std::vector<RecipeEntry> &held, const std::string &output)
 {
-    RecipeTransfer transfer(runtime, entries);
-    const TransferEnd end = transfer.read(Clock::now() + giveUp);
-    if (end == TransferEnd::NO_LINK)
-        return noAnswer(runtime, giveUp);
-    if (end == TransferEnd::REFUSED)
-        return EXIT_REFUSED;
     if (output.empty()) {
-        std::cout << recipeText(transfer, entries);
+        std::cout << recipeFileText("", held);
         return EXIT_DONE;
     }
     std::ofstream file(output);
-    file << recipeText(transfer, entries) << std::flush;
+    file << recipeFileText(output, held) << std::flush;
     if (!file)
         throw UsageError(output + ": cannot be written");
     return EXIT_DONE;
 }
 
-int runRecipe(const DriverLibrary &library, const LinkOptions &link, Millis giveUp, const RecipeOptions &options)
+int showComparison(const std::vector<RecipeEntry> &wanted, const std::vector<RecipeEntry> &held)
 {
-    const std::vector<RecipeEntry> entries = loadRecipe(library, options);
-    Runtime runtime(library, link);
-    return options.write ? writeRecipe(runtime, entries, giveUp)
-                         : readRecipeValues(runtime, entries, giveUp, options.output);
+    const std::size_t differing = countDiffering(wanted, held);
+    if (differing == 0) {
+        std::cout << "no difference: " << counted(wanted.size(), "variable") << " as in the recipe\n";
+        return EXIT_DONE;
+    }
+    std::cout << tableText(allDifferences(wanted, held), {false, true, true, false}) << differing << " of "
+              << counted(wanted.size(), "variable") << (differing == 1 ? " differs\n" : " differ\n");
+    return EXIT_REFUSED;
+}
+
+int readRecipe(Runtime &runtime, const Recipe &recipe, Millis giveUp, const RecipeOptions &options)
+{
+    RecipeTransfer transfer(runtime, recipe.entries);
+    const TransferEnd end = readWithBar(transfer, runtime, recipe, Clock::now() + giveUp);
+    if (end == TransferEnd::NO_LINK)
+        return noAnswer(runtime, giveUp);
+    if (end == TransferEnd::REFUSED)
+        return EXIT_REFUSED;
+    const std::vector<RecipeEntry> held = heldEntries(transfer, recipe.entries);
+    return options.task == RecipeTask::COMPARE ? showComparison(recipe.entries, held) : giveOut(held, options.output);
+}
+
+int showFrames(const TagBook &book, const LinkOptions &link, const Recipe &recipe)
+{
+    DryRun dryRun(book.library(), link);
+    std::cout << recipeFileText("", recipe.entries);
+    for (const std::string &line : dryRun.writeRecipe(recipe.entries))
+        std::cout << "  " << line << '\n';
+    std::cerr << "dry run: nothing was sent" << std::endl;
+    return EXIT_DONE;
+}
+
+std::size_t valueCount(const RecipeEntry &entry)
+{
+    return static_cast<std::size_t>(entry.item.count / wordsPerValue(entry.format.type));
+}
+
+} // namespace
+
+int runRecipe(const TagBook &book, const LinkOptions &link, Millis giveUp, const RecipeOptions &options)
+{
+    const bool isWrite = options.task == RecipeTask::WRITE;
+    const Recipe recipe = findRecipe(book, options, options.task != RecipeTask::READ);
+    if (isWrite && options.dryRun)
+        return showFrames(book, link, recipe);
+    Runtime runtime(book.library(), link);
+    return isWrite ? writeRecipe(runtime, recipe, giveUp, options.table || ProgressBar::isUsable())
+                   : readRecipe(runtime, recipe, giveUp, options);
+}
+
+int runRecipeList(const Project *project)
+{
+    if (!project)
+        throw UsageError("recipe list shows the recipes of a project; name it with --project FILE");
+    std::vector<std::vector<std::string>> rows = {{"recipe", "variables", "words", "comment"}};
+    for (const Recipe &recipe : project->recipes)
+        rows.push_back({recipe.name, std::to_string(recipe.entries.size()), std::to_string(recipe.wordCount()),
+                        recipe.comment});
+    std::cout << tableText(rows, {false, true, true, false});
+    return EXIT_DONE;
+}
+
+int runRecipeShow(const TagBook &book, const RecipeOptions &options)
+{
+    const Recipe recipe = findRecipe(book, options, false);
+    std::vector<std::vector<std::string>> rows = {{"variable", "address", "type", "value", "unit"}};
+    for (const RecipeEntry &entry : recipe.entries) {
+        const std::string type  = formatText(entry.format);
+        const std::string count = valueCount(entry) > 1 ? ":" + std::to_string(valueCount(entry)) : "";
+        rows.push_back({entryName(entry), addressText(entry.item.regType, entry.item.address) + count,
+                        type.empty() ? "word" : type,
+                        entry.values.empty() ? "-" : decodeValues(entry.format, entry.values), entry.format.unit});
+    }
+    std::cout << tableText(rows, {false, false, false, false, false}) << counted(recipe.entries.size(), "variable")
+              << ", " << counted(recipe.wordCount(), "word") << (recipe.comment.empty() ? "" : ": " + recipe.comment)
+              << '\n';
+    return EXIT_DONE;
 }

@@ -1,66 +1,79 @@
 #include "commands.h"
 
+#include "dry_run.h"
 #include "exit_codes.h"
 #include "fresh_values.h"
-#include "values.h"
 #include "write_queue.h"
 
+#include <algorithm>
 #include <iostream>
 
 namespace {
 
 struct Write {
-    Item                item;
+    Tag                 tag;
     std::vector<quint8> data;
 };
 
-Write parseWrite(const DriverLibrary &library, const std::string &text)
+std::vector<std::string> splitAtCommas(const std::string &text)
+{
+    std::vector<std::string> parts;
+    for (std::size_t begin = 0; begin <= text.size();) {
+        const std::size_t comma = std::min(text.find(',', begin), text.size());
+        parts.push_back(text.substr(begin, comma - begin));
+        begin = comma + 1;
+    }
+    return parts;
+}
+
+Write parseWrite(const TagBook &book, const std::string &text)
 {
     const std::size_t equals = text.find('=');
     if (equals == std::string::npos)
         throw UsageError("'" + text + "' is not a write; use ITEM=VALUE[,VALUE...], such as DM:100=5");
-    Write write = {{QString(), 0, 0, isBitType(QString::fromStdString(text.substr(0, text.find(':'))))}, {}};
-    qint32 count = 0;
-    for (std::size_t begin = equals + 1; begin <= text.size(); ++count) {
-        const std::size_t comma = std::min(text.find(',', begin), text.size());
-        appendValue(text.substr(begin, comma - begin), write.item.isBit, write.data);
-        begin = comma + 1;
-    }
     const std::string name = text.substr(0, equals);
-    const bool hasCount = name.find(':') != name.rfind(':');
-    write.item = parseItem(library, hasCount ? name : name + ":" + std::to_string(count), Access::WRITE);
-    if (write.item.count != count)
-        throw UsageError("'" + text + "' has " + std::to_string(count) + " values for "
-                         + std::to_string(write.item.count) + " items");
+    std::vector<std::string> values = {text.substr(equals + 1)};
+    if (book.formatFor(name).type != DataType::STRING)
+        values = splitAtCommas(values.front());
+    Write write;
+    write.tag = book.resolveWithValues(name, Access::WRITE, values, write.data);
+    if (write.data.size() != write.tag.item.byteSize())
+        throw UsageError("'" + text + "' has " + std::to_string(values.size()) + " values for "
+                         + std::to_string(write.tag.valueCount()) + " items");
     return write;
 }
 
-std::vector<Write> parseWrites(const DriverLibrary &library, const std::vector<std::string> &texts)
+std::vector<Write> parseWrites(const TagBook &book, const std::vector<std::string> &texts)
 {
     std::vector<Write> writes;
     std::vector<Item> items;
     for (const std::string &text : texts) {
-        writes.push_back(parseWrite(library, text));
-        items.push_back(writes.back().item);
+        writes.push_back(parseWrite(book, text));
+        items.push_back(writes.back().tag.item);
     }
     refuseOverlaps(items);
     return writes;
 }
 
+std::string shownValue(const Tag &tag, const std::vector<quint8> &bytes)
+{
+    return withUnit(decodeValues(tag.format, bytes), tag.format);
+}
+
 // Prints what the PLC holds now; false if it is not what was written.
 bool report(const Runtime &runtime, const FreshValues &fresh, const Write &write)
 {
-    if (fresh.refused(write.item)) {
-        std::cerr << "not known: " << itemText(write.item) << " could not be read back" << std::endl;
+    const Tag &tag = write.tag;
+    if (fresh.refused(tag.item)) {
+        std::cerr << "not known: " << tag.name << " could not be read back" << std::endl;
         return false;
     }
-    const std::string held   = valuesText(runtime.values(write.item), write.item.isBit);
-    const std::string wanted = valuesText(write.data, write.item.isBit);
-    std::cout << itemText(write.item) << " = " << held << '\n';
-    if (held == wanted)
+    const std::vector<quint8> held = runtime.values(tag.item);
+    std::cout << tag.name << " = " << shownValue(tag, held) << '\n';
+    if (held == write.data)
         return true;
-    std::cerr << "differs: " << itemText(write.item) << " was to be " << wanted << ", the PLC holds " << held
-              << std::endl;
+    std::cerr << "differs: " << tag.name << " was to be " << shownValue(tag, write.data) << ", the PLC holds "
+              << shownValue(tag, held) << std::endl;
     return false;
 }
 
@@ -86,18 +99,32 @@ void sayOpenWrites(const WriteQueue &queue)
     }
 }
 
+int showFrames(const TagBook &book, const LinkOptions &link, const std::vector<Write> &writes)
+{
+    DryRun dryRun(book.library(), link);
+    for (const Write &write : writes) {
+        std::cout << write.tag.name << " = " << shownValue(write.tag, write.data) << '\n';
+        for (const std::string &line : dryRun.write(write.tag.item, write.data))
+            std::cout << "  " << line << '\n';
+    }
+    std::cerr << "dry run: nothing was sent" << std::endl;
+    return EXIT_DONE;
+}
+
 } // namespace
 
-int runWrite(const DriverLibrary &library, const LinkOptions &link, Millis giveUp,
-             const std::vector<std::string> &texts)
+int runWrite(const TagBook &book, const LinkOptions &link, Millis giveUp, const std::vector<std::string> &texts,
+             bool dryRun)
 {
-    const std::vector<Write> writes = parseWrites(library, texts);
-    Runtime runtime(library, link);
+    const std::vector<Write> writes = parseWrites(book, texts);
+    if (dryRun)
+        return showFrames(book, link, writes);
+    Runtime runtime(book.library(), link);
     WriteQueue queue(runtime);
     std::vector<Item> items;
     for (const Write &write : writes) {
-        queue.add(write.item, write.data);
-        items.push_back(write.item);
+        queue.add(write.tag.item, write.data);
+        items.push_back(write.tag.item);
     }
     FreshValues fresh(runtime, items);
     const TimePoint end = Clock::now() + giveUp;

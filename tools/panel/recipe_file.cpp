@@ -1,14 +1,78 @@
 #include "recipe_file.h"
 
 #include "exit_codes.h"
-#include "values.h"
 
 #include <algorithm>
 #include <istream>
 #include <sstream>
 #include <tuple>
 
-static RecipeEntry parseEntry(const DriverLibrary &library, const std::string &line, bool needValues)
+// One past the end of what stands at `at`: of a quoted text, or of what is no space.
+static std::size_t tokenEnd(const std::string &line, std::size_t at)
+{
+    if (line[at] != '"')
+        return std::min(line.find_first_of(" \t\r", at), line.size());
+    for (std::size_t i = at + 1; i < line.size(); ++i) {
+        if (line[i] == '\\')
+            ++i;
+        else if (line[i] == '"')
+            return i + 1;
+    }
+    throw UsageError("the quote is not closed; end the text with another \"");
+}
+
+// The values of a line, quoted texts without their quotes.
+static std::vector<std::string> valueTexts(const std::string &line)
+{
+    std::vector<std::string> texts;
+    for (std::size_t at = line.find_first_not_of(" \t\r"); at != std::string::npos;) {
+        const std::size_t end = tokenEnd(line, at);
+        const std::string token = line.substr(at, end - at);
+        texts.push_back(token[0] == '"' ? token.substr(1, token.size() - 2) : token);
+        at = line.find_first_not_of(" \t\r", end);
+    }
+    return texts;
+}
+
+static std::string withoutComment(const std::string &line)
+{
+    bool quoted = false;
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        if (line[i] == '\\' && quoted)
+            ++i;
+        else if (line[i] == '"')
+            quoted = !quoted;
+        else if (line[i] == '#' && !quoted)
+            return line.substr(0, i);
+    }
+    return line;
+}
+
+RecipeEntry makeEntry(const TagBook &tags, const std::string &name, const std::vector<std::string> &texts)
+{
+    std::string shown = name;
+    const bool isItem = tags.find(name.substr(0, name.find('/'))) == nullptr;
+    if (isItem && !texts.empty() && name.find(':') == name.rfind(':') && name.find('/') == std::string::npos)
+        shown += ":" + std::to_string(texts.size());
+    if (isBitType(QString::fromStdString(name.substr(0, name.find(':'))))) {
+        tags.resolve(shown, Access::WRITE);
+        throw UsageError("'" + shown + "' is a bit; recipes hold words");
+    }
+    RecipeEntry entry;
+    const Tag tag = texts.empty() ? tags.resolve(name, Access::WRITE)
+                                  : tags.resolveWithValues(name, Access::WRITE, texts, entry.values);
+    if (tag.item.isBit)
+        throw UsageError("'" + shown + "' is a bit; recipes hold words");
+    if (!entry.values.empty() && entry.values.size() != tag.item.byteSize())
+        throw UsageError("'" + shown + "' has " + std::to_string(texts.size()) + " values for "
+                         + std::to_string(tag.valueCount()) + " words");
+    entry.item   = tag.item;
+    entry.name   = tag.name;
+    entry.format = tag.format;
+    return entry;
+}
+
+static RecipeEntry parseEntry(const TagBook &tags, const std::string &line, bool needValues)
 {
     const std::size_t equals = line.find('=');
     std::string name;
@@ -17,40 +81,54 @@ static RecipeEntry parseEntry(const DriverLibrary &library, const std::string &l
     nameText >> name >> surplus;
     if (!surplus.empty())
         throw UsageError("'" + surplus + "' is not expected here; write TYPE:ADDRESS[:COUNT] = VALUE ...");
-    RecipeEntry entry = {{QString(), 0, 0, false}, {}};
-    std::istringstream valueTexts(equals == std::string::npos ? "" : line.substr(equals + 1));
-    for (std::string text; valueTexts >> text;)
-        appendValue(text, false, entry.values);
-    const std::size_t valueCount = entry.values.size() / 2;
-    const bool hasCount = name.find(':') != name.rfind(':');
-    if (valueCount > 0 && !hasCount)
-        name += ":" + std::to_string(valueCount);
-    entry.item = parseItem(library, name, Access::WRITE);
-    if (entry.item.isBit)
-        throw UsageError("'" + name + "' is a bit; recipes hold words");
-    if (valueCount == 0 && (needValues || equals != std::string::npos))
+    const bool hasValues = equals != std::string::npos;
+    const std::vector<std::string> texts = hasValues ? valueTexts(line.substr(equals + 1)) : std::vector<std::string>();
+    const RecipeEntry entry = makeEntry(tags, name, texts);
+    if (texts.empty() && (needValues || hasValues))
         throw UsageError("'" + name + "' has no values; write them behind '='");
-    if (valueCount > 0 && valueCount != static_cast<std::size_t>(entry.item.count))
-        throw UsageError("'" + name + "' has " + std::to_string(valueCount) + " values for "
-                         + std::to_string(entry.item.count) + " words");
     return entry;
 }
 
-std::vector<RecipeEntry> readRecipe(const DriverLibrary &library, std::istream &input, const std::string &name,
-                                    bool needValues)
+std::size_t findOverlap(const std::vector<RecipeEntry> &entries, std::string &reason)
+{
+    std::vector<Item> items;
+    for (const RecipeEntry &entry : entries)
+        items.push_back(entry.item);
+    try {
+        refuseOverlaps(items);
+        return entries.size();
+    } catch (const UsageError &error) {
+        reason = error.what();
+    }
+    // The shortest beginning that overlaps, between `sound` items that do not and `broken` that do.
+    std::size_t sound  = 0;
+    std::size_t broken = items.size();
+    while (broken - sound > 1) {
+        const std::size_t middle = (sound + broken) / 2;
+        try {
+            refuseOverlaps(std::vector<Item>(items.begin(), items.begin() + static_cast<std::ptrdiff_t>(middle)));
+            sound = middle;
+        } catch (const UsageError &error) {
+            reason = error.what();
+            broken = middle;
+        }
+    }
+    return broken - 1;
+}
+
+std::vector<RecipeEntry> readRecipe(const TagBook &tags, std::istream &input, const std::string &name, bool needValues)
 {
     std::vector<RecipeEntry> entries;
-    std::vector<Item> items;
+    std::vector<int> lineOf;
     int number = 0;
     try {
         for (std::string line; std::getline(input, line);) {
             ++number;
-            line = line.substr(0, line.find('#'));
+            line = withoutComment(line);
             if (line.find_first_not_of(" \t\r") == std::string::npos)
                 continue;
-            entries.push_back(parseEntry(library, line, needValues));
-            items.push_back(entries.back().item);
-            refuseOverlaps(items);
+            entries.push_back(parseEntry(tags, line, needValues));
+            lineOf.push_back(number);
         }
     } catch (const UsageError &error) {
         throw UsageError(name + ":" + std::to_string(number) + ": " + error.what());
@@ -59,12 +137,27 @@ std::vector<RecipeEntry> readRecipe(const DriverLibrary &library, std::istream &
         throw UsageError(name + ": cannot be read");
     if (entries.empty())
         throw UsageError(name + ": holds no variable; write lines such as DM:100 = 1 2 3");
+    std::string reason;
+    const std::size_t overlap = findOverlap(entries, reason);
+    if (overlap < entries.size())
+        throw UsageError(name + ":" + std::to_string(lineOf[overlap]) + ": " + reason);
     return entries;
+}
+
+std::vector<RecipeEntry> readRecipe(const DriverLibrary &library, std::istream &input, const std::string &name,
+                                    bool needValues)
+{
+    return readRecipe(TagBook(library), input, name, needValues);
+}
+
+std::string entryName(const RecipeEntry &entry)
+{
+    return entry.name.empty() ? itemName(entry.item, entry.format) : entry.name;
 }
 
 std::string recipeLine(const RecipeEntry &entry)
 {
-    return itemText(entry.item) + " = " + valuesText(entry.values, false);
+    return entryName(entry) + " = " + decodeValues(entry.format, entry.values);
 }
 
 std::vector<RecipeEntry> layOutRecipe(const std::vector<RecipeEntry> &entries, qint32 wordsPerFrame)

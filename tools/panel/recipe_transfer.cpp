@@ -6,41 +6,77 @@
 
 #include <algorithm>
 
-RecipeTransfer::RecipeTransfer(Runtime &runtime, const std::vector<RecipeEntry> &entries)
-    : runtime_(runtime), pieces_(layOutRecipe(entries, runtime.options().wordsPerFrame)), lost_(false), refused_(false)
+void planRecipe(const DriverLibrary &library, const std::vector<RecipeEntry> &pieces, qint32 station)
 {
     QVector<_RCP_VAR_PRO> variables;
     qint32 offset = 0;
-    for (const RecipeEntry &piece : pieces_) {
-        variables.append({runtime.options().station, VARIABLE_TAG, piece.item.regType, piece.item.address,
-                          piece.item.count, offset, 0});
+    for (const RecipeEntry &piece : pieces) {
+        variables.append({station, VARIABLE_TAG, piece.item.regType, piece.item.address, piece.item.count, offset, 0});
         offset += piece.item.count;
     }
     if (static_cast<std::size_t>(offset) > RECIPE_BUFFER_WORDS)
         throw UsageError("the recipe has " + std::to_string(offset) + " words; a recipe holds at most "
                          + std::to_string(RECIPE_BUFFER_WORDS));
-    runtime.library().setRcpAddress(variables);
+    library.setRcpAddress(variables);
+}
+
+void fillRecipeBuffer(LowMemory &memory, const std::vector<RecipeEntry> &pieces, bool withValues)
+{
+    quint8 *to = reinterpret_cast<quint8 *>(memory.recipeBuffer());
+    for (const RecipeEntry &piece : pieces) {
+        std::fill(to, to + piece.item.byteSize(), quint8(0));
+        if (withValues)
+            std::copy(piece.values.begin(), piece.values.end(), to);
+        to += piece.item.byteSize();
+    }
+}
+
+RecipeTransfer::RecipeTransfer(Runtime &runtime, const std::vector<RecipeEntry> &entries)
+    : runtime_(runtime), pieces_(layOutRecipe(entries, runtime.options().wordsPerFrame)), doneWords_(0), totalWords_(0),
+      kind_(RequestKind::READ), begun_(false), running_(false), lost_(false), refused_(false)
+{
+    planRecipe(runtime.library(), pieces_, runtime.options().station);
+    for (const RecipeEntry &piece : pieces_)
+        totalWords_ += static_cast<std::size_t>(piece.item.count);
     // The link is proved by polling one word of the recipe.
     Item probe = pieces_.front().item;
     probe.count = 1;
     runtime.watch({probe});
     runtime.onLost([this] { lost_ = true; });
-    runtime.onExchange([this](const Exchange &exchange) {
-        // A write that the operating mode forbids is sent again after the mode change.
-        if (exchange.judgement.verdict == Verdict::REFUSED && (exchange.accepted || exchange.kind == RequestKind::READ))
-            refused_ = true;
-    });
+    runtime.onExchange([this](const Exchange &exchange) { note(exchange); });
+}
+
+void RecipeTransfer::note(const Exchange &exchange)
+{
+    // A write that the operating mode forbids is sent again after the mode change.
+    if (exchange.judgement.verdict == Verdict::REFUSED && (exchange.accepted || exchange.kind == RequestKind::READ))
+        refused_ = true;
+    if (!running_ || !exchange.accepted || exchange.kind != kind_)
+        return;
+    const FRAME_PRO &request = exchange.request;
+    if (kind_ == RequestKind::WRITE && exchange.judgement.verdict == Verdict::GOOD)
+        unconfirmed_.settle(request.regType, request.address, request.count);
+    doneWords_ += static_cast<std::size_t>(request.count);
+    if (progress_)
+        progress_(doneWords_, totalWords_);
 }
 
 TransferEnd RecipeTransfer::write(TimePoint giveUp)
 {
-    fillBuffer(true);
+    fillRecipeBuffer(runtime_.memory(), pieces_, true);
+    std::vector<Item> items;
+    for (const RecipeEntry &piece : pieces_)
+        items.push_back(piece.item);
+    unconfirmed_.expect(items);
+    kind_  = RequestKind::WRITE;
+    begun_ = false;
     return run(RECIPE_WRITE_FLAG, giveUp);
 }
 
 TransferEnd RecipeTransfer::read(TimePoint giveUp)
 {
-    fillBuffer(false);
+    fillRecipeBuffer(runtime_.memory(), pieces_, false);
+    kind_ = RequestKind::READ;
     TransferEnd end = TransferEnd::CUT_OFF;
     while (end == TransferEnd::CUT_OFF)
         end = run(RECIPE_READ_FLAG, giveUp);
@@ -50,11 +86,15 @@ TransferEnd RecipeTransfer::read(TimePoint giveUp)
 TransferEnd RecipeTransfer::run(std::size_t flag, TimePoint giveUp)
 {
     refused_ = false;
+    running_ = false;
     if (!stepUntil(runtime_, giveUp, [this] { return refused_ || runtime_.canWrite(); }))
         return TransferEnd::NO_LINK;
     if (refused_)
         return TransferEnd::REFUSED;
-    lost_ = false;
+    lost_      = false;
+    begun_     = true;
+    running_   = true;
+    doneWords_ = 0;
     runtime_.startRecipe(flag);
     const bool isRead = flag == RECIPE_READ_FLAG;
     if (!stepUntil(runtime_, giveUp, [&] { return !runtime_.recipeRunning() || (isRead && refused_); }))
@@ -62,17 +102,6 @@ TransferEnd RecipeTransfer::run(std::size_t flag, TimePoint giveUp)
     if (refused_)
         return TransferEnd::REFUSED;
     return lost_ ? TransferEnd::CUT_OFF : TransferEnd::DONE;
-}
-
-void RecipeTransfer::fillBuffer(bool withValues)
-{
-    quint8 *to = buffer();
-    for (const RecipeEntry &piece : pieces_) {
-        std::fill(to, to + piece.item.byteSize(), quint8(0));
-        if (withValues)
-            std::copy(piece.values.begin(), piece.values.end(), to);
-        to += piece.item.byteSize();
-    }
 }
 
 std::vector<quint8> RecipeTransfer::values(const Item &item)

@@ -1,8 +1,11 @@
 #ifndef PANEL_RECIPE_TRANSFER_H
 #define PANEL_RECIPE_TRANSFER_H
 
+#include "coverage.h"
 #include "recipe_file.h"
 #include "runtime.h"
+
+#include <functional>
 
 // Moves the words of a recipe between the recipe buffer and the PLC. In the buffer they lie in the order of their
 // addresses, without gaps.
@@ -14,6 +17,12 @@ enum class TransferEnd {
     NO_LINK  // not in time, or the program is asked to end
 };
 
+/// Gives the driver the plan of a transfer. Throws UsageError if the recipe does not fit the buffer.
+void planRecipe(const DriverLibrary &library, const std::vector<RecipeEntry> &pieces, qint32 station);
+
+/// Lays the words of the pieces into the recipe buffer, or zeros.
+void fillRecipeBuffer(LowMemory &memory, const std::vector<RecipeEntry> &pieces, bool withValues);
+
 class RecipeTransfer {
 public:
     /// Plans the transfer of `entries` in `runtime`, which calls back into this object: both live until the last step.
@@ -21,6 +30,9 @@ public:
     RecipeTransfer(Runtime &runtime, const std::vector<RecipeEntry> &entries);
     RecipeTransfer(const RecipeTransfer &) = delete;
     RecipeTransfer &operator=(const RecipeTransfer &) = delete;
+
+    /// A call with the words done so far and all words, after every block.
+    void onProgress(std::function<void(std::size_t done, std::size_t total)> call) { progress_ = std::move(call); }
 
     /// Writes the values of the entries, once.
     TransferEnd write(TimePoint giveUp);
@@ -31,15 +43,28 @@ public:
     /// The words that the latest read has brought.
     std::vector<quint8> values(const Item &item);
 
+    /// True if the latest write was begun: words of it may be in the PLC.
+    bool begun() const { return begun_; }
+
+    /// True if the PLC has acknowledged every word of the item in the latest write.
+    bool confirmed(const Item &item) const { return !unconfirmed_.awaits(item); }
+
 private:
     TransferEnd run(std::size_t flag, TimePoint giveUp);
-    void fillBuffer(bool withValues);
+    void note(const Exchange &exchange);
     quint8 *buffer() { return reinterpret_cast<quint8 *>(runtime_.memory().recipeBuffer()); }
 
     Runtime                       &runtime_;
-    const std::vector<RecipeEntry> pieces_;  // as they lie in the buffer
-    bool                           lost_;    // since the transfer began
-    bool                           refused_; // since the transfer began
+    const std::vector<RecipeEntry> pieces_;      // as they lie in the buffer
+    Coverage                       unconfirmed_; // words of a write without an acknowledgement
+    std::function<void(std::size_t, std::size_t)> progress_;
+    std::size_t                    doneWords_;
+    std::size_t                    totalWords_;
+    RequestKind                    kind_;        // of the transfer's requests
+    bool                           begun_;
+    bool                           running_;
+    bool                           lost_;        // since the transfer began
+    bool                           refused_;     // since the transfer began
 };
 
 #endif

@@ -109,6 +109,13 @@ Tag TagBook::resolveWithValues(const std::string &text, Access access, const std
     return itemTag(parts, format, access);
 }
 
+ValueFormat TagBook::formatFor(const std::string &text) const
+{
+    const Parts parts = split(text);
+    const Tag *tag = find(parts.base);
+    return tag ? namedTag(*tag, parts).format : formatOf(parts);
+}
+
 std::vector<Tag> TagBook::resolveAll(const std::vector<std::string> &texts, Access access) const
 {
     std::vector<Tag> tags;

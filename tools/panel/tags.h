@@ -45,10 +45,13 @@ public:
     /// The tag or item that `text` names. Throws UsageError.
     Tag resolve(const std::string &text, Access access) const;
 
-    /// The same with the bytes of its values. An item without COUNT gets the count of the texts, a string the words that
-    /// it needs; where a count is given, the number of bytes tells whether it agrees.
+    /// The same with the bytes of its values. An item without COUNT gets the count of the texts, a string the words
+    /// that it needs; where a count is given, the number of bytes tells whether it agrees.
     Tag resolveWithValues(const std::string &text, Access access, const std::vector<std::string> &texts,
                           std::vector<quint8> &bytes) const;
+
+    /// The form in which the values of the tag or item are written. Throws UsageError.
+    ValueFormat formatFor(const std::string &text) const;
 
     std::vector<Tag> resolveAll(const std::vector<std::string> &texts, Access access) const;
 

@@ -1,0 +1,53 @@
+#include "commands.h"
+
+#include "exit_codes.h"
+#include "project.h"
+#include "tag_table.h"
+
+#include <fstream>
+#include <iostream>
+
+static int sayProblems(const Problems &problems)
+{
+    for (const std::string &line : problems.lines())
+        std::cerr << line << std::endl;
+    return EXIT_USAGE;
+}
+
+static std::string counted(std::size_t number, const std::string &noun)
+{
+    return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
+}
+
+int runCheckProject(const DriverLibrary &library, const std::string &file)
+{
+    TagBook book(library);
+    Problems problems;
+    const Project project = readProject(file, book, problems);
+    if (problems.any())
+        return sayProblems(problems);
+    std::cout << file << " valid: " << counted(book.tags().size(), "tag") << ", "
+              << counted(project.recipes.size(), "recipe") << '\n';
+    return EXIT_DONE;
+}
+
+int runImportTags(const DriverLibrary &library, const std::string &file, const std::string &output)
+{
+    TagBook book(library);
+    Problems problems;
+    readTagFile(file, book, problems);
+    if (problems.any())
+        return sayProblems(problems);
+    std::string text = "[tags]\n";
+    for (const Tag &tag : book.tags())
+        text += tagLine(tag) + "\n";
+    if (output.empty()) {
+        std::cout << text;
+        return EXIT_DONE;
+    }
+    std::ofstream out(output);
+    out << text << std::flush;
+    if (!out)
+        throw UsageError(output + ": cannot be written");
+    return EXIT_DONE;
+}

@@ -1,0 +1,33 @@
+#ifndef PANEL_DRY_RUN_H
+#define PANEL_DRY_RUN_H
+
+#include "low_memory.h"
+#include "recipe_file.h"
+#include "runtime.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+// The write requests that the driver would send, without a PLC: the driver builds them and gets made-up replies.
+
+class DryRun {
+public:
+    DryRun(const DriverLibrary &library, const LinkOptions &options);
+
+    /// One line for each frame: register, memory area, wire address, count and bytes.
+    std::vector<std::string> write(const Item &item, const std::vector<quint8> &data);
+    std::vector<std::string> writeRecipe(const std::vector<RecipeEntry> &entries);
+
+private:
+    bool exchange(std::vector<std::string> &lines);
+
+    const DriverLibrary &library_;
+    const LinkOptions    options_;
+    LowMemory            memory_;
+};
+
+/// "DM:100:2: area 82, wire address 0064 00, count 0002, bytes 00 00 3F C0" for the frame of a write.
+std::string writeFrameText(const FRAME_PRO &request);
+
+#endif

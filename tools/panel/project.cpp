@@ -1,0 +1,181 @@
+#include "project.h"
+
+#include "exit_codes.h"
+#include "host.h"
+#include "runtime.h"
+#include "table_reader.h"
+#include "tag_table.h"
+
+namespace {
+
+const DataNode EMPTY_TABLE;
+
+class ProjectReader {
+public:
+    ProjectReader(const std::string &file, TagBook &tags, Problems &problems)
+        : file_(file), tags_(tags), problems_(problems)
+    {
+        project_.file = file;
+    }
+
+    Project read(const DataNode &root);
+
+private:
+    const DataNode &section(TableReader &reader, const char *key);
+    void readConnection(const DataNode &table);
+    void readDriver(const DataNode &table);
+    void readDefaults(const DataNode &table);
+    void readTags(const DataNode *node);
+    void readRecipes(const DataNode &table);
+    void readOptional(TableReader &reader, const char *key, long minimum, long maximum, std::optional<long> &value);
+
+    const std::string    &file_;
+    TagBook              &tags_;
+    Problems             &problems_;
+    Project               project_;
+    std::set<std::string> brokenTags_;
+};
+
+// The table of that name; an empty one if there is none.
+const DataNode &ProjectReader::section(TableReader &reader, const char *key)
+{
+    const DataNode *node = reader.take(key);
+    if (!node)
+        return EMPTY_TABLE;
+    if (node->kind == NodeKind::TABLE)
+        return *node;
+    reader.report(*node, "'" + std::string(key) + "' is not a table; begin it with a line [" + key + "]");
+    return EMPTY_TABLE;
+}
+
+void ProjectReader::readOptional(TableReader &reader, const char *key, long minimum, long maximum,
+                                 std::optional<long> &value)
+{
+    long number = minimum - 1;
+    if (reader.whole(key, minimum, maximum, number) && number >= minimum)
+        value = number;
+}
+
+void ProjectReader::readConnection(const DataNode &table)
+{
+    TableReader reader(table, file_, problems_);
+    std::optional<long> port;
+    const bool isText = reader.text("host", project_.host);
+    readOptional(reader, "port", 1, 65535, port);
+    readOptional(reader, "timeout_ms", 10, 60000, project_.timeoutMs);
+    reader.refuseOthers();
+    const DataNode *host = table.find("host");
+    if (!host || !isText)
+        return;
+    try {
+        std::string name;
+        std::string number;
+        parseHost(project_.host, name, number);
+    } catch (const UsageError &error) {
+        reader.report(*host, error.what());
+        return;
+    }
+    const bool isBracketed = project_.host.front() == '[';
+    const bool hasPort = project_.host.find(isBracketed ? "]:" : ":") != std::string::npos;
+    if (port && hasPort)
+        reader.report(*table.find("port"), "the port is given twice; remove it here or from 'host'");
+    if (port && !hasPort)
+        project_.host += ":" + std::to_string(*port);
+}
+
+void ProjectReader::readDriver(const DataNode &table)
+{
+    TableReader reader(table, file_, problems_);
+    readOptional(reader, "station", 0, 255, project_.station);
+    readOptional(reader, "retries", 1, 100, project_.retries);
+    readOptional(reader, "words_per_frame", 1, WRITE_WORDS_LIMIT, project_.wordsPerFrame);
+    readOptional(reader, "interval_ms", 0, 60000, project_.intervalMs);
+    reader.refuseOthers();
+}
+
+void ProjectReader::readDefaults(const DataNode &table)
+{
+    TableReader reader(table, file_, problems_);
+    std::string words;
+    std::string characters;
+    if (reader.text("word_order", words) && table.find("word_order") && !parseOrder(words, project_.orders.words))
+        reader.report(*table.find("word_order"), "'" + words + "' is not an order; write low or high");
+    if (reader.text("char_order", characters) && table.find("char_order")
+        && !parseOrder(characters, project_.orders.characters))
+        reader.report(*table.find("char_order"), "'" + characters + "' is not an order; write low or high");
+    reader.refuseOthers();
+    tags_.setDefaults(ValueFormat(), project_.orders);
+}
+
+void ProjectReader::readTags(const DataNode *node)
+{
+    if (!node)
+        return;
+    if (node->kind == NodeKind::TABLE) {
+        brokenTags_ = addTags(*node, file_, tags_, problems_);
+        return;
+    }
+    if (node->kind != NodeKind::TEXT) {
+        problems_.add(file_, node->place, "'tags' is neither a table nor a file; write [tags] or tags = \"tags.csv\"");
+        return;
+    }
+    const bool isAbsolute = node->text.compare(0, 1, "/") == 0;
+    const std::string folder = isAbsolute ? "" : file_.substr(0, file_.rfind('/') + 1);
+    try {
+        brokenTags_ = readTagFile(folder + node->text, tags_, problems_);
+    } catch (const UsageError &error) {
+        problems_.add(file_, node->place, error.what());
+    }
+}
+
+void ProjectReader::readRecipes(const DataNode &table)
+{
+    for (std::size_t i = 0; i < table.keys.size(); ++i) {
+        if (table.children[i].kind != NodeKind::TABLE) {
+            problems_.add(file_, table.keyPlaces[i], "the recipe '" + table.keys[i] + "' is not a table; begin it with "
+                                                     "a line [recipes." + tomlKey(table.keys[i]) + "]");
+            continue;
+        }
+        project_.recipes.push_back(readRecipeTable(table.children[i], file_, tags_, brokenTags_, problems_));
+        project_.recipes.back().name = table.keys[i];
+    }
+}
+
+Project ProjectReader::read(const DataNode &root)
+{
+    TableReader reader(root, file_, problems_);
+    readConnection(section(reader, "connection"));
+    readDriver(section(reader, "driver"));
+    readDefaults(section(reader, "defaults"));
+    readTags(reader.take("tags"));
+    readRecipes(section(reader, "recipes"));
+    reader.refuseOthers();
+    return project_;
+}
+
+} // namespace
+
+const Recipe *Project::findRecipe(const std::string &name) const
+{
+    for (const Recipe &recipe : recipes) {
+        if (recipe.name == name)
+            return &recipe;
+    }
+    return nullptr;
+}
+
+Project readProject(const std::string &file, TagBook &tags, Problems &problems)
+{
+    tags.setSource(file);
+    const DataNode root = parseToml(readFile(file), file, problems);
+    if (!problems.any())
+        return ProjectReader(file, tags, problems).read(root);
+    Project empty;
+    empty.file = file;
+    return empty;
+}
+
+std::set<std::string> readTagFile(const std::string &file, TagBook &tags, Problems &problems)
+{
+    return addTagRows(parseCsv(readFile(file), file, problems), file, tags, problems);
+}
