@@ -8,7 +8,7 @@
 namespace {
 
 // Items of one call that the driver walks one by one.
-enum { WORDS_MOST = 600, BITS_MOST = 1100, WATCHED_MOST = 130, COPIES_MOST = 60, STEPS_MOST = 80 };
+enum { WORDS_MOST = 600, BITS_MOST = 1100, WATCHED_MOST = 130, COPIES_MOST = 60, STEPS_MOST = 50 };
 
 // Pieces that one write or conditional read is cut into. Few, as each is compared with all that wait; the second is
 // seldom and fills a queue.
