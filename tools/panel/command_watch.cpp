@@ -1,140 +1,151 @@
 #include "commands.h"
 
-#include "change_feed.h"
 #include "exit_codes.h"
 #include "fresh_values.h"
-#include "values.h"
+#include "terminal.h"
+#include "watch_lines.h"
+#include "watch_values.h"
+#include "watch_view.h"
+#include "write_queue.h"
 
-#include <ctime>
+#include <unistd.h>
+
 #include <iostream>
-#include <map>
+#include <memory>
+#include <optional>
 
 namespace {
 
-// Prints a line for the first value of every watched word and bit, and for every change.
-class WatchPrinter {
+// The writes that go out once, as soon as the link is up.
+class WatchWrites {
 public:
-    WatchPrinter(Runtime &runtime, const std::vector<Item> &items);
+    WatchWrites(Runtime &runtime, WatchValues &values) : queue_(runtime), values_(values) {}
 
-    /// Prints what the last step brought.
-    void print();
-    long changes() const { return changes_; }
+    void add(const Tag &tag, const std::vector<quint8> &data) { queue_.add(tag.item, data); }
 
-    /// True if the PLC refused to read a word that is still unknown.
-    bool refused() const { return refused_ && !unseen_.complete(); }
+    void pump()
+    {
+        queue_.pump();
+        if (settled_)
+            return;
+        std::vector<Item> items;
+        for (const WritePiece &piece : queue_.pieces()) {
+            if (piece.outcome == WriteOutcome::WAITING || piece.outcome == WriteOutcome::IN_FLIGHT)
+                items.push_back(piece.item);
+        }
+        values_.setPending(items);
+        settled_ = items.empty();
+    }
+
+    bool anyRefused() const
+    {
+        for (const WritePiece &piece : queue_.pieces()) {
+            if (piece.outcome == WriteOutcome::REFUSED)
+                return true;
+        }
+        return false;
+    }
 
 private:
-    using Key = std::pair<QString, qint32>;
-
-    void noteFirst(const FRAME_PRO &block);
-    void printValue(const Key &key);
-
-    Runtime                   &runtime_;
-    Coverage                   unseen_;
-    std::map<Key, std::string> shown_; // the last value on each line; empty: not yet received
-    std::vector<Key>           first_; // received for the first time in the last step
-    std::vector<Change>        changed_;
-    long                       changes_;
-    bool                       refused_;
+    WriteQueue   queue_;
+    WatchValues &values_;
+    bool         settled_ = false;
 };
 
-std::string timeText()
+std::vector<std::pair<Tag, std::vector<quint8>>> parseWrites(const TagBook &book, const std::vector<std::string> &texts)
 {
-    using namespace std::chrono;
-    const auto now = system_clock::now();
-    const std::time_t seconds = system_clock::to_time_t(now);
-    const auto millis = duration_cast<milliseconds>(now.time_since_epoch()).count() % 1000;
-    std::tm utc = {};
-    gmtime_r(&seconds, &utc);
-    char day[32];
-    char text[48];
-    std::strftime(day, sizeof day, "%Y-%m-%dT%H:%M:%S", &utc);
-    std::snprintf(text, sizeof text, "%s.%03dZ", day, static_cast<int>(millis));
-    return text;
+    std::vector<std::pair<Tag, std::vector<quint8>>> writes;
+    for (const std::string &text : texts) {
+        const std::size_t equals = text.find('=');
+        if (equals == std::string::npos)
+            throw UsageError("'" + text + "' is no write; use ITEM=VALUE");
+        std::vector<quint8> data;
+        const Tag tag = book.resolveWithValues(text.substr(0, equals), Access::WRITE, {text.substr(equals + 1)}, data);
+        writes.emplace_back(tag, data);
+    }
+    return writes;
 }
 
-WatchPrinter::WatchPrinter(Runtime &runtime, const std::vector<Item> &items)
-    : runtime_(runtime), changes_(0), refused_(false)
+// The lines of one exchange go out together.
+void printLines(Runtime &runtime, WatchValues &values, LineFormat format)
 {
-    unseen_.expect(items);
-    for (const Item &item : items) {
-        for (const Item &single : cutItem(item, 1))
-            shown_[{single.regType, single.address}];
-    }
-    runtime.onExchange([this](const Exchange &exchange) {
-        if (exchange.kind != RequestKind::READ || unseen_.complete())
-            return;
-        if (exchange.accepted)
-            noteFirst(exchange.request);
-        else if (exchange.judgement.verdict == Verdict::REFUSED)
-            refused_ = true;
+    if (format == LineFormat::CSV)
+        std::cout << csvHead() << std::endl;
+    const auto waiting = std::make_shared<std::string>();
+    values.onEvent([format, waiting](const WatchEvent &event) {
+        const std::string line = eventLine(format, event, std::chrono::system_clock::now());
+        if (!line.empty())
+            *waiting += line + "\n";
     });
+    const auto print = [waiting] {
+        if (!waiting->empty())
+            std::cout << *waiting << std::flush;
+        waiting->clear();
+    };
+    runtime.onExchange([print](const Exchange &) { print(); });
+    runtime.onLost(print);
 }
 
-// The driver notifies no first value of 0, so the first values come from the blocks that were read.
-void WatchPrinter::noteFirst(const FRAME_PRO &block)
+bool showsTable(const LinkOptions &link, const WatchOptions &options)
 {
-    if (unseen_.settle(block.regType, block.address, block.count) == 0)
-        return;
-    const Item words = {block.regType, block.address, block.count, false};
-    for (const auto &[key, text] : shown_) {
-        const Item item = {key.first, key.second, 1, isBitType(key.first)};
-        const bool inside = item.wordType() == words.regType && item.firstWord() >= words.firstWord()
-                            && item.endWord() <= words.endWord();
-        if (inside && text.empty())
-            first_.push_back(key);
-    }
+    const bool traceInTheWay = link.trace != TraceMode::NONE && isatty(STDERR_FILENO) != 0;
+    return options.format == WatchFormat::AUTO && Terminal::isUsable() && !traceInTheWay;
 }
 
-void WatchPrinter::print()
+LineFormat lineFormat(WatchFormat format)
 {
-    takeChanges(changed_);
-    for (const Key &key : first_)
-        printValue(key);
-    for (const Change &change : changed_)
-        printValue({change.regType, change.address});
-    if (!first_.empty() || !changed_.empty())
-        std::cout.flush();
-    first_.clear();
+    if (format == WatchFormat::JSON)
+        return LineFormat::JSON;
+    return format == WatchFormat::CSV ? LineFormat::CSV : LineFormat::PLAIN;
 }
 
-void WatchPrinter::printValue(const Key &key)
+int exitCode(const Runtime &runtime, const WatchValues &values, const WatchWrites &writes, const WatchOptions &options)
 {
-    const auto shown = shown_.find(key);
-    const Item item  = {key.first, key.second, 1, isBitType(key.first)};
-    const std::string text = valueText(runtime_.values(item), 0, item.isBit);
-    if (shown == shown_.end() || shown->second == text)
-        return;
-    const bool isFirst = shown->second.empty();
-    std::cout << timeText() << ' ' << addressText(key.first, key.second) << ' ' << (isFirst ? "-" : shown->second)
-              << ' ' << text << '\n';
-    shown->second = text;
-    changes_ += isFirst ? 0 : 1;
+    if (writes.anyRefused())
+        return EXIT_REFUSED;
+    if (stopRequested())
+        return EXIT_DONE;
+    if (values.refused())
+        return EXIT_REFUSED;
+    if (!runtime.wasOnline())
+        return EXIT_NO_LINK;
+    if (values.changes() >= static_cast<unsigned long>(options.changes))
+        return EXIT_DONE;
+    std::cerr << "fins_panel: " << values.changes() << " of " << options.changes << " changes came in time"
+              << std::endl;
+    return EXIT_NO_LINK;
 }
 
 } // namespace
 
 int runWatch(const DriverLibrary &library, const LinkOptions &link, const WatchOptions &options)
 {
-    const std::vector<Item> items = parseItems(library, options.items, Access::READ);
+    const TagBook own(library);
+    const TagBook &book = options.book ? *options.book : own;
+    const std::vector<Tag> tags = book.resolveAll(options.items, Access::READ);
+    const auto toWrite = parseWrites(book, options.writes);
     Runtime runtime(library, link);
-    runtime.watch(items);
-    WatchPrinter printer(runtime, items);
+    WatchValues values(runtime, tags);
+    WatchWrites writes(runtime, values);
+    for (const auto &[tag, data] : toWrite)
+        writes.add(tag, data);
+    std::optional<WatchView> view;
+    if (showsTable(link, options))
+        view.emplace(runtime, values);
+    else
+        printLines(runtime, values, lineFormat(options.format));
     const auto forTime = std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(options.forSeconds));
     const TimePoint end = options.forSeconds > 0 ? Clock::now() + forTime : TimePoint::max();
     stepUntil(runtime, end, [&] {
-        printer.print();
-        return options.changes > 0 && printer.changes() >= options.changes;
+        writes.pump();
+        if (view)
+            view->tick();
+        return options.changes > 0 && values.changes() >= static_cast<unsigned long>(options.changes);
     });
-    if (stopRequested())
-        return EXIT_DONE;
-    if (printer.refused())
-        return EXIT_REFUSED;
-    if (!runtime.wasOnline())
-        return EXIT_NO_LINK;
-    if (printer.changes() >= options.changes)
-        return EXIT_DONE;
-    std::cerr << "fins_panel: " << printer.changes() << " of " << options.changes << " changes came in time"
-              << std::endl;
-    return EXIT_NO_LINK;
+    const std::string lastMessage = view ? view->lastMessage() : "";
+    view.reset();
+    const int code = exitCode(runtime, values, writes, options);
+    if (code != EXIT_DONE && !lastMessage.empty())
+        std::cerr << lastMessage << std::endl;
+    return code;
 }

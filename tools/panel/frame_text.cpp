@@ -298,8 +298,9 @@ std::string frameLine(const std::uint8_t *bytes, std::size_t size)
     if (!frame.has(TCP_ERROR, 4) || frame.get(TCP_MAGIC, 4) != 0x46494E53)
         return "no FINS/TCP frame: " + hexText(bytes, size);
     const std::string error = frame.get(TCP_ERROR, 4) == 0 ? "" : ", FINS/TCP error " + errorText(frame);
+    const std::string sid = ", sid " + number(frame.get(FINS_SID, 1));
     if (frame.isFins())
-        return (frame.isReply() ? replyText(frame) : requestText(frame)) + ", sid " + number(frame.get(FINS_SID, 1)) + error;
+        return (frame.isReply() ? replyText(frame) : requestText(frame)) + sid + error;
     const bool hasNodes = frame.get(TCP_COMMAND, 4) <= 1 && frame.has(CLIENT_NODE, 4);
     return tcpCommandText(frame) + (hasNodes ? nodesText(frame) : "") + error;
 }

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <string>
 
-// A FINS/TCP frame in words, for a trace. Frames come from a peer and may be anything: what is missing is said, and what
-// is not known is shown as hex.
+// A FINS/TCP frame in words, for a trace. Frames come from a peer and may be anything: what is missing is said, and
+// what is not known is shown as hex.
 
 /// One line without its end: "read DM:100 count 10, sid 1".
 std::string frameLine(const std::uint8_t *frame, std::size_t size);

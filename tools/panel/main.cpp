@@ -52,6 +52,8 @@ struct Arguments {
     bool                     stats      = false;
     std::vector<std::string> items;
     WatchOptions             watch;
+    BenchOptions             bench;
+    long                     roundTrips = 100;
     RecipeOptions            recipe;
     std::string              copiesItem;
     long                     copies = 1;
@@ -74,11 +76,11 @@ void addLinkOptions(CLI::App &command, Arguments &arguments, qint32 wordsLimit)
     command.add_option("--station", arguments.link.station, "station number of the PLC in the panel")
         ->check(CLI::Range(0, 255))->capture_default_str();
     command.add_flag("--trace{hex}", arguments.trace,
-                     "show every frame on stderr, > sent and < received: in hex; --trace=line in words, one line each;\n"
-                     "--trace=full with a line for each field")
+                     "show every frame on stderr, > sent and < received: in hex; --trace=line in words, one line\n"
+                     "each; --trace=full with a line for each field")
         ->check(CLI::IsMember({"hex", "line", "full"}));
     command.add_flag("--stats", arguments.stats,
-                     "show at the end, on stderr: requests, replies, rejections, retries, reconnects, round trips, words");
+                     "show at the end, on stderr: requests, replies, retries, reconnects, round trips, words, errors");
 }
 
 void addGiveUp(CLI::App &command, Arguments &arguments)
@@ -117,21 +119,66 @@ using Action = std::function<int(const DriverLibrary &)>;
 
 void addWatch(CLI::App &app, Arguments &arguments, Action &action)
 {
-    CLI::App *command = app.add_subcommand("watch", "Print a line for every change: time (UTC), item, old, new value");
+    CLI::App *command = app.add_subcommand("watch",
+                                           "Watch values: a live table on a terminal, else a line for every change");
+
     addLinkOptions(*command, arguments, READ_WORDS_LIMIT);
     addItems(*command, arguments.watch.items,
-             "items to watch; the first value of each is a line with '-' as old value");
+             "items to watch; a line is time (UTC), item, old and new value, '-' being the old one of a first value");
     command->add_option("--for", arguments.watch.forSeconds, "end after this many seconds; for ever by default")
         ->check(CLI::Range(0.001, 1e9));
     command->add_option("--changes", arguments.watch.changes, "end after this many changes, first values not counted")
         ->check(CLI::Range(1L, 1000000000L));
     command->add_option("--interval", arguments.intervalMs, "pause between requests in ms, 0 to 60000")
         ->check(CLI::Range(0L, 60000L))->capture_default_str();
-    command->callback([&] {
+    command->add_option("--write", arguments.watch.writes,
+                        "ITEM=VALUE to write once when the link is up; repeatable")->allow_extra_args(false);
+    CLI::Option *lines = command->add_flag("--lines", "lines on a terminal too, in place of the live table");
+    CLI::Option *json  = command->add_flag("--json", "a JSON object per line");
+    CLI::Option *csv   = command->add_flag("--csv", "comma-separated values");
+    lines->excludes(json)->excludes(csv);
+    json->excludes(csv);
+    command->callback([&, lines, json, csv] {
+        if (*lines)
+            arguments.watch.format = WatchFormat::LINES;
+        if (*json || *csv)
+            arguments.watch.format = *json ? WatchFormat::JSON : WatchFormat::CSV;
         action = [&](const DriverLibrary &library) {
             arguments.link.interval = Millis(arguments.intervalMs);
             arguments.watch.book    = arguments.book.get();
             return runWatch(library, arguments.link, arguments.watch);
+        };
+    });
+}
+
+void addLink(CLI::App &app, Arguments &arguments, Action &action)
+{
+    CLI::App *command = app.add_subcommand("link", "Try the link to a PLC step by step, and say what is wrong with it");
+    addLinkOptions(*command, arguments, READ_WORDS_LIMIT);
+    command->add_option("--count", arguments.roundTrips, "round trips to measure")
+        ->check(CLI::Range(1L, 1000000L))->capture_default_str();
+    command->callback([&] {
+        action = [&](const DriverLibrary &library) { return runLink(library, arguments.link, arguments.roundTrips); };
+    });
+}
+
+void addBench(CLI::App &app, Arguments &arguments, Action &action)
+{
+    CLI::App *command = app.add_subcommand("bench", "Measure the refresh time of a poll for several block sizes");
+    addLinkOptions(*command, arguments, READ_WORDS_LIMIT);
+    addGiveUp(*command, arguments);
+    command->add_option("polled", arguments.items, "items to poll; a block of DM from 0 on by default");
+    command->add_option("--words", arguments.bench.words, "words of that block")
+        ->check(CLI::Range(1L, 10000L))->capture_default_str();
+    command->add_option("--sizes", arguments.bench.sizes, "words per frame to try, separated by commas")
+        ->delimiter(',')->allow_extra_args(false)->check(CLI::Range(1, READ_WORDS_LIMIT))->capture_default_str();
+    command->add_option("--for", arguments.bench.forSeconds, "time for each size in seconds")
+        ->check(CLI::Range(0.01, 3600.0))->capture_default_str();
+    command->callback([&] {
+        action = [&](const DriverLibrary &library) {
+            arguments.bench.book  = arguments.book.get();
+            arguments.bench.items = arguments.items;
+            return runBench(library, arguments.link, giveUpTime(arguments), arguments.bench);
         };
     });
 }
@@ -403,11 +450,13 @@ int main(int argc, char **argv)
     app.add_option("--library", arguments.library, "driver library; the one installed with this program by default");
     app.add_option("--project", arguments.projectFile, "project file (TOML): connection, settings, tags, recipes");
     app.add_option("--host", arguments.otherHost, "PLC in place of the project's");
+    addLink(app, arguments, action);
     addWatch(app, arguments, action);
     addRead(app, arguments, action);
     addWrite(app, arguments, action);
     addRecipe(app, arguments, action);
     addProject(app, arguments, action);
+    addBench(app, arguments, action);
     addOffline(app, arguments, action);
     try {
         app.parse(argc, argv);

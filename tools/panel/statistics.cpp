@@ -29,8 +29,8 @@ std::string Statistics::text(std::chrono::milliseconds elapsed) const
     char seconds[32];
     std::snprintf(seconds, sizeof seconds, "%.1f", static_cast<double>(elapsed.count()) / 1000.0);
     std::string lines = std::string("statistics of ") + seconds + " s\n";
-    lines += "  link         connections " + std::to_string(connections) + ", reconnects " + std::to_string(reconnects())
-             + ", lost or not made " + std::to_string(losses) + "\n";
+    lines += "  link         connections " + std::to_string(connections) + ", reconnects "
+             + std::to_string(reconnects()) + ", lost or not made " + std::to_string(losses) + "\n";
     lines += "  requests     " + std::to_string(requests) + ", retries " + std::to_string(retries) + ", "
              + perSecond(requests, elapsed) + " a second\n";
     lines += "  replies      " + std::to_string(replies) + ", refused " + std::to_string(refused) + "\n";

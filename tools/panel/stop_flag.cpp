@@ -24,6 +24,16 @@ void installStopSignals()
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
     sigaction(SIGALRM, &action, nullptr);
+    // A program started with nohup goes on without its terminal.
+    struct sigaction hangup = {};
+    sigaction(SIGHUP, nullptr, &hangup);
+    if (hangup.sa_handler != SIG_IGN)
+        sigaction(SIGHUP, &action, nullptr);
+}
+
+void requestStop()
+{
+    stopFlag = 1;
 }
 
 bool stopRequested()

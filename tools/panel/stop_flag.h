@@ -3,10 +3,13 @@
 
 #include <chrono>
 
-// SIGINT and SIGTERM ask the program to end. They interrupt a wait, and the loops look at the flag.
+// SIGINT, SIGTERM and SIGHUP ask the program to end. They interrupt a wait, and the loops look at the flag.
 
 void installStopSignals();
 bool stopRequested();
+
+/// Asks the program to end, as a signal does.
+void requestStop();
 
 /// Sleeps until `end` or until the program is asked to end.
 void sleepUntil(std::chrono::steady_clock::time_point end);

@@ -1,0 +1,236 @@
+#include "terminal.h"
+
+#include "stop_flag.h"
+
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+
+// Alternate screen, no cursor, no wrapping of long lines; and all of it back.
+static const char ENTER[] = "\033[?1049h\033[?25l\033[?7l\033[2J";
+static const char LEAVE[] = "\033[0m\033[?7h\033[?25h\033[?1049l";
+
+static const int FATAL_SIGNALS[] = {SIGQUIT, SIGILL, SIGABRT, SIGBUS, SIGFPE, SIGSEGV};
+
+// What signal handlers look at or set.
+static volatile std::sig_atomic_t isEntered  = 0;
+static volatile std::sig_atomic_t isResized  = 0;
+static volatile std::sig_atomic_t isToSuspend = 0;
+static volatile std::sig_atomic_t hasKeys    = 0;
+static termios originalKeys;
+
+static void onResize(int)
+{
+    isResized = 1;
+}
+
+static void onSuspend(int)
+{
+    isToSuspend = 1;
+}
+
+// Both calls may be made in a signal handler.
+static void giveBack()
+{
+    if (!isEntered)
+        return;
+    isEntered = 0;
+    if (::write(STDOUT_FILENO, LEAVE, sizeof LEAVE - 1) < 0)
+        return; // the terminal is gone
+    if (hasKeys)
+        tcsetattr(STDIN_FILENO, TCSANOW, &originalKeys);
+}
+
+static void onFatal(int number)
+{
+    giveBack();
+    std::signal(number, SIG_DFL);
+    raise(number);
+}
+
+static void handle(int number, void (*handler)(int))
+{
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = 0; // no SA_RESTART: a wait ends, and the screen follows at once
+    sigaction(number, &action, nullptr);
+}
+
+Terminal::Terminal()
+{
+    handle(SIGWINCH, onResize);
+    handle(SIGTSTP, onSuspend);
+    for (const int number : FATAL_SIGNALS)
+        handle(number, onFatal);
+    enter();
+}
+
+Terminal::~Terminal()
+{
+    leave();
+    for (const int number : FATAL_SIGNALS)
+        std::signal(number, SIG_DFL);
+    std::signal(SIGTSTP, SIG_DFL);
+    std::signal(SIGWINCH, SIG_DFL);
+}
+
+bool Terminal::isUsable()
+{
+    const char *type = std::getenv("TERM");
+    return isatty(STDOUT_FILENO) != 0 && type && *type && std::strcmp(type, "dumb") != 0;
+}
+
+void Terminal::enter()
+{
+    hasKeys = tcgetattr(STDIN_FILENO, &originalKeys) == 0;
+    isEntered = 1;
+    if (hasKeys) {
+        termios keys = originalKeys;
+        keys.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
+        keys.c_cc[VMIN]  = 0;
+        keys.c_cc[VTIME] = 0;
+        tcsetattr(STDIN_FILENO, TCSANOW, &keys);
+    }
+    shown_.clear();
+    send(ENTER);
+}
+
+void Terminal::leave()
+{
+    giveBack();
+}
+
+ScreenSize Terminal::size() const
+{
+    winsize window = {};
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &window) != 0 || window.ws_col == 0 || window.ws_row == 0)
+        return {80, 24};
+    return {window.ws_col, window.ws_row};
+}
+
+bool Terminal::resized()
+{
+    if (!isResized)
+        return false;
+    isResized = 0;
+    shown_.clear();
+    send("\033[0m\033[2J");
+    return true;
+}
+
+bool Terminal::send(const std::string &text)
+{
+    std::size_t done = 0;
+    while (done < text.size()) {
+        const ssize_t n = ::write(STDOUT_FILENO, text.data() + done, text.size() - done);
+        if (n > 0) {
+            done += static_cast<std::size_t>(n);
+        } else if (n < 0 && errno == EAGAIN) {
+            pollfd polled = {STDOUT_FILENO, POLLOUT, 0};
+            ::poll(&polled, 1, 100);
+        } else if (n == 0 || errno != EINTR) {
+            requestStop();
+            return false;
+        }
+        if (stopRequested())
+            return false;
+    }
+    return true;
+}
+
+void Terminal::show(const std::vector<std::string> &lines)
+{
+    const std::string update = screenUpdate(shown_, lines, size());
+    if (update.empty() || send(update))
+        shown_ = lines;
+}
+
+Key Terminal::readKey()
+{
+    char bytes[64];
+    const ssize_t n = hasKeys ? ::read(STDIN_FILENO, bytes, sizeof bytes) : 0;
+    if (n > 0)
+        keys_.append(bytes, static_cast<std::size_t>(n));
+    return takeKey(keys_);
+}
+
+void Terminal::suspendIfAsked()
+{
+    if (!isToSuspend)
+        return;
+    isToSuspend = 0;
+    leave();
+    raise(SIGSTOP);
+    enter();
+}
+
+TableStyle styleOfEnvironment()
+{
+    const char *noColour = std::getenv("NO_COLOR");
+    std::string charset;
+    for (const char *name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+        const char *value = std::getenv(name);
+        if (charset.empty() && value)
+            charset = value;
+    }
+    std::transform(charset.begin(), charset.end(), charset.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    const bool utf8 = charset.find("utf-8") != std::string::npos || charset.find("utf8") != std::string::npos;
+    return {!noColour || !*noColour, utf8};
+}
+
+Key takeKey(std::string &keys)
+{
+    static const struct {
+        const char *bytes;
+        Key         key;
+    } KEYS[] = {
+        {"q", Key::QUIT},          {"Q", Key::QUIT},
+        {"k", Key::UP},            {"j", Key::DOWN},
+        {"\033[A", Key::UP},       {"\033OA", Key::UP},
+        {"\033[B", Key::DOWN},     {"\033OB", Key::DOWN},
+        {"\033[5~", Key::PAGE_UP}, {"\033[6~", Key::PAGE_DOWN},
+        {"\033[H", Key::HOME},     {"\033OH", Key::HOME},     {"\033[1~", Key::HOME},
+        {"\033[F", Key::END},      {"\033OF", Key::END},      {"\033[4~", Key::END},
+    };
+    while (!keys.empty()) {
+        bool maybeMore = false;
+        for (const auto &known : KEYS) {
+            const std::string bytes = known.bytes;
+            if (keys.compare(0, bytes.size(), bytes) == 0) {
+                keys.erase(0, bytes.size());
+                return known.key;
+            }
+            maybeMore = maybeMore || bytes.compare(0, keys.size(), keys) == 0;
+        }
+        if (maybeMore)
+            return Key::NONE;
+        keys.erase(0, 1);
+    }
+    return Key::NONE;
+}
+
+std::string screenUpdate(const std::vector<std::string> &before, const std::vector<std::string> &after,
+                         ScreenSize size)
+{
+    std::string update;
+    const std::size_t rows = std::min(size.rows, std::max(before.size(), after.size()));
+    for (std::size_t i = 0; i < rows; ++i) {
+        const std::string line = i < after.size() ? after[i] : "";
+        if (i < before.size() ? before[i] == line : line.empty())
+            continue;
+        update += "\033[" + std::to_string(i + 1) + ";1H" + line;
+        // Behind a line that is as wide as the screen the cursor is still on its last character.
+        if (screenWidth(line) < size.columns)
+            update += "\033[K";
+    }
+    return update;
+}

@@ -1,0 +1,58 @@
+#ifndef PANEL_TERMINAL_H
+#define PANEL_TERMINAL_H
+
+#include "watch_table.h"
+
+#include <string>
+#include <vector>
+
+// A terminal in full-screen use: alternate screen, cursor hidden, keys without echo. It is given back as it was when
+// the object ends, when the program is suspended, and when the program dies of a fatal signal. Plain ANSI sequences.
+
+enum class Key { NONE, QUIT, UP, DOWN, PAGE_UP, PAGE_DOWN, HOME, END };
+
+class Terminal {
+public:
+    /// Standard output is a terminal. There is one such object at a time.
+    Terminal();
+    ~Terminal();
+    Terminal(const Terminal &) = delete;
+    Terminal &operator=(const Terminal &) = delete;
+
+    /// True if standard output can show a live table.
+    static bool isUsable();
+
+    ScreenSize size() const;
+
+    /// True if the size may have changed since the last call.
+    bool resized();
+
+    /// Shows the lines; only those that changed are sent. Asks the program to end if the terminal is gone.
+    void show(const std::vector<std::string> &lines);
+
+    /// The next key that was pressed, without waiting.
+    Key readKey();
+
+    /// Suspends the program if the user has asked for it; returns when it goes on.
+    void suspendIfAsked();
+
+private:
+    void enter();
+    void leave();
+    bool send(const std::string &text);
+
+    std::vector<std::string> shown_;
+    std::string              keys_; // read and not yet understood
+};
+
+/// What the environment says about the terminal: NO_COLOR, and the character set of LC_ALL, LC_CTYPE or LANG.
+TableStyle styleOfEnvironment();
+
+/// The key at the front of `keys`, which is removed; NONE if there is no whole one. What is no key is skipped.
+Key takeKey(std::string &keys);
+
+/// The bytes that turn the screen `before` into `after`.
+std::string screenUpdate(const std::vector<std::string> &before, const std::vector<std::string> &after,
+                         ScreenSize size);
+
+#endif

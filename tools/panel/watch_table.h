@@ -1,0 +1,63 @@
+#ifndef PANEL_WATCH_TABLE_H
+#define PANEL_WATCH_TABLE_H
+
+#include "link_state.h"
+#include "watch_values.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+// The live table as lines of text. Nothing here knows a terminal or a clock.
+
+struct ScreenSize {
+    std::size_t columns;
+    std::size_t rows;
+
+    bool operator==(const ScreenSize &other) const { return columns == other.columns && rows == other.rows; }
+};
+
+struct TableStyle {
+    bool colour; // with ANSI attributes
+    bool utf8;   // the course is drawn with block characters, else with ASCII
+};
+
+struct TableRow {
+    std::string         name;
+    std::string         value; // "" if it was never received
+    std::string         unit;
+    std::string         age;   // of the last change
+    Quality             quality;
+    bool                isNew; // changed a moment ago
+    std::vector<double> course; // the latest last; NaN: not known at that time; infinite: no number
+};
+
+struct TableContent {
+    std::string           peer;
+    std::string           link;    // state of the link in words
+    bool                  isUp;
+    std::string           cycle;   // "12.5 ms"; "" if unknown
+    double                requestsPerSecond;
+    unsigned long         errors;
+    std::string           clock;   // time of day
+    std::string           message; // the latest one; "" for none
+    std::vector<TableRow> rows;
+    std::size_t           first;   // the row at the top
+};
+
+/// The characters of a course: at most `width`, the latest last, between the least and the greatest value shown.
+std::string courseText(const std::vector<double> &course, std::size_t width, bool utf8);
+
+/// "3 s", "12 min", "5 h", "2 d".
+std::string ageText(std::chrono::seconds age);
+
+/// How many rows fit.
+std::size_t visibleRows(ScreenSize size);
+
+/// At most size.rows lines of at most size.columns characters each, attributes not counted.
+std::vector<std::string> renderTable(const TableContent &content, ScreenSize size, TableStyle style);
+
+/// Characters that `text` takes on the screen, attributes not counted.
+std::size_t screenWidth(const std::string &text);
+
+#endif

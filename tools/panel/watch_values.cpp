@@ -1,0 +1,183 @@
+#include "watch_values.h"
+
+#include <algorithm>
+#include <set>
+#include <tuple>
+
+const char *qualityText(Quality quality)
+{
+    switch (quality) {
+    case Quality::GOOD:          return "good";
+    case Quality::WRITE_PENDING: return "write pending";
+    case Quality::LAST_KNOWN:    return "last known";
+    case Quality::NOT_CONNECTED: return "not connected";
+    case Quality::REFUSED:       return "refused";
+    }
+    return "";
+}
+
+static bool shareWord(const Item &a, const Item &b)
+{
+    return a.wordType() == b.wordType() && a.firstWord() < b.endWord() && b.firstWord() < a.endWord();
+}
+
+std::vector<WatchedValue> singleValues(const std::vector<Tag> &tags)
+{
+    std::vector<WatchedValue> values;
+    std::set<std::string> names;
+    for (const Tag &tag : tags) {
+        const bool whole   = tag.format.type == DataType::STRING || tag.valueCount() == 1;
+        const bool isNamed = tag.name != itemName(tag.item, tag.format);
+        const qint32 size  = whole ? tag.item.count : wordsPerValue(tag.format.type);
+        for (const Item &item : cutItem(tag.item, size)) {
+            std::string name = isNamed ? tag.name : itemName(item, tag.format);
+            if (isNamed && !whole)
+                name += "[" + std::to_string((item.address - tag.item.address) / size) + "]";
+            if (names.insert(name).second)
+                values.push_back({name, item, tag.format, "", Quality::NOT_CONNECTED, TimePoint(), 0});
+        }
+    }
+    return values;
+}
+
+WatchValues::WatchValues(Runtime &runtime, const std::vector<Tag> &tags)
+    : runtime_(runtime), values_(singleValues(tags)), pending_(values_.size(), false), changes_(0), silent_(true)
+{
+    const std::vector<Item> items = itemsOf(tags);
+    runtime.watch(items);
+    stale_.expect(items);
+    for (std::size_t i = 0; i < values_.size(); ++i) {
+        const Item &item = values_[i].item;
+        inOrder_.push_back(i);
+        for (qint32 at = item.address; at < item.address + item.count; ++at)
+            byAddress_[{item.regType, at}].push_back(i);
+    }
+    std::stable_sort(inOrder_.begin(), inOrder_.end(), [this](std::size_t a, std::size_t b) {
+        return std::tie(values_[a].item.regType, values_[a].item.address)
+               < std::tie(values_[b].item.regType, values_[b].item.address);
+    });
+    runtime.onExchange([this](const Exchange &exchange) { noteExchange(exchange); });
+    runtime.onLost([this] { noteSilence(); });
+}
+
+void WatchValues::noteExchange(const Exchange &exchange)
+{
+    if (!runtime_.answering()) {
+        noteSilence();
+        return;
+    }
+    silent_ = false;
+    const Item block = {exchange.request.regType, exchange.request.address, exchange.request.count, false};
+    const bool isRead = exchange.kind == RequestKind::READ;
+    if (isRead && exchange.accepted)
+        noteFresh(block);
+    else if (isRead && exchange.judgement.verdict == Verdict::REFUSED)
+        noteRefused(block);
+    noteChanges();
+}
+
+void WatchValues::noteSilence()
+{
+    if (silent_)
+        return;
+    silent_ = true;
+    for (WatchedValue &value : values_) {
+        stale_.expect({value.item});
+        setQuality(value, value.text.empty() ? Quality::NOT_CONNECTED : Quality::LAST_KNOWN);
+    }
+}
+
+void WatchValues::noteRefused(const Item &block)
+{
+    for (WatchedValue &value : values_) {
+        if (!shareWord(value.item, block))
+            continue;
+        stale_.expect({value.item});
+        setQuality(value, Quality::REFUSED);
+    }
+}
+
+// The driver notifies no first value of 0, so the first values come from the blocks that were read.
+void WatchValues::noteFresh(const Item &block)
+{
+    if (stale_.complete() || stale_.settle(block.regType, block.address, block.count) == 0)
+        return;
+    for (const std::size_t i : inOrder_) {
+        WatchedValue &value = values_[i];
+        if (!shareWord(value.item, block) || stale_.awaits(value.item))
+            continue;
+        const bool isFirst = value.text.empty();
+        if (isFirst) {
+            value.quality = pending_[i] ? Quality::WRITE_PENDING : Quality::GOOD;
+            value.text    = decodeValues(value.format, runtime_.values(value.item));
+        }
+        if (isFirst && call_)
+            call_({WatchEvent::FIRST, value, ""});
+        if (!isFirst)
+            setQuality(value, pending_[i] ? Quality::WRITE_PENDING : Quality::GOOD);
+    }
+}
+
+void WatchValues::noteChanges()
+{
+    takeChanges(changed_);
+    for (const Change &change : changed_) {
+        const auto found = byAddress_.find({change.regType, change.address});
+        if (found == byAddress_.end())
+            continue;
+        for (const std::size_t i : found->second)
+            refresh(values_[i]);
+    }
+}
+
+void WatchValues::refresh(WatchedValue &value)
+{
+    if (value.text.empty())
+        return;
+    const std::string text = decodeValues(value.format, runtime_.values(value.item));
+    if (text == value.text)
+        return;
+    const std::string old = value.text;
+    value.text      = text;
+    value.changedAt = Clock::now();
+    ++value.changes;
+    ++changes_;
+    if (call_)
+        call_({WatchEvent::CHANGE, value, old});
+}
+
+void WatchValues::setQuality(WatchedValue &value, Quality quality)
+{
+    if (value.quality == quality)
+        return;
+    value.quality = quality;
+    if (call_)
+        call_({WatchEvent::QUALITY, value, value.text});
+}
+
+Quality WatchValues::settledQuality(const WatchedValue &value) const
+{
+    if (!stale_.awaits(value.item))
+        return Quality::GOOD;
+    return value.text.empty() ? Quality::NOT_CONNECTED : Quality::LAST_KNOWN;
+}
+
+void WatchValues::setPending(const std::vector<Item> &items)
+{
+    for (std::size_t i = 0; i < values_.size(); ++i) {
+        const Item &item = values_[i].item;
+        const bool pending = std::any_of(items.begin(), items.end(),
+                                         [&](const Item &written) { return shareWord(item, written); });
+        if (pending == pending_[i])
+            continue;
+        pending_[i] = pending;
+        setQuality(values_[i], pending ? Quality::WRITE_PENDING : settledQuality(values_[i]));
+    }
+}
+
+bool WatchValues::refused() const
+{
+    return std::any_of(values_.begin(), values_.end(), [](const WatchedValue &value) {
+        return value.quality == Quality::REFUSED && value.text.empty();
+    });
+}
