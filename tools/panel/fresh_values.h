@@ -41,7 +41,7 @@ template <typename Condition>
 bool stepUntil(Runtime &runtime, TimePoint giveUp, Condition done)
 {
     while (!done()) {
-        if (stopRequested() || Clock::now() >= giveUp)
+        if (stopRequested() || (giveUp != TimePoint::max() && Clock::now() >= giveUp))
             return false;
         runtime.step(giveUp);
     }

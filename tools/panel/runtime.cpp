@@ -99,7 +99,8 @@ void Runtime::connect()
 ExchangeStatus Runtime::transfer(RequestKind kind, std::size_t size)
 {
     // Recipe frames carry the number of an earlier request.
-    if (request_.requestId == REQUEST_ID_POLL && kind == RequestKind::READ && !recipeRunning())
+    const bool isPoll = request_.requestId == REQUEST_ID_POLL && kind == RequestKind::READ;
+    if (isPoll && writesSincePoll_ > 0 && !recipeRunning())
         writesSincePoll_ = 0;
     ++statistics_.requests;
     const char *frame = reinterpret_cast<const char *>(request_.frame);
