@@ -1,7 +1,6 @@
 #include "recipe_table.h"
 
 #include "exit_codes.h"
-#include "low_memory.h"
 #include "table_reader.h"
 
 #include <charconv>
@@ -122,11 +121,6 @@ std::vector<RecipeEntry> EntryReader::finish(Place place)
         problems_.add(file_, places_[overlap], reason);
     if (entries_.empty() && sound_)
         problems_.add(file_, place, "the recipe holds no variable; add one, such as \"DM:100\" = 1");
-    Recipe recipe;
-    recipe.entries = entries_;
-    if (recipe.wordCount() > RECIPE_BUFFER_WORDS)
-        problems_.add(file_, place, "the recipe has " + std::to_string(recipe.wordCount()) + " words; a recipe holds "
-                                    "at most " + std::to_string(RECIPE_BUFFER_WORDS));
     return entries_;
 }
 

@@ -90,14 +90,13 @@ bool TagReader::readScale(ValueFormat &format)
 {
     long decimals = format.decimals;
     bool sound = reader_.number("scale", format.scale);
+    if (format.scale == 0) {
+        reader_.report(*table_.find("scale"), "'scale' is 0; write the value of one step, such as 0.1");
+        sound = false;
+    }
     sound = reader_.number("offset", format.offset) && sound;
     sound = reader_.whole("decimals", 0, DECIMALS_LIMIT, decimals) && sound;
     format.decimals = static_cast<int>(decimals);
-    const DataNode *scale = reader_.take("scale");
-    if (scale && sound && format.scale == 0) {
-        reader_.report(*scale, "'scale' is 0; write the value of one step, such as 0.1");
-        return false;
-    }
     for (const char *key : {"scale", "offset", "decimals"}) {
         const DataNode *node = reader_.take(key);
         if (!node || isNumeric(format.type))

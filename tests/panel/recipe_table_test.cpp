@@ -1,0 +1,171 @@
+#include "recipe_table.h"
+
+#include "difference_table.h"
+#include "panel_fixture.h"
+#include "progress_bar.h"
+
+#include <fstream>
+#include <unistd.h>
+
+namespace {
+
+using Rows = std::vector<std::vector<std::string>>;
+
+RecipeEntry entry(const std::string &name, const std::vector<std::string> &texts)
+{
+    return makeEntry(TagBook(builtDriver()), name, texts);
+}
+
+std::vector<quint8> bytes(const std::string &name, const std::vector<std::string> &texts)
+{
+    return entry(name, texts).values;
+}
+
+// Recipe files in a folder of their own, for the time of a test.
+class RecipeTableTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        std::string form = ::testing::TempDir() + "panel_recipes_XXXXXX";
+        folder = std::string(mkdtemp(form.data())) + "/";
+    }
+
+    void TearDown() override
+    {
+        for (const char *name : {"r.toml", "r.csv", "r.txt"})
+            unlink((folder + name).c_str());
+        EXPECT_EQ(rmdir(folder.c_str()), 0);
+    }
+
+    // The recipe as text lines, or the refusal without the folder's name.
+    std::string load(const std::string &name, const std::string &text, bool needValues = true)
+    {
+        std::ofstream(folder + name, std::ios::binary) << text;
+        try {
+            return recipeFileText("", loadRecipeFile(TagBook(builtDriver()), folder + name, needValues).entries);
+        } catch (const UsageError &error) {
+            const std::string what = error.what();
+            return what.substr(what.find(folder) == 0 ? folder.size() : 0);
+        }
+    }
+
+    std::string folder;
+};
+
+} // namespace
+
+TEST_F(RecipeTableTest, ReadsToml)
+{
+    EXPECT_EQ(load("r.toml", "comment = \"c\"\n[values]\n\"DM:0\" = 5\n\"DM:2:2/f32\" = [1.5, -2]\n"
+                             "\"DM:6/hex\" = 0xAB\n"),
+              "DM:0 = 5\nDM:2:2/f32 = 1.5 -2\nDM:6/hex = 0x00AB\n");
+    EXPECT_EQ(load("r.toml", "variables = [\"DM:0:2\"]\n", false), "DM:0:2 = \n");
+    EXPECT_EQ(load("r.toml", "variables = [\"DM:0:2\"]\n"), "r.toml: 'DM:0:2' has no value; give it one");
+    EXPECT_EQ(load("r.toml", "[values]\n\"DM:0\" = 65536\n\"DM:99999\" = 1\n"),
+              "r.toml:2:10: '65536' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF (and 1 more)");
+    EXPECT_EQ(load("r.toml", "value = 1\n"),
+              "r.toml:1:1: 'value' is not known here; known are comment, variables, values (and 1 more)");
+}
+
+TEST_F(RecipeTableTest, ReadsCsv)
+{
+    EXPECT_EQ(load("r.csv", "variable,value\nDM:0,5\nDM:2:2,1 2\nDM:4:3/string,\"A, B\"\n"),
+              "DM:0 = 5\nDM:2:2 = 1 2\nDM:4:3/string = \"A, B\"\n");
+    EXPECT_EQ(load("r.csv", "value,variable\r\n0x10,DM:0\r\n"), "DM:0 = 16\n");
+    EXPECT_EQ(load("r.csv", "variable\nDM:0:2\n", false), "DM:0:2 = \n");
+    EXPECT_EQ(load("r.csv", "variable,value\nDM:0,\n"), "r.csv: 'DM:0' has no value; give it one");
+    EXPECT_EQ(load("r.csv", "variable,value\nDM:0,x\n"),
+              "r.csv:2:6: 'x' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF");
+    EXPECT_EQ(load("r.csv", "variable,value\nDM:0,1\nDM:0,2\n"),
+              "r.csv:3:1: DM:0 and DM:0 overlap; name every word and bit once");
+    EXPECT_EQ(load("r.csv", "variable,wert\nDM:0,1\n"),
+              "r.csv:1:10: 'wert' is not known here; known are variable, value");
+    EXPECT_EQ(load("r.csv", "name,value\nDM:0,1\n"),
+              "r.csv:1:1: 'name' is not known here; known are variable, value (and 1 more)");
+    EXPECT_EQ(load("r.csv", "variable,value\n"),
+              "r.csv:1:1: the recipe holds no variable; add one, such as \"DM:100\" = 1");
+}
+
+TEST_F(RecipeTableTest, ReadsText)
+{
+    EXPECT_EQ(load("r.txt", "DM:0/f32 = 1.5\nDM:2:2/string = \"A #1\" # a text\nDM:5:3/string = \"\\\"\\\\\"\n"),
+              "DM:0/f32 = 1.5\nDM:2:2/string = \"A #1\"\nDM:5:3/string = \"\\\"\\\\\"\n");
+    EXPECT_EQ(load("r.txt", "DM:0/string = \"A\n"), "r.txt:1: the quote is not closed; end the text with another \"");
+    EXPECT_EQ(load("r.txt", "DM:0:2/f32 = 1\n"), "r.txt:1: 'DM:0:2/f32' has 1 values for 2 words");
+    EXPECT_EQ(load("r.txt", "DM:0/f32 = 1e39\n"),
+              "r.txt:1: '1e39' does not fit f32; use a decimal number whose size fits f32");
+    EXPECT_EQ(load("r.txt", "DM:0 = 1\nDM:1 = 2\nDM:2 = 3\nDM:1 = 4\nDM:0 = 5\n"),
+              "r.txt:4: DM:1 and DM:1 overlap; name every word and bit once");
+}
+
+TEST_F(RecipeTableTest, WritesEveryFormAsItIsRead)
+{
+    const std::string text = "DM:0 = 5\nDM:2:2/f32 = 1.5 -2e+20\nDM:6/hex = 0x00AB\nDM:7/bits = 0000_0000_0000_0101\n"
+                             "DM:10:4/string = \"A \\\"b\\\", \\\\\"\nDM:20/u64 = 18446744073709551615\n"
+                             "DM:24/s64 = -9223372036854775808\n";
+    const std::string same = load("r.txt", text);
+    ASSERT_EQ(same, text);
+    for (const char *name : {"r.toml", "r.csv"}) {
+        const Recipe recipe = loadRecipeFile(TagBook(builtDriver()), folder + "r.txt", true);
+        EXPECT_EQ(load(name, recipeFileText(name, recipe.entries)), text) << name;
+    }
+}
+
+TEST(RecipeTable, WritesNumbersAndTextsOfToml)
+{
+    EXPECT_EQ(recipeFileText("a.toml", {entry("DM:0", {"5"}), entry("DM:1:2", {"1", "2"}), entry("DM:3/hex", {"1F"}),
+                                        entry("DM:4/bits", {"1"}), entry("DM:5/string", {"A\\\""}),
+                                        entry("DM:6/u64", {"9223372036854775808"}), entry("DM:10/f32", {"1e20"})}),
+              "[values]\n\"DM:0\" = 5\n\"DM:1:2\" = [1, 2]\n\"DM:3/hex\" = 0x001F\n"
+              "\"DM:4/bits\" = \"0000_0000_0000_0001\"\n\"DM:5/string\" = \"A\\\\\\\"\"\n"
+              "\"DM:6/u64\" = \"9223372036854775808\"\n\"DM:10/f32\" = 1e+20\n");
+    RecipeEntry bad = entry("DM:0/bcd16", {"1"});
+    bad.values = {0x0A, 0x00};
+    EXPECT_EQ(recipeFileText("a.toml", {bad}), "[values]\n\"DM:0/bcd16\" = \"no-bcd:0x000A\"\n");
+}
+
+TEST(RecipeTable, WritesCsv)
+{
+    EXPECT_EQ(recipeFileText("a.csv", {entry("DM:1:2", {"1", "2"}), entry("DM:5:3/string", {"A, \\\"B"})}),
+              "variable,value\nDM:1:2,1 2\nDM:5:3/string,\"A, \\\"\"B\"\n");
+}
+
+TEST(DifferenceTable, HasARowForEachValueThatDiffers)
+{
+    EXPECT_EQ(differences(entry("DM:5:3", {"1", "2", "3"}), bytes("DM:5:3", {"1", "2", "3"})), Rows());
+    EXPECT_EQ(differences(entry("DM:5:3", {"1", "2", "3"}), bytes("DM:5:3", {"9", "2", "8"})),
+              (Rows{{"DM:5", "1", "9", ""}, {"DM:7", "3", "8", ""}}));
+    EXPECT_EQ(differences(entry("DM:5:2/f32", {"1", "2"}), bytes("DM:5:2/f32", {"1", "2.5"})),
+              (Rows{{"DM:7/f32", "2", "2.5", ""}}));
+    EXPECT_EQ(differences(entry("DM:5", {"1"}), bytes("DM:5", {"2"})), (Rows{{"DM:5", "1", "2", ""}}));
+    EXPECT_EQ(differences(entry("DM:5:2/string", {"AB"}), bytes("DM:5:2/string", {"AC"})),
+              (Rows{{"DM:5:2/string", "\"AB\"", "\"AC\"", ""}}));
+    RecipeEntry tag = entry("DM:5:2", {"1", "2"});
+    tag.name        = "Level";
+    tag.format.unit = "bar";
+    EXPECT_EQ(differences(tag, bytes("DM:5:2", {"1", "3"})), (Rows{{"Level[1]", "2", "3", "bar"}}));
+}
+
+TEST(DifferenceTable, AlignsItsColumns)
+{
+    EXPECT_EQ(tableText({{"variable", "recipe", "PLC", "unit"}, {"a", "1", "1000", "l"},
+                         {"\xC3\xBC" "b", "10", "2", ""}},
+                        {false, true, true, false}),
+              "variable  recipe   PLC  unit\n"
+              "a              1  1000  l\n"
+              "\xC3\xBC" "b            10     2\n");
+}
+
+TEST(ProgressBar, FitsItsLine)
+{
+    EXPECT_EQ(progressText("writing", 0, 300, 79),
+              "writing [----------------------------------------]   0 %  0 of 300 words");
+    EXPECT_EQ(progressText("writing", 150, 300, 79),
+              "writing [####################--------------------]  50 %  150 of 300 words");
+    EXPECT_EQ(progressText("reading", 300, 300, 79),
+              "reading [########################################] 100 %  300 of 300 words");
+    EXPECT_EQ(progressText("reading", 301, 300, 40), "reading [######] 100 %  300 of 300 words");
+    EXPECT_EQ(progressText("reading", 150, 300, 38), "reading [##--]  50 %  150 of 300 words");
+    EXPECT_EQ(progressText("reading", 150, 300, 37), "reading  50 %  150 of 300 words");
+    EXPECT_EQ(progressText("reading", 150, 300, 10), "reading  5");
+}
