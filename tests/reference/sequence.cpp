@@ -100,10 +100,12 @@ Int Generator::count()
 
 Text Generator::propertyText()
 {
-    if (chance(6))
+    if (chance(6)) {
+        m_limit = 64; // or another one: counts that only a limit of 0 does not cut are out of the question
         return one<Text>({"", "1#0#0#3", "a#b#c#d#e", "#", "1#0#0#3#", "####", "1#0#0#3#64#9", " 1#0 #0# 3 #+64",
                           "1#0#0#-3#-64", "2147483648#0#0#3#8", "1#0#x#2#2147483647", "1#0#0#3#\xB2", "0x1#0#0#3#8",
                           "1#0#0#3#8.0", "01#00#1#03#0008", "-#+#--1#+-2#3", "1#0#0#3#300000000"});
+    }
     m_station = chance(85) ? 1 : one<Int>({0, -1, 7});
     m_limit = chance(45) ? one<Int>({8, 16, 64, 114}) : one<Int>({0, -1, -8, 1, 2, 3, 5, 20, 200, 495, 496, 600, 1000});
     const Int direct = chance(94) ? 0 : one<Int>({1, -1, 2});
