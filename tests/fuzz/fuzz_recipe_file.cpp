@@ -31,7 +31,7 @@ std::string linesOf(const std::vector<RecipeEntry> &entries)
 {
     std::string text;
     for (const RecipeEntry &entry : entries)
-        text += entry.values.empty() ? itemText(entry.item) + "\n" : recipeLine(entry) + "\n";
+        text += entry.values.empty() ? entryName(entry) + "\n" : recipeLine(entry) + "\n";
     return text;
 }
 
