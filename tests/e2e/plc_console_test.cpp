@@ -149,7 +149,7 @@ TEST_F(PlcConsoleTest, refusesBadFaults)
 {
     start();
     const std::string names =
-        "; faults are delay jitter drop wrong-sid short long bytewise double end-code close silence refuse";
+        "; faults are delay jitter drop wrong-sid short long bytewise double end-code close silence refuse tcp-error";
     expectError("fault", "'' is no fault" + names);
     expectError("fault melt", "'melt' is no fault" + names);
     expectError("fault melt off", "'melt' is no fault" + names);
@@ -200,7 +200,7 @@ TEST_F(PlcConsoleTest, stats)
 TEST_F(PlcConsoleTest, help)
 {
     start();
-    EXPECT_EQ(tell("help"), "ok read write mode fault faults clients disconnect stats help quit");
+    EXPECT_EQ(tell("help"), "ok read write mode fault faults tcp-error clients disconnect stats help quit");
 }
 
 TEST_F(PlcConsoleTest, unknownCommands)

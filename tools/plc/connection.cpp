@@ -26,6 +26,8 @@ void Connection::start()
 {
     asio::error_code ignored;
     socket.set_option(asio::ip::tcp::no_delay(true), ignored);
+    const asio::ip::tcp::endpoint peer = socket.remote_endpoint(ignored);
+    address = peer.address().to_string(ignored) + ":" + std::to_string(peer.port());
     socket.set_option(asio::socket_base::keep_alive(true), ignored);
     readMore();
 }
@@ -75,7 +77,8 @@ bool Connection::answerNextFrame()
         readMore();
         return false;
     }
-    trace('<', frame.bytes);
+    ++requests;
+    note('<', frame.bytes);
     const Answer answer =
         result == FrameAssembler::Result::BAD ? session.reject(frame, error) : session.receive(frame);
     if (session.hasNode())
@@ -99,7 +102,7 @@ void Connection::send(const Answer &answer)
 void Connection::beginWriting()
 {
     ++plc.stats.replies;
-    trace('>', outgoing.bytes);
+    note('>', outgoing.bytes);
     startDeadline(options.deadlineMs);
     writeSome();
 }
@@ -186,8 +189,10 @@ void Connection::stopDeadline()
     deadline.cancel();
 }
 
-void Connection::trace(char direction, const Bytes &bytes) const
+void Connection::note(char direction, const Bytes &bytes) const
 {
+    if (options.recorder)
+        options.recorder->add(id, direction, bytes);
     if (options.isTraced)
         std::cerr << '#' << id << ' ' << direction << ' ' << hexText(bytes) << std::endl;
 }

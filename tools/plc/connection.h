@@ -1,6 +1,7 @@
 #ifndef FINS_PLC_CONNECTION_H
 #define FINS_PLC_CONNECTION_H
 
+#include "recording.h"
 #include "session.h"
 
 #include <array>
@@ -17,6 +18,7 @@ namespace plc {
 struct ConnectionOptions {
     unsigned deadlineMs = 30000; // for the rest of a frame, for the node exchange, and for the peer to take an answer
     bool     isTraced = false;   // frames on standard error
+    std::shared_ptr<Recorder> recorder; // keeps all frames; null: none does
 };
 
 class Connection : public std::enable_shared_from_this<Connection> {
@@ -30,6 +32,15 @@ public:
 
     /// Closes the connection at once and reports its end.
     void close();
+
+    /// What is to be told of the client.
+    struct Client {
+        unsigned      id;
+        unsigned      node;     // 0 before the node address exchange
+        std::string   address;  // IP address and port
+        std::uint64_t requests; // frames received
+    };
+    Client client() const { return {id, session.clientNode(), address, requests}; }
 
 private:
     using Step = void (Connection::*)();
@@ -46,7 +57,7 @@ private:
     void wait(unsigned ms, Step next);
     void startDeadline(unsigned ms);
     void stopDeadline();
-    void trace(char direction, const Bytes &bytes) const;
+    void note(char direction, const Bytes &bytes) const;
 
     asio::ip::tcp::socket          socket;
     asio::steady_timer             pause;    // before an answer, and between bytes
@@ -54,6 +65,8 @@ private:
     bool                           hasDeadline = false;
     bool                           isClosed = false;
     unsigned                       id;
+    std::string                    address;
+    std::uint64_t                  requests = 0;
     Plc                           &plc;
     ConnectionOptions              options;
     EndHandler                     onEnd;

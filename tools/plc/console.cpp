@@ -8,8 +8,9 @@ const Console::Command Console::COMMANDS[] = {
     {"read",       "TYPE:ADDRESS[:COUNT]",                     "values, in decimal", &Console::read},
     {"write",      "TYPE:ADDRESS VALUE...",                    "values 0 to 65535, or 0 and 1", &Console::write},
     {"mode",       "[program|monitor|run]",                    "the operating mode, or a new one", &Console::mode},
-    {"fault",      "NAME[=VALUE][@PROBABILITY] | NAME off",    "begin or end a fault", &Console::fault},
+    {"fault",      "NAME[=VALUE][@PROBABILITY][#TIMES] | NAME off", "begin or end a fault", &Console::fault},
     {"faults",     "[off]",                                    "the faults that are set, or end all", &Console::faults},
+    {"tcp-error",  "XX [TIMES] | off",                         "refuse node address exchanges", &Console::tcpError},
     {"clients",    "",                                         "number of clients and their nodes", &Console::clients},
     {"disconnect", "",                                         "close all connections", &Console::disconnect},
     {"stats",      "",                                         "counts since the start", &Console::stats},
@@ -22,7 +23,7 @@ std::string Console::help()
     std::string text;
     for (const Command &command : COMMANDS) {
         const std::string usage = std::string(command.name) + " " + command.arguments;
-        text += "  " + usage + std::string(usage.size() < 46 ? 46 - usage.size() : 1, ' ') + command.meaning + "\n";
+        text += "  " + usage + std::string(usage.size() < 56 ? 56 - usage.size() : 1, ' ') + command.meaning + "\n";
     }
     return text;
 }
@@ -43,7 +44,7 @@ std::string Console::read(Words &words)
     std::string place;
     words >> place;
     Span span;
-    const std::string wrong = parsePlace(place, &span);
+    const std::string wrong = parsePlace(place, plc.controller.memory, &span);
     if (!wrong.empty())
         return "error " + wrong;
     std::string reply = "ok";
@@ -58,7 +59,7 @@ std::string Console::write(Words &words)
     std::string place;
     words >> place;
     Span span;
-    std::string wrong = parsePlace(place, &span);
+    std::string wrong = parsePlace(place, plc.controller.memory, &span);
     if (!wrong.empty())
         return "error " + wrong;
     const unsigned most = span.access == Access::BIT ? 1 : 65535;
@@ -75,7 +76,7 @@ std::string Console::write(Words &words)
     if (hasCount && values.size() != span.count)
         return "error " + std::to_string(values.size()) + " values for " + std::to_string(span.count) + " items";
     if (!hasCount)
-        wrong = parsePlace(place + ":" + std::to_string(values.size()), &span);
+        wrong = parsePlace(place + ":" + std::to_string(values.size()), plc.controller.memory, &span);
     if (!wrong.empty())
         return "error " + wrong;
     for (unsigned i = 0; i < span.count; ++i)
@@ -116,6 +117,16 @@ std::string Console::faults(Words &words)
     plc.faults.clearAll();
     server.applyFaults();
     return "ok";
+}
+
+std::string Console::tcpError(Words &words)
+{
+    std::string error;
+    std::string times;
+    words >> error >> times;
+    std::istringstream setting(error == "off" ? "tcp-error off"
+                                              : "tcp-error=" + error + (times.empty() ? "" : "#" + times));
+    return fault(setting);
 }
 
 std::string Console::clients(Words &)

@@ -40,6 +40,7 @@ private:
     std::string mode(Words &words);
     std::string fault(Words &words);
     std::string faults(Words &words);
+    std::string tcpError(Words &words);
     std::string clients(Words &words);
     std::string disconnect(Words &words);
     std::string stats(Words &words);

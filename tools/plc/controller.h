@@ -3,6 +3,7 @@
 
 #include "end_codes.h"
 #include "memory.h"
+#include "write_log.h"
 
 #include <string>
 
@@ -13,8 +14,13 @@ namespace plc {
 /// Operating modes, with their values in RUN and CONTROLLER STATUS READ.
 enum class Mode : unsigned { PROGRAM = 0x00, MONITOR = 0x02, RUN = 0x04 };
 
+/// Bytes of a FINS frame: a FINS/TCP length field covers command (4), error code (4) and the frame, and is at most 2020.
+enum : unsigned { FINS_FRAME_MAX = 2020 - (4 + 4) };
+
 struct Controller {
     Memory   memory;
+    unsigned messageMax = FINS_FRAME_MAX;   // bytes of a command or response, FINS header included
+    WriteLog writes;                        // by FINS commands
     Mode     mode = Mode::RUN;
     unsigned refusalInRun = END_NORMAL;     // end code of writes while in RUN mode; END_NORMAL: they are taken
     unsigned refusalInProgram = END_NORMAL; // the same for PROGRAM mode

@@ -32,6 +32,7 @@ enum TcpError : unsigned {
     TCP_UNSUPPORTED_COMMAND = 0x03,
     TCP_ALL_IN_USE          = 0x20, // all connections are in use
     TCP_NODE_IN_USE         = 0x21, // the node is connected already
+    TCP_ADDRESS_PROTECTED   = 0x22, // the client's IP address is not among those that are let in
     TCP_NODE_OUT_OF_RANGE   = 0x23, // client node address out of range
     TCP_NODE_IS_SERVER      = 0x24, // client and server have the same node address
     TCP_NO_NODE_LEFT        = 0x25  // all node addresses for automatic allocation are in use

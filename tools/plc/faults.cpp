@@ -1,7 +1,9 @@
 #include "faults.h"
 
+#include "end_codes.h"
 #include "memory.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
@@ -9,7 +11,7 @@ namespace plc {
 
 namespace {
 
-enum class ValueKind { NONE, DECIMAL, END_CODE };
+enum class ValueKind { NONE, DECIMAL, END_CODE, TCP_ERROR };
 
 struct FaultRow {
     const char *name;
@@ -34,7 +36,31 @@ const FaultRow FAULTS[FAULT_COUNT] = {
     {"close",     ValueKind::NONE,     0, 0,        0, "command carried out, connection closed instead of a reply"},
     {"silence",   ValueKind::NONE,     0, 0,        0, "nothing carried out or answered, node exchanges included"},
     {"refuse",    ValueKind::NONE,     0, 0,        0, "connections refused"},
+    {"tcp-error", ValueKind::TCP_ERROR, 1, 0x25,    0, "node exchange refused with FINS/TCP error 1 2 3 20 to 25 (hex)"},
 };
+
+const unsigned TIMES_MAX = 1000000;
+
+const char *valueUsage(ValueKind kind)
+{
+    switch (kind) {
+    case ValueKind::NONE:      return "";
+    case ValueKind::DECIMAL:   return "[=N]";
+    case ValueKind::END_CODE:  return "=XXXX";
+    case ValueKind::TCP_ERROR: return "=XX";
+    }
+    return "";
+}
+
+std::string valueText(ValueKind kind, unsigned value)
+{
+    char text[16] = "";
+    if (kind == ValueKind::DECIMAL)
+        std::snprintf(text, sizeof text, "=%u", value);
+    else if (kind != ValueKind::NONE)
+        std::snprintf(text, sizeof text, kind == ValueKind::END_CODE ? "=%04X" : "=%02X", value);
+    return text;
+}
 
 int findFault(const std::string &name)
 {
@@ -65,12 +91,30 @@ bool parseProbability(const std::string &text, double *probability)
     return true;
 }
 
-bool parseEndCode(const std::string &text, unsigned *value)
+// `digits` hexadecimal digits, or where `mayBeShort`, at least one.
+bool parseHex(const std::string &text, std::size_t digits, bool mayBeShort, unsigned *value)
 {
-    if (text.size() != 4 || text.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos)
+    if (text.empty() || text.size() > digits || (text.size() < digits && !mayBeShort) ||
+        text.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos)
         return false;
     *value = static_cast<unsigned>(std::strtoul(text.c_str(), nullptr, 16));
     return true;
+}
+
+// The errors that FINS/TCP documents.
+bool isTcpError(unsigned value)
+{
+    return (value >= TCP_NOT_FINS && value <= TCP_UNSUPPORTED_COMMAND) ||
+           (value >= TCP_ALL_IN_USE && value <= TCP_NO_NODE_LEFT);
+}
+
+std::string valueRange(const FaultRow &row)
+{
+    if (row.kind == ValueKind::END_CODE)
+        return "four hexadecimal digits, not 0000";
+    if (row.kind == ValueKind::TCP_ERROR)
+        return "1, 2, 3 or 20 to 25 (hexadecimal)";
+    return std::to_string(row.least) + " to " + std::to_string(row.most);
 }
 
 // Returns an empty text, or what is wrong with the value.
@@ -80,12 +124,11 @@ std::string parseValue(const FaultRow &row, const std::string &text, unsigned *v
     if (row.kind == ValueKind::NONE)
         return name + " takes no value";
     unsigned parsed = 0;
-    const bool isHex = row.kind == ValueKind::END_CODE;
-    const bool isNumber = isHex ? parseEndCode(text, &parsed) : parseNumber(text, row.most, &parsed);
-    if (!isNumber || parsed < row.least)
-        return "'" + text + "' is no value of " + name + "; use " +
-               (isHex ? std::string("four hexadecimal digits, not 0000")
-                      : std::to_string(row.least) + " to " + std::to_string(row.most));
+    const bool isNumber = row.kind == ValueKind::DECIMAL    ? parseNumber(text, row.most, &parsed)
+                          : row.kind == ValueKind::END_CODE ? parseHex(text, 4, false, &parsed)
+                                                            : parseHex(text, 2, true, &parsed);
+    if (!isNumber || parsed < row.least || (row.kind == ValueKind::TCP_ERROR && !isTcpError(parsed)))
+        return "'" + text + "' is no value of " + name + "; use " + valueRange(row);
     *value = parsed;
     return std::string();
 }
@@ -94,8 +137,9 @@ std::string parseValue(const FaultRow &row, const std::string &text, unsigned *v
 
 std::string Faults::set(const std::string &text)
 {
-    const std::string::size_type at = text.find('@');
-    const std::string nameAndValue = text.substr(0, at);
+    const std::string::size_type hash = text.find('#');
+    const std::string::size_type at = text.substr(0, hash).find('@');
+    const std::string nameAndValue = text.substr(0, std::min(at, hash));
     const std::string::size_type equals = nameAndValue.find('=');
     const std::string name = nameAndValue.substr(0, equals);
     const int kind = findFault(name);
@@ -104,10 +148,16 @@ std::string Faults::set(const std::string &text)
     Setting setting;
     setting.probability = 1;
     setting.value = FAULTS[kind].preset;
-    if (at != std::string::npos && !parseProbability(text.substr(at + 1), &setting.probability))
-        return "'" + text.substr(at + 1) + "' is no probability; use 0 to 1";
+    const std::string probability = at == std::string::npos ? "" : text.substr(at + 1, hash - (at + 1));
+    if (at != std::string::npos && !parseProbability(probability, &setting.probability))
+        return "'" + probability + "' is no probability; use 0 to 1";
+    if (hash != std::string::npos &&
+        (!parseNumber(text.substr(hash + 1), TIMES_MAX, &setting.times) || setting.times == 0))
+        return "'" + text.substr(hash + 1) + "' is no number of times; use 1 to " + std::to_string(TIMES_MAX);
     if (equals == std::string::npos && FAULTS[kind].kind == ValueKind::END_CODE)
         return name + " needs a value, such as " + name + "=1101";
+    if (equals == std::string::npos && FAULTS[kind].kind == ValueKind::TCP_ERROR)
+        return name + " needs a value, such as " + name + "=22";
     if (equals != std::string::npos) {
         const std::string wrong = parseValue(FAULTS[kind], nameAndValue.substr(equals + 1), &setting.value);
         if (!wrong.empty())
@@ -135,10 +185,14 @@ void Faults::clearAll()
 bool Faults::strikes(FaultKind kind)
 {
     const double range = 4294967296.0; // of the random numbers
-    const double probability = settings[kind].probability;
-    if (probability <= 0 || probability >= 1)
-        return probability >= 1;
-    return static_cast<double>(random()) / range < probability;
+    Setting &setting = settings[kind];
+    if (setting.probability <= 0)
+        return false;
+    if (setting.probability < 1 && static_cast<double>(random()) / range >= setting.probability)
+        return false;
+    if (setting.times > 0 && --setting.times == 0)
+        setting.probability = 0;
+    return true;
 }
 
 std::string Faults::list() const
@@ -147,14 +201,12 @@ std::string Faults::list() const
     for (int i = 0; i < FAULT_COUNT; ++i) {
         if (settings[i].probability <= 0)
             continue;
-        char value[16] = "";
-        if (FAULTS[i].kind != ValueKind::NONE)
-            std::snprintf(value, sizeof value, FAULTS[i].kind == ValueKind::END_CODE ? "=%04X" : "=%u",
-                          settings[i].value);
+        const std::string value = valueText(FAULTS[i].kind, settings[i].value);
         char probability[32] = "";
         if (settings[i].probability < 1)
             std::snprintf(probability, sizeof probability, "@%g", settings[i].probability);
-        text += (text.empty() ? "" : " ") + std::string(FAULTS[i].name) + value + probability;
+        const std::string times = settings[i].times > 0 ? "#" + std::to_string(settings[i].times) : "";
+        text += (text.empty() ? "" : " ") + std::string(FAULTS[i].name) + value + probability + times;
     }
     return text.empty() ? "none" : text;
 }
@@ -163,7 +215,7 @@ std::string Faults::help()
 {
     std::string text;
     for (const FaultRow &row : FAULTS) {
-        const std::string value = row.kind == ValueKind::NONE ? "" : row.kind == ValueKind::END_CODE ? "=XXXX" : "[=N]";
+        const std::string value = valueUsage(row.kind);
         const std::string name = "  " + std::string(row.name) + value;
         text += name + std::string(name.size() < 18 ? 18 - name.size() : 1, ' ') + row.meaning + "\n";
     }

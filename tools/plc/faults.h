@@ -5,9 +5,9 @@
 #include <random>
 #include <string>
 
-// Misbehaviour on purpose. Each fault has a name, for most a value, and the probability with which it strikes.
-// Delay, jitter, bytewise, silence and refuse strike node address exchanges too; all others only FINS frames, so that a
-// link can come up before they are met.
+// Misbehaviour on purpose. Each fault has a name, for most a value, the probability with which it strikes and how often
+// it does before it ends. Delay, jitter, bytewise, silence and refuse strike node address exchanges too, tcp-error
+// nothing else; all others only FINS frames, so that a link can come up before they are met.
 
 namespace plc {
 
@@ -24,7 +24,9 @@ enum FaultKind {
     FAULT_END_CODE,  // the command is refused with this end code
     FAULT_CLOSE,     // the command is carried out, the connection closed instead of a reply
     FAULT_SILENCE,   // nothing is carried out or answered
-    FAULT_REFUSE,    // connections are refused; with a probability below 1, accepted and closed at once
+    FAULT_REFUSE,    // connections are refused; with a probability below 1 or a number of times, accepted and
+                     // closed at once
+    FAULT_TCP_ERROR, // node address exchanges are refused with this FINS/TCP error
     FAULT_COUNT
 };
 
@@ -32,19 +34,20 @@ class Faults {
 public:
     explicit Faults(std::uint32_t seed) : random(seed) {}
 
-    /// Sets the fault in `text`, NAME[=VALUE][@PROBABILITY]. Returns an empty text, or what is wrong; then nothing has
-    /// changed.
+    /// Sets the fault in `text`, NAME[=VALUE][@PROBABILITY][#TIMES]. Returns an empty text, or what is wrong; then
+    /// nothing has changed.
     std::string set(const std::string &text);
 
     /// Ends the fault called `name`. Returns an empty text, or what is wrong.
     std::string clear(const std::string &name);
     void clearAll();
 
-    /// Whether the fault strikes this time.
+    /// Whether the fault strikes this time. With its last time it ends; its value stays.
     bool strikes(FaultKind kind);
 
     unsigned value(FaultKind kind) const { return settings[kind].value; }
-    bool isCertain(FaultKind kind) const { return settings[kind].probability >= 1.0; }
+    /// Whether the fault strikes every time, without end.
+    bool isCertain(FaultKind kind) const { return settings[kind].probability >= 1.0 && settings[kind].times == 0; }
 
     /// A random number from 0 to `most`.
     unsigned upTo(unsigned most) { return static_cast<unsigned>(random() % (std::uint64_t(most) + 1)); }
@@ -59,6 +62,7 @@ private:
     struct Setting {
         double   probability = 0; // 0: off
         unsigned value = 0;
+        unsigned times = 0; // that it still strikes; 0: without end
     };
 
     Setting      settings[FAULT_COUNT];

@@ -42,7 +42,7 @@ unsigned readMemory(const Controller &controller, Slice command, Bytes &data)
     if (span.count == 0)
         return END_PARAMETER_ERROR;
     const unsigned itemSize = span.access == Access::WORD ? 2 : 1;
-    if (span.count * itemSize > READ_DATA_MAX)
+    if (RESPONSE_DATA + span.count * itemSize > controller.messageMax)
         return END_RESPONSE_TOO_LONG;
     for (unsigned i = 0; i < span.count; ++i) {
         if (itemSize == 2)
@@ -76,6 +76,7 @@ unsigned writeMemory(Controller &controller, Slice command)
         const std::size_t offset = MEM_DATA + i * itemSize;
         controller.memory.set(span, i, itemSize == 2 ? command.get16(offset) : command.get8(offset));
     }
+    controller.writes.add(span);
     return END_NORMAL;
 }
 
@@ -134,6 +135,8 @@ Bytes refuseCommand(Slice command, unsigned endCode)
 
 Bytes runCommand(Controller &controller, Slice command)
 {
+    if (FINS_HEADER_SIZE + command.size() > controller.messageMax)
+        return refuseCommand(command, END_COMMAND_TOO_LONG);
     Bytes data;
     unsigned endCode = END_UNKNOWN_COMMAND;
     switch (command.get16(0)) {

@@ -9,16 +9,15 @@
 
 namespace plc {
 
-/// Sizes in bytes. A FINS/TCP length field covers command (4), error code (4) and the FINS frame, and is at most 2020.
+/// Sizes in bytes.
 enum : unsigned {
     FINS_HEADER_SIZE = 10,
-    FINS_FRAME_MAX   = 2020 - (4 + 4),
     COMMAND_CODE     = 2,
     END_CODE         = 2,
-    READ_DATA_MAX    = FINS_FRAME_MAX - (FINS_HEADER_SIZE + COMMAND_CODE + END_CODE) // 999 words or 1998 bits
+    RESPONSE_DATA    = FINS_HEADER_SIZE + COMMAND_CODE + END_CODE // data of a response begin here
 };
 
-/// Carries out `command` and returns the answer.
+/// Carries out `command`, unless it is longer than the controller's messages may be, and returns the answer.
 Bytes runCommand(Controller &controller, Slice command);
 
 /// The answer to `command` that has nothing but `endCode`.

@@ -16,7 +16,8 @@ const std::size_t LINE_MAX_BYTES = 65536;
 
 } // namespace
 
-LineReader::LineReader(asio::io_context &context, LineHandler atLine) : io(context), onLine(std::move(atLine)), wakeUp()
+LineReader::LineReader(asio::io_context &context, Unit wanted, LineHandler atLine)
+    : io(context), unit(wanted), onLine(std::move(atLine)), wakeUp()
 {
     if (pipe2(wakeUp, O_CLOEXEC) != 0)
         throw std::system_error(errno, std::generic_category(), "pipe");
@@ -60,6 +61,8 @@ bool LineReader::readInput()
             deliver(pending);
         return false;
     }
+    if (unit == Unit::BYTES)
+        return deliver(std::string(buffer, static_cast<std::size_t>(count)));
     for (ssize_t i = 0; i < count; ++i) {
         if (buffer[i] != '\n') {
             if (pending.size() < LINE_MAX_BYTES)

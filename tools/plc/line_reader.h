@@ -8,7 +8,7 @@
 #include <string>
 #include <thread>
 
-// Lines of standard input, handed one at a time to the thread that runs the io_context. A thread reads them, so that
+// Lines of standard input, handed one at a time to the thread that runs the io_context; or the bytes as they come. A thread reads them, so that
 // standard input stays as it is (a terminal made non-blocking would stay so for the shell) and may be a file.
 
 namespace plc {
@@ -17,7 +17,9 @@ class LineReader {
 public:
     using LineHandler = std::function<void(const std::string &line)>;
 
-    LineReader(asio::io_context &context, LineHandler atLine);
+    enum class Unit { LINES, BYTES };
+
+    LineReader(asio::io_context &context, Unit wanted, LineHandler atLine);
     LineReader(const LineReader &) = delete;
     LineReader &operator=(const LineReader &) = delete;
     ~LineReader();
@@ -28,6 +30,7 @@ private:
     bool deliver(const std::string &line);
 
     asio::io_context       &io;
+    Unit                    unit;
     LineHandler             onLine;
     int                     wakeUp[2]; // a pipe: closed at its writing end to stop the thread
     std::string             pending;   // bytes of an unfinished line

@@ -2,12 +2,20 @@
 #include "line_reader.h"
 #include "options.h"
 #include "plant.h"
+#include "profile.h"
+#include "replay.h"
 #include "server.h"
+#include "terminal.h"
+#include "view.h"
 
 #include <chrono>
+#include <cerrno>
 #include <csignal>
+#include <cstring>
+#include <fstream>
 #include <functional>
 #include <iostream>
+#include <unistd.h>
 
 // fins_plc: a simulated PLC. Results on standard output, everything else on standard error.
 
@@ -15,14 +23,13 @@ namespace plc {
 
 namespace {
 
-enum { EXIT_DONE = 0, EXIT_BAD_FAULT = 2, EXIT_NO_PORT = 3 };
+enum { EXIT_DONE = 0, EXIT_BAD_USAGE = 2, EXIT_NO_PORT = 3 };
 
 // Steps the plant for as long as the io_context runs.
 class PlantTimer {
 public:
     PlantTimer(asio::io_context &context, Plant &driven, unsigned ms) : timer(context), plant(driven), period(ms)
     {
-        plant.begin();
         timer.expires_after(period);
         wait();
     }
@@ -56,40 +63,122 @@ bool setFaults(Faults &faults, const std::vector<std::string> &texts)
     return true;
 }
 
-void serve(asio::io_context &io, Plc &plc, const Options &options, Server &server)
+// Sets a place of the project; a command line with a smaller profile than the project's may have left no room for it.
+bool setContents(Memory &memory, const std::vector<Content> &contents)
 {
-    asio::signal_set signals(io, SIGINT, SIGTERM);
+    for (const Content &content : contents) {
+        if (content.place.first + content.place.count > memory.itemsOf(content.place)) {
+            std::cerr << "fins_plc: " << placeText(content.place) << " of the project is not in the profile's memory; "
+                      << "choose another --profile" << std::endl;
+            return false;
+        }
+        for (unsigned i = 0; i < content.place.count; ++i)
+            memory.set(content.place, i, content.values[i]);
+    }
+    return true;
+}
+
+bool openRecording(const Options &options, ConnectionOptions *connection)
+{
+    if (options.recordFile.empty())
+        return true;
+    errno = 0;
+    connection->recorder = std::make_shared<Recorder>(options.recordFile, options.recordLimitKiB * 1024ull);
+    if (connection->recorder->isOpen())
+        return true;
+    std::cerr << "fins_plc: --record: cannot write " << options.recordFile << ": " << std::strerror(errno)
+              << std::endl;
+    return false;
+}
+
+bool loadReplay(const std::string &file, Replay &replay)
+{
+    errno = 0;
+    std::ifstream text(file, std::ios::binary);
+    if (!text || text.peek() == std::ifstream::traits_type::eof()) {
+        std::cerr << "fins_plc: --replay: cannot read " << file << ": "
+                  << (errno != 0 ? std::strerror(errno) : "it is empty") << std::endl;
+        return false;
+    }
+    const std::string wrong = replay.load(text, file);
+    if (!wrong.empty())
+        std::cerr << "fins_plc: --replay: " << wrong << std::endl;
+    return wrong.empty();
+}
+
+bool checkTerminal(const Options &options)
+{
+    if (!options.isViewed)
+        return true;
+    if (!Terminal::isUsable()) {
+        std::cerr << "fins_plc: --view needs a terminal on standard output; run it in one, with TERM set" << std::endl;
+        return false;
+    }
+    if (options.connection.isTraced && isatty(STDERR_FILENO)) {
+        std::cerr << "fins_plc: --trace would write into the view; add 2>FILE to keep the trace" << std::endl;
+        return false;
+    }
+    return true;
+}
+
+void serve(asio::io_context &io, Plc &plc, const Options &options, Server &server, Plant *plant)
+{
+    asio::signal_set signals(io, SIGINT, SIGTERM, SIGHUP);
     signals.async_wait([&io](const asio::error_code &, int) { io.stop(); });
-    Plant plant(plc.controller);
     std::unique_ptr<PlantTimer> timer;
-    if (options.hasPlant)
-        timer = std::make_unique<PlantTimer>(io, plant, options.plantPeriodMs);
+    if (plant)
+        timer = std::make_unique<PlantTimer>(io, *plant, options.plantPeriodMs);
     Console console(plc, server, [&io] { io.stop(); });
     std::cout << "listening on " << server.endpoint() << std::endl;
-    LineReader reader(io, [&console](const std::string &line) { std::cout << console.answer(line) << std::endl; });
+    if (!options.isViewed) {
+        LineReader reader(io, LineReader::Unit::LINES,
+                          [&console](const std::string &line) { std::cout << console.answer(line) << std::endl; });
+        io.run();
+        return;
+    }
+    View view(io, plc, server, console, plant, options);
+    LineReader reader(io, LineReader::Unit::BYTES, [&view](const std::string &keys) { view.takeKeys(keys); });
     io.run();
 }
 
-int run(const Options &options)
+int listen(Plc &plc, const Options &options, Plant *plant)
 {
-    Plc plc(options.node, options.clients, options.seed);
-    plc.controller.mode = options.mode;
-    plc.controller.refusalInRun = options.refusalInRun;
-    plc.controller.refusalInProgram = options.refusalInProgram;
-    if (!setFaults(plc.faults, options.faults))
-        return EXIT_BAD_FAULT;
+    ConnectionOptions connection = options.connection;
     asio::io_context io;
     const asio::ip::tcp::endpoint address(asio::ip::make_address(options.address), options.port);
     std::unique_ptr<Server> server;
+    if (!openRecording(options, &connection))
+        return EXIT_BAD_USAGE;
     try {
-        server = std::make_unique<Server>(io, address, plc, options.connection, options.clients);
+        server = std::make_unique<Server>(io, address, plc, connection, plc.nodes.limit());
     } catch (const asio::system_error &error) {
         std::cerr << "fins_plc: cannot listen on " << address << ": " << error.code().message()
                   << "; choose another --port (0 picks a free one) or --bind" << std::endl;
         return EXIT_NO_PORT;
     }
-    serve(io, plc, options, *server);
+    serve(io, plc, options, *server, plant);
     return EXIT_DONE;
+}
+
+int run(const Options &options)
+{
+    const Profile &profile = *findProfile(options.profile);
+    Plc plc(options.node, options.clients != 0 ? options.clients : profile.clients, options.seed);
+    plc.controller.memory = Memory(profile.sizes);
+    plc.controller.messageMax = profile.messageMax;
+    plc.controller.mode = options.mode;
+    plc.controller.refusalInRun = options.refusalInRun;
+    plc.controller.refusalInProgram = options.refusalInProgram;
+    const std::unique_ptr<Plant> plant = makePlant(options.plant, plc.controller, options.seed);
+    if (plant)
+        plant->begin();
+    Replay replay;
+    if (!options.replayFile.empty())
+        plc.recorded = &replay;
+    const bool isReady = checkTerminal(options) && setFaults(plc.faults, options.faults) &&
+                         setContents(plc.controller.memory, options.contents) &&
+                         (!plc.recorded || loadReplay(options.replayFile, replay));
+    return isReady ? listen(plc, options, plant.get()) : int(EXIT_BAD_USAGE);
 }
 
 } // namespace

@@ -28,11 +28,6 @@ const AreaRow AREAS[AREA_COUNT] = {
     {"C",    4096, 0x89, 0x09, 0x8000, true},
 };
 
-unsigned itemsOf(const Span &span)
-{
-    return span.access == Access::BIT ? AREAS[span.area].size * BITS_PER_WORD : AREAS[span.area].size;
-}
-
 // Of the rows with this code, the last one that begins at or below the address. -1 for an unknown code.
 int findArea(unsigned areaCode, unsigned address)
 {
@@ -63,12 +58,25 @@ bool findAccess(unsigned areaCode, Access *access)
     return true;
 }
 
-Memory::Memory()
+AreaSizes fullSizes()
 {
-    for (int i = 0; i < AREA_COUNT; ++i) {
-        words[i].assign(AREAS[i].size, 0);
-        flags[i].assign(AREAS[i].hasFlags ? AREAS[i].size : 0, 0);
+    AreaSizes sizes = {};
+    for (std::size_t i = 0; i < AREA_COUNT; ++i)
+        sizes[i] = AREAS[i].size;
+    return sizes;
+}
+
+Memory::Memory(const AreaSizes &sizes)
+{
+    for (std::size_t i = 0; i < AREA_COUNT; ++i) {
+        words[i].assign(sizes[i], 0);
+        flags[i].assign(AREAS[i].hasFlags ? sizes[i] : 0, 0);
     }
+}
+
+unsigned Memory::itemsOf(const Span &span) const
+{
+    return span.access == Access::BIT ? size(span.area) * BITS_PER_WORD : size(span.area);
 }
 
 EndCode Memory::locate(unsigned areaCode, unsigned address, unsigned bit, unsigned count, Span *span) const
@@ -82,7 +90,7 @@ EndCode Memory::locate(unsigned areaCode, unsigned address, unsigned bit, unsign
     found.count = count;
     const unsigned number = address - AREAS[area].base;
     const unsigned lastBit = found.access == Access::BIT ? BITS_PER_WORD - 1 : 0;
-    if (number >= AREAS[area].size || bit > lastBit)
+    if (number >= size(area) || bit > lastBit)
         return END_START_OUT_OF_RANGE;
     found.first = found.access == Access::BIT ? number * BITS_PER_WORD + bit : number;
     if (count > itemsOf(found) - found.first)
@@ -180,7 +188,7 @@ bool findType(const std::string &name, Span *span)
 
 } // namespace
 
-std::string parsePlace(const std::string &text, Span *span)
+std::string parsePlace(const std::string &text, const Memory &memory, Span *span)
 {
     const std::string::size_type first = text.find(':');
     const std::string::size_type second = first == std::string::npos ? first : text.find(':', first + 1);
@@ -189,18 +197,27 @@ std::string parsePlace(const std::string &text, Span *span)
         return "'" + text +
                "' is no TYPE:ADDRESS; types are CIO WR HR AR DM T C and CIO_bit WR_bit HR_bit AR_bit DM_bit";
     const std::string address = text.substr(first + 1, second == std::string::npos ? second : second - first - 1);
-    const unsigned lastWord = AREAS[found.area].size - 1;
+    const unsigned lastWord = memory.size(found.area) - 1;
     if (found.access == Access::BIT ? !parseBitAddress(address, lastWord, &found.first)
                                     : !parseNumber(address, lastWord, &found.first))
         return "'" + address + "' is no address of the area; use 0" + (found.access == Access::BIT ? ".0" : "") +
                " to " + std::to_string(lastWord) + (found.access == Access::BIT ? ".15" : "");
     found.count = 1;
-    const unsigned room = itemsOf(found) - found.first;
+    const unsigned room = memory.itemsOf(found) - found.first;
     if (second != std::string::npos &&
         (!parseNumber(text.substr(second + 1), room, &found.count) || found.count == 0))
         return "'" + text.substr(second + 1) + "' is no count from 1 to " + std::to_string(room);
     *span = found;
     return std::string();
+}
+
+std::string placeText(const Span &span)
+{
+    const std::string name = AREAS[span.area].name;
+    if (span.access != Access::BIT)
+        return name + ":" + std::to_string(span.first);
+    return name + "_bit:" + std::to_string(span.first / BITS_PER_WORD) + "." +
+           std::to_string(span.first % BITS_PER_WORD);
 }
 
 } // namespace plc

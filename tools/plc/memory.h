@@ -4,6 +4,7 @@
 #include "bytes.h"
 #include "end_codes.h"
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -31,9 +32,21 @@ struct Span {
     unsigned count = 0; // items
 };
 
+/// Numbers of words (of timers, of counters) of the areas, in the order of AreaIndex; each at most the CS/CJ size.
+using AreaSizes = std::array<unsigned, AREA_COUNT>;
+
+/// The sizes of a CS/CJ CPU unit.
+AreaSizes fullSizes();
+
 class Memory {
 public:
-    Memory();
+    explicit Memory(const AreaSizes &sizes = fullSizes());
+
+    /// Words of the area.
+    unsigned size(int area) const { return static_cast<unsigned>(words[area].size()); }
+
+    /// Number of items in the span's area when they are addressed as the span addresses them.
+    unsigned itemsOf(const Span &span) const;
 
     /// Finds the run of `count` items that a command's parameters name. Returns END_NORMAL and sets `span`, or the end
     /// code that refuses it: END_NO_AREA, END_START_OUT_OF_RANGE, END_RANGE_EXCEEDED.
@@ -59,8 +72,12 @@ private:
 bool findAccess(unsigned areaCode, Access *access);
 
 /// Parses TYPE:ADDRESS or TYPE:ADDRESS:COUNT; the types are CIO WR HR AR DM T C, and CIO_bit WR_bit HR_bit AR_bit
-/// DM_bit with the address as word.bit. Returns an empty text and sets `span`, or what is wrong.
-std::string parsePlace(const std::string &text, Span *span);
+/// DM_bit with the address as word.bit. Returns an empty text and sets `span`, or what is wrong; the span lies inside
+/// `memory`.
+std::string parsePlace(const std::string &text, const Memory &memory, Span *span);
+
+/// The place of a span as parsePlace() takes it, without its count; flags as the timer or counter itself.
+std::string placeText(const Span &span);
 
 /// Parses a number without sign, at most `maximum`. Returns false, `value` unchanged, for anything else.
 bool parseNumber(const std::string &text, unsigned maximum, unsigned *value);

@@ -23,6 +23,7 @@ public:
     void release(unsigned node) { used.erase(node); }
 
     unsigned server() const { return serverNode; }
+    std::size_t limit() const { return clientLimit; }
     const std::set<unsigned> &nodes() const { return used; }
 
 private:

@@ -59,6 +59,14 @@ std::size_t Server::disconnectAll()
     return all.size();
 }
 
+std::vector<Connection::Client> Server::clients() const
+{
+    std::vector<Connection::Client> open;
+    for (const auto &entry : connections)
+        open.push_back(entry.second->client());
+    return open;
+}
+
 void Server::acceptNext()
 {
     acceptor.async_accept([this](const asio::error_code &error, asio::ip::tcp::socket socket) {

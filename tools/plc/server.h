@@ -6,6 +6,7 @@
 #include <asio.hpp>
 #include <map>
 #include <memory>
+#include <vector>
 
 // The listening socket and the connections that came in through it.
 
@@ -21,6 +22,9 @@ public:
 
     /// Begins or ends listening, as the fault `refuse` has it. To be called whenever faults have changed.
     void applyFaults();
+
+    /// The connections that are open.
+    std::vector<Connection::Client> clients() const;
 
     /// Closes every connection. Returns how many there were.
     std::size_t disconnectAll();

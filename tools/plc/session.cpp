@@ -53,13 +53,23 @@ Answer Session::reject(const TcpFrame &frame, TcpError error)
                                                   : makeErrorNotice(error));
 }
 
+// Errors of a node have the form of the exchange's reply. That the header is none of FINS, or its command unknown, can
+// only be told by a notice.
+Answer Session::refuseExchange(TcpError error, std::uint32_t requested)
+{
+    const bool isNotice = error == TCP_NOT_FINS || error == TCP_UNSUPPORTED_COMMAND;
+    return lastAnswer(isNotice ? makeErrorNotice(error) : makeNodeReply(error, requested, plc.nodes.server()));
+}
+
 // A second exchange on a connection is refused: its node is connected already.
 Answer Session::exchangeNodes(const TcpFrame &frame)
 {
     const std::uint32_t requested = frame.body().get32(0);
+    if (plc.faults.strikes(FAULT_TCP_ERROR))
+        return refuseExchange(static_cast<TcpError>(plc.faults.value(FAULT_TCP_ERROR)), requested);
     const TcpError error = node != 0 ? TCP_NODE_IN_USE : plc.nodes.assign(requested, &node);
     if (error != TCP_OK)
-        return lastAnswer(makeNodeReply(error, requested, plc.nodes.server()));
+        return refuseExchange(error, requested);
     Answer answer;
     answer.bytes = makeNodeReply(TCP_OK, node, plc.nodes.server());
     return answer;
@@ -71,7 +81,11 @@ Answer Session::answerCommand(const TcpFrame &frame)
     if (node == 0)
         return lastAnswer(makeErrorNotice(TCP_UNSUPPORTED_COMMAND));
     const bool isRefused = plc.faults.strikes(FAULT_END_CODE);
-    const unsigned endCode = isRefused ? plc.faults.value(FAULT_END_CODE) : unsigned(END_NORMAL);
+    const unsigned unforced = plc.recorded ? END_UNKNOWN_COMMAND : END_NORMAL;
+    const unsigned endCode = isRefused ? plc.faults.value(FAULT_END_CODE) : unforced;
+    Answer recorded;
+    if (plc.recorded && !isRefused && plc.recorded->answer(frame.bytes, &recorded.bytes))
+        return recorded;
     Bytes response = answerFins(plc.controller, plc.nodes.server(), frame.body(), endCode);
     if (plc.faults.strikes(FAULT_CLOSE))
         return lastAnswer(Bytes());

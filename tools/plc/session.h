@@ -5,6 +5,7 @@
 #include "faults.h"
 #include "fins_tcp.h"
 #include "node_table.h"
+#include "reply_source.h"
 
 #include <cstdint>
 
@@ -23,10 +24,11 @@ struct Stats {
 struct Plc {
     Plc(unsigned node, std::size_t clients, std::uint32_t seed) : nodes(node, clients), faults(seed) {}
 
-    Controller controller;
-    NodeTable  nodes;
-    Faults     faults;
-    Stats      stats;
+    Controller   controller;
+    NodeTable    nodes;
+    Faults       faults;
+    Stats        stats;
+    ReplySource *recorded = nullptr; // answers FINS commands in the controller's place; null: the controller does
 };
 
 /// What goes out in answer to one frame.
@@ -54,11 +56,15 @@ public:
     /// Whether the node address exchange has taken place.
     bool hasNode() const { return node != 0; }
 
+    /// The client's node address, 0 before the exchange.
+    unsigned clientNode() const { return node; }
+
     /// Gives the node address back.
     void end();
 
 private:
     Answer exchangeNodes(const TcpFrame &frame);
+    Answer refuseExchange(TcpError error, std::uint32_t requested);
     Answer answerCommand(const TcpFrame &frame);
     void spoil(Bytes &response);
     void slowDown(Answer &answer);

@@ -1,0 +1,34 @@
+#ifndef FINS_PLC_OVEN_PLANT_H
+#define FINS_PLC_OVEN_PLANT_H
+
+#include "plant.h"
+
+#include <random>
+
+// An oven with three zones, each with a heater and a controller of its own. An open door cools all of them.
+
+namespace plc {
+
+class OvenPlant : public Plant {
+public:
+    OvenPlant(Controller &state, std::uint32_t seed) : controller(state), random(seed) {}
+
+    void begin() override;
+    void step() override;
+    std::vector<PlantValue> values() const override;
+
+    /// The addresses, one a line.
+    static std::string help();
+
+private:
+    void controlZone(unsigned zone);
+    void heatZone(unsigned zone);
+    void showState();
+
+    Controller  &controller;
+    std::mt19937 random;
+};
+
+} // namespace plc
+
+#endif

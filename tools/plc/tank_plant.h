@@ -1,0 +1,37 @@
+#ifndef FINS_PLC_TANK_PLANT_H
+#define FINS_PLC_TANK_PLANT_H
+
+#include "plant.h"
+
+#include <string>
+
+// A tank that a pump fills through an inlet valve and that drains through an
+// outlet valve.
+
+namespace plc {
+
+class TankPlant : public Plant {
+public:
+    explicit TankPlant(Controller &state) : controller(state) {}
+
+    void begin() override;
+    void step() override;
+    std::vector<PlantValue> values() const override;
+
+    /// The addresses, one a line.
+    static std::string help();
+
+private:
+    bool wantsPump() const;
+    void runProgram();
+    void startOrStopPump(bool isWanted);
+    void countTimers();
+    void moveWater();
+    void showAlarms();
+
+    Controller &controller;
+};
+
+} // namespace plc
+
+#endif
