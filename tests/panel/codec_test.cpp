@@ -280,8 +280,8 @@ TEST(Codec, RefusesScaledValuesJustOutOfRange)
     EXPECT_EQ(refusal(scaled("s16", -1), "32769"), "'32769' does not fit s16; use a number from -32767 to 32768");
     EXPECT_EQ(refusal(scaled("bcd16", 0.01), "100"), "'100' does not fit bcd16; use a number from 0 to 99.99");
     EXPECT_NE(refusal(scaled("u64", 2), "36893488147419103232"), "") << "2 * 2^64";
-    EXPECT_EQ(encode(scaled("u64", 2), "36893488147419103230"),
-              (Bytes{0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}));
+    EXPECT_EQ(encode(scaled("u64", 2), "36893488147419099136"),
+              (Bytes{0x00, 0xF8, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF})) << "2 * (2^64 - 2048), which 53 bits can tell";
     EXPECT_NE(refusal(scaled("u64", 1e-300), "1e300"), "");
     EXPECT_NE(refusal(scaled("f32", 0.5), "3e38"), "");
     EXPECT_NE(refusal(scaled("f64", 0.5), "1e308"), "");
