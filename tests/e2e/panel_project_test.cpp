@@ -1,0 +1,170 @@
+#include "panel_files.h"
+
+#include <set>
+
+// Project files: tags and settings in every command, and the check of the file.
+
+class PanelProjectTest : public PanelTest {
+protected:
+    // A project for the running simulator.
+    std::string project(const std::string &more = "") const
+    {
+        return files.put("plant.toml", "[connection]\nhost = \"" + host() + "\"\n" + more +
+                                           "[tags]\n"
+                                           "Level = { type = \"DM\", address = 0, data = \"s16\", scale = 0.1, "
+                                           "decimals = 1, unit = \"%\" }\n"
+                                           "Pump = { type = \"CIO_bit\", address = \"0.0\" }\n"
+                                           "Sum = { type = \"DM\", address = 10, count = 2, data = \"u32\" }\n");
+    }
+
+    PanelFiles files;
+};
+
+TEST_F(PanelProjectTest, tagsAreReadAndWritten)
+{
+    start();
+    const std::string file = project();
+    const PanelRun write = runPanel({"write", "--project", file, "Level=-12.3", "Pump=1", "Sum=1,65536", "DM:5=7"});
+    EXPECT_EQ(write.code, 0) << write.err;
+    EXPECT_EQ(write.out, "Level = -12.3 %\nPump = 1\nSum = 1 65536\nDM:5 = 7\n");
+    EXPECT_EQ(tell("read DM:0"), "ok 65413");
+    EXPECT_EQ(tell("read DM:10:4"), "ok 1 0 0 1");
+    const PanelRun read = runPanel({"--project", file, "read", "Level", "Level/hex", "DM:5", "Pump"});
+    EXPECT_EQ(read.code, 0);
+    EXPECT_EQ(read.out, "Level = -12.3 %\nLevel/hex = 0xFF85\nDM:5 = 7\nPump = 1\n");
+    EXPECT_EQ(read.err, connectedLine());
+    EXPECT_EQ(runPanel({"check", "--project", file, "Level", "Sum/hex"}).out, "Level valid\nSum/hex valid\n");
+}
+
+TEST_F(PanelProjectTest, namesInWatch)
+{
+    start();
+    ASSERT_EQ(tell("write DM:0 503"), "ok");
+    const std::unique_ptr<Process> panel = startPanel({"watch", "--project", project(), "Level"});
+    EXPECT_EQ(nextChange(*panel), "Level - 50.3");
+    ASSERT_EQ(tell("write DM:0 504"), "ok");
+    EXPECT_EQ(nextChange(*panel), "Level 50.3 50.4");
+    EXPECT_EQ(interrupt(*panel), 0);
+}
+
+TEST_F(PanelProjectTest, anotherPlcThanTheProjects)
+{
+    start();
+    const std::string file = files.put("other.toml", "[connection]\nhost = \"192.0.2.1\"\n"
+                                                     "[tags]\nA = { type = \"DM\", address = 0 }\n");
+    EXPECT_EQ(runPanel({"read", "--project", file, "--host", host(), "A"}).out, "A = 0\n");
+    const std::string without = files.put("none.toml", "[tags]\nA = { type = \"DM\", address = 0 }\n");
+    EXPECT_EQ(runPanel({"read", "--project", without, host(), "A"}).out, "A = 0\n");
+    EXPECT_EQ(runPanel({"read", "--host", host(), "DM:0"}).out, "DM:0 = 0\n");
+    expectRefused({"read", "--project", without}, "fins_panel: host is required; see fins_panel --help");
+    expectRefused({"read", "--project", file}, "fins_panel: items is required; see fins_panel --help");
+}
+
+TEST_F(PanelProjectTest, settingsCountUnlessTheirOptionIsGiven)
+{
+    start({"--trace"});
+    const std::string file = project("[driver]\nwords_per_frame = 2\n");
+    EXPECT_EQ(runPanel({"read", "--project", file, "DM:20:4"}).code, 0);
+    EXPECT_EQ(runPanel({"read", "--project", file, "DM:20:4", "--words-per-frame", "4"}).code, 0);
+    const std::map<int, Words> received = endAndCollect();
+    ASSERT_EQ(received.at(1).size(), 3u);
+    const std::set<std::string> blocks = {commandOf(received.at(1)[1]), commandOf(received.at(1)[2])};
+    EXPECT_EQ(blocks, (std::set<std::string>{plainHex("0101 82 0014 00 0002"), plainHex("0101 82 0016 00 0002")}));
+    ASSERT_EQ(received.at(2).size(), 2u);
+    EXPECT_EQ(commandOf(received.at(2)[1]), plainHex("0101 82 0014 00 0004"));
+}
+
+TEST_F(PanelProjectTest, unknownNamesAreRefused)
+{
+    start();
+    const std::string file = project();
+    expectRefused({"read", "--project", file, "Levl"},
+                  "fins_panel: 'Levl' is neither a tag of " + file +
+                      " nor an item; write a tag's name, or TYPE:ADDRESS such as DM:100:2");
+    expectRefused({"write", "--project", file, "Level=3276.8"},
+                  "fins_panel: '3276.8' does not fit s16; use a number from -3276.8 to 3276.7");
+    EXPECT_EQ(tell("stats"), "ok connections=0 requests=0 replies=0");
+}
+
+TEST(PanelCheckProjectTest, aValidProject)
+{
+    const PanelFiles files;
+    const std::string file = files.put("p.toml", "tags = \"tags.csv\"\n[recipes.A.values]\nLevel = 5\n");
+    files.put("tags.csv", "name,type,address\nLevel,DM,0\nPump,CIO_bit,0.5\n");
+    const PanelRun check = runPanel({"check-project", file});
+    EXPECT_EQ(check.code, 0);
+    EXPECT_EQ(check.out, file + " valid: 2 tags, 1 recipe\n");
+    EXPECT_EQ(check.err, "");
+}
+
+TEST(PanelCheckProjectTest, everyErrorWithItsPlace)
+{
+    const PanelFiles files;
+    const std::string csv  = files.path("tags.csv");
+    const std::string file = files.put("p.toml", "tags = \"tags.csv\"\n"
+                                                 "[driver]\n"
+                                                 "retries = 0\n"
+                                                 "[recipes.A.values]\n"
+                                                 "\"DM:99999\" = 1\n");
+    files.put("tags.csv", "name,type,address\nLevel,DM,32768\nPump,CIO_bit,0.16\n");
+    const PanelRun check = runPanel({"check-project", file});
+    EXPECT_EQ(check.code, 2);
+    EXPECT_EQ(check.out, "");
+    EXPECT_EQ(check.err,
+              file + ":3:11: 'retries' is not a whole number from 1 to 100\n" +
+                  file + ":5:1: 'DM:99999' lies outside the range 0 to 32767, written ddddd\n" +
+                  csv + ":2:10: 'DM:32768' lies outside the range 0 to 32767, written ddddd\n" +
+                  csv + ":3:14: 'CIO_bit:0.16': the address is malformed; the range is 0.0 to 6143.15, written "
+                        "ddddd.DD (DD:0~15)\n");
+    expectRefused({"read", "--project", file, "DM:0"},
+                  "fins_panel: " + file + ":3:11: 'retries' is not a whole number from 1 to 100 (and 3 more; see "
+                                          "fins_panel check-project " + file + ")");
+}
+
+TEST(PanelCheckProjectTest, filesThatAreNone)
+{
+    const PanelFiles files;
+    const std::string none = files.path("none.toml");
+    expectRefused({"check-project", none}, "fins_panel: " + none + ": No such file or directory");
+    expectRefused({"read", "--project", none, "A"}, "fins_panel: " + none + ": No such file or directory");
+    const std::string broken = files.put("broken.toml", "[tags\n");
+    const PanelRun check = runPanel({"check-project", broken});
+    EXPECT_EQ(check.code, 2);
+    EXPECT_EQ(check.err.find(broken + ":1:6: this is not TOML: "), 0u) << check.err;
+    EXPECT_EQ(linesOf(check.err).size(), 1u);
+}
+
+TEST(PanelImportTagsTest, csvBecomesToml)
+{
+    const PanelFiles files;
+    const std::string csv = files.put("tags.csv", "name,type,address,data,scale,unit,comment\r\n"
+                                                  "Level,DM,0,s16,0.1,%,\"level, \"\"upper\"\"\"\r\n"
+                                                  "Pump,CIO_bit,0.10,,,,\r\n");
+    const std::string toml = "[tags]\n"
+                             "Level = { type = \"DM\", address = 0, data = \"s16\", scale = 0.1, unit = \"%\", "
+                             "comment = \"level, \\\"upper\\\"\" }\n"
+                             "Pump = { type = \"CIO_bit\", address = \"0.10\" }\n";
+    const PanelRun shown = runPanel({"import-tags", csv});
+    EXPECT_EQ(shown.code, 0);
+    EXPECT_EQ(shown.out, toml);
+    EXPECT_EQ(runPanel({"import-tags", csv, "--output", files.path("out.toml")}).code, 0);
+    EXPECT_EQ(files.content("out.toml"), toml);
+    EXPECT_EQ(runPanel({"check-project", files.path("out.toml")}).out,
+              files.path("out.toml") + " valid: 2 tags, 0 recipes\n");
+    expectRefused({"import-tags", csv, "--output", files.path("none/out.toml")},
+                  "fins_panel: " + files.path("none/out.toml") + ": cannot be written");
+}
+
+TEST(PanelImportTagsTest, everyErrorWithItsLine)
+{
+    const PanelFiles files;
+    const std::string csv = files.put("tags.csv", "name,type,address\nA,DM,x\nB,DM\nA b,DM,1\n");
+    const PanelRun import = runPanel({"import-tags", csv, "--output", files.path("out.toml")});
+    EXPECT_EQ(import.code, 2);
+    EXPECT_EQ(import.out, "");
+    EXPECT_EQ(import.err,
+              csv + ":2:6: 'DM:x': the address is malformed; the range is 0 to 32767, written ddddd\n" +
+                  csv + ":3:1: the record has 2 fields, and the header 3; write one field for each column\n" +
+                  csv + ":4:1: 'A b' is not a name; use letters, digits, _ . and -, a letter first\n");
+    EXPECT_EQ(files.content("out.toml"), "");
+}
