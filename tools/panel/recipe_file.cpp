@@ -83,7 +83,7 @@ static RecipeEntry parseEntry(const TagBook &tags, const std::string &line, bool
         throw UsageError("'" + surplus + "' is not expected here; write TYPE:ADDRESS[:COUNT] = VALUE ...");
     const bool hasValues = equals != std::string::npos;
     const std::vector<std::string> texts = hasValues ? valueTexts(line.substr(equals + 1)) : std::vector<std::string>();
-    const RecipeEntry entry = makeEntry(tags, name, texts);
+    RecipeEntry entry = makeEntry(tags, name, texts);
     if (texts.empty() && (needValues || hasValues))
         throw UsageError("'" + name + "' has no values; write them behind '='");
     return entry;
@@ -92,6 +92,7 @@ static RecipeEntry parseEntry(const TagBook &tags, const std::string &line, bool
 std::size_t findOverlap(const std::vector<RecipeEntry> &entries, std::string &reason)
 {
     std::vector<Item> items;
+    items.reserve(entries.size());
     for (const RecipeEntry &entry : entries)
         items.push_back(entry.item);
     try {
