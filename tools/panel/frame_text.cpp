@@ -155,7 +155,7 @@ bool isBitRequest(const Frame &frame)
 
 std::string requestText(const Frame &frame)
 {
-    const std::string name = commandName(frame.command());
+    std::string name = commandName(frame.command());
     if (frame.command() == RUN)
         return "run in " + modeText(frame.get(RUN_MODE, 1)) + " mode";
     if ((frame.command() != MEMORY_READ && frame.command() != MEMORY_WRITE) || !frame.has(MEM_COUNT, 2))
