@@ -33,15 +33,8 @@ struct Texts {
     std::string refusalInProgram;
     std::string tcpError;
     std::string plant;
+    CLI::Option *plantOption = nullptr;
 };
-
-// An option without its value has the text "true".
-std::string nameOfPlant(std::string &text)
-{
-    if (text.empty() || text == "true")
-        text = "tank";
-    return checkPlant(text);
-}
 
 std::string checkTcpError(const std::string &text) { return checkFault("tcp-error=" + text); }
 
@@ -61,8 +54,8 @@ void addOptions(CLI::App &app, Options *options, Texts *texts)
                  "refuse writes in PROGRAM mode, with end code 2203 or =XXXX")->check(checkEndCode);
     app.add_option("--profile", options->profile, "limits of the CPU unit: " + profileNames())
         ->check(checkProfile)->capture_default_str();
-    app.add_option("--plant", texts->plant, "run a plant: " + plantNames() + "; without a name the tank")
-        ->expected(0, 1)->transform(CLI::Validator(nameOfPlant, ""));
+    texts->plantOption = app.add_option("--plant", texts->plant, "run a plant: " + plantNames() + "; without a name the tank")
+        ->expected(0, 1)->check(checkPlant);
     app.add_option("--plant-period", options->plantPeriodMs, "ms between steps of the plant, 1 to 60000")
         ->check(CLI::Range(1, 60000))->capture_default_str();
     app.add_option("--fault", options->faults, "begin with fault NAME[=VALUE][@PROBABILITY][#TIMES]; repeatable")
@@ -122,8 +115,8 @@ int parseCommandLine(int argc, char **argv, Options *options, Listings *listings
         options->refusalInProgram = endCodeOf(texts.refusalInProgram);
     if (!texts.tcpError.empty())
         options->faults.push_back("tcp-error=" + texts.tcpError);
-    if (!texts.plant.empty())
-        options->plant = texts.plant;
+    if (texts.plantOption->count() > 0)
+        options->plant = texts.plant.empty() ? "tank" : texts.plant;
     return -1;
 }
 

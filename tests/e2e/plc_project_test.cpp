@@ -1,0 +1,194 @@
+#include "plc_fixture.h"
+#include "support/temporary_file.h"
+
+// Project files: the memory and the settings that the simulator starts with, and what is said of bad ones.
+
+class PlcProjectTest : public PlcTest {
+protected:
+    void startProject(const std::string &text, std::vector<std::string> options = {})
+    {
+        file.write(text);
+        options.insert(options.end(), {"--project", file.path()});
+        start(options);
+    }
+
+    // What a start with the bad project says on standard error, without the program's and the file's name.
+    std::string errorsOf(const std::string &text, const std::string &option = "--project")
+    {
+        file.write(text);
+        Process failing({FINS_PLC_PATH, "--port", "0", option, file.path()});
+        EXPECT_EQ(failing.wait(), 2) << text;
+        EXPECT_EQ(failing.output(), "");
+        std::string errors = failing.errors();
+        const std::string prefix = "fins_plc: " + file.path();
+        for (std::size_t at = errors.find(prefix); at != std::string::npos; at = errors.find(prefix))
+            errors.erase(at, prefix.size());
+        return errors;
+    }
+
+    TemporaryFile file;
+};
+
+TEST_F(PlcProjectTest, wordsListsAndFills)
+{
+    startProject("[memory]\n\"DM:10\" = 5\n\"DM:11\" = [1, 65535]\n\"DM:20:3\" = 7\n\"T:4\" = 9\n\"HR:1535\" = 1\n");
+    EXPECT_EQ(tell("read DM:9:5"), "ok 0 5 1 65535 0");
+    EXPECT_EQ(tell("read DM:19:5"), "ok 0 7 7 7 0");
+    EXPECT_EQ(tell("read T:4"), "ok 9");
+    EXPECT_EQ(tell("read HR:1535"), "ok 1");
+}
+
+TEST_F(PlcProjectTest, laterLinesGoBeforeEarlierOnes)
+{
+    startProject("[memory]\n\"DM:9:4\" = 7\n\"DM:10\" = 1\n");
+    EXPECT_EQ(tell("read DM:9:4"), "ok 7 1 7 7");
+}
+
+TEST_F(PlcProjectTest, floatsLowWordFirst)
+{
+    // 21.5 is 41AC0000, -1 is BF800000, 0.1 is 3DCCCCCD.
+    startProject("[memory]\n\"DM:0\" = 21.5\n\"DM:2\" = { f32 = [-1, 0.1] }\n");
+    EXPECT_EQ(tell("read DM:0:6"), "ok 0 16812 0 49024 52429 15820");
+}
+
+TEST_F(PlcProjectTest, typesAtTheirBounds)
+{
+    startProject("[memory]\n\"DM:0\" = { s16 = [-32768, 32767, -1] }\n\"DM:3\" = { u32 = 4294967295 }\n"
+                 "\"DM:5\" = { s32 = [-2147483648, 65536] }\n\"DM:9\" = { bcd16 = 9876 }\n\"DM:10\" = { u16 = 0 }\n");
+    EXPECT_EQ(tell("read DM:0:10"), "ok 32768 32767 65535 65535 65535 0 32768 0 1 39030");
+}
+
+TEST_F(PlcProjectTest, aFillRepeatsAllWordsOfAValue)
+{
+    startProject("[memory]\n\"DM:0:4\" = { u32 = 65538 }\n");
+    EXPECT_EQ(tell("read DM:0:5"), "ok 2 1 2 1 0");
+}
+
+TEST_F(PlcProjectTest, textsHaveTwoCharactersAWord)
+{
+    startProject("[memory]\n\"DM:4:4\" = 1\n\"DM:0\" = \"ABC\"\n\"DM:4:3\" = \"AB\"\n"
+                 "\"DM:8\" = { string = \"ABC\", low-byte-first = true }\n");
+    EXPECT_EQ(tell("read DM:0:2"), "ok 16706 17152");
+    EXPECT_EQ(tell("read DM:8:2"), "ok 16961 67");
+}
+
+TEST_F(PlcProjectTest, textsAreFollowedByZeros)
+{
+    startProject("[memory]\n\"DM:0:5\" = 1\n\"DM:1:3\" = \"AB\"\n");
+    EXPECT_EQ(tell("read DM:0:5"), "ok 1 16706 0 0 1");
+}
+
+TEST_F(PlcProjectTest, bits)
+{
+    startProject("[memory]\n\"CIO_bit:10.14\" = [true, 0, 1]\n\"WR_bit:0.15\" = true\n\"DM_bit:5.0:16\" = true\n");
+    EXPECT_EQ(tell("read CIO:10:2"), "ok 16384 1");
+    EXPECT_EQ(tell("read WR:0"), "ok 32768");
+    EXPECT_EQ(tell("read DM:5:2"), "ok 65535 0");
+}
+
+TEST_F(PlcProjectTest, settings)
+{
+    startProject("[plc]\nmode = \"program\"\nfaults = [\"delay=1@0.5\", \"drop@0.25\"]\nplant = \"conveyor\"\n"
+                 "plant-period = 60000\nnode = 7\nprofile = \"small\"\nclients = 1\ntcp-error = \"22#1\"\n");
+    EXPECT_EQ(tell("mode"), "ok program");
+    EXPECT_EQ(tell("faults"), "ok delay=1@0.5 drop@0.25 tcp-error=22#1");
+    EXPECT_EQ(tell("read DM:2"), "ok 300");
+    EXPECT_EQ(tell("read DM:2048"), "error '2048' is no address of the area; use 0 to 2047");
+    ASSERT_EQ(tell("faults off"), "ok");
+    TcpClient client(port);
+    client.send(nodeRequest());
+    EXPECT_EQ(client.receive(24), nodeReply(239, 0, 7));
+    TcpClient second(port);
+    second.send(nodeRequest());
+    EXPECT_EQ(second.receiveUntilClosed(), nodeReply(0, 0x20, 7));
+}
+
+TEST_F(PlcProjectTest, refusals)
+{
+    startProject("[plc]\nrefuse-writes-in-run = true\nrefuse-writes-in-program = \"2204\"\n");
+    PlcClient client(port);
+    EXPECT_EQ(client.ask("0102 82 0000 00 0001 0001"), plainHex("0102 2206"));
+    ASSERT_EQ(tell("mode program"), "ok program");
+    EXPECT_EQ(client.ask("0102 82 0000 00 0001 0001"), plainHex("0102 2204"));
+}
+
+TEST_F(PlcProjectTest, theMemoryGoesBeforeThePlantsOwnStart)
+{
+    startProject("[plc]\nplant = \"tank\"\nplant-period = 60000\n[memory]\n\"DM:3\" = 250\n");
+    EXPECT_EQ(tell("read DM:0:4"), "ok 300 0 0 250");
+}
+
+TEST_F(PlcProjectTest, theCommandLineGoesBeforeTheProject)
+{
+    startProject("[plc]\nmode = \"program\"\nnode = 7\nfaults = \"drop\"\n", {"--mode", "monitor", "--node", "9"});
+    EXPECT_EQ(tell("mode"), "ok monitor");
+    EXPECT_EQ(tell("faults"), "ok drop");
+    TcpClient client(port);
+    client.send(nodeRequest());
+    EXPECT_EQ(client.receive(24), nodeReply(239, 0, 9));
+}
+
+TEST_F(PlcProjectTest, everyErrorHasItsPlace)
+{
+    EXPECT_EQ(errorsOf("[plc]\nport = 70000\nmode = \"fast\"\ncolour = 1\n\n[memory]\n\"DM:40000\" = 1\n"
+                       "\"DM:1\" = 65536\n\"CIO_bit:0.0\" = 2\n\"DM:2:3\" = [1, 2]\n[other]\n"),
+              ":2:8: no value of port; it is TCP port, 0 to 65535\n"
+              ":3:8: 'fast' is no mode; use program, monitor or run\n"
+              ":4:1: 'colour' is no setting of [plc]\n"
+              ":7:1: '40000' is no address of the area; use 0 to 32767\n"
+              ":8:10: 65536 is no u16; use 0 to 65535\n"
+              ":9:17: a bit is true, false, 0 or 1\n"
+              ":10:12: 2 items for the 3 of the address\n"
+              ":11:2: 'other' is no table of a project; use [plc] and [memory]\n");
+}
+
+TEST_F(PlcProjectTest, valuesThatAreNone)
+{
+    const struct {
+        const char *line;
+        const char *error;
+    } rows[] = {
+        {"\"DM:0\" = -1", ":2:10: -1 is no u16; use 0 to 65535\n"},
+        {"\"DM:0\" = true", ":2:10: true and false are for bits, such as CIO_bit:0.0\n"},
+        {"\"DM:0\" = []", ":2:10: the list is empty\n"},
+        {"\"DM:0\" = \"\"", ":2:10: an empty text fills no word; leave it out\n"},
+        {"\"DM:0:1\" = \"ABC\"", ":2:12: 2 items for the 1 of the address\n"},
+        {"\"DM:0:3\" = 1.5", ":2:12: 2 items for the 3 of the address; they do not fill it evenly\n"},
+        {"\"DM:0\" = { s16 = 32768 }", ":2:18: 32768 is no s16; use -32768 to 32767\n"},
+        {"\"DM:0\" = { s16 = -32769 }", ":2:18: -32769 is no s16; use -32768 to 32767\n"},
+        {"\"DM:0\" = { bcd16 = 10000 }", ":2:20: 10000 is no bcd16; use 0 to 9999\n"},
+        {"\"DM:0\" = { s32 = 2147483648 }", ":2:18: 2147483648 is no s32; use -2147483648 to 2147483647\n"},
+        {"\"DM:0\" = { f32 = 1e39 }", ":2:18: the number is too large for an f32\n"},
+        {"\"DM:0\" = { u16 = 1.5 }", ":2:18: a number with decimals needs the type f32\n"},
+        {"\"DM:0\" = [[1], 2]", ":2:11: a list in a list has no meaning\n"},
+        {"\"DM:32767\" = 1.5", ":2:14: '2' is no count from 1 to 1\n"},
+    };
+    for (const auto &row : rows)
+        EXPECT_EQ(errorsOf(std::string("[memory]\n") + row.line + "\n"), row.error) << row.line;
+}
+
+TEST_F(PlcProjectTest, whatIsNoToml)
+{
+    EXPECT_EQ(errorsOf("[plc]\nport = = 1\n").substr(0, 25), ":2:8: this is not TOML: E");
+}
+
+TEST_F(PlcProjectTest, noFile)
+{
+    Process failing({FINS_PLC_PATH, "--project", "/nonexistent/plc.toml"});
+    EXPECT_EQ(failing.wait(), 2);
+    EXPECT_EQ(failing.errors(), "fins_plc: /nonexistent/plc.toml: cannot be read: No such file or directory\n");
+}
+
+TEST_F(PlcProjectTest, checkProjectSaysThatNothingIsWrong)
+{
+    file.write("[memory]\n\"DM:0\" = 1\n\"DM:1\" = 1\n");
+    Process checking({FINS_PLC_PATH, "--check-project", file.path()});
+    EXPECT_EQ(checking.wait(), 0);
+    EXPECT_EQ(checking.output(), file.path() + ": no errors, 2 places of memory\n");
+    EXPECT_EQ(checking.errors(), "");
+}
+
+TEST_F(PlcProjectTest, checkProjectSaysWhatIsWrong)
+{
+    EXPECT_EQ(errorsOf("[plc]\nnode = 0\n", "--check-project"), ":2:8: no value of node; it is own FINS node, 1 to 254\n");
+}
