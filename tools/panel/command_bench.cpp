@@ -36,11 +36,11 @@ private:
 
 void BenchRun::note(const Exchange &exchange)
 {
-    if (exchange.kind != RequestKind::READ || !isMeasuring_)
+    if (exchange.kind != RequestKind::READ)
         return;
     if (exchange.judgement.verdict == Verdict::REFUSED)
         refusal_ = static_cast<std::uint16_t>(exchange.judgement.code);
-    else if (exchange.accepted)
+    else if (exchange.accepted && isMeasuring_)
         cycle_.note(exchange.request.regType, exchange.request.address, Clock::now());
 }
 

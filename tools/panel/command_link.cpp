@@ -68,12 +68,14 @@ private:
     bool shakeHands();
     bool readAreas();
     bool measure(long count);
+    void printArea(bool refused);
     void note(const Exchange &exchange);
-    void step();
+    bool step();
     int explain() const;
 
     Runtime           runtime_;
     std::vector<Item> areas_;
+    std::vector<Item> answered_; // of these, the ones that the PLC lets read
     Judgement         judgement_{Verdict::NO_ANSWER, 0}; // of the latest read
     FRAME_PRO         read_{};                           // the latest read
     std::size_t       refused_ = 0;
@@ -88,10 +90,14 @@ void LinkCheck::note(const Exchange &exchange)
     read_      = exchange.request;
 }
 
-void LinkCheck::step()
+// Returns false if the link is lost. The driver also gives the link up after refused reads: then it is made anew.
+bool LinkCheck::step()
 {
     judgement_ = {Verdict::NO_ANSWER, 0};
+    isLost_    = false;
     runtime_.step(TimePoint::max());
+    const bool notMade = runtime_.phase() == LinkPhase::WAITING && runtime_.trouble().phase == LinkPhase::WAITING;
+    return !stopRequested() && !notMade && (!isLost_ || judgement_.verdict == Verdict::REFUSED);
 }
 
 bool LinkCheck::connect()
@@ -111,8 +117,7 @@ bool LinkCheck::connect()
 
 bool LinkCheck::shakeHands()
 {
-    step();
-    if (runtime_.phase() != LinkPhase::PROVING) {
+    if (!step() || runtime_.phase() != LinkPhase::PROVING) {
         printStep("handshake", "failed");
         return false;
     }
@@ -128,35 +133,42 @@ bool LinkCheck::readAreas()
     Coverage awaited;
     awaited.expect(areas_);
     while (!awaited.complete()) {
-        step();
-        if (isLost_ || stopRequested())
+        if (!step())
             return false;
         const bool refused = judgement_.verdict == Verdict::REFUSED;
         if (judgement_.verdict != Verdict::GOOD && !refused)
             continue;
-        if (awaited.settle(read_.regType, read_.address, read_.count) == 0)
-            continue;
-        const std::string name = itemText(read_.regType, read_.address, read_.count);
-        const auto code = static_cast<std::uint16_t>(judgement_.code);
-        refused_ += refused ? 1 : 0;
-        if (refused)
-            printStep("read", name + " refused: " + endCodeText(code) + "; hint: " + endCodeHint(code));
-        else
-            printStep("read", name + " = "
-                                  + decodeValues(ValueFormat(), runtime_.values({read_.regType, read_.address, 1, false}))
-                                  + ", " + inMillis(runtime_.roundTrip()));
+        if (awaited.settle(read_.regType, read_.address, read_.count) > 0)
+            printArea(refused);
     }
     return true;
 }
 
+void LinkCheck::printArea(bool refused)
+{
+    const Item item = {read_.regType, read_.address, read_.count, false};
+    if (!refused) {
+        answered_.push_back(item);
+        printStep("read", itemText(item) + " = " + decodeValues(ValueFormat(), runtime_.values(item)) + ", "
+                              + inMillis(runtime_.roundTrip()));
+        return;
+    }
+    const auto code = static_cast<std::uint16_t>(judgement_.code);
+    ++refused_;
+    printStep("read", itemText(item) + " refused: " + endCodeText(code));
+    printStep("", "hint: " + endCodeHint(code));
+}
+
 bool LinkCheck::measure(long count)
 {
+    if (answered_.empty())
+        return true;
+    runtime_.watch(answered_);
     Durations trips;
     while (trips.count() < static_cast<std::size_t>(count)) {
-        step();
-        if (isLost_ || stopRequested())
+        if (!step())
             return false;
-        if (judgement_.verdict != Verdict::NO_ANSWER)
+        if (judgement_.verdict == Verdict::GOOD)
             trips.add(runtime_.roundTrip());
     }
     printStep("round trip", std::to_string(trips.count()) + " reads of one word: " + spreadText(trips) + " ms");

@@ -36,7 +36,8 @@ static Diagnosis diagnoseConnect(const LinkTrouble &trouble, const Peer &peer)
                  "check that this is the PLC's address and not another device's"}};
     case LinkFailure::UNREACHABLE:
         return {"there is no way to " + where + ": " + trouble.text,
-                {"check cable, switch and the PLC's power", "ip route get " + where + "     shows the way that is taken",
+                {"check cable, switch and the PLC's power",
+                 "ip route get " + where + "     shows the way that is taken",
                  "give this computer an address in the PLC's subnet"}};
     case LinkFailure::CONNECT_TIMEOUT:
         return {where + " does not answer on TCP port " + peer.port + inTime(peer),
@@ -74,11 +75,16 @@ static Diagnosis diagnoseExchange(const LinkTrouble &trouble, const Peer &peer)
     if (trouble.failure == LinkFailure::SILENCE)
         return {"the PLC gave a node address, then left requests without an answer" + inTime(peer),
                 {"check the unit address and the routing tables: the CPU unit may not be reachable from the unit",
-                 "on a slow line try --timeout 5000", "fins_panel link " + peer.host + " --trace=line     shows where"}};
+                 "on a slow line try --timeout 5000",
+                 "fins_panel link " + peer.host + " --trace=line     shows where"}};
     if (trouble.failure == LinkFailure::CLOSED && first)
         return {"the connection is closed again before a node address is given: " + trouble.text,
                 {"the PLC may have no connection left: end other programs, or restart the unit",
                  "the unit may accept certain IP addresses only: check its FINS/TCP settings"}};
+    if (trouble.failure == LinkFailure::WRONG_PROTOCOL)
+        return {"the PLC gave a node address, then answered wrongly: " + trouble.text,
+                {"a gateway or another program on the way may mix up replies: connect directly",
+                 "fins_panel link " + peer.host + " --trace=line     shows where"}};
     return {"the link broke: " + trouble.text,
             {"try again; if it breaks again, check cable and switch", "look at the frames with --trace=line"}};
 }
@@ -89,7 +95,7 @@ Diagnosis diagnose(const LinkTrouble &trouble, const Peer &peer, const std::stri
         return diagnoseConnect(trouble, peer);
     if (trouble.failure == LinkFailure::TCP_ERROR)
         return diagnoseTcpError(trouble);
-    if (trouble.failure == LinkFailure::WRONG_PROTOCOL)
+    if (trouble.failure == LinkFailure::WRONG_PROTOCOL && trouble.phase == LinkPhase::HANDSHAKING)
         return diagnoseStranger(peer, stray);
     return diagnoseExchange(trouble, peer);
 }

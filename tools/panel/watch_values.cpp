@@ -41,7 +41,8 @@ std::vector<WatchedValue> singleValues(const std::vector<Tag> &tags)
 }
 
 WatchValues::WatchValues(Runtime &runtime, const std::vector<Tag> &tags)
-    : runtime_(runtime), values_(singleValues(tags)), pending_(values_.size(), false), changes_(0), silent_(true)
+    : runtime_(runtime), values_(singleValues(tags)), pending_(values_.size(), false), changes_(0), silent_(true),
+      lastRefused_(false)
 {
     const std::vector<Item> items = itemsOf(tags);
     runtime.watch(items);
@@ -57,13 +58,15 @@ WatchValues::WatchValues(Runtime &runtime, const std::vector<Tag> &tags)
                < std::tie(values_[b].item.regType, values_[b].item.address);
     });
     runtime.onExchange([this](const Exchange &exchange) { noteExchange(exchange); });
-    runtime.onLost([this] { noteSilence(); });
+    // The driver also gives the link up after reads that were refused again and again.
+    runtime.onLost([this] { noteSilence(lastRefused_); });
 }
 
 void WatchValues::noteExchange(const Exchange &exchange)
 {
+    lastRefused_ = exchange.judgement.verdict == Verdict::REFUSED;
     if (!runtime_.answering()) {
-        noteSilence();
+        noteSilence(false);
         return;
     }
     silent_ = false;
@@ -76,14 +79,15 @@ void WatchValues::noteExchange(const Exchange &exchange)
     noteChanges();
 }
 
-void WatchValues::noteSilence()
+void WatchValues::noteSilence(bool keepsRefused)
 {
     if (silent_)
         return;
     silent_ = true;
     for (WatchedValue &value : values_) {
         stale_.expect({value.item});
-        setQuality(value, value.text.empty() ? Quality::NOT_CONNECTED : Quality::LAST_KNOWN);
+        if (!keepsRefused || value.quality != Quality::REFUSED)
+            setQuality(value, value.text.empty() ? Quality::NOT_CONNECTED : Quality::LAST_KNOWN);
     }
 }
 

@@ -68,7 +68,7 @@ private:
     using Key = std::pair<QString, qint32>;
 
     void noteExchange(const Exchange &exchange);
-    void noteSilence();
+    void noteSilence(bool keepsRefused);
     void noteRefused(const Item &block);
     void noteFresh(const Item &block);
     void noteChanges();
@@ -86,6 +86,7 @@ private:
     std::function<void(const WatchEvent &)> call_;
     unsigned long                           changes_;
     bool                                    silent_;
+    bool                                    lastRefused_; // the latest exchange was
 };
 
 #endif

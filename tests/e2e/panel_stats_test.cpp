@@ -1,0 +1,148 @@
+#include "panel_run.h"
+
+// Statistics, decoded traces, hints, and messages that are counted instead of repeated.
+
+namespace {
+
+class StatsTest : public PanelTest {
+protected:
+    static std::string lineWith(const std::string &text, const std::string &start)
+    {
+        for (const std::string &line : linesOf(text)) {
+            if (line.find(start) == 0)
+                return line;
+        }
+        return "no line '" + start + "' in " + text;
+    }
+};
+
+TEST_F(StatsTest, of_a_good_read)
+{
+    start();
+    const PanelRun ended = run("read", {"DM:0:10", "--stats"});
+    EXPECT_EQ(ended.code, 0);
+    EXPECT_EQ(lineWith(ended.err, "  link"), "  link         connections 1, reconnects 0, lost or not made 0");
+    EXPECT_EQ(lineWith(ended.err, "  requests     2, retries 0, ").substr(0, 29), "  requests     2, retries 0, ");
+    EXPECT_EQ(lineWith(ended.err, "  replies"), "  replies      2, refused 0");
+    EXPECT_EQ(lineWith(ended.err, "  rejected"), "  rejected     0, missing 0, wrong 0");
+    EXPECT_EQ(lineWith(ended.err, "  words        read 10, written 0, ").substr(0, 35),
+              "  words        read 10, written 0, ");
+    EXPECT_EQ(lineWith(ended.err, "  round trip   min ").substr(0, 19), "  round trip   min ");
+}
+
+TEST_F(StatsTest, not_without_the_option)
+{
+    start();
+    EXPECT_EQ(run("read", {"DM:0"}).err, connectedLine());
+}
+
+TEST_F(StatsTest, missing_replies_retries_and_a_reconnect)
+{
+    PlayedPlc played;
+    const std::unique_ptr<Process> panel = startPanel({"read", played.host(), "DM:0", "--timeout", "100", "--retries",
+                                                       "2", "--stats"});
+    {
+        const std::unique_ptr<PlayedLink> link = played.accept();
+        link->exchangeNodes();
+        link->command();
+        link->command();
+        link->awaitClose();
+    }
+    const std::unique_ptr<PlayedLink> link = played.accept();
+    link->exchangeNodes();
+    link->command();
+    link->answer("0101 0000 002A");
+    EXPECT_EQ(panel->wait(), 0);
+    const std::string errors = panel->errors();
+    EXPECT_EQ(lineWith(errors, "  link"), "  link         connections 2, reconnects 1, lost or not made 1");
+    EXPECT_EQ(lineWith(errors, "  requests     5, retries 1, ").substr(0, 29), "  requests     5, retries 1, ");
+    EXPECT_EQ(lineWith(errors, "  replies"), "  replies      3, refused 0");
+    EXPECT_EQ(lineWith(errors, "  rejected"), "  rejected     2, missing 2, wrong 0");
+    EXPECT_EQ(lineWith(errors, "  error        2 x no reply"), "  error        2 x no reply in time");
+}
+
+TEST_F(StatsTest, wrong_replies)
+{
+    PlayedPlc played;
+    const std::unique_ptr<Process> panel = startPanel({"read", played.host(), "DM:0", "--stats"});
+    const std::unique_ptr<PlayedLink> link = played.accept();
+    link->exchangeNodes();
+    link->command();
+    link->answer("0102 0000 002A");
+    link->command();
+    link->answer("0101 0000 002A");
+    EXPECT_EQ(panel->wait(), 0);
+    EXPECT_EQ(lineWith(panel->errors(), "  rejected"), "  rejected     1, missing 0, wrong 1");
+}
+
+TEST_F(StatsTest, refusals_with_words_and_a_hint)
+{
+    start({"--fault", "end-code=1104"});
+    const std::unique_ptr<Process> panel = startPanel(arguments("read", {"DM:0", "--stats"}));
+    EXPECT_EQ(panel->wait(), 1);
+    const std::string errors = panel->errors();
+    EXPECT_EQ(lineWith(errors, "the PLC refuses"),
+              "the PLC refuses to read DM:0: 1104 (the last address is out of range)");
+    EXPECT_EQ(lineWith(errors, "hint: "),
+              "hint: this PLC has less memory than the largest one; compare the address with its manual");
+    EXPECT_NE(errors.find(" x the PLC refuses to read DM:0: 1104 (the last address is out of range)\n"),
+              std::string::npos) << errors;
+}
+
+TEST_F(StatsTest, fins_tcp_errors_have_a_hint)
+{
+    PlayedPlc played;
+    const std::unique_ptr<Process> panel = startPanel({"read", played.host(), "DM:0", "--give-up", "0.1"});
+    const std::unique_ptr<PlayedLink> link = played.accept();
+    link->receive(20);
+    link->send(nodeReply(0, 0x22));
+    EXPECT_EQ(panel->waitForErrorLine("hint: "),
+              "hint: add this computer's address in the unit's settings, or switch its IP address filter off");
+    EXPECT_EQ(panel->wait(), 3);
+}
+
+TEST_F(StatsTest, trace_in_words)
+{
+    start();
+    const PanelRun ended = run("read", {"DM:5", "--trace=line"});
+    EXPECT_EQ(ended.err, "> node address request, client node 0\n"
+                         "< node address reply, client node 239, PLC node 1\n"
+                         + connectedLine()
+                         + "> read DM:5 count 1, sid 1\n"
+                           "< read reply, done: 0000, sid 1\n");
+}
+
+TEST_F(StatsTest, trace_field_by_field)
+{
+    start();
+    const PanelRun ended = run("read", {"DM:5", "--trace=full"});
+    EXPECT_NE(ended.err.find("> read DM:5 count 1, sid 1, 34 bytes\n"
+                             "     0  46 49 4E 53  magic           FINS\n"), std::string::npos) << ended.err;
+    EXPECT_NE(ended.err.find("    29  00 05        word            DM:5\n"), std::string::npos) << ended.err;
+    EXPECT_NE(ended.err.find("    28  00 00        end code        done\n"), std::string::npos) << ended.err;
+}
+
+TEST_F(StatsTest, trace_stays_hex_without_a_form)
+{
+    start();
+    const PanelRun ended = run("read", {"--trace", "DM:5"});
+    EXPECT_EQ(ended.err.find("> 46 49 4E 53 00 00 00 0C 00 00 00 00 00 00 00 00 00 00 00 00\n"), 0u) << ended.err;
+}
+
+TEST_F(StatsTest, unknown_form_of_a_trace)
+{
+    const PanelRun ended = runPanel({"read", "127.0.0.1:1", "DM:5", "--trace=long"});
+    EXPECT_EQ(ended.code, 2);
+    EXPECT_EQ(ended.out, "");
+    EXPECT_NE(ended.err.find("long"), std::string::npos) << ended.err;
+}
+
+TEST_F(StatsTest, a_repeated_message_is_counted)
+{
+    start({"--fault", "refuse"});
+    const std::unique_ptr<Process> panel = startPanel(arguments("read", {"DM:0", "--give-up", "0.1", "--stats"}));
+    EXPECT_EQ(panel->wait(), 3);
+    EXPECT_NE(panel->errors().find("  error        "), std::string::npos) << panel->errors();
+}
+
+} // namespace

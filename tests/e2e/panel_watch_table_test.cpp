@@ -1,0 +1,267 @@
+#include "panel_run.h"
+#include "pty_process.h"
+
+// `watch` on a terminal, and its lines for other programs.
+
+namespace {
+
+class WatchTableTest : public PanelTest {
+protected:
+    std::unique_ptr<PtyProcess> table(const Words &more, unsigned short columns = 80, unsigned short rows = 24,
+                                      const std::vector<std::pair<std::string, std::string>> &environment = {})
+    {
+        Words all = arguments("watch", more);
+        all.insert(all.begin(), FINS_PANEL_PATH);
+        return std::make_unique<PtyProcess>(all, columns, rows, environment);
+    }
+
+    static void expectClean(const PtyProcess &shown)
+    {
+        EXPECT_FALSE(shown.screen.isAlternate);
+        EXPECT_TRUE(shown.screen.isCursorShown);
+        EXPECT_TRUE(shown.hasKeysAsBefore());
+    }
+
+    // The quality on the line of `name`.
+    static bool has(const PtyProcess &shown, const std::string &name, const std::string &quality)
+    {
+        for (const std::string &line : shown.screen.lines) {
+            if (line.find(name + " ") == 0 && line.find(quality) != std::string::npos)
+                return true;
+        }
+        return false;
+    }
+};
+
+TEST_F(WatchTableTest, shows_values_and_ends_clean_with_q)
+{
+    start();
+    EXPECT_EQ(tell("write DM:7 4711"), "ok");
+    const auto shown = table({"DM:7", "CIO_bit:0.3"});
+    shown->waitUntil([&] { return has(*shown, "DM:7", "good") && has(*shown, "CIO_bit:0.3", "good"); }, "good");
+    EXPECT_TRUE(shown->screen.isAlternate);
+    EXPECT_FALSE(shown->screen.isCursorShown);
+    EXPECT_TRUE(shown->screen.hasColour);
+    EXPECT_EQ(shown->screen.lines.at(0).find(" " + host() + "  online  cycle "), 0u) << shown->screen.text();
+    EXPECT_TRUE(has(*shown, "DM:7", " 4711 "));
+    EXPECT_EQ(shown->screen.lines.at(23), "q quit");
+    shown->type("q");
+    EXPECT_EQ(shown->wait(), 0);
+    expectClean(*shown);
+}
+
+TEST_F(WatchTableTest, ends_clean_with_a_key_or_a_signal)
+{
+    start();
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        const auto shown = table({"DM:7"});
+        shown->waitUntil([&] { return has(*shown, "DM:7", "good"); }, "good");
+        shown->sendSignal(number);
+        EXPECT_EQ(shown->wait(), 0) << number;
+        expectClean(*shown);
+    }
+    const auto shown = table({"DM:7"});
+    shown->waitUntil([&] { return has(*shown, "DM:7", "good"); }, "good");
+    shown->type("\003");
+    EXPECT_EQ(shown->wait(), 0);
+    expectClean(*shown);
+}
+
+TEST_F(WatchTableTest, ends_clean_with_a_fatal_signal)
+{
+    start();
+    for (const int number : {SIGQUIT, SIGSEGV, SIGABRT}) {
+        const auto shown = table({"DM:7"});
+        shown->waitUntil([&] { return has(*shown, "DM:7", "good"); }, "good");
+        shown->sendSignal(number);
+        EXPECT_NE(shown->wait(), 0) << number;
+        expectClean(*shown);
+    }
+}
+
+TEST_F(WatchTableTest, marks_a_change)
+{
+    start();
+    const auto shown = table({"DM:7", "DM:9"});
+    shown->waitUntil([&] { return has(*shown, "DM:7", " 0 "); }, "the first value");
+    EXPECT_EQ(tell("write DM:7 12"), "ok");
+    shown->waitUntil([&] { return has(*shown, "DM:7", " 12*"); }, "12*");
+    shown->waitUntil([&] { return has(*shown, "DM:7", " 12 "); }, "12 without its mark");
+    EXPECT_TRUE(has(*shown, "DM:9", " 0 "));
+}
+
+TEST_F(WatchTableTest, quality_follows_the_link)
+{
+    start();
+    EXPECT_EQ(tell("write DM:7 4711"), "ok");
+    const auto shown = table({"DM:7", "--timeout", "300"});
+    shown->waitUntil([&] { return has(*shown, "DM:7", "good"); }, "good");
+    EXPECT_EQ(tell("fault silence"), "ok");
+    shown->waitUntil([&] { return has(*shown, "DM:7", "last known"); }, "last known");
+    EXPECT_TRUE(has(*shown, "DM:7", " 4711 "));
+    shown->waitForText("no link, retry in ");
+    shown->waitForText("lost: ");
+    EXPECT_TRUE(has(*shown, "DM:7", " 4711 "));
+    EXPECT_EQ(tell("fault silence off"), "ok");
+    shown->waitUntil([&] { return has(*shown, "DM:7", "good"); }, "good again");
+    EXPECT_TRUE(has(*shown, "DM:7", " 4711 "));
+    shown->type("q");
+    EXPECT_EQ(shown->wait(), 0);
+    expectClean(*shown);
+}
+
+TEST_F(WatchTableTest, a_closed_connection_is_seen_in_a_long_pause)
+{
+    start();
+    const auto shown = table({"DM:7", "--interval", "60000"});
+    shown->waitForText("connected to ");
+    EXPECT_EQ(tell("fault refuse"), "ok");
+    EXPECT_EQ(tell("disconnect"), "ok 1");
+    shown->waitForText("no link");
+    EXPECT_TRUE(has(*shown, "DM:7", "not connected"));
+}
+
+TEST_F(WatchTableTest, without_a_plc)
+{
+    PlayedPlc closed;
+    closed.stopListening();
+    PtyProcess shown({FINS_PANEL_PATH, "watch", closed.host(), "DM:7"}, 80, 24);
+    shown.waitUntil([&] { return has(shown, "DM:7", "not connected"); }, "not connected");
+    shown.waitForText("no link to " + closed.host());
+    shown.type("q");
+    EXPECT_EQ(shown.wait(), 0);
+    expectClean(shown);
+}
+
+TEST_F(WatchTableTest, a_pending_write_is_shown)
+{
+    PlayedPlc played;
+    PtyProcess shown({FINS_PANEL_PATH, "watch", played.host(), "DM:7", "--write", "DM:7=5", "--timeout", "20000"},
+                     80, 24);
+    const std::unique_ptr<PlayedLink> link = played.accept();
+    link->exchangeNodes();
+    EXPECT_EQ(link->command(), plainHex("0101 82 0007 00 0001"));
+    link->answer("0101 0000 0003");
+    EXPECT_EQ(link->command(), plainHex("0102 82 0007 00 0001 0005"));
+    shown.waitUntil([&] { return has(shown, "DM:7", "write pending"); }, "write pending");
+    link->answer("0102 0000");
+    shown.waitUntil([&] { return has(shown, "DM:7", "good"); }, "good");
+    EXPECT_TRUE(has(shown, "DM:7", " 5"));
+    shown.sendSignal(SIGTERM);
+    EXPECT_EQ(shown.wait(), 0);
+}
+
+TEST_F(WatchTableTest, refused_values)
+{
+    start({"--fault", "end-code=1104"});
+    const auto shown = table({"DM:7"});
+    shown->waitUntil([&] { return has(*shown, "DM:7", "refused"); }, "refused");
+}
+
+TEST_F(WatchTableTest, follows_the_size)
+{
+    start();
+    const auto shown = table({"DM:0:30"});
+    shown->waitForText("q quit  arrows, page keys: scroll  1-20 of 30");
+    shown->resize(200, 50);
+    shown->waitUntil([&] { return shown->screen.lines.at(49) == "q quit"; }, "a higher table");
+    EXPECT_EQ(shown->screen.lines.at(31).find("DM:29 "), 0u) << shown->screen.text();
+    EXPECT_GT(shown->screen.lines.at(0).size(), 190u);
+    shown->resize(60, 10);
+    shown->waitForText("1-6 of 30");
+}
+
+TEST_F(WatchTableTest, scrolls)
+{
+    start();
+    const auto shown = table({"DM:0:30"});
+    shown->waitForText("1-20 of 30");
+    shown->type("\033[B");
+    shown->waitForText("2-21 of 30");
+    shown->type("\033[6~");
+    shown->waitForText("11-30 of 30");
+    shown->type("k");
+    shown->waitForText("10-29 of 30");
+    shown->type("\033[5~");
+    shown->waitForText("1-20 of 30");
+    shown->type("\033[F");
+    shown->waitForText("11-30 of 30");
+    shown->type("\033[H");
+    shown->waitForText("1-20 of 30");
+}
+
+TEST_F(WatchTableTest, no_colour_if_not_wanted)
+{
+    start();
+    const auto shown = table({"DM:7"}, 80, 24, {{"NO_COLOR", "1"}});
+    shown->waitUntil([&] { return has(*shown, "DM:7", "good"); }, "good");
+    EXPECT_FALSE(shown->screen.hasColour);
+}
+
+TEST_F(WatchTableTest, ascii_where_the_terminal_has_no_utf8)
+{
+    start();
+    const auto shown = table({"DM:7"}, 80, 24, {{"LANG", "C"}});
+    shown->waitUntil([&] { return has(*shown, "DM:7", "good           _"); }, "an ASCII course");
+}
+
+TEST_F(WatchTableTest, lines_on_a_terminal)
+{
+    start();
+    const auto lines = table({"DM:7", "--lines", "--for", "0.3"});
+    EXPECT_EQ(lines->wait(), 0);
+    const auto dumb = table({"DM:7", "--for", "0.3"}, 80, 24, {{"TERM", "dumb"}});
+    EXPECT_EQ(dumb->wait(), 0);
+    for (const auto *shown : {lines.get(), dumb.get()}) {
+        EXPECT_FALSE(shown->screen.isAlternate);
+        EXPECT_NE(shown->screen.text().find(" DM:7 - 0"), std::string::npos) << shown->screen.text();
+    }
+}
+
+TEST_F(WatchTableTest, json_lines)
+{
+    start();
+    const auto panel = watch({"DM:7", "--json", "--changes", "1"});
+    const std::string first = panel->readLine();
+    EXPECT_EQ(first.substr(35), "\"tag\":\"DM:7\",\"item\":\"DM:7\",\"event\":\"first\",\"old\":null,\"value\":0,"
+                                "\"unit\":\"\",\"quality\":\"good\"}") << first;
+    EXPECT_EQ(first.substr(0, 11), "{\"time\":\"20");
+    EXPECT_EQ(tell("write DM:7 12"), "ok");
+    EXPECT_EQ(panel->readLine().substr(35), "\"tag\":\"DM:7\",\"item\":\"DM:7\",\"event\":\"change\",\"old\":0,"
+                                            "\"value\":12,\"unit\":\"\",\"quality\":\"good\"}");
+    EXPECT_EQ(panel->wait(), 0);
+}
+
+TEST_F(WatchTableTest, csv_lines)
+{
+    start();
+    const auto panel = watch({"DM:7", "--csv", "--changes", "1"});
+    EXPECT_EQ(panel->readLine(), "time,tag,item,event,old,value,unit,quality");
+    EXPECT_EQ(panel->readLine().substr(24), ",DM:7,DM:7,first,,0,,good");
+    EXPECT_EQ(tell("write DM:7 12"), "ok");
+    EXPECT_EQ(panel->readLine().substr(24), ",DM:7,DM:7,change,0,12,,good");
+    EXPECT_EQ(panel->wait(), 0);
+}
+
+TEST_F(WatchTableTest, lost_link_in_csv)
+{
+    start();
+    const auto panel = watch({"DM:7", "--csv", "--timeout", "200"});
+    panel->waitForLine(",first,");
+    EXPECT_EQ(tell("fault silence"), "ok");
+    EXPECT_EQ(panel->readLine().substr(24), ",DM:7,DM:7,quality,0,0,,last known");
+    EXPECT_EQ(tell("fault silence off"), "ok");
+    EXPECT_EQ(panel->readLine().substr(24), ",DM:7,DM:7,quality,0,0,,good");
+    EXPECT_EQ(interrupt(*panel), 0);
+}
+
+TEST_F(WatchTableTest, formats_exclude_each_other)
+{
+    for (const Words &both : {Words{"--json", "--csv"}, Words{"--lines", "--csv"}, Words{"--lines", "--json"}}) {
+        const PanelRun ended = runPanel({"watch", "127.0.0.1:1", "DM:7", both[0], both[1]});
+        EXPECT_EQ(ended.code, 2);
+        EXPECT_EQ(ended.out, "");
+    }
+}
+
+} // namespace

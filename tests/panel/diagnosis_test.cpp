@@ -1,0 +1,96 @@
+#include "diagnosis.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const Peer PEER = {"plc", "9600", "192.168.250.1", Millis(1000)};
+
+Diagnosis of(LinkFailure failure, LinkPhase phase, const std::string &text, std::uint32_t tcpError = 0)
+{
+    return diagnose({failure, tcpError, phase, text}, PEER, "");
+}
+
+std::string whileConnecting(LinkFailure failure, const std::string &text = "")
+{
+    return of(failure, LinkPhase::WAITING, text).problem;
+}
+
+TEST(Diagnosis, while_connecting)
+{
+    const Peer unknown = {"plc", "9600", "", Millis(1000)};
+    EXPECT_EQ(diagnose({LinkFailure::NOT_RESOLVED, 0, LinkPhase::WAITING, "Host not found"}, unknown, "").problem,
+              "there is no host named 'plc': Host not found");
+    EXPECT_EQ(whileConnecting(LinkFailure::RESOLVE_TIMEOUT), "no name server answered for 'plc' within 1000 ms");
+    EXPECT_EQ(whileConnecting(LinkFailure::REFUSED),
+              "the host 192.168.250.1 is there, but nothing listens on TCP port 9600");
+    EXPECT_EQ(whileConnecting(LinkFailure::UNREACHABLE, "No route to host"),
+              "there is no way to 192.168.250.1: No route to host");
+    EXPECT_EQ(whileConnecting(LinkFailure::CONNECT_TIMEOUT),
+              "192.168.250.1 does not answer on TCP port 9600 within 1000 ms");
+    EXPECT_EQ(whileConnecting(LinkFailure::OTHER, "odd"), "no connection to 192.168.250.1: odd");
+}
+
+TEST(Diagnosis, fins_tcp_errors_in_words)
+{
+    const auto refused = [](std::uint32_t error) {
+        return of(LinkFailure::TCP_ERROR, LinkPhase::HANDSHAKING, "", error).problem;
+    };
+    const std::string start = "the PLC refuses the connection with FINS/TCP error ";
+    EXPECT_EQ(refused(0x20), start + "20 (all connections of the PLC are in use)");
+    EXPECT_EQ(refused(0x21), start + "21 (this node is already connected)");
+    EXPECT_EQ(refused(0x22), start + "22 (the PLC does not accept connections from this IP address)");
+    EXPECT_EQ(refused(0x23), start + "23 (the node address of this client is out of range)");
+    EXPECT_EQ(refused(0x24), start + "24 (the same node address is used by this client and the PLC)");
+    EXPECT_EQ(refused(0x25), start + "25 (the PLC has no free node address for this client)");
+}
+
+TEST(Diagnosis, fins_tcp_error_has_its_remedy)
+{
+    const Diagnosis filtered = of(LinkFailure::TCP_ERROR, LinkPhase::HANDSHAKING, "", 0x22);
+    EXPECT_EQ(filtered.remedies, std::vector<std::string>{
+        "add this computer's address in the unit's settings, or switch its IP address filter off"});
+}
+
+TEST(Diagnosis, silence_before_and_after_the_node_address)
+{
+    EXPECT_EQ(of(LinkFailure::SILENCE, LinkPhase::HANDSHAKING, "").problem,
+              "the connection is made, but the node address request is not answered within 1000 ms");
+    EXPECT_EQ(of(LinkFailure::SILENCE, LinkPhase::PROVING, "").problem,
+              "the PLC gave a node address, then left requests without an answer within 1000 ms");
+    EXPECT_EQ(of(LinkFailure::SILENCE, LinkPhase::ONLINE, "").problem,
+              "the PLC gave a node address, then left requests without an answer within 1000 ms");
+}
+
+TEST(Diagnosis, closed_before_and_after_the_node_address)
+{
+    EXPECT_EQ(of(LinkFailure::CLOSED, LinkPhase::HANDSHAKING, "reset").problem,
+              "the connection is closed again before a node address is given: reset");
+    EXPECT_EQ(of(LinkFailure::CLOSED, LinkPhase::ONLINE, "reset").problem, "the link broke: reset");
+}
+
+TEST(Diagnosis, another_protocol)
+{
+    const LinkTrouble trouble = {LinkFailure::WRONG_PROTOCOL, 0, LinkPhase::HANDSHAKING, "x"};
+    EXPECT_EQ(diagnose(trouble, PEER, "HTTP").problem,
+              "what answers on 192.168.250.1 port 9600 does not speak FINS/TCP; it began with 48 54 54 50 'HTTP'");
+    EXPECT_EQ(diagnose(trouble, PEER, "").problem,
+              "what answers on 192.168.250.1 port 9600 does not speak FINS/TCP");
+    EXPECT_EQ(of(LinkFailure::WRONG_PROTOCOL, LinkPhase::PROVING, "bad reply").problem,
+              "the PLC gave a node address, then answered wrongly: bad reply");
+}
+
+TEST(Diagnosis, every_one_has_a_remedy)
+{
+    for (const LinkPhase phase : {LinkPhase::WAITING, LinkPhase::HANDSHAKING, LinkPhase::PROVING, LinkPhase::ONLINE}) {
+        for (int failure = 0; failure <= static_cast<int>(LinkFailure::OTHER); ++failure)
+            EXPECT_FALSE(of(static_cast<LinkFailure>(failure), phase, "").remedies.empty()) << failure;
+    }
+}
+
+TEST(StrayText, shows_what_is_printable)
+{
+    EXPECT_EQ(strayText(std::string("\x01 ~\x7f\xff", 5)), "01 20 7E 7F FF '. ~..'");
+}
+
+} // namespace

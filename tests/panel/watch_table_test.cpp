@@ -1,0 +1,265 @@
+#include "watch_table.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+const double UNKNOWN   = std::numeric_limits<double>::quiet_NaN();
+const double NO_NUMBER = std::numeric_limits<double>::infinity();
+
+const TableStyle PLAIN  = {false, true};
+const TableStyle COLOUR = {true, true};
+const TableStyle ASCII  = {false, false};
+
+TableContent content()
+{
+    TableContent content = {};
+    content.peer   = "192.168.250.1:9600";
+    content.link   = "online";
+    content.isUp   = true;
+    content.cycle  = "12.5 ms";
+    content.requestsPerSecond = 80.4;
+    content.errors = 0;
+    content.clock  = "08:15:30";
+    content.rows = {
+        {"level", "512", "mm", "0 s", Quality::GOOD, true, {0, 1, 2, 3, 4, 5, 6, 7}},
+        {"set_point", "500.0", "mm", "3 min", Quality::WRITE_PENDING, false, {500, 500}},
+        {"pump", "1", "", "-", Quality::GOOD, false, {UNKNOWN, 0, 1}},
+        {"serial", "", "", "-", Quality::NOT_CONNECTED, false, {}},
+    };
+    return content;
+}
+
+TableContent lostContent()
+{
+    TableContent lost = content();
+    lost.link    = "no link, retry in 3 s";
+    lost.isUp    = false;
+    lost.cycle   = "";
+    lost.requestsPerSecond = 0;
+    lost.errors  = 1;
+    lost.message = "link to 192.168.250.1:9600 lost: no reply in time, 3 times in a row, retrying in 100 ms";
+    lost.rows[0].isNew   = false;
+    lost.rows[0].age     = "12 s";
+    lost.rows[0].quality = Quality::LAST_KNOWN;
+    lost.rows[0].course  = {0, 7, UNKNOWN};
+    lost.rows[1].quality = Quality::LAST_KNOWN;
+    lost.rows[2].quality = Quality::REFUSED;
+    return lost;
+}
+
+TableContent manyRows(std::size_t count)
+{
+    TableContent many = content();
+    many.rows.clear();
+    for (std::size_t i = 0; i < count; ++i)
+        many.rows.push_back({"t" + std::to_string(i), "1", "", "-", Quality::GOOD, false, {}});
+    return many;
+}
+
+using Lines = std::vector<std::string>;
+
+TEST(WatchTable, screen_of_80_by_24)
+{
+    Lines expected(24);
+    expected[0] = " 192.168.250.1:9600  online  cycle 12.5 ms  80 requests/s  0 errors    08:15:30 ";
+    expected[1] = "TAG         VALUE  UNIT CHANGED  QUALITY        COURSE";
+    expected[2] = "level         512* mm       0 s  good           ▁▂▃▄▅▆▇█";
+    expected[3] = "set_point   500.0  mm     3 min  write pending  ▁▁";
+    expected[4] = "pump            1             -  good           ·▁█";
+    expected[5] = "serial          -             -  not connected";
+    expected[23] = "q quit";
+    EXPECT_EQ(renderTable(content(), {80, 24}, PLAIN), expected);
+}
+
+TEST(WatchTable, screen_of_200_by_50)
+{
+    Lines expected(50);
+    expected[0] = " 192.168.250.1:9600  online  cycle 12.5 ms  80 requests/s  0 errors" + std::string(124, ' ')
+                  + "08:15:30 ";
+    expected[1] = "TAG         VALUE  UNIT CHANGED  QUALITY        COURSE";
+    expected[2] = "level         512* mm       0 s  good           ▁▂▃▄▅▆▇█";
+    expected[3] = "set_point   500.0  mm     3 min  write pending  ▁▁";
+    expected[4] = "pump            1             -  good           ·▁█";
+    expected[5] = "serial          -             -  not connected";
+    expected[49] = "q quit";
+    EXPECT_EQ(renderTable(content(), {200, 50}, PLAIN), expected);
+}
+
+TEST(WatchTable, screen_with_the_link_lost)
+{
+    Lines expected(24);
+    expected[0] = " 192.168.250.1:9600  no link, retry in 3 s  cycle -  0 requests/s  1 error      ";
+    expected[1] = "TAG         VALUE  UNIT CHANGED  QUALITY        COURSE";
+    expected[2] = "level         512  mm      12 s  last known     ▁█·";
+    expected[3] = "set_point   500.0  mm     3 min  last known     ▁▁";
+    expected[4] = "pump            1             -  refused        ·▁█";
+    expected[5] = "serial          -             -  not connected";
+    expected[22] = "link to 192.168.250.1:9600 lost: no reply in time, 3 times in a row, retrying i~";
+    expected[23] = "q quit";
+    EXPECT_EQ(renderTable(lostContent(), {80, 24}, PLAIN), expected);
+}
+
+TEST(WatchTable, colours_of_a_good_link)
+{
+    const Lines lines = renderTable(content(), {80, 24}, COLOUR);
+    EXPECT_EQ(lines[0],
+              "\033[7m 192.168.250.1:9600  online  cycle 12.5 ms  80 requests/s  0 errors    08:15:30 \033[0m");
+    EXPECT_EQ(lines[1], "\033[1mTAG         VALUE  UNIT CHANGED  QUALITY        COURSE\033[0m");
+    EXPECT_EQ(lines[2], "level     \033[1;7m    512*\033[0m mm       0 s  \033[32mgood         \033[0m  ▁▂▃▄▅▆▇█");
+    EXPECT_EQ(lines[3], "set_point \033[2m  500.0 \033[0m mm     3 min  \033[36mwrite pending\033[0m  ▁▁");
+    EXPECT_EQ(lines[4], "pump            1             -  \033[32mgood         \033[0m  ·▁█");
+    EXPECT_EQ(lines[5], "serial    \033[2m      - \033[0m            -  \033[31mnot connected\033[0m  ");
+}
+
+TEST(WatchTable, colours_of_a_lost_link)
+{
+    const Lines lines = renderTable(lostContent(), {80, 24}, COLOUR);
+    EXPECT_EQ(lines[0].substr(0, 11), "\033[1;37;41m ");
+    EXPECT_EQ(lines[2], "level     \033[2m    512 \033[0m mm      12 s  \033[33mlast known   \033[0m  ▁█·");
+    EXPECT_EQ(lines[4], "pump      \033[2m      1 \033[0m            -  \033[31mrefused      \033[0m  ·▁█");
+}
+
+TEST(WatchTable, a_restored_link_looks_as_before)
+{
+    EXPECT_NE(renderTable(lostContent(), {80, 24}, COLOUR), renderTable(content(), {80, 24}, COLOUR));
+    TableContent restored = lostContent();
+    restored.link   = "online";
+    restored.isUp   = true;
+    restored.rows[0].quality = Quality::GOOD;
+    const Lines lines = renderTable(restored, {80, 24}, COLOUR);
+    EXPECT_EQ(lines[0].substr(0, 5), "\033[7m ");
+    EXPECT_EQ(lines[2], "level         512  mm      12 s  \033[32mgood         \033[0m  ▁█·");
+}
+
+TEST(WatchTable, no_line_is_wider_than_the_screen)
+{
+    TableContent wide = content();
+    wide.rows[0].name  = std::string(100, 'n');
+    wide.rows[0].value = std::string(100, '7');
+    wide.rows[0].unit  = std::string(100, 'u');
+    wide.message       = std::string(300, 'm');
+    for (std::size_t columns = 1; columns <= 210; ++columns) {
+        for (const TableStyle style : {PLAIN, COLOUR, ASCII}) {
+            const Lines lines = renderTable(wide, {columns, 24}, style);
+            ASSERT_EQ(lines.size(), 24u);
+            for (const std::string &line : lines)
+                ASSERT_LE(screenWidth(line), columns) << columns << ": " << line;
+        }
+    }
+}
+
+TEST(WatchTable, no_more_lines_than_the_screen_has)
+{
+    for (std::size_t rows = 1; rows <= 10; ++rows)
+        EXPECT_EQ(renderTable(manyRows(30), {80, rows}, PLAIN).size(), rows);
+}
+
+TEST(WatchTable, long_names_are_clipped)
+{
+    TableContent named = content();
+    named.rows[0].name = "a_name_of_21_letters_";
+    EXPECT_EQ(renderTable(named, {80, 24}, PLAIN)[2].substr(0, 21), "a_name_of_21_letter~ ");
+    EXPECT_EQ(renderTable(named, {120, 24}, PLAIN)[2].substr(0, 22), "a_name_of_21_letters_ ");
+    EXPECT_EQ(renderTable(named, {119, 24}, PLAIN)[2].substr(0, 21), "a_name_of_21_letter~ ");
+}
+
+TEST(WatchTable, names_in_other_alphabets_keep_the_columns)
+{
+    TableContent named = content();
+    named.rows[2].name = "Füllst";
+    EXPECT_EQ(renderTable(named, {80, 24}, PLAIN)[4], "Füllst          1             -  good           ·▁█");
+}
+
+TEST(WatchTable, control_characters_do_not_reach_the_terminal)
+{
+    TableContent bad = content();
+    bad.message = "a\033[2Jb\x7f";
+    EXPECT_EQ(renderTable(bad, {80, 24}, PLAIN)[22], "a?[2Jb?");
+}
+
+TEST(WatchTable, scrolls)
+{
+    TableContent many = manyRows(25);
+    EXPECT_EQ(visibleRows({80, 24}), 20u);
+    many.first = 5;
+    const Lines lines = renderTable(many, {80, 24}, PLAIN);
+    EXPECT_EQ(lines[2].substr(0, 3), "t5 ");
+    EXPECT_EQ(lines[21].substr(0, 4), "t24 ");
+    EXPECT_EQ(lines[23], "q quit  arrows, page keys: scroll  6-25 of 25");
+}
+
+TEST(WatchTable, says_nothing_of_scrolling_if_all_fits)
+{
+    EXPECT_EQ(renderTable(manyRows(20), {80, 24}, PLAIN)[23], "q quit");
+    EXPECT_EQ(renderTable(manyRows(21), {80, 24}, PLAIN)[23], "q quit  arrows, page keys: scroll  1-20 of 21");
+}
+
+TEST(WatchTable, rows_that_fit)
+{
+    EXPECT_EQ(visibleRows({80, 5}), 1u);
+    EXPECT_EQ(visibleRows({80, 4}), 0u);
+    EXPECT_EQ(visibleRows({80, 1}), 0u);
+}
+
+TEST(CourseText, spans_from_the_least_to_the_greatest)
+{
+    EXPECT_EQ(courseText({-4, 4}, 8, true), "▁█");
+    EXPECT_EQ(courseText({0, 50, 100}, 8, true), "▁▅█");
+    EXPECT_EQ(courseText({0, 12, 13, 100}, 8, true), "▁▁▂█");
+}
+
+TEST(CourseText, a_constant_is_a_line)
+{
+    EXPECT_EQ(courseText({7, 7, 7}, 8, true), "▁▁▁");
+}
+
+TEST(CourseText, shows_the_latest_and_scales_by_them)
+{
+    EXPECT_EQ(courseText({1000, 1, 2}, 2, true), "▁█");
+    EXPECT_EQ(courseText({1000, 1, 2}, 3, true), "█▁▁");
+    EXPECT_EQ(courseText({}, 8, true), "");
+}
+
+TEST(CourseText, marks_what_is_not_known)
+{
+    EXPECT_EQ(courseText({UNKNOWN, 1, NO_NUMBER}, 8, true), "·▁ ");
+    EXPECT_EQ(courseText({UNKNOWN, 1, NO_NUMBER}, 8, false), "?_ ");
+}
+
+TEST(CourseText, ascii_levels)
+{
+    EXPECT_EQ(courseText({0, 1, 2, 3, 4, 5, 6, 7}, 8, false), "_.,-~=^#");
+}
+
+TEST(CourseText, the_largest_numbers_do_not_overflow)
+{
+    const double huge = std::numeric_limits<double>::max();
+    EXPECT_EQ(courseText({-huge, 0, huge}, 8, true), "▁▅█");
+}
+
+TEST(AgeText, units)
+{
+    using std::chrono::seconds;
+    EXPECT_EQ(ageText(seconds(0)), "0 s");
+    EXPECT_EQ(ageText(seconds(59)), "59 s");
+    EXPECT_EQ(ageText(seconds(60)), "1 min");
+    EXPECT_EQ(ageText(seconds(3599)), "59 min");
+    EXPECT_EQ(ageText(seconds(3600)), "1 h");
+    EXPECT_EQ(ageText(seconds(86399)), "23 h");
+    EXPECT_EQ(ageText(seconds(86400)), "1 d");
+    EXPECT_EQ(ageText(seconds(172800)), "2 d");
+}
+
+TEST(ScreenWidth, counts_characters_and_no_attributes)
+{
+    EXPECT_EQ(screenWidth(""), 0u);
+    EXPECT_EQ(screenWidth("ab"), 2u);
+    EXPECT_EQ(screenWidth("▁█"), 2u);
+    EXPECT_EQ(screenWidth("\033[1;7mab\033[0m c"), 4u);
+}
+
+} // namespace
