@@ -296,12 +296,15 @@ TEST_F(AreaIndex, ManyTagsOfOneAddress)
 // The table's sum of the keys is the same for both: 85EBCA6B (hex) is what it multiplies the tag by.
 TEST_F(AreaIndex, TagsAndAddressesOfTheSameSumAreTold)
 {
-    const qint32 multiplier = static_cast<qint32>(0x85EBCA6Bu);
-    add(1, "DM", 0);
-    EXPECT_EQ(find(0, "DM", multiplier), -1);
-    add(0, "DM", multiplier);
-    EXPECT_EQ(find(0, "DM", multiplier), 1);
-    EXPECT_EQ(find(1, "DM", 0), 0);
+    // 32 records fill half of the smallest table, one behind the other.
+    const auto addressOf = [](qint32 tag) {
+        return static_cast<qint32>(0u - 0x85EBCA6Bu * static_cast<quint32>(tag));
+    };
+    for (qint32 tag = 0; tag < 32; ++tag)
+        add(tag, "DM", addressOf(tag));
+    for (qint32 tag = 0; tag < 32; ++tag)
+        EXPECT_EQ(find(tag, "DM", addressOf(tag)), tag);
+    EXPECT_EQ(find(32, "DM", addressOf(32)), -1);
 }
 
 TEST_F(AreaIndex, TypesOfTheSameLengthAndFirstLetterAreTold)
@@ -530,6 +533,48 @@ TEST_F(AreaIndex, RunAfterTheTableHasGrown)
     for (qint32 i = 0; i < 300; ++i)
         all.push_back(i);
     EXPECT_EQ(findRun(100, 301), all);
+}
+
+// The table is never believed: every record is compared with the keys that are asked for.
+TEST_F(AreaIndex, RecordWhoseKeysOthersChangedIsNotTakenForWhatItWas)
+{
+    add(100);
+    add(101);
+    add(102);
+    EXPECT_EQ(find(101), 1);
+    areas[1].address = 103;
+    EXPECT_EQ(find(101), -1);
+    areas[1] = recordOf(8, QLatin1String("DM"), 101);
+    EXPECT_EQ(find(101), -1);
+    areas[1] = recordOf(7, QLatin1String("DX"), 101);
+    EXPECT_EQ(find(101), -1);
+}
+
+TEST_F(AreaIndex, RunStopsAtARecordWhoseKeysOthersChanged)
+{
+    add(100);
+    add(101);
+    add(102);
+    EXPECT_EQ(findRun(100, 3), (Positions{0, 1, 2}));
+    areas[1].address = 103;
+    EXPECT_EQ(findRun(100, 3), (Positions{0}));
+    areas[1] = recordOf(8, QLatin1String("DM"), 101);
+    EXPECT_EQ(findRun(100, 3), (Positions{0}));
+    areas[1] = recordOf(7, QLatin1String("DX"), 101);
+    EXPECT_EQ(findRun(100, 3), (Positions{0}));
+    areas[1] = recordOf(7, QLatin1String("DM"), 101);
+    EXPECT_EQ(findRun(100, 3), (Positions{0, 1, 2}));
+}
+
+TEST_F(AreaIndex, RunStopsAtATypeNameInTheSameMemoryOfAnotherLength)
+{
+    const QString name = QLatin1String("DM");
+    areas.append(recordOf(7, name, 100));
+    areas.append(recordOf(7, name, 101));
+    EXPECT_EQ(findRun(7, name, 100, 2), (Positions{0, 1}));
+    areas[1].regType = QString::fromRawData(name.constData(), 1);
+    ASSERT_EQ(areas.at(1).regType.constData(), name.constData());
+    EXPECT_EQ(findRun(7, name, 100, 2), (Positions{0}));
 }
 
 // ---- The driver's look-up of a run ---------------------------------------------------------------------------------

@@ -183,6 +183,22 @@ TEST_F(ConditionRead, NegativeLimitLeavesAShortItemWhole)
     EXPECT_EQ(queued(), (Reads{{1, 7, "DM", 10, -4}, {1, 7, "DM", 10, LOWEST}}));
 }
 
+TEST_F(ConditionRead, NegativeLimitLeavesAnItemWithoutItemsWhole)
+{
+    driver.wordsPerFrame = -5;
+    ask("DM", 100, 0);
+    EXPECT_EQ(queued(), (Reads{{1, 7, "DM", 100, 0}}));
+}
+
+TEST_F(ConditionRead, BitsOfManyWordsAreRoundedUp)
+{
+    ask("CIO_bit", 0, 33, BIT_KIND);
+    ask("CIO_bit", 16, 255, BIT_KIND);
+    ask("CIO_bit", 32, 256, BIT_KIND);
+    ask("CIO_bit", 48, 257, BIT_KIND);
+    EXPECT_EQ(queued(), (Reads{{1, 7, "CIO", 0, 3}, {1, 7, "CIO", 1, 16}, {1, 7, "CIO", 2, 16}, {1, 7, "CIO", 3, 17}}));
+}
+
 TEST_F(ConditionRead, LowestLimitIsSurvived)
 {
     driver.wordsPerFrame = LOWEST;

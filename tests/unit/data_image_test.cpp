@@ -193,6 +193,12 @@ TEST_F(DataImage, WordOnlyLeavesTheBitsOut)
     EXPECT_EQ(change(100, 0, 0xFFFF, -1), (Notifications{{3, 7, "DM", 100}}));
 }
 
+TEST_F(DataImage, WordOnlyNotifiesNothingOfEqualWords)
+{
+    watch(100, 1, 0xFFFF);
+    EXPECT_EQ(change(100, 0x1234, 0x1234, 1), Notifications());
+}
+
 TEST_F(DataImage, OnlyBit0OfTheWordMonitorCounts)
 {
     watch(100, 2, 0);

@@ -59,6 +59,21 @@ protected:
 
 typedef std::vector<std::string> Records;
 
+// ---- Runs that are longer than what is looked up at once -----------------------------------------------------------
+
+TEST_F(ReadValues, LongRunEndsAtItsCount)
+{
+    for (int i = 0; i < 140; ++i)
+        word("DM", 100 + i, 0x0100 + i);
+    Bytes out(300, UNTOUCHED);
+    intf_getData(7, QLatin1String("DM"), 100, 130, out.data());
+    for (std::size_t i = 0; i < 130; ++i) {
+        EXPECT_EQ(out[2 * i], quint8(i)) << i;
+        EXPECT_EQ(out[2 * i + 1], 0x01) << i;
+    }
+    EXPECT_EQ(Bytes(out.begin() + 260, out.end()), Bytes(40, UNTOUCHED));
+}
+
 // ---- Words ---------------------------------------------------------------------------------------------------------
 
 TEST_F(ReadValues, NoWordsLeaveTheBufferUntouched)
@@ -140,6 +155,13 @@ TEST_F(ReadValues, NoBitsLeaveTheBufferUntouched)
     EXPECT_EQ(read("DM_bit", 1600, 0), only({}));
     EXPECT_EQ(read("DM_bit", 1600, -1), only({}));
     EXPECT_TRUE(driver.dataAreas.isEmpty());
+}
+
+TEST_F(ReadValues, FirstRecordOfTheImageIsNotTakenForTheWordOfABit)
+{
+    word("HR", 100, 0xFFFF);
+    EXPECT_EQ(read("DM_bit", 1600, 2), only({0, 0}));
+    EXPECT_EQ(image(), (Records{"7 HR 100", "7 DM 100"}));
 }
 
 TEST_F(ReadValues, UnknownBitsCreateTheirWordAndReadAsZero)

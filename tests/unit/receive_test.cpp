@@ -512,6 +512,48 @@ TEST_F(Receive, ChangedBitsNotifyThenTheWord)
                                               {2, 7, "DM", 100}}));
 }
 
+TEST_F(Receive, ChangedBitsOfSeveralWordsNotifyWordByWord)
+{
+    queueRead("DM", 100, 3);
+    for (int i = 0; i < 3; ++i)
+        word("DM", 100 + i).bitMonitor = 0x0003;
+    EXPECT_EQ(deal(readReply({0, 1, 0, 0, 0, 3})), 1);
+    EXPECT_EQ(notifications(), (Notifications{{2, 7, "DM_bit", 1600},
+                                              {2, 7, "DM_bit", 1632},
+                                              {2, 7, "DM_bit", 1633}}));
+}
+
+TEST_F(Receive, LongReadEndsAtItsCount)
+{
+    for (int i = 0; i < 140; ++i) {
+        word("DM", 100 + i).rcvFlag = 1;
+        word("DM", 100 + i).plcValue[0] = 0xEE;
+    }
+    queueRead("DM", 100, 130);
+    Bytes data;
+    for (int i = 0; i < 130; ++i) {
+        data.push_back(0x01);
+        data.push_back(quint8(i));
+    }
+    EXPECT_EQ(deal(readReply(data)), 1);
+    for (int i = 0; i < 130; ++i)
+        EXPECT_EQ(plcWord("DM", 100 + i), 0x0100 + i);
+    for (int i = 130; i < 140; ++i) {
+        EXPECT_EQ(plcWord("DM", 100 + i), 0xEE) << i;
+        EXPECT_EQ(word("DM", 100 + i).rcvFlag, 1) << i;
+    }
+}
+
+TEST_F(Receive, TheSameHighAndLowByteLeaveAPendingWrite)
+{
+    queueRead("DM", 100, 1);
+    word("DM", 100).plcValue[0] = 0x34;
+    word("DM", 100).plcValue[1] = 0x12;
+    word("DM", 100).writePending = 1;
+    EXPECT_EQ(deal(readReply({0x12, 0x34})), 1);
+    EXPECT_EQ(word("DM", 100).writePending, 1);
+}
+
 TEST_F(Receive, ADifferentValueEndsAPendingWrite)
 {
     queueRead("DM", 100, 1);

@@ -173,6 +173,21 @@ TEST_F(WriteCompletion, EveryWordOfThePieceIsSettled)
     EXPECT_EQ(word(103).writePending, 1);
 }
 
+TEST_F(WriteCompletion, LongPieceEndsAtItsCount)
+{
+    for (int i = 0; i < 140; ++i)
+        pend(100 + i, 1, 2);
+    settle("DM", 100, 130, 1);
+    for (int i = 0; i < 130; ++i) {
+        EXPECT_EQ(word(100 + i).writePending, 0) << i;
+        EXPECT_EQ(plcWord(100 + i), 2) << i;
+    }
+    for (int i = 130; i < 140; ++i) {
+        EXPECT_EQ(word(100 + i).writePending, 1) << i;
+        EXPECT_EQ(plcWord(100 + i), 1) << i;
+    }
+}
+
 TEST_F(WriteCompletion, WordsOfAnotherTagStayPending)
 {
     pend(100, 3, 5);
@@ -250,6 +265,17 @@ TEST_F(WriteCompletion, EveryBitReportsUnderTheFirstAddress)
     notifications().clear();
     settle("DM_bit", 1600, 3, 0);
     EXPECT_EQ(notifications(), three);
+}
+
+TEST_F(WriteCompletion, FirstRecordOfTheImageIsNotTakenForTheWordOfABit)
+{
+    getIndexOfDataArea(7, QLatin1String("HR"), 100, driver.dataAreas);
+    driver.dataAreas[0].writePending = 1;
+    pend(100, 0, 1, 1);
+    settle("DM_bit", 1600, 1, 1);
+    EXPECT_EQ(driver.dataAreas.at(0).writePending, 1);
+    EXPECT_EQ(word(100).writePending, 0);
+    EXPECT_EQ(plcWord(100), 1);
 }
 
 TEST_F(WriteCompletion, WatchedBitsReportNothingElse)

@@ -312,6 +312,18 @@ TEST_F(WriteValues, BitsAreCutByTheSameLimitAtAnyBit)
     EXPECT_TRUE(queuedRestIsZero(2, 2));
 }
 
+TEST_F(WriteValues, LongWriteEndsAtItsCountInTheImage)
+{
+    for (int i = 0; i < 140; ++i)
+        getIndexOfDataArea(7, QLatin1String("DM"), 100 + i, driver.dataAreas);
+    write("DM", 100, 130, Bytes(280, 1));
+    ASSERT_EQ(driver.dataAreas.size(), 140);
+    for (int i = 0; i < 130; ++i)
+        EXPECT_EQ(driver.dataAreas.at(i).writePending, 1) << i;
+    for (int i = 130; i < 140; ++i)
+        EXPECT_EQ(driver.dataAreas.at(i).writePending, 0) << i;
+}
+
 TEST_F(WriteValues, WriteOfNothingChangesNothing)
 {
     write("DM", 100, 0, Bytes(2, 1));
@@ -589,6 +601,15 @@ TEST_F(WriteValues, EveryBitIsSetAndClearedAlone)
         EXPECT_EQ(writtenWord(100), 0xFFFF - (1 << bit));
         EXPECT_EQ(word(100).pendingBits, 1 << bit);
     }
+}
+
+TEST_F(WriteValues, FirstRecordOfTheImageIsNotTakenForTheWordOfABit)
+{
+    getIndexOfDataArea(7, QLatin1String("HR"), 100, driver.dataAreas);
+    write("DM_bit", 1600, 1, {1});
+    ASSERT_EQ(driver.dataAreas.size(), 2);
+    EXPECT_EQ(driver.dataAreas.at(0).writePending, 0);
+    EXPECT_EQ(driver.dataAreas.at(1).writePending, 1);
 }
 
 // Deliberate: only the value 1 sets a bit.
