@@ -143,7 +143,7 @@ void OvenPlant::showState()
     memory.setBit(AREA_CIO, STATE_WORD, STATE_READY, isReady);
     memory.setBit(AREA_CIO, STATE_WORD, STATE_ALARM, isHot);
     memory.setWord(AREA_T, T_READY, isReady ? std::min<unsigned>(memory.word(AREA_T, T_READY) + 1, COUNT_MAX) : 0);
-    setFloat(memory, DM_AVERAGE, static_cast<float>(sum) / (10.0f * ZONES));
+    setFloat(memory, DM_AVERAGE, static_cast<float>(sum) / static_cast<float>(10 * ZONES));
 }
 
 std::vector<PlantValue> OvenPlant::values() const
@@ -153,8 +153,9 @@ std::vector<PlantValue> OvenPlant::values() const
     for (unsigned zone = 0; zone < ZONES; ++zone) {
         const std::string number = std::to_string(zone + 1);
         shown.push_back({"DM:" + std::to_string(DM_TEMPERATURE + zone), "zone " + number,
-                         tenthsText(memory.word(AREA_DM, DM_TEMPERATURE + zone)) + " C, set-point " +
-                             tenthsText(setPoint(memory, zone)) + " C"});
+                         tenthsText(memory.word(AREA_DM, DM_TEMPERATURE + zone)) + " C"});
+        shown.push_back({"DM:" + std::to_string(DM_SET_POINT + zone), "set-pt. " + number,
+                         tenthsText(setPoint(memory, zone)) + " C"});
         shown.push_back({"DM:" + std::to_string(DM_HEATER + zone), "heater " + number,
                          std::to_string(memory.word(AREA_DM, DM_HEATER + zone)) + " %"});
     }

@@ -182,7 +182,7 @@ std::vector<PlantValue> TankPlant::values() const
             {"CIO_bit:0.0", "pump", state(STATE_PUMP)},
             {"CIO_bit:0.3", "high alarm", state(STATE_HIGH_ALARM)},
             {"CIO_bit:0.4", "low alarm", state(STATE_LOW_ALARM)},
-            {"C:0", "pump starts", std::to_string(memory.word(AREA_C, C_STARTS))}};
+            {"C:0", "starts", std::to_string(memory.word(AREA_C, C_STARTS))}};
 }
 
 } // namespace plc
