@@ -1,14 +1,57 @@
-# Installation, and a Debian package of it.
-install(TARGETS omron_fins_ethernet LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(FILES src/omron_fins_ethernet.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+# Installation, and three Debian packages of it: the driver with its header, the panel program, the simulator.
+install(TARGETS omron_fins_ethernet LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT driver)
+install(FILES src/omron_fins_ethernet.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT driver)
+set(CPACK_COMPONENTS_ALL driver)
+
 if(OMRON_FINS_TOOLS)
-    install(TARGETS fins_panel fins_plc RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+    list(APPEND CPACK_COMPONENTS_ALL fins_panel fins_plc)
+    foreach(program fins_panel fins_plc)
+        install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT ${program})
+        install(FILES packaging/completion.bash RENAME ${program}
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT ${program})
+    endforeach()
+    include(cmake/ManPages.cmake)
 endif()
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME omron-fins-ethernet)
-set(CPACK_PACKAGE_CONTACT "maintainers@users.noreply.c-seed-e84c4a63.example")
-set(CPACK_DEBIAN_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_PACKAGE_CONTACT "maintainers <maintainers@users.noreply.c-seed-e84c4a63.example>")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "an Omron PLC over FINS/TCP")
+
+set(CPACK_DEBIAN_DRIVER_PACKAGE_NAME omron-fins-ethernet)
+set(CPACK_DEBIAN_DRIVER_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_DRIVER_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/triggers)
+set(CPACK_COMPONENT_DRIVER_DESCRIPTION "FINS/TCP driver for operator panel runtimes
+ A shared library that a panel runtime loads by name. It plans what to poll,
+ builds requests and judges replies; the runtime owns the connection.")
+set(CPACK_DEBIAN_FINS_PANEL_PACKAGE_NAME fins-panel)
+set(CPACK_DEBIAN_FINS_PANEL_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_FINS_PANEL_PACKAGE_DEPENDS "omron-fins-ethernet (= ${PROJECT_VERSION})")
+set(CPACK_COMPONENT_FINS_PANEL_DESCRIPTION "panel runtime on the command line for Omron PLCs
+ It watches, reads and writes the memory of a PLC through the driver, moves
+ recipes, and tells what is wrong with a connection.")
+set(CPACK_DEBIAN_FINS_PLC_PACKAGE_NAME fins-plc)
+set(CPACK_DEBIAN_FINS_PLC_PACKAGE_SECTION utils)
+set(CPACK_COMPONENT_FINS_PLC_DESCRIPTION "simulator of an Omron PLC that speaks FINS/TCP
+ It answers like a PLC of the CS/CJ series, with a small plant that moves and
+ faults that can be switched on, to try a panel with no PLC on the desk.")
+
+# Every package has its copyright and changelog, compressed as Debian wants them.
+find_program(GZIP gzip)
+if(GZIP)
+    set(changelog ${PROJECT_BINARY_DIR}/changelog.gz)
+    execute_process(COMMAND ${GZIP} -9nc ${PROJECT_SOURCE_DIR}/packaging/changelog OUTPUT_FILE ${changelog})
+    foreach(component ${CPACK_COMPONENTS_ALL})
+        string(TOUPPER ${component} upper)
+        set(folder ${CMAKE_INSTALL_DATADIR}/doc/${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
+        install(FILES packaging/copyright ${changelog} DESTINATION ${folder} COMPONENT ${component})
+    endforeach()
+endif()
+
 include(CPack)

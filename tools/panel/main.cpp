@@ -444,6 +444,7 @@ int main(int argc, char **argv)
     Arguments arguments;
     Action action;
     CLI::App app("A panel runtime on the command line for Omron PLCs with FINS/TCP", "fins_panel");
+    app.set_help_all_flag("--help-all", "Print the help of every sub-command and exit");
     app.footer(FOOTER);
     app.require_subcommand(1);
     app.fallthrough();
