@@ -13,9 +13,10 @@
 #include <cstdlib>
 #include <cstring>
 
-// Alternate screen, no cursor, no wrapping of long lines; and all of it back.
+// Alternate screen, no cursor, no wrapping of long lines; and all of it back. The alternate screen is left empty: some
+// terminals bring its lines back when the window has another size than at the start.
 static const char ENTER[] = "\033[?1049h\033[?25l\033[?7l\033[2J";
-static const char LEAVE[] = "\033[0m\033[?7h\033[?25h\033[?1049l";
+static const char LEAVE[] = "\033[0m\033[2J\033[?7h\033[?25h\033[?1049l";
 
 static const int FATAL_SIGNALS[] = {SIGQUIT, SIGILL, SIGABRT, SIGBUS, SIGFPE, SIGSEGV};
 
