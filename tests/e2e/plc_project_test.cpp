@@ -190,5 +190,6 @@ TEST_F(PlcProjectTest, checkProjectSaysThatNothingIsWrong)
 
 TEST_F(PlcProjectTest, checkProjectSaysWhatIsWrong)
 {
-    EXPECT_EQ(errorsOf("[plc]\nnode = 0\n", "--check-project"), ":2:8: no value of node; it is own FINS node, 1 to 254\n");
+    EXPECT_EQ(errorsOf("[plc]\nnode = 0\n", "--check-project"),
+              ":2:8: no value of node; it is own FINS node, 1 to 254\n");
 }

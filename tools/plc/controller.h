@@ -14,7 +14,8 @@ namespace plc {
 /// Operating modes, with their values in RUN and CONTROLLER STATUS READ.
 enum class Mode : unsigned { PROGRAM = 0x00, MONITOR = 0x02, RUN = 0x04 };
 
-/// Bytes of a FINS frame: a FINS/TCP length field covers command (4), error code (4) and the frame, and is at most 2020.
+/// Bytes of a FINS frame: a FINS/TCP length field covers command (4), error code (4) and the frame, and is at most
+/// 2020.
 enum : unsigned { FINS_FRAME_MAX = 2020 - (4 + 4) };
 
 struct Controller {

@@ -36,7 +36,7 @@ const FaultRow FAULTS[FAULT_COUNT] = {
     {"close",     ValueKind::NONE,     0, 0,        0, "command carried out, connection closed instead of a reply"},
     {"silence",   ValueKind::NONE,     0, 0,        0, "nothing carried out or answered, node exchanges included"},
     {"refuse",    ValueKind::NONE,     0, 0,        0, "connections refused"},
-    {"tcp-error", ValueKind::TCP_ERROR, 1, 0x25,    0, "node exchange refused with FINS/TCP error 1 2 3 20 to 25 (hex)"},
+    {"tcp-error", ValueKind::TCP_ERROR, 1, 0x25,    0, "node exchange refused: FINS/TCP error 1 2 3 20 to 25"},
 };
 
 const unsigned TIMES_MAX = 1000000;

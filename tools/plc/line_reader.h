@@ -8,8 +8,9 @@
 #include <string>
 #include <thread>
 
-// Lines of standard input, handed one at a time to the thread that runs the io_context; or the bytes as they come. A thread reads them, so that
-// standard input stays as it is (a terminal made non-blocking would stay so for the shell) and may be a file.
+// Lines of standard input, or bytes as they come, handed over one at a time to the thread that runs the io_context. A
+// thread reads them, so that standard input stays as it is (a terminal made non-blocking would stay so for the shell)
+// and may be a file.
 
 namespace plc {
 

@@ -19,8 +19,8 @@ std::string footer()
 {
     return "Plants, with their addresses:\n" + plantHelp() + "\nProfiles:\n" + profileHelp() +
            "\nProject file:\n" + projectHelp() +
-           "\nRecordings: lines SECONDS CLIENT < or > HEX, < received from the client, > sent to it. Replayed requests\n"
-           "may differ in service ID and nodes; what is not in the recording is refused with end code 0401.\n"
+           "\nRecordings: lines SECONDS CLIENT < or > HEX, < received from the client, > sent to it. Replayed\n"
+           "requests may differ in service ID and nodes; what is not in the recording is refused with end code 0401.\n"
            "\nFaults, each NAME[=VALUE][@PROBABILITY][#TIMES]:\n" + Faults::help() +
            "\nCommands on standard input, each answered by one line on standard output:\n" + Console::help() +
            "\nExit codes: 0 ended by quit or a signal, 2 bad usage, 3 the address cannot be listened on.";
@@ -54,7 +54,8 @@ void addOptions(CLI::App &app, Options *options, Texts *texts)
                  "refuse writes in PROGRAM mode, with end code 2203 or =XXXX")->check(checkEndCode);
     app.add_option("--profile", options->profile, "limits of the CPU unit: " + profileNames())
         ->check(checkProfile)->capture_default_str();
-    texts->plantOption = app.add_option("--plant", texts->plant, "run a plant: " + plantNames() + "; without a name the tank")
+    texts->plantOption = app.add_option("--plant", texts->plant,
+                                        "run a plant: " + plantNames() + "; without a name the tank")
         ->expected(0, 1)->check(checkPlant);
     app.add_option("--plant-period", options->plantPeriodMs, "ms between steps of the plant, 1 to 60000")
         ->check(CLI::Range(1, 60000))->capture_default_str();

@@ -44,8 +44,8 @@ std::string profileHelp()
                       sizes[AREA_AR], sizes[AREA_DM], sizes[AREA_T], sizes[AREA_C], profile.meaning);
         text += line;
     }
-    return text + "  Message: bytes of a FINS command or response, header included. A longer command is refused with end\n"
-                  "  code 1001, a read whose response would be longer with 110B. Areas: number of words.\n";
+    return text + "  Message: bytes of a FINS command or response, header included. A longer command is refused with\n"
+                  "  end code 1001, a read whose response would be longer with 110B. Areas: number of words.\n";
 }
 
 } // namespace plc
