@@ -132,6 +132,19 @@ TEST(TomlTree, ReportsASyntaxErrorAtItsPlace)
     EXPECT_EQ(problems.lines()[0].find("p.toml:2:5: this is not TOML: "), 0u) << problems.lines()[0];
 }
 
+// These make the parser itself give up.
+TEST(TomlTree, ReportsBrokenSyntaxInItsLine)
+{
+    for (const char *broken : {"[v]\na = 1\n\"b\" = [20,} 3=0, 40]\nc = 2\n", "[v]\na = 1\n\"b\" = [20,} 3=0, 40]"}) {
+        Problems problems;
+        parseToml(broken, "p.toml", problems);
+        EXPECT_EQ(problems.lines(), (Lines{"p.toml:3:1: this is not TOML: its syntax is broken"}));
+    }
+    Problems problems;
+    parseToml("a = 1\n[/b]\n", "p.toml", problems);
+    EXPECT_EQ(problems.lines(), (Lines{"p.toml:2:1: this is not TOML: its syntax is broken"}));
+}
+
 TEST(TomlTree, WritesTextsAndKeysAsTheyAreRead)
 {
     EXPECT_EQ(tomlString("a \"b\" \\ \n\x7F"), "\"a \\\"b\\\" \\\\ \\u000A\\u007F\"");

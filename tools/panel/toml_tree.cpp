@@ -1,6 +1,17 @@
 #include "data_tree.h"
 
-#define TOML_EXCEPTIONS 0
+#include <stdexcept>
+
+// Some malformed files break what the parser asserts, and without assertions it would go on with what is wrong. Here it
+// gives up on the file in every build.
+[[noreturn]] static void giveUpParsing()
+{
+    throw std::logic_error("its syntax is broken");
+}
+
+#undef NDEBUG
+#define TOML_EXCEPTIONS 1
+#define TOML_ASSERT(condition) ((condition) ? static_cast<void>(0) : giveUpParsing())
 #include <toml++/toml.h>
 
 #include <algorithm>
@@ -68,15 +79,47 @@ DataNode convert(const toml::node &node)
     return converted;
 }
 
+bool makesParserGiveUp(const std::string &text)
+{
+    try {
+        static_cast<void>(toml::parse(text));
+    } catch (const toml::parse_error &) {
+        return false;
+    } catch (const std::logic_error &) {
+        return true;
+    }
+    return false;
+}
+
+// The line at which the parser gives up: the shortest beginning of the text that makes it do so ends there.
+int brokenLine(const std::string &text)
+{
+    std::vector<std::size_t> ends; // of the lines
+    for (std::size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n', at + 1))
+        ends.push_back(at);
+    std::size_t first = 0;
+    std::size_t last  = ends.size();
+    while (first < last) {
+        const std::size_t middle = (first + last) / 2;
+        if (makesParserGiveUp(text.substr(0, ends[middle])))
+            last = middle;
+        else
+            first = middle + 1;
+    }
+    return static_cast<int>(first) + 1;
+}
+
 } // namespace
 
 DataNode parseToml(const std::string &text, const std::string &file, Problems &problems)
 {
-    const toml::parse_result result = toml::parse(text, file);
-    if (result)
-        return convert(result.table());
-    const toml::parse_error &error = result.error();
-    problems.add(file, placeOf(error.source()), "this is not TOML: " + std::string(error.description()));
+    try {
+        return convert(toml::parse(text, file));
+    } catch (const toml::parse_error &error) {
+        problems.add(file, placeOf(error.source()), "this is not TOML: " + std::string(error.description()));
+    } catch (const std::logic_error &error) {
+        problems.add(file, {brokenLine(text), 1}, std::string("this is not TOML: ") + error.what());
+    }
     return DataNode();
 }
 
