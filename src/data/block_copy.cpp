@@ -42,7 +42,7 @@ qint32 intf_multiCopy(QString regType, qint32 start, qint32 copies, qint32 step,
 
     const QStringList range = ADDRESS_RANGE_FINS[index].split(QLatin1Char(','));
     const bool bitType = range.at(RANGE_KIND) == QLatin1String("0");
-    const QString maximumText = range.at(RANGE_MAXIMUM);
+    const QString &maximumText = range.at(RANGE_MAXIMUM);
     qint32 maximum = 0;
     if (bitType)
         a2i_ddd_DD(maximumText, maximum);

@@ -52,7 +52,7 @@ static void queueWrite(qint32 requestTag, const QString &regType, qint32 address
         // A piece longer than the buffer is cut at its end.
         const qint32 units = qMin<qint32>(piece.count, VALUE_BUFFER_SIZE / unitSize);
         const qint64 offset = qint64(unitSize) * k * pieceSize;
-        std::memcpy(piece.value, data + offset, static_cast<size_t>(unitSize * units));
+        std::memcpy(piece.value, data + offset, static_cast<size_t>(unitSize) * static_cast<size_t>(units));
         putIntoQueue(driver.writeList, piece);
     }
 }

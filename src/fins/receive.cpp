@@ -28,9 +28,9 @@ struct DataReply {
 
 static DataReply dataReply(QByteArray &reply, const FRAME_PRO &request)
 {
-    const DataReply data = { reinterpret_cast<quint8 *>(reply.data()), static_cast<qint32>(reply.size()),
-                             request.dataPos, request.dataLen / 2,
-                             { request.requestTag, request.regType, QString() }, request.address, request.count };
+    DataReply data = { reinterpret_cast<quint8 *>(reply.data()), static_cast<qint32>(reply.size()), request.dataPos,
+                       request.dataLen / 2, { request.requestTag, request.regType, QString() }, request.address,
+                       request.count };
     return data;
 }
 

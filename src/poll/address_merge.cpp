@@ -32,6 +32,7 @@ static ItemOrder orderAsGiven(const QList<KEY_ADDRESS> &items)
 static ItemOrder orderByAddress(const QList<KEY_ADDRESS> &items)
 {
     std::vector<quint32> weights;
+    weights.reserve(static_cast<size_t>(items.size()));
     for (int i = 0; i < items.size(); ++i)
         weights.push_back(static_cast<quint32>(getRegAddressWeight(items.at(i).regType, items.at(i).address, 0)));
 

@@ -66,7 +66,7 @@ bool DryRun::exchange(std::vector<std::string> &lines)
         lines.push_back(writeFrameText(request));
     QByteArray reply(std::max<qint32>(request.rcvLen, 0), '\0');
     if (carriesFins(request.frame, size) && reply.size() > FRAME_SID)
-        reply.data()[FRAME_SID] = static_cast<char>(request.frame[FRAME_SID]);
+        reply.replace(FRAME_SID, 1, QByteArray(1, static_cast<char>(request.frame[FRAME_SID])));
     QString info;
     library_.dealRcvFrame(reply, info);
     return true;
