@@ -1,6 +1,8 @@
 # Installation, and three Debian packages of it: the driver with its header, the panel program, the simulator.
 install(TARGETS omron_fins_ethernet LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT driver)
 install(FILES src/omron_fins_ethernet.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT driver)
+install(FILES packaging/lintian-overrides RENAME omron-fins-ethernet
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides COMPONENT driver)
 set(CPACK_COMPONENTS_ALL driver)
 
 if(OMRON_FINS_TOOLS)
@@ -22,25 +24,28 @@ set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
-set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "an Omron PLC over FINS/TCP")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # the project's would stand above each description, as its synopsis
 
 set(CPACK_DEBIAN_DRIVER_PACKAGE_NAME omron-fins-ethernet)
 set(CPACK_DEBIAN_DRIVER_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_DRIVER_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/triggers)
+set(qt_headers_5 qtbase5-dev) # which the driver's header includes
+set(qt_headers_6 qt6-base-dev)
+set(CPACK_DEBIAN_DRIVER_PACKAGE_SUGGESTS ${qt_headers_${OMRON_FINS_QT}})
 set(CPACK_COMPONENT_DRIVER_DESCRIPTION "FINS/TCP driver for operator panel runtimes
- A shared library that a panel runtime loads by name. It plans what to poll,
- builds requests and judges replies; the runtime owns the connection.")
+A shared library that a panel runtime loads by name. It plans what to poll,
+builds requests and judges replies; the runtime owns the connection.")
 set(CPACK_DEBIAN_FINS_PANEL_PACKAGE_NAME fins-panel)
 set(CPACK_DEBIAN_FINS_PANEL_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_FINS_PANEL_PACKAGE_DEPENDS "omron-fins-ethernet (= ${PROJECT_VERSION})")
 set(CPACK_COMPONENT_FINS_PANEL_DESCRIPTION "panel runtime on the command line for Omron PLCs
- It watches, reads and writes the memory of a PLC through the driver, moves
- recipes, and tells what is wrong with a connection.")
+It watches, reads and writes the memory of a PLC through the driver, moves
+recipes, and tells what is wrong with a connection.")
 set(CPACK_DEBIAN_FINS_PLC_PACKAGE_NAME fins-plc)
 set(CPACK_DEBIAN_FINS_PLC_PACKAGE_SECTION utils)
 set(CPACK_COMPONENT_FINS_PLC_DESCRIPTION "simulator of an Omron PLC that speaks FINS/TCP
- It answers like a PLC of the CS/CJ series, with a small plant that moves and
- faults that can be switched on, to try a panel with no PLC on the desk.")
+It answers like a PLC of the CS/CJ series, with a small plant that moves and
+faults that can be switched on, to try a panel with no PLC on the desk.")
 
 # Every package has its copyright and changelog, compressed as Debian wants them.
 find_program(GZIP gzip)
