@@ -27,8 +27,14 @@ enum RangeField {
 /// their letters, and names with different first letters no look at the others.
 inline bool sameName(const QString &a, const QString &b)
 {
-    return a.size() == b.size()
-        && (a.constData() == b.constData() || (*a.constData() == *b.constData() && a == b));
+    return a.isSharedWith(b) || (a.size() == b.size() && *a.constData() == *b.constData() && a == b);
+}
+
+/// Assigns a name. Nearly always `to` has that very memory already; then no references need counting.
+inline void setName(QString &to, const QString &from)
+{
+    if (!to.isSharedWith(from))
+        to = from;
 }
 
 /// Index of `regType` in the tables, or -1.

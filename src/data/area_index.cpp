@@ -125,15 +125,12 @@ int findAreas(qint32 requestTag, const QString &regType, qint32 address, int cou
     positions[0] = position;
     const QList<_DATA_>::const_iterator records = areas.constBegin();
     const qint32 *next = successors.data();
-    const QChar *name = regType.constData();
-    const int nameSize = static_cast<int>(regType.size());
     int found = 1;
     for (; found < count; ++found) {
         position = next[position];
         const _DATA_ &area = *(records + position);
-        const bool sameMemory = area.regType.constData() == name && area.regType.size() == nameSize;
-        if (area.address != wrapAdd(address, found) || area.requestTag != requestTag
-            || (!sameMemory && area.regType != regType))
+        const bool sameType = area.regType.isSharedWith(regType) || area.regType == regType;
+        if (area.address != wrapAdd(address, found) || area.requestTag != requestTag || !sameType)
             break;
         positions[found] = position;
     }

@@ -48,10 +48,9 @@ static void reportBits(quint32 bits, ReportKeys &keys, qint32 address)
 {
     if (keys.bitType.isEmpty())
         keys.bitType = bitTypeOf(keys.regType);
-    const qint32 firstBit = wrapMul(address, 16);
-    for (int bit = 0; bit < 16; ++bit) {
-        if ((bits >> bit & 1) != 0)
-            driver.valueChangeCallback(driver.stationNo, keys.requestTag, keys.bitType, wrapAdd(firstBit, bit));
+    for (qint32 bitAddress = wrapMul(address, 16); bits != 0; bits >>= 1, bitAddress = wrapAdd(bitAddress, 1)) {
+        if ((bits & 1) != 0)
+            driver.valueChangeCallback(driver.stationNo, keys.requestTag, keys.bitType, bitAddress);
     }
 }
 

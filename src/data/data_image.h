@@ -30,7 +30,7 @@ const quint8 *shownValue(const _DATA_ &area);
 /// The word in two bytes, low byte first; 0 to 0xFFFF.
 inline qint32 wordOf(const quint8 *bytes)
 {
-    return bytes[0] + 256 * bytes[1];
+    return static_cast<quint16>(bytes[0] | bytes[1] << 8);
 }
 
 /// Reports the change of one word from `currentValue` to `newValue` (0 to 0xFFFF): each watched bit that differs, lowest

@@ -60,12 +60,18 @@ static void setDataByte(const DataReply &data, qint32 offset, quint8 value)
         data.bytes[at] = value;
 }
 
+/// The word in two bytes from the wire, high byte first; 0 to 0xFFFF.
+static qint32 wireWord(const quint8 *bytes)
+{
+    return static_cast<quint16>(bytes[0] << 8 | bytes[1]);
+}
+
 /// Stores a changed word, two bytes from the wire, into its record of the data image, after reporting it.
 static void storeChange(qint32 index, const quint8 *bytes, ReportKeys &keys, qint32 address)
 {
     _DATA_ &area = driver.dataAreas[index];
     area.writePending = 0;
-    reportChange(index, wordOf(area.plcValue), 256 * bytes[0] + bytes[1], keys, address);
+    reportChange(index, wordOf(area.plcValue), wireWord(bytes), keys, address);
 
     // The callback may have added records, so the record is looked at anew.
     quint8 *plcValue = driver.dataAreas[index].plcValue;
@@ -81,7 +87,7 @@ static void storeRun(const AreaRun &run, int length, const quint8 *bytes, Report
     for (int k = 0; k < length; ++k, bytes += 2) {
         _DATA_ &area = *(records + run.indexes[k]);
         area.rcvFlag = 0;
-        if (area.plcValue[1] == bytes[0] && area.plcValue[0] == bytes[1])
+        if (wordOf(area.plcValue) == wireWord(bytes))
             continue;
         storeChange(run.indexes[k], bytes, keys, wrapAdd(address, k));
         records = driver.dataAreas.begin();
@@ -90,12 +96,13 @@ static void storeRun(const AreaRun &run, int length, const quint8 *bytes, Report
 
 static void storeWords(DataReply &data)
 {
+    const QString regType = sharedName(data.keys.regType); // the records' own memory, which is found fastest
     AreaRun run;
     quint8 copy[2 * AREA_RUN_SIZE];
     int length = 0;
     for (qint32 i = 0; i < data.wordCount; i += length) {
         const qint32 address = wrapAdd(data.address, i);
-        length = getIndexesOfDataAreas(data.keys.requestTag, data.keys.regType, address, data.wordCount - i, run);
+        length = getIndexesOfDataAreas(data.keys.requestTag, regType, address, data.wordCount - i, run);
         storeRun(run, length, wordBytes(data, i, length, copy), data.keys, address);
     }
 }
@@ -245,7 +252,7 @@ qint32 intf_dealRcvFrame(QByteArray &reply, QString &info)
         return RECEIVE_IGNORED;
     }
 
-    info = getErrorInfo(reply);
-    const quint8 *bytes = reinterpret_cast<const quint8 *>(reply.constData());
-    return dealCheckedReply(check_rcv_data(bytes, static_cast<int>(reply.size())), reply);
+    const qint32 size = static_cast<qint32>(reply.size());
+    putErrorInfo(size, info);
+    return dealCheckedReply(check_rcv_data(reinterpret_cast<const quint8 *>(reply.constData()), size), reply);
 }

@@ -92,13 +92,12 @@ static QChar *putAddress(QChar *to, const QString &regType, qint32 address)
     return putDecimal(to, address % 16);
 }
 
-QString getErrorInfo(QByteArray reply)
+void putErrorInfo(qint32 replySize, QString &info)
 {
     // Five numbers of at most eleven characters, and six characters between them.
     enum { LONGEST = 5 * 11 + 6 };
     const FRAME_PRO &head = driver.frameList.at(0);
     const int typeSize = static_cast<int>(head.regType.size());
-    QString info;
     info.resize(LONGEST + typeSize);
 
     QChar *const begin = info.data();
@@ -110,8 +109,14 @@ QString getErrorInfo(QByteArray reply)
     to = putDecimal(to, head.count);
     *to++ = QLatin1Char(')');
     *to++ = QLatin1Char('(');
-    to = putDecimal(to, static_cast<qint32>(reply.size()));
+    to = putDecimal(to, replySize);
     *to++ = QLatin1Char(')');
     info.resize(static_cast<int>(to - begin));
+}
+
+QString getErrorInfo(QByteArray reply)
+{
+    QString info;
+    putErrorInfo(static_cast<qint32>(reply.size()), info);
     return info;
 }

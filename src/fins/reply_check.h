@@ -23,4 +23,7 @@ int checkReplyWithoutData(const quint8 *reply, int length);
 /// One line about the head of frameList: tag#type address(count)(reply bytes), the address as a plain number.
 QString getErrorInfo(QByteArray reply);
 
+/// The same line for a reply of `replySize` bytes, put into `info`, whose memory serves again if it is not shared.
+void putErrorInfo(qint32 replySize, QString &info);
+
 #endif

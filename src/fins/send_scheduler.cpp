@@ -1,3 +1,4 @@
+#include "address/register_table.h"
 #include "data/write_completion.h"
 #include "fins/frame_builder.h"
 #include "poll/recipe.h"
@@ -70,7 +71,7 @@ static void setJob(const VARIABLE &request)
 {
     driver.jobVar.requestId  = request.requestId;
     driver.jobVar.requestTag = request.requestTag;
-    driver.jobVar.regType    = request.regType;
+    setName(driver.jobVar.regType, request.regType);
     driver.jobVar.address    = request.address;
     driver.jobVar.count      = request.count;
     std::copy(request.value, request.value + VALUE_BUFFER_SIZE, driver.jobVar.value);
@@ -86,7 +87,7 @@ static void copyFrame(const FRAME_PRO &from, FRAME_PRO &to)
     to.reservedField = from.reservedField;
     to.requestId     = from.requestId;
     to.requestTag    = from.requestTag;
-    to.regType       = from.regType;
+    setName(to.regType, from.regType);
     to.address       = from.address;
     to.count         = from.count;
     std::copy(from.value, from.value + VALUE_BUFFER_SIZE, to.value);

@@ -44,12 +44,15 @@ qint32 intf_addrMerge(QList<KEY_ADDRESS> &addresses)
 
     driver.readList.clear();
     addrMerge(addresses, MERGE_POLL);
+    QString regType; // the runtime's own, once for the blocks of a type, which follow each other
     for (int i = 0; i < addresses.size(); ++i) {
         const KEY_ADDRESS &block = addresses.at(i);
+        if (!sameName(regType, block.regType))
+            regType = block.regType;
         VARIABLE read = VARIABLE();
         read.requestId  = POLL_REQUEST_ID;
         read.requestTag = block.requestTag;
-        read.regType    = sharedName(block.regType);
+        read.regType    = regType;
         read.address    = block.address;
         read.count      = block.count;
         driver.readList.append(read);

@@ -374,4 +374,15 @@ TEST_F(ReplyCheckInfo, OfAModeChangeDescribesAnEmptyRecord)
     EXPECT_EQ(getErrorInfo(QByteArray(30, '\0')).toStdString(), "0#0(0)(30)");
 }
 
+// The runtime hands the same text over for every reply, and may keep a copy of the last one.
+TEST_F(ReplyCheckInfo, LeavesACopyOfTheFormerTextAsItWas)
+{
+    connectToServer();
+    QString info = QLatin1String("7#DM100(64)(158), or a longer text than that");
+    const QString kept = info;
+    putErrorInfo(8, info);
+    EXPECT_EQ(info.toStdString(), "0#0(0)(8)");
+    EXPECT_EQ(kept.toStdString(), "7#DM100(64)(158), or a longer text than that");
+}
+
 } // namespace
