@@ -51,11 +51,22 @@ static std::vector<bool> findShared(const std::vector<Item> &pieces)
     return shared;
 }
 
+// The driver hands a type name along with every frame and every change. A literal's copies need no counting.
+static QString literalName(const QString &regType)
+{
+    static const QString NAMES[] = {
+        QStringLiteral("CIO"), QStringLiteral("WR"), QStringLiteral("HR"), QStringLiteral("AR"),
+        QStringLiteral("T"),   QStringLiteral("C"),  QStringLiteral("DM"),
+    };
+    const auto *found = std::find(std::begin(NAMES), std::end(NAMES), regType);
+    return found == std::end(NAMES) ? regType : *found;
+}
+
 static void append(QList<KEY_ADDRESS> &plan, const Item &item)
 {
     KEY_ADDRESS address;
     address.requestTag = VARIABLE_TAG;
-    address.regType    = item.regType;
+    address.regType    = literalName(item.regType);
     address.address    = item.address;
     address.count      = item.count;
     address.dataKind   = item.isBit ? -1 : 0;
