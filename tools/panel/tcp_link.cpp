@@ -16,6 +16,8 @@
 // Bytes kept of what is no reply.
 static const std::size_t STRAY_LIMIT = 16;
 
+static const auto NUMERIC = asio::ip::resolver_base::numeric_host | asio::ip::resolver_base::numeric_service;
+
 static timeval toTimeval(Millis time)
 {
     timeval value = {};
@@ -85,7 +87,7 @@ bool TcpLink::connect(const std::string &host, const std::string &port)
     asio::error_code error;
     bool done = false;
     bool resolved = false;
-    resolver.async_resolve(host, port, [&](const asio::error_code &failure, const auto &endpoints) {
+    const auto connectTo = [&](const asio::error_code &failure, const auto &endpoints) {
         resolvedAt = Clock::now();
         error    = failure;
         done     = static_cast<bool>(failure);
@@ -99,7 +101,13 @@ bool TcpLink::connect(const std::string &host, const std::string &port)
             if (!refused)
                 address_ = connected.address().to_string();
         });
-    });
+    };
+    // Numbers need no name server and thus no thread of their own.
+    const auto numbers = resolver.resolve(host, port, NUMERIC, error);
+    if (!error)
+        connectTo(error, numbers);
+    else
+        resolver.async_resolve(host, port, connectTo);
     const bool ended = runUntil(context, done, start + timeout_, [this] { tick(); });
     resolveTime_ = resolvedAt - start;
     connectTime_ = Clock::now() - resolvedAt;
