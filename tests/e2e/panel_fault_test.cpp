@@ -91,8 +91,6 @@ const BreakingFault BREAKING_FAULTS[] = {
     {"longByOne", "long=1", "the driver rejects the reply, 3 times in a row"},
     {"longByAThousand", "long=1000", "the driver rejects the reply, 3 times in a row"},
     {"bytewise", "bytewise=1000", "no reply in time, 3 times in a row"},
-    {"endCode", "end-code=0402",
-     "the PLC refuses 0402 (the command is not supported by this model or version), 3 times in a row"},
     {"close", "close", "the PLC closed the connection"},
     {"silence", "silence", "no reply in time, 3 times in a row"},
 };
@@ -130,30 +128,12 @@ TEST_P(PanelBreakingFaultTest, writeWaitsForItsEnd)
 {
     start({"--trace", "--fault", GetParam().fault});
     const auto write = startPanel(arguments("write", {"DM:0=7", "--timeout", timeout(), "--give-up", "30"}));
-    if (std::string(GetParam().name) == "endCode") {
-        EXPECT_EQ(write->wait(), 1);
-        EXPECT_EQ(tell("read DM:0"), "ok 0");
-        return;
-    }
     write->waitForErrorLine("link to " + host() + " lost: ");
     ASSERT_EQ(tell("faults off"), "ok");
     EXPECT_EQ(write->wait(), 0);
     EXPECT_EQ(write->output(), "DM:0 = 7\n");
     EXPECT_EQ(tell("read DM:0"), "ok 7");
     expectReadsFirst(endAndCollect());
-}
-
-TEST_F(PanelFaultTest, refusedReadIsSaidOnceForAllItsRepeats)
-{
-    start();
-    startWatch();
-    ASSERT_EQ(tell("fault end-code=1101"), "ok");
-    EXPECT_EQ(nextMessage(*panel), "the PLC refuses to read DM:0: 1101 (there is no such memory area)");
-    EXPECT_EQ(nextMessage(*panel), linkLost("the PLC refuses 1101 (there is no such memory area), 3 times in a row"));
-    EXPECT_EQ(nextMessage(*panel) + "\n", connectedLine());
-    EXPECT_EQ(nextMessage(*panel),
-              linkLost("the PLC refuses 1101 (there is no such memory area), 3 times in a row", 200));
-    endWatch();
 }
 
 // Refused connections: the link that is there stays; once it is cut, none comes until the fault is off.

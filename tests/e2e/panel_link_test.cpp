@@ -182,8 +182,6 @@ const BadPeer BAD_REPLIES[] = {
      "the reply does not answer the request, 1 times in a row"},
     {"OtherService", "46494E53 00000018 00000002 00000000 C0000200EF000001005B 0101 0000 0007",
      "the reply does not answer the request, 1 times in a row"},
-    {"RefusedAtFullLength", "46494E53 00000018 00000002 00000000 C0000200EF000001005A 0101 1104 0007",
-     "the PLC refuses 1104 (the last address is out of range), 1 times in a row"},
     {"ErrorNotice", "46494E53 00000008 00000003 00000001",
      "FINS/TCP error 1 (the header does not begin with FINS)"},
     {"ErrorInTheHeader", "46494E53 00000018 00000002 00000022 C0000200EF000001005A 0101 0000 0007",

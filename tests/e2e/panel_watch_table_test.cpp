@@ -1,6 +1,8 @@
 #include "panel_run.h"
 #include "pty_process.h"
 
+#include <cctype>
+
 // `watch` on a terminal, and its lines for other programs.
 
 namespace {
@@ -156,6 +158,20 @@ TEST_F(WatchTableTest, refused_values)
     start({"--fault", "end-code=1104"});
     const auto shown = table({"DM:7"});
     shown->waitUntil([&] { return has(*shown, "DM:7", "refused"); }, "refused");
+    shown->waitForText("  online  "); // the PLC answers
+}
+
+// The first block of the cycle is left out, so that the cycle begins with another one.
+TEST_F(WatchTableTest, cycle_of_the_blocks_that_can_be_read)
+{
+    start({"--profile", "small"});
+    const auto shown = table({"DM:5000", "HR:0"});
+    shown->waitUntil([&] { return has(*shown, "DM:5000", "refused") && has(*shown, "HR:0", "good"); }, "refused");
+    shown->waitUntil([&] {
+        const std::string &head = shown->screen.lines.at(0);
+        const std::string::size_type at = head.find("cycle ");
+        return at != std::string::npos && std::isdigit(static_cast<unsigned char>(head[at + 6])) != 0;
+    }, "a cycle");
 }
 
 TEST_F(WatchTableTest, follows_the_size)

@@ -90,14 +90,13 @@ void LinkCheck::note(const Exchange &exchange)
     read_      = exchange.request;
 }
 
-// Returns false if the link is lost. The driver also gives the link up after refused reads: then it is made anew.
+// Returns false if the link is lost.
 bool LinkCheck::step()
 {
     judgement_ = {Verdict::NO_ANSWER, 0};
     isLost_    = false;
     runtime_.step(TimePoint::max());
-    const bool notMade = runtime_.phase() == LinkPhase::WAITING && runtime_.trouble().phase == LinkPhase::WAITING;
-    return !stopRequested() && !notMade && (!isLost_ || judgement_.verdict == Verdict::REFUSED);
+    return !stopRequested() && !isLost_;
 }
 
 bool LinkCheck::connect()

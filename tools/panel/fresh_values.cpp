@@ -6,13 +6,13 @@
 
 FreshValues::FreshValues(Runtime &runtime, const std::vector<Item> &items) : runtime_(runtime), items_(items)
 {
-    runtime.watch(items);
     runtime.onExchange([this](const Exchange &exchange) { note(exchange); });
     restart();
 }
 
 void FreshValues::restart()
 {
+    runtime_.watch(items_); // what the PLC refuses is left out of the poll until then
     refused_.clear();
     awaited_.expect(items_);
 }
@@ -30,7 +30,7 @@ void FreshValues::note(const Exchange &exchange)
 bool FreshValues::refused(const Item &item) const
 {
     for (const Item &block : refused_) {
-        if (block.regType == item.wordType() && block.address < item.endWord() && item.firstWord() < block.endWord())
+        if (shareWord(block, item))
             return true;
     }
     return false;

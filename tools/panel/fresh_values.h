@@ -14,7 +14,7 @@ public:
     FreshValues(const FreshValues &) = delete;
     FreshValues &operator=(const FreshValues &) = delete;
 
-    /// What was read before no longer counts.
+    /// What was read or refused before no longer counts.
     void restart();
 
     bool complete() const { return awaited_.complete(); }
@@ -29,7 +29,7 @@ public:
 private:
     void note(const Exchange &exchange);
 
-    const Runtime          &runtime_;
+    Runtime                &runtime_;
     const std::vector<Item> items_;
     Coverage                awaited_;
     std::vector<Item>       refused_; // the refused blocks

@@ -120,6 +120,11 @@ static std::tuple<QString, long, long> bitSpan(const Item &item)
     return std::make_tuple(item.wordType(), item.address * unit, (item.address + static_cast<long>(item.count)) * unit);
 }
 
+bool shareWord(const Item &a, const Item &b)
+{
+    return a.wordType() == b.wordType() && a.firstWord() < b.endWord() && b.firstWord() < a.endWord();
+}
+
 void refuseOverlaps(const std::vector<Item> &items)
 {
     std::vector<Item> sorted = items;

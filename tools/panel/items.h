@@ -30,6 +30,9 @@ enum class Access { READ, WRITE };
 Item parseItem(const DriverLibrary &library, const std::string &text, Access access, qint32 unit = 1);
 std::vector<Item> parseItems(const DriverLibrary &library, const std::vector<std::string> &texts, Access access);
 
+/// True if a word holds part of both.
+bool shareWord(const Item &a, const Item &b);
+
 /// Throws UsageError if two of the items share a word or a bit.
 void refuseOverlaps(const std::vector<Item> &items);
 

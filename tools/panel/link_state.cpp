@@ -10,11 +10,11 @@ LinkState::LinkState(TimePoint now)
 // The pause doubles with every loss, and starts anew only after a read was accepted: a PLC that accepts connections and
 // then nothing else is not hurried.
 //
-//   phase \ event  CONNECTED     HANDSHAKE_ACCEPTED  READ_ACCEPTED          LOST
-//   WAITING        HANDSHAKING   -                   -                      WAITING, longer pause
-//   HANDSHAKING    -             PROVING             -                      WAITING, longer pause
-//   PROVING        -             -                   ONLINE, first pause    WAITING, longer pause
-//   ONLINE         -             -                   -                      WAITING, longer pause
+//   phase \ event  CONNECTED     HANDSHAKE_ACCEPTED  READ_ACCEPTED          NODES_FORGOTTEN  LOST
+//   WAITING        HANDSHAKING   -                   -                      -                WAITING, longer pause
+//   HANDSHAKING    -             PROVING             -                      -                WAITING, longer pause
+//   PROVING        -             -                   ONLINE, first pause    -                WAITING, longer pause
+//   ONLINE         -             -                   -                      PROVING          WAITING, longer pause
 void LinkState::on(LinkEvent event, TimePoint now)
 {
     switch (event) {
@@ -31,6 +31,10 @@ void LinkState::on(LinkEvent event, TimePoint now)
             return;
         phase_     = LinkPhase::ONLINE;
         nextDelay_ = FIRST_DELAY;
+        return;
+    case LinkEvent::NODES_FORGOTTEN:
+        if (phase_ == LinkPhase::ONLINE)
+            phase_ = LinkPhase::PROVING;
         return;
     case LinkEvent::LOST:
         lost(now);

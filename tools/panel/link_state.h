@@ -21,6 +21,7 @@ enum class LinkEvent {
     CONNECTED,          // the TCP connection is made
     HANDSHAKE_ACCEPTED, // the driver has accepted the node addresses
     READ_ACCEPTED,      // the driver has accepted read data
+    NODES_FORGOTTEN,    // the driver takes itself for unconnected, though the connection stands
     LOST                // no connection could be made, it was lost, or the driver has dropped the link
 };
 

@@ -47,6 +47,7 @@ struct Arguments {
     long                     timeoutMs  = 1000;
     long                     intervalMs = 20;
     double                   giveUp     = 10;
+    double                   retryRefused = std::chrono::duration<double>(PollPlan::PAUSE).count();
     LinkOptions              link;
     std::string              trace;
     bool                     stats      = false;
@@ -110,12 +111,30 @@ void addValueOptions(CLI::App &command, ValueArguments &values)
     command.add_option("--unit", values.format.unit, "shown behind the values");
 }
 
+Millis millis(double seconds)
+{
+    return std::chrono::duration_cast<Millis>(std::chrono::duration<double>(seconds));
+}
+
 Millis giveUpTime(const Arguments &arguments)
 {
-    return std::chrono::duration_cast<Millis>(std::chrono::duration<double>(arguments.giveUp));
+    return millis(arguments.giveUp);
 }
 
 using Action = std::function<int(const DriverLibrary &)>;
+
+void addWatchTimes(CLI::App &command, Arguments &arguments)
+{
+    command.add_option("--for", arguments.watch.forSeconds, "end after this many seconds; for ever by default")
+        ->check(CLI::Range(0.001, 1e9));
+    command.add_option("--changes", arguments.watch.changes, "end after this many changes, first values not counted")
+        ->check(CLI::Range(1L, 1000000000L));
+    command.add_option("--interval", arguments.intervalMs, "pause between requests in ms, 0 to 60000")
+        ->check(CLI::Range(0L, 60000L))->capture_default_str();
+    command.add_option("--retry-refused", arguments.retryRefused,
+                        "time in seconds after which a block that the PLC refused is read again, 0.01 to 86400")
+        ->check(CLI::Range(0.01, 86400.0))->capture_default_str();
+}
 
 void addWatch(CLI::App &app, Arguments &arguments, Action &action)
 {
@@ -125,12 +144,7 @@ void addWatch(CLI::App &app, Arguments &arguments, Action &action)
     addLinkOptions(*command, arguments, READ_WORDS_LIMIT);
     addItems(*command, arguments.watch.items,
              "items to watch; a line is time (UTC), item, old and new value, '-' being the old one of a first value");
-    command->add_option("--for", arguments.watch.forSeconds, "end after this many seconds; for ever by default")
-        ->check(CLI::Range(0.001, 1e9));
-    command->add_option("--changes", arguments.watch.changes, "end after this many changes, first values not counted")
-        ->check(CLI::Range(1L, 1000000000L));
-    command->add_option("--interval", arguments.intervalMs, "pause between requests in ms, 0 to 60000")
-        ->check(CLI::Range(0L, 60000L))->capture_default_str();
+    addWatchTimes(*command, arguments);
     command->add_option("--write", arguments.watch.writes,
                         "ITEM=VALUE to write once when the link is up; repeatable")->allow_extra_args(false);
     CLI::Option *lines = command->add_flag("--lines", "lines on a terminal too, in place of the live table");
@@ -145,6 +159,7 @@ void addWatch(CLI::App &app, Arguments &arguments, Action &action)
             arguments.watch.format = *json ? WatchFormat::JSON : WatchFormat::CSV;
         action = [&](const DriverLibrary &library) {
             arguments.link.interval = Millis(arguments.intervalMs);
+            arguments.link.refusedPause = millis(arguments.retryRefused);
             arguments.watch.book    = arguments.book.get();
             return runWatch(library, arguments.link, arguments.watch);
         };

@@ -25,8 +25,8 @@ static const int WRITES_BEFORE_POLL = 5;
 static const Millis IDLE_PAUSE(10);
 
 Runtime::Runtime(const DriverLibrary &library, const LinkOptions &options)
-    : library_(library), options_(options), link_(options.timeout), state_(Clock::now()), request_(), inFlight_(false),
-      wasOnline_(false), writesSincePoll_(0),
+    : library_(library), options_(options), link_(options.timeout), state_(Clock::now()), plan_(options.refusedPause),
+      request_(), needsNodes_(false), inFlight_(false), wasOnline_(false), writesSincePoll_(0),
       statistics_(options.statistics ? *options.statistics : ownStatistics_), answering_(false), clientNode_(0),
       serverNode_(0), roundTrip_(0)
 {
@@ -59,8 +59,46 @@ void Runtime::setWordsPerFrame(qint32 wordsPerFrame)
 
 void Runtime::watch(const std::vector<Item> &items)
 {
-    QList<KEY_ADDRESS> plan = planWatch(items, options_.wordsPerFrame);
+    plan_.set(items);
+    handOverPlan();
+}
+
+// The job that meets the node addresses is a read, and comes again with the next cycle.
+void Runtime::handOverPlan()
+{
+    QList<KEY_ADDRESS> plan = plan_.addresses(options_.wordsPerFrame);
     library_.addrMerge(plan);
+    if (!needsNodes_ || library_.getSendFrame(&request_) == 0)
+        return;
+    QByteArray nodes = nodes_;
+    library_.dealRcvFrame(nodes, info_);
+    needsNodes_ = false;
+}
+
+// The driver has just closed the refused read, and its link with it: no job is running.
+void Runtime::leaveOut()
+{
+    plan_.leaveOut(polledBlock(), transferEnd_);
+    state_.on(LinkEvent::NODES_FORGOTTEN, transferEnd_);
+    needsNodes_ = true;
+    handOverPlan();
+}
+
+void Runtime::noteRead()
+{
+    if (!plan_.awaitsAny() || !plan_.noteRead(polledBlock()))
+        return;
+    const std::string refusal = refusalText(RequestKind::READ);
+    for (auto said = saidRefusals_.lower_bound(refusal); said != saidRefusals_.end() && said->find(refusal) == 0;)
+        said = saidRefusals_.erase(said);
+    messages_.say(itemText(polledBlock()) + " can be read again");
+}
+
+// The driver has nothing to send: everything is refused.
+void Runtime::idle()
+{
+    if (!link_.pauseUntil(Clock::now() + IDLE_PAUSE))
+        loseInPause();
 }
 
 void Runtime::step(TimePoint wakeAt)
@@ -136,8 +174,12 @@ void Runtime::count(ExchangeStatus status, const Judgement &judgement)
 
 void Runtime::exchange()
 {
+    if (!inFlight_ && plan_.leavesAnyOut() && plan_.isDue(Clock::now())) {
+        plan_.putBack();
+        handOverPlan();
+    }
     if (library_.getSendFrame(&request_) == 0) {
-        sleepUntil(Clock::now() + IDLE_PAUSE);
+        idle();
         return;
     }
     inFlight_ = true;
@@ -179,6 +221,7 @@ void Runtime::handOver(RequestKind kind, const Judgement &judgement)
     const std::size_t size = shown ? link_.replySize() : 0;
     reply_.resize(static_cast<int>(size));
     std::copy(link_.reply(), link_.reply() + size, reply_.data());
+    const bool isRefusedPoll = judgement.verdict == Verdict::REFUSED && kind == RequestKind::READ && !recipeRunning();
     const qint32 result = library_.dealRcvFrame(reply_, info_);
     if (result == DEAL_ACCEPTED)
         accepted(kind);
@@ -191,7 +234,10 @@ void Runtime::handOver(RequestKind kind, const Judgement &judgement)
     if (result != DEAL_DROPPED)
         return;
     inFlight_ = false; // the driver has closed the job itself
-    lose(problem_ + ", " + std::to_string(options_.retries) + " times in a row", failure);
+    if (isRefusedPoll)
+        leaveOut();
+    else
+        lose(problem_ + ", " + std::to_string(options_.retries) + " times in a row", failure);
 }
 
 void Runtime::accepted(RequestKind kind)
@@ -200,6 +246,7 @@ void Runtime::accepted(RequestKind kind)
     inFlight_ = kind == RequestKind::MODE_CHANGE;
     if (kind == RequestKind::HANDSHAKE) {
         state_.on(LinkEvent::HANDSHAKE_ACCEPTED, Clock::now());
+        nodes_ = QByteArray(reply_.constData(), reply_.size()); // leaves the reply its reserved room
         clientNode_ = link_.reply()[REPLY_CLIENT_NODE];
         serverNode_ = link_.reply()[REPLY_SERVER_NODE];
         messages_.say("connected to " + peer() + ": this node " + std::to_string(clientNode_) + ", PLC node "
@@ -208,6 +255,7 @@ void Runtime::accepted(RequestKind kind)
         state_.on(LinkEvent::READ_ACCEPTED, transferEnd_);
         wasOnline_ = true;
         statistics_.wordsRead += static_cast<unsigned long>(request_.count);
+        noteRead();
     } else if (kind == RequestKind::WRITE) {
         statistics_.wordsWritten += static_cast<unsigned long>(request_.count);
     } else if (kind == RequestKind::MODE_CHANGE) {
@@ -215,15 +263,20 @@ void Runtime::accepted(RequestKind kind)
     }
 }
 
+std::string Runtime::refusalText(RequestKind kind) const
+{
+    if (kind == RequestKind::MODE_CHANGE)
+        return "the PLC refuses the change to MONITOR mode: ";
+    return std::string("the PLC refuses to ") + (kind == RequestKind::READ ? "read " : "write ")
+           + itemText(request_.regType, request_.address, request_.count) + ": ";
+}
+
 // A refusal that comes again and again is said once.
 void Runtime::sayRefusal(RequestKind kind, const Judgement &judgement)
 {
     const std::string code = endCodeText(static_cast<std::uint16_t>(judgement.code));
     problem_ = "the PLC refuses " + code;
-    std::string text = "the PLC refuses the change to MONITOR mode: ";
-    if (kind != RequestKind::MODE_CHANGE)
-        text = std::string("the PLC refuses to ") + (kind == RequestKind::READ ? "read " : "write ")
-               + itemText(request_.regType, request_.address, request_.count) + ": ";
+    const std::string text = refusalText(kind);
     statistics_.noteError(text + code);
     if (!saidRefusals_.insert(text + code).second)
         return;
@@ -269,6 +322,9 @@ void Runtime::lose(const std::string &reason, LinkFailure failure, std::uint32_t
     if (inFlight_ && state_.phase() != LinkPhase::HANDSHAKING)
         makeUnconnected();
     inFlight_ = false;
+    needsNodes_ = false;
+    if (plan_.putBack())
+        handOverPlan();
     answering_ = false;
     memory_.setFlag(RECIPE_WRITE_FLAG, false);
     memory_.setFlag(RECIPE_READ_FLAG, false);

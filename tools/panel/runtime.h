@@ -6,6 +6,7 @@
 #include "link_state.h"
 #include "low_memory.h"
 #include "messages.h"
+#include "poll_plan.h"
 #include "reply_judge.h"
 #include "statistics.h"
 #include "tcp_link.h"
@@ -24,6 +25,9 @@
 // only reads wait in the driver while it is unconnected: a write is handed over, or a recipe requested, only while the
 // link is online and no request is in flight, so that it becomes the next job; and when the link is lost, the driver is
 // told of missing replies until it has closed that job and become unconnected.
+//
+// A poll read that the PLC refuses as often as `retries` says is left out of the plan for a while. The driver closes
+// such a read only together with its link, so it gets the node addresses of the connection, which stands, once more.
 
 struct LinkOptions {
     std::string host;
@@ -33,6 +37,7 @@ struct LinkOptions {
     qint32 wordsPerFrame = 64;
     qint32 retries       = 3;  // rejected or missing replies in a row that drop the link
     qint32 station       = 1;
+    Millis refusedPause  = PollPlan::PAUSE; // until a block that the PLC refused is read again
     TraceMode trace      = TraceMode::NONE;
     Statistics *statistics = nullptr; // counts here; null: nobody wants to know
 };
@@ -60,8 +65,11 @@ class Runtime {
 public:
     Runtime(const DriverLibrary &library, const LinkOptions &options);
 
-    /// Replaces the cyclic poll. At least one item is needed before the first step.
+    /// Replaces the cyclic poll, nothing being left out. At least one item is needed before the first step.
     void watch(const std::vector<Item> &items);
+
+    /// True if a word of the item is left out of the poll, since the PLC refuses to read it.
+    bool leavesOut(const Item &item) const { return plan_.leavesOut(item); }
 
     /// The words of one request from now on, between two steps. Queues, poll and data image of the driver are emptied:
     /// watch() has to follow.
@@ -128,6 +136,12 @@ private:
     void count(ExchangeStatus status, const Judgement &judgement);
     void handOver(RequestKind kind, const Judgement &judgement);
     void accepted(RequestKind kind);
+    void handOverPlan();
+    void leaveOut();
+    void noteRead();
+    void idle();
+    Item polledBlock() const { return {request_.regType, request_.address, request_.count, false}; }
+    std::string refusalText(RequestKind kind) const;
     void sayRefusal(RequestKind kind, const Judgement &judgement);
     void noteRejection(const Judgement &judgement);
     void makeUnconnected();
@@ -140,8 +154,11 @@ private:
     LowMemory            memory_;
     TcpLink              link_;
     LinkState            state_;
+    PollPlan             plan_;
     FRAME_PRO            request_;        // the request in flight
     QByteArray           reply_;          // the reply as the driver gets it
+    QByteArray           nodes_;          // the reply with the node addresses of this connection
+    bool                 needsNodes_;     // the driver has forgotten them, though the connection stands
     QString              info_;
     bool                 inFlight_;       // the driver still holds a request that awaits its reply
     bool                 wasOnline_;

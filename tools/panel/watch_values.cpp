@@ -16,11 +16,6 @@ const char *qualityText(Quality quality)
     return "";
 }
 
-static bool shareWord(const Item &a, const Item &b)
-{
-    return a.wordType() == b.wordType() && a.firstWord() < b.endWord() && b.firstWord() < a.endWord();
-}
-
 std::vector<WatchedValue> singleValues(const std::vector<Tag> &tags)
 {
     std::vector<WatchedValue> values;
@@ -40,9 +35,13 @@ std::vector<WatchedValue> singleValues(const std::vector<Tag> &tags)
     return values;
 }
 
+static Quality unconfirmed(const WatchedValue &value)
+{
+    return value.text.empty() ? Quality::NOT_CONNECTED : Quality::LAST_KNOWN;
+}
+
 WatchValues::WatchValues(Runtime &runtime, const std::vector<Tag> &tags)
-    : runtime_(runtime), values_(singleValues(tags)), pending_(values_.size(), false), changes_(0), silent_(true),
-      lastRefused_(false)
+    : runtime_(runtime), values_(singleValues(tags)), pending_(values_.size(), false), changes_(0), silent_(true)
 {
     const std::vector<Item> items = itemsOf(tags);
     runtime.watch(items);
@@ -58,15 +57,13 @@ WatchValues::WatchValues(Runtime &runtime, const std::vector<Tag> &tags)
                < std::tie(values_[b].item.regType, values_[b].item.address);
     });
     runtime.onExchange([this](const Exchange &exchange) { noteExchange(exchange); });
-    // The driver also gives the link up after reads that were refused again and again.
-    runtime.onLost([this] { noteSilence(lastRefused_); });
+    runtime.onLost([this] { noteLost(); });
 }
 
 void WatchValues::noteExchange(const Exchange &exchange)
 {
-    lastRefused_ = exchange.judgement.verdict == Verdict::REFUSED;
     if (!runtime_.answering()) {
-        noteSilence(false);
+        noteSilence();
         return;
     }
     silent_ = false;
@@ -79,15 +76,25 @@ void WatchValues::noteExchange(const Exchange &exchange)
     noteChanges();
 }
 
-void WatchValues::noteSilence(bool keepsRefused)
+// What the PLC refuses to read stays refused until it is tried again, or the link is lost.
+void WatchValues::noteSilence()
 {
     if (silent_)
         return;
     silent_ = true;
     for (WatchedValue &value : values_) {
         stale_.expect({value.item});
-        if (!keepsRefused || value.quality != Quality::REFUSED)
-            setQuality(value, value.text.empty() ? Quality::NOT_CONNECTED : Quality::LAST_KNOWN);
+        if (value.quality != Quality::REFUSED)
+            setQuality(value, unconfirmed(value));
+    }
+}
+
+void WatchValues::noteLost()
+{
+    noteSilence();
+    for (WatchedValue &value : values_) {
+        if (value.quality == Quality::REFUSED)
+            setQuality(value, unconfirmed(value));
     }
 }
 
@@ -163,7 +170,9 @@ Quality WatchValues::settledQuality(const WatchedValue &value) const
 {
     if (!stale_.awaits(value.item))
         return Quality::GOOD;
-    return value.text.empty() ? Quality::NOT_CONNECTED : Quality::LAST_KNOWN;
+    if (runtime_.leavesOut(value.item))
+        return Quality::REFUSED;
+    return unconfirmed(value);
 }
 
 void WatchValues::setPending(const std::vector<Item> &items)

@@ -68,7 +68,8 @@ private:
     using Key = std::pair<QString, qint32>;
 
     void noteExchange(const Exchange &exchange);
-    void noteSilence(bool keepsRefused);
+    void noteSilence();
+    void noteLost();
     void noteRefused(const Item &block);
     void noteFresh(const Item &block);
     void noteChanges();
@@ -86,7 +87,6 @@ private:
     std::function<void(const WatchEvent &)> call_;
     unsigned long                           changes_;
     bool                                    silent_;
-    bool                                    lastRefused_; // the latest exchange was
 };
 
 #endif

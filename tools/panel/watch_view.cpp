@@ -19,7 +19,9 @@ WatchView::WatchView(Runtime &runtime, const WatchValues &values)
     runtime.messages().redirect([this](const std::string &line) { noteMessage(line); });
     runtime.onTick([this] { tick(); });
     runtime.onExchange([this](const Exchange &exchange) {
-        if (exchange.kind == RequestKind::READ && exchange.judgement.verdict != Verdict::NO_ANSWER)
+        if (exchange.judgement.verdict == Verdict::REFUSED)
+            cycle_.restart(); // the block may be the one with which the cycle began, and be left out now
+        else if (exchange.kind == RequestKind::READ && exchange.judgement.verdict != Verdict::NO_ANSWER)
             cycle_.note(exchange.request.regType, exchange.request.address, Clock::now());
     });
     runtime.onLost([this] { cycle_.restart(); });
@@ -115,9 +117,9 @@ void WatchView::measureRate(TimePoint now)
 
 std::string WatchView::linkText(TimePoint now) const
 {
-    if (runtime_.phase() == LinkPhase::ONLINE)
+    if (runtime_.phase() == LinkPhase::PROVING || runtime_.phase() == LinkPhase::ONLINE)
         return runtime_.answering() ? "online" : "no answer";
-    if (runtime_.phase() != LinkPhase::WAITING)
+    if (runtime_.phase() == LinkPhase::HANDSHAKING)
         return "handshake";
     if (now >= runtime_.retryAt())
         return "connecting";
@@ -146,7 +148,7 @@ TableContent WatchView::content(TimePoint now) const
     TableContent content = {};
     content.peer   = runtime_.options().host + ":" + runtime_.options().port;
     content.link   = linkText(now);
-    content.isUp   = runtime_.phase() == LinkPhase::ONLINE && runtime_.answering();
+    content.isUp   = runtime_.phase() > LinkPhase::HANDSHAKING && runtime_.answering();
     content.cycle  = cycle_.all().count() > 0 ? millisText(cycle_.latest()) + " ms" : "";
     content.requestsPerSecond = rate_;
     content.errors  = runtime_.statistics().errorCount();

@@ -1,0 +1,308 @@
+#include "panel_run.h"
+
+#include <algorithm>
+
+// Blocks that the PLC refuses to read: they are left out of the poll and tried again, and all others go on.
+
+namespace {
+
+const char REFUSED_HR[] = "the PLC refuses to read HR:100: 1103 (the first address is out of range)";
+
+// A JSON line of `watch` behind its time.
+std::string eventOf(const std::string &line)
+{
+    const std::string::size_type at = line.find("\"tag\"");
+    return at == std::string::npos ? "no event: " + line : line.substr(at);
+}
+
+std::string event(const std::string &item, const std::string &kind, const std::string &old, const std::string &value,
+                  const std::string &quality)
+{
+    return "\"tag\":\"" + item + "\",\"item\":\"" + item + "\",\"event\":\"" + kind + "\",\"old\":" + old
+           + ",\"value\":" + value + ",\"unit\":\"\",\"quality\":\"" + quality + "\"}";
+}
+
+// ---- Against the simulator, whose small profile has no HR:100 and no DM:5000 -------------------------------------
+
+class PanelRefusedTest : public PanelTest {
+protected:
+    void startSmall() { start({"--profile", "small"}); }
+};
+
+TEST_F(PanelRefusedTest, allOthersGoOnOnTheSameLink)
+{
+    startSmall();
+    const auto panel = watch({"CIO:0", "DM:0", "HR:100", "--interval", "1", "--json", "--retry-refused", "0.03"});
+    Words first = {eventOf(panel->readLine()), eventOf(panel->readLine()), eventOf(panel->readLine())};
+    std::sort(first.begin(), first.end());
+    EXPECT_EQ(first, (Words{event("CIO:0", "first", "null", "0", "good"), event("DM:0", "first", "null", "0", "good"),
+                            event("HR:100", "quality", "null", "null", "refused")}));
+    for (int i = 1; i <= 40; ++i) {
+        for (const char *item : {"CIO:0", "DM:0"}) {
+            ASSERT_EQ(tell("write " + std::string(item) + " " + std::to_string(i)), "ok");
+            EXPECT_EQ(eventOf(panel->readLine()),
+                      event(item, "change", std::to_string(i - 1), std::to_string(i), "good"));
+        }
+    }
+    EXPECT_EQ(interrupt(*panel), 0);
+    EXPECT_EQ(panel->output(), "");
+    EXPECT_EQ(withoutHints(panel->errors()), connectedLine() + REFUSED_HR + "\n");
+    EXPECT_EQ(tell("stats").find("ok connections=1 "), 0u);
+}
+
+TEST_F(PanelRefusedTest, theRemedyIsSaidOnceToo)
+{
+    startSmall();
+    const auto panel = watch({"DM:0", "HR:100", "--interval", "1", "--retry-refused", "0.03"});
+    EXPECT_EQ(panel->waitForErrorLine("the PLC refuses"), REFUSED_HR);
+    EXPECT_EQ(panel->readErrorLine(),
+              "hint: this PLC has less memory than the largest one; compare the address with its manual");
+    EXPECT_EQ(nextChange(*panel), "DM:0 - 0");
+    EXPECT_EQ(interrupt(*panel), 0);
+    EXPECT_EQ(panel->errors(), "");
+}
+
+// A value that was never received ends the watch with 1, as any refusal does.
+TEST_F(PanelRefusedTest, watchEndsWith1)
+{
+    startSmall();
+    const PanelRun ended = run("watch", {"DM:0", "HR:100", "--for", "0.5", "--interval", "1"});
+    EXPECT_EQ(ended.code, 1);
+    EXPECT_EQ(changeOf(linesOf(ended.out).at(0)), "DM:0 - 0");
+    EXPECT_EQ(ended.err, connectedLine() + REFUSED_HR + "\n");
+}
+
+TEST_F(PanelRefusedTest, readShowsAllOthersAndEndsWith1)
+{
+    startSmall();
+    ASSERT_EQ(tell("write DM:7 4711"), "ok");
+    ASSERT_EQ(tell("write WR:1 5"), "ok");
+    const PanelRun ended = run("read", {"WR:1", "HR:100", "DM:7", "DM:5000", "C:0"});
+    EXPECT_EQ(ended.code, 1);
+    EXPECT_EQ(ended.out, "WR:1 = 5\nDM:7 = 4711\nC:0 = 0\n");
+    Words messages = linesOf(ended.err);
+    std::sort(messages.begin(), messages.end());
+    EXPECT_EQ(messages, (Words{connectedLine().substr(0, connectedLine().size() - 1),
+                               "the PLC refuses to read DM:5000: 1103 (the first address is out of range)",
+                               REFUSED_HR}));
+    EXPECT_EQ(tell("stats").find("ok connections=1 "), 0u);
+}
+
+// The refused block has its turn before the first write.
+TEST_F(PanelRefusedTest, writeReadsAllOthersBackAndEndsWith1)
+{
+    startSmall();
+    const PanelRun ended = run("write", {"HR:0=5", "DM:5000=6"});
+    EXPECT_EQ(ended.code, 1);
+    EXPECT_EQ(ended.out, "HR:0 = 5\n");
+    EXPECT_EQ(ended.err, connectedLine() + "the PLC refuses to read DM:5000: 1103 (the first address is out of range)\n"
+                             "the PLC refuses to write DM:5000: 1103 (the first address is out of range)\n"
+                             "not known: DM:5000 could not be read back\n");
+    EXPECT_EQ(tell("read HR:0"), "ok 5");
+    EXPECT_EQ(tell("stats").find("ok connections=1 "), 0u);
+}
+
+// Nothing is left to poll: the link stays, and everything comes back.
+TEST_F(PanelRefusedTest, everythingRefused)
+{
+    start();
+    const auto panel = watch({"DM:0", "CIO:0", "--interval", "1", "--json", "--retry-refused", "0.05"});
+    panel->waitForLine("\"first\"");
+    panel->waitForLine("\"first\"");
+    ASSERT_EQ(tell("fault end-code=2201"), "ok");
+    Words refused = {eventOf(panel->readLine()), eventOf(panel->readLine())};
+    std::sort(refused.begin(), refused.end());
+    EXPECT_EQ(refused, (Words{event("CIO:0", "quality", "0", "0", "refused"),
+                              event("DM:0", "quality", "0", "0", "refused")}));
+    panel->waitForErrorLine("the PLC refuses to read ");
+    panel->waitForErrorLine("the PLC refuses to read ");
+    ASSERT_EQ(tell("faults off"), "ok");
+    panel->waitForErrorLine(" can be read again");
+    Words good = {eventOf(panel->readLine()), eventOf(panel->readLine())};
+    std::sort(good.begin(), good.end());
+    EXPECT_EQ(good, (Words{event("CIO:0", "quality", "0", "0", "good"), event("DM:0", "quality", "0", "0", "good")}));
+    ASSERT_EQ(tell("write DM:0 3"), "ok");
+    EXPECT_EQ(eventOf(panel->readLine()), event("DM:0", "change", "0", "3", "good"));
+    EXPECT_EQ(interrupt(*panel), 0);
+    EXPECT_EQ(tell("stats").find("ok connections=1 "), 0u);
+}
+
+// A single refusal is tried again at once, like a missing reply.
+TEST_F(PanelRefusedTest, lessRefusalsThanTheLimitLeaveNothingOut)
+{
+    start();
+    const auto panel = watch({"DM:0", "--interval", "1", "--json", "--retries", "3"});
+    EXPECT_EQ(eventOf(panel->readLine()), event("DM:0", "first", "null", "0", "good"));
+    ASSERT_EQ(tell("fault end-code=2201#2"), "ok");
+    EXPECT_EQ(eventOf(panel->readLine()), event("DM:0", "quality", "0", "0", "refused"));
+    EXPECT_EQ(eventOf(panel->readLine()), event("DM:0", "quality", "0", "0", "good"));
+    EXPECT_EQ(interrupt(*panel), 0);
+    EXPECT_EQ(withoutHints(panel->errors()),
+              connectedLine() + "the PLC refuses to read DM:0: 2201 (not possible during execution)\n");
+}
+
+// ---- Against a PLC that the test plays ---------------------------------------------------------------------------
+
+class PanelPlayedRefusalTest : public ::testing::Test {
+protected:
+    // A watch that leaves a block out after `retries` refusals.
+    void startWatch(Words more, int retries = 1)
+    {
+        more.insert(more.end(), {"--retries", std::to_string(retries)});
+        Words all = {"watch", played.host(), "--interval", "0"};
+        all.insert(all.end(), more.begin(), more.end());
+        panel = startPanel(all);
+        link = played.accept();
+        link->exchangeNodes();
+    }
+
+    // Answers reads of DM:0 with 7 until another command comes, and returns that one.
+    std::string nextBesidesDm()
+    {
+        std::string command = link->command();
+        for (; command == plainHex("0101 82 0000 00 0001"); command = link->command())
+            link->answer("0101 0000 0007");
+        return command;
+    }
+
+    PlayedPlc                   played;
+    std::unique_ptr<Process>    panel;
+    std::unique_ptr<PlayedLink> link;
+};
+
+TEST_F(PanelPlayedRefusalTest, aBlockThatIsMendedComesBack)
+{
+    startWatch({"DM:0", "HR:0", "--retry-refused", "0.05"});
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_EQ(nextBesidesDm(), plainHex("0101 B2 0000 00 0001"));
+        link->answer("0101 1101");
+    }
+    ASSERT_EQ(nextBesidesDm(), plainHex("0101 B2 0000 00 0001"));
+    link->answer("0101 0000 0005");
+    EXPECT_EQ(nextChange(*panel), "DM:0 - 7");
+    EXPECT_EQ(nextChange(*panel), "HR:0 - 5");
+    EXPECT_EQ(nextMessage(*panel), "connected to " + played.host() + ": this node 239, PLC node 1");
+    EXPECT_EQ(nextMessage(*panel), "the PLC refuses to read HR:0: 1101 (there is no such memory area)");
+    EXPECT_EQ(nextMessage(*panel), "HR:0 can be read again");
+    // It is back in the poll, and a new refusal is said anew.
+    ASSERT_EQ(nextBesidesDm(), plainHex("0101 B2 0000 00 0001"));
+    link->answer("0101 0000 0006");
+    EXPECT_EQ(nextChange(*panel), "HR:0 5 6");
+    ASSERT_EQ(nextBesidesDm(), plainHex("0101 B2 0000 00 0001"));
+    link->answer("0101 1101");
+    ASSERT_EQ(nextBesidesDm(), plainHex("0101 B2 0000 00 0001"));
+    EXPECT_EQ(nextMessage(*panel), "the PLC refuses to read HR:0: 1101 (there is no such memory area)");
+    EXPECT_EQ(interrupt(*panel), 0);
+}
+
+// Without a refusal in between nothing but the other block is asked for.
+TEST_F(PanelPlayedRefusalTest, aRefusedBlockIsNotAskedForBeforeItsTime)
+{
+    startWatch({"DM:0", "HR:0", "--retry-refused", "3600"});
+    ASSERT_EQ(nextBesidesDm(), plainHex("0101 B2 0000 00 0001"));
+    link->answer("0101 1101");
+    for (int i = 0; i < 50; ++i) {
+        ASSERT_EQ(link->command(), plainHex("0101 82 0000 00 0001"));
+        link->answer("0101 0000 0007");
+    }
+    EXPECT_EQ(interrupt(*panel), 0);
+}
+
+// The driver would take a refused reply of the right length for data.
+TEST_F(PanelPlayedRefusalTest, aRefusalAtFullLengthIsNoValue)
+{
+    startWatch({"HR:0", "--retry-refused", "0.05"});
+    EXPECT_EQ(link->command(), plainHex("0101 B2 0000 00 0001"));
+    link->answer("0101 1104 0007");
+    EXPECT_EQ(link->command(), plainHex("0101 B2 0000 00 0001"));
+    link->answer("0101 0000 0009");
+    EXPECT_EQ(nextChange(*panel), "HR:0 - 9");
+    EXPECT_EQ(interrupt(*panel), 0);
+    EXPECT_EQ(panel->output(), "");
+}
+
+// A job that meets the missing node addresses is never sent: so no write may wait while nothing can be read.
+TEST_F(PanelPlayedRefusalTest, noWriteIsLost)
+{
+    Words all = {"HR:0", "--retry-refused", "0.05"};
+    for (int i = 1; i <= 7; ++i)
+        all.insert(all.end(), {"--write", "DM:" + std::to_string(i) + "=" + std::to_string(i)});
+    startWatch(all);
+    int written = 0;
+    const auto expectWrite = [&] {
+        ++written;
+        const std::string number = hexNumber(static_cast<std::size_t>(written), 4);
+        EXPECT_EQ(link->command(), plainHex("0102 82 " + number + " 00 0001 " + number));
+        link->answer("0102 0000");
+    };
+    EXPECT_EQ(link->command(), plainHex("0101 B2 0000 00 0001"));
+    link->answer("0101 0000 0001");
+    while (written < 5)
+        expectWrite();
+    for (const char *answer : {"0101 1101", "0101 1101", "0101 0000 0001"}) {
+        EXPECT_EQ(link->command(), plainHex("0101 B2 0000 00 0001"));
+        link->answer(answer);
+    }
+    while (written < 7)
+        expectWrite();
+    EXPECT_EQ(interrupt(*panel), 0);
+}
+
+// The end of the connection is seen though nothing is sent, and the new one begins with everything.
+TEST_F(PanelPlayedRefusalTest, aNewLinkTriesEverything)
+{
+    startWatch({"HR:0", "--retry-refused", "3600", "--csv"});
+    EXPECT_EQ(link->command(), plainHex("0101 B2 0000 00 0001"));
+    link->answer("0101 1101");
+    panel->waitForLine(",HR:0,HR:0,quality,,,,refused");
+    link = nullptr;
+    panel->waitForLine(",HR:0,HR:0,quality,,,,not connected");
+    link = played.accept();
+    link->exchangeNodes();
+    EXPECT_EQ(link->command(), plainHex("0101 B2 0000 00 0001"));
+    link->answer("0101 0000 0004");
+    panel->waitForLine(",HR:0,HR:0,first,,4,,good");
+    EXPECT_EQ(interrupt(*panel), 0);
+}
+
+// A missing reply says nothing about a block that is left out.
+TEST_F(PanelPlayedRefusalTest, silenceLeavesRefusedValuesRefused)
+{
+    startWatch({"DM:0", "HR:0", "--retry-refused", "3600", "--csv", "--timeout", "50"}, 100);
+    EXPECT_EQ(link->command(), plainHex("0101 82 0000 00 0001"));
+    link->answer("0101 0000 0007");
+    for (int i = 0; i < 100; ++i) {
+        EXPECT_EQ(link->command(), plainHex("0101 B2 0000 00 0001"));
+        link->answer("0101 1101");
+    }
+    EXPECT_EQ(link->command(), plainHex("0101 82 0000 00 0001"));
+    EXPECT_EQ(link->command(), plainHex("0101 82 0000 00 0001"));
+    link->answer("0101 0000 0008");
+    panel->readLine();
+    EXPECT_EQ(panel->readLine().substr(24), ",DM:0,DM:0,first,,7,,good");
+    EXPECT_EQ(panel->readLine().substr(24), ",HR:0,HR:0,quality,,,,refused");
+    EXPECT_EQ(panel->readLine().substr(24), ",DM:0,DM:0,quality,7,7,,last known");
+    EXPECT_EQ(panel->readLine().substr(24), ",DM:0,DM:0,quality,7,7,,good");
+    EXPECT_EQ(panel->readLine().substr(24), ",DM:0,DM:0,change,7,8,,good");
+    EXPECT_EQ(interrupt(*panel), 0);
+}
+
+// One area of seven is refused, whichever has its turn after it.
+TEST_F(PanelPlayedRefusalTest, linkReadsEveryOtherArea)
+{
+    panel = startPanel({"link", played.host(), "--count", "9"});
+    link = played.accept();
+    link->exchangeNodes();
+    try {
+        for (;;)
+            link->answer(link->command().substr(0, 6) == "0101B3" ? "0101 1101" : "0101 0000 0000"); // B3: AR
+    } catch (const std::runtime_error &) { // the panel has closed
+    }
+    EXPECT_EQ(panel->wait(), 1);
+    EXPECT_NE(panel->output().find("read         AR:0 refused: 1101 (there is no such memory area)\n"),
+              std::string::npos) << panel->output();
+    EXPECT_NE(panel->output().find("round trip   9 reads of one word: "), std::string::npos) << panel->output();
+    EXPECT_EQ(linesOf(panel->output()).back(), "result       the PLC answers, but refuses 1 of 7 areas");
+}
+
+} // namespace
