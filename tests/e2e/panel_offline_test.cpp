@@ -171,6 +171,23 @@ TEST(PanelUsage, helpIsNoError)
     }
 }
 
+TEST(PanelUsage, versionIsThatOfTheBuild)
+{
+    for (const Words &command : {Words{"--version"}, Words{"watch", "--version"}}) {
+        const PanelRun run = runPanel(command);
+        EXPECT_EQ(run.code, 0);
+        EXPECT_EQ(run.out, "fins_panel " FINS_VERSION "\n");
+        EXPECT_EQ(run.err, "");
+    }
+}
+
+// The completion of the shell takes its words from lines of this form.
+TEST(PanelUsage, helpNamesTheVersionOption)
+{
+    EXPECT_NE(runPanel({"--help"}).out.find("\n  --version "), std::string::npos);
+    EXPECT_NE(runPanel({"--help-all"}).out.find("\n  --version "), std::string::npos);
+}
+
 // What is wrong stands in one line on stderr, with the name of the culprit.
 TEST(PanelUsage, badCommandLines)
 {

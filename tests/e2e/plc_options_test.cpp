@@ -104,6 +104,17 @@ TEST_F(PlcOptionsTest, helpGoesToStandardOutput)
     EXPECT_EQ(helper.errors(), "");
 }
 
+TEST_F(PlcOptionsTest, versionIsThatOfTheBuild)
+{
+    Process asked({FINS_PLC_PATH, "--version"});
+    EXPECT_EQ(asked.wait(), 0);
+    EXPECT_EQ(asked.output(), "fins_plc " FINS_VERSION "\n");
+    EXPECT_EQ(asked.errors(), "");
+    Process helper({FINS_PLC_PATH, "--help"});
+    EXPECT_EQ(helper.wait(), 0);
+    EXPECT_NE(helper.output().find("\n  --version "), std::string::npos);
+}
+
 TEST_F(PlcOptionsTest, signalsEndItCleanly)
 {
     for (const int number : {SIGINT, SIGTERM}) {

@@ -459,6 +459,7 @@ int main(int argc, char **argv)
     Arguments arguments;
     Action action;
     CLI::App app("A panel runtime on the command line for Omron PLCs with FINS/TCP", "fins_panel");
+    app.set_version_flag("--version", "fins_panel " FINS_VERSION, "Print the version and exit");
     app.set_help_all_flag("--help-all", "Print the help of every sub-command and exit");
     app.footer(FOOTER);
     app.require_subcommand(1);
@@ -478,8 +479,8 @@ int main(int argc, char **argv)
         app.parse(argc, argv);
         const int code = run(app, action, arguments);
         return std::cout.flush() ? code : complain("standard output cannot be written", EXIT_REFUSED);
-    } catch (const CLI::Success &help) {
-        return app.exit(help);
+    } catch (const CLI::Success &helpOrVersion) {
+        return app.exit(helpOrVersion);
     } catch (const CLI::ParseError &error) {
         return complain(std::string(error.what()) + "; see fins_panel --help", EXIT_USAGE);
     } catch (const UsageError &error) {

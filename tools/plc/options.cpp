@@ -96,6 +96,7 @@ void addFileOptions(CLI::App &app, Options *options, Listings *listings)
 int parseCommandLine(int argc, char **argv, Options *options, Listings *listings)
 {
     CLI::App app("A simulated Omron CS/CJ PLC that answers FINS/TCP.", "fins_plc");
+    app.set_version_flag("--version", "fins_plc " FINS_VERSION, "Print the version and exit");
     app.footer(footer());
     Texts texts;
     texts.mode = modeName(options->mode);
@@ -103,8 +104,8 @@ int parseCommandLine(int argc, char **argv, Options *options, Listings *listings
     addFileOptions(app, options, listings);
     try {
         app.parse(argc, argv);
-    } catch (const CLI::CallForHelp &help) {
-        return app.exit(help);
+    } catch (const CLI::Success &helpOrVersion) {
+        return app.exit(helpOrVersion);
     } catch (const CLI::ParseError &error) {
         std::cerr << "fins_plc: " << error.what() << "; see fins_plc --help" << std::endl;
         return EXIT_BAD_USAGE;
