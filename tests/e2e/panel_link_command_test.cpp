@@ -95,6 +95,19 @@ TEST_F(LinkCommandTest, silence_behind_the_handshake)
                   "the PLC gave a node address, then left requests without an answer within 100 ms");
 }
 
+TEST_F(LinkCommandTest, half_a_reply)
+{
+    PlayedPlc played;
+    const std::unique_ptr<Process> panel = startPanel({"link", played.host(), "--timeout", "100"});
+    const std::unique_ptr<PlayedLink> link = played.accept();
+    link->receive(20);
+    link->send("46494E53 00000010 00000001");
+    const int code = panel->wait();
+    expectProblem({code, panel->output(), panel->errors()},
+                  "the connection is made, but there are no node addresses: only 12 of 24 bytes of the reply came in "
+                  "time");
+}
+
 TEST_F(LinkCommandTest, closed_at_once)
 {
     PlayedPlc played;

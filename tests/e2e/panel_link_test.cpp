@@ -114,41 +114,43 @@ TEST_F(PanelLinkTest, otherNodeNumbers)
 // What a peer does instead of answering, and what the panel says of it.
 struct BadPeer {
     const char *name;
-    const char *bytes; // the answer to the node-address request
+    const char *bytes; // the answer
     const char *reason;
 };
 
 void PrintTo(const BadPeer &peer, std::ostream *out) { *out << peer.name; }
 
 const BadPeer BAD_HANDSHAKES[] = {
-    {"Nothing", "", "no reply in time to the node-address request"},
-    {"HalfAHeader", "46494E53 0000", "no reply in time to the node-address request"},
-    {"HalfAFrame", "46494E53 00000010 00000001 00000000 000000EF", "no reply in time to the node-address request"},
+    {"Nothing", "", "no node addresses: no reply in time"},
+    {"HalfAHeader", "46494E53 0000", "no node addresses: only 6 bytes of the reply came in time"},
+    {"OneByte", "46", "no node addresses: only 1 byte of the reply came in time"},
+    {"HalfAFrame", "46494E53 00000010 00000001 00000000 000000EF",
+     "no node addresses: only 20 of 24 bytes of the reply came in time"},
     {"OneByteMissing", "46494E53 00000010 00000001 00000000 000000EF 000000",
-     "no reply in time to the node-address request"},
+     "no node addresses: only 23 of 24 bytes of the reply came in time"},
     {"WrongMagic", "47494E53 00000010 00000001 00000000 000000EF 00000001",
-     "the reply does not begin with FINS to the node-address request"},
-    {"OneWrongByte", "00", "the reply does not begin with FINS to the node-address request"},
+     "no node addresses: the reply does not begin with FINS"},
+    {"OneWrongByte", "00", "no node addresses: the reply does not begin with FINS"},
     {"Web", "485454502F312E3120343030204261642052657175657374",
-     "the reply does not begin with FINS to the node-address request"},
+     "no node addresses: the reply does not begin with FINS"},
     {"LongestLength", "46494E53 000007F8 00000001 00000000 000000EF 00000001",
-     "no reply in time to the node-address request"},
+     "no node addresses: only 24 of 2048 bytes of the reply came in time"},
     {"OverlongLength", "46494E53 000007F9 00000001 00000000 000000EF 00000001",
-     "the reply has an impossible length to the node-address request"},
+     "no node addresses: the reply has an impossible length"},
     {"NegativeLength", "46494E53 FFFFFFFF 00000001 00000000 000000EF 00000001",
-     "the reply has an impossible length to the node-address request"},
+     "no node addresses: the reply has an impossible length"},
     {"ZeroLength", "46494E53 00000000 00000001 00000000 000000EF 00000001",
-     "the reply has an impossible length to the node-address request"},
+     "no node addresses: the reply has an impossible length"},
     {"ShortLength", "46494E53 00000007 00000001 00000000 000000EF 00000001",
-     "the reply has an impossible length to the node-address request"},
+     "no node addresses: the reply has an impossible length"},
     {"NoNodes", "46494E53 00000008 00000001 00000000",
-     "the reply does not answer the request to the node-address request"},
+     "no node addresses: the reply does not answer the request"},
     {"OneNodeOnly", "46494E53 0000000C 00000001 00000000 000000EF",
-     "the reply does not answer the request to the node-address request"},
+     "no node addresses: the reply does not answer the request"},
     {"TooManyBytes", "46494E53 00000011 00000001 00000000 000000EF 00000001 00",
-     "the reply does not answer the request to the node-address request"},
+     "no node addresses: the reply does not answer the request"},
     {"WrongCommand", "46494E53 00000010 00000002 00000000 000000EF 00000001",
-     "the reply does not answer the request to the node-address request"},
+     "no node addresses: the reply does not answer the request"},
     {"Error20", "46494E53 00000010 00000001 00000020 00000000 00000000",
      "FINS/TCP error 20 (all connections of the PLC are in use)"},
     {"Error25", "46494E53 00000010 00000001 00000025 00000000 00000000",
@@ -159,29 +161,30 @@ const BadPeer BAD_HANDSHAKES[] = {
 
 // The answers to a read of DM:0, in which 5A stands for its service ID.
 const BadPeer BAD_REPLIES[] = {
-    {"Nothing", "", "no reply in time, 1 times in a row"},
-    {"HalfAFrame", "46494E53 00000018 00000002 00000000 C0000200EF", "no reply in time, 1 times in a row"},
+    {"Nothing", "", "no reply in time"},
+    {"HalfAFrame", "46494E53 00000018 00000002 00000000 C0000200EF",
+     "only 21 of 32 bytes of the reply came in time"},
     {"OneByteMissing", "46494E53 00000018 00000002 00000000 C0000200EF000001005A 0101 0000 00",
-     "no reply in time, 1 times in a row"},
+     "only 31 of 32 bytes of the reply came in time"},
     {"WrongMagic", "46494E54 00000018 00000002 00000000 C0000200EF000001005A 0101 0000 0007",
-     "the reply does not begin with FINS, 1 times in a row"},
+     "the reply does not begin with FINS"},
     {"OverlongLength", "46494E53 000007F9 00000002 00000000 C0000200EF000001005A 0101 0000 0007",
-     "the reply has an impossible length, 1 times in a row"},
+     "the reply has an impossible length"},
     {"ZeroLength", "46494E53 00000000 00000002 00000000 C0000200EF000001005A 0101 0000 0007",
-     "the reply has an impossible length, 1 times in a row"},
+     "the reply has an impossible length"},
     {"NodeAddressesAgain", "46494E53 00000010 00000001 00000000 000000EF 00000001",
-     "the reply does not answer the request, 1 times in a row"},
-    {"NoFrame", "46494E53 00000008 00000002 00000000", "the reply does not answer the request, 1 times in a row"},
+     "the reply does not answer the request"},
+    {"NoFrame", "46494E53 00000008 00000002 00000000", "the reply does not answer the request"},
     {"WithoutEndCode", "46494E53 00000014 00000002 00000000 C0000200EF000001005A 0101",
-     "the reply does not answer the request, 1 times in a row"},
+     "the reply does not answer the request"},
     {"WithoutData", "46494E53 00000016 00000002 00000000 C0000200EF000001005A 0101 0000",
-     "the driver rejects the reply, 1 times in a row"},
+     "the driver rejects the reply"},
     {"TooManyWords", "46494E53 0000001A 00000002 00000000 C0000200EF000001005A 0101 0000 0007 0008",
-     "the driver rejects the reply, 1 times in a row"},
+     "the driver rejects the reply"},
     {"OtherCommand", "46494E53 00000018 00000002 00000000 C0000200EF000001005A 0102 0000 0007",
-     "the reply does not answer the request, 1 times in a row"},
+     "the reply does not answer the request"},
     {"OtherService", "46494E53 00000018 00000002 00000000 C0000200EF000001005B 0101 0000 0007",
-     "the reply does not answer the request, 1 times in a row"},
+     "the reply does not answer the request"},
     {"ErrorNotice", "46494E53 00000008 00000003 00000001",
      "FINS/TCP error 1 (the header does not begin with FINS)"},
     {"ErrorInTheHeader", "46494E53 00000018 00000002 00000022 C0000200EF000001005A 0101 0000 0007",
@@ -193,7 +196,7 @@ protected:
     // Only a reply that does not come is waited for.
     void startWatch()
     {
-        const bool isAwaited = std::string(GetParam().reason).find("no reply") == 0;
+        const bool isAwaited = std::string(GetParam().reason).find("in time") != std::string::npos;
         panel = startPanel({"watch", plc.host(), "DM:0", "--timeout", isAwaited ? "500" : "10000", "--retries", "1"});
     }
 
@@ -267,7 +270,7 @@ TEST(PanelHalfOpen, everyCommandEndsInTime)
         EXPECT_EQ(ended.out, "");
         const Words lines = linesOf(ended.err);
         ASSERT_GE(lines.size(), 2u) << ended.err;
-        EXPECT_EQ(lines[0], plc.linkLost("no reply in time to the node-address request"));
+        EXPECT_EQ(lines[0], plc.linkLost("no node addresses: no reply in time"));
         EXPECT_EQ(lines.back(), "fins_panel: no answer from " + plc.host() +
                                     " within 120 ms; check the address and the cable, or wait longer with --give-up "
                                     "SECONDS");
@@ -290,7 +293,7 @@ TEST(PanelGarbage, endlessStreamIsHungUpOn)
         } catch (const std::runtime_error &) {
         }
         EXPECT_EQ(nextMessage(*panel), "link to " + plc.host() +
-                                              " lost: the reply does not begin with FINS to the node-address request, "
+                                              " lost: no node addresses: the reply does not begin with FINS, "
                                               "retrying in " + pause + " ms");
     }
     EXPECT_EQ(interrupt(*panel), 0);

@@ -61,6 +61,24 @@ TEST_F(StatsTest, missing_replies_retries_and_a_reconnect)
     EXPECT_EQ(lineWith(errors, "  error        2 x no reply"), "  error        2 x no reply in time");
 }
 
+// Half a reply is a missing one, and its error says how much came.
+TEST_F(StatsTest, half_a_reply)
+{
+    PlayedPlc played;
+    const std::unique_ptr<Process> panel = startPanel({"read", played.host(), "DM:0", "--timeout", "100", "--stats"});
+    const std::unique_ptr<PlayedLink> link = played.accept();
+    link->exchangeNodes();
+    link->command();
+    link->send(link->reply("0101 0000 002A").substr(0, 2 * 30));
+    link->command();
+    link->answer("0101 0000 002A");
+    EXPECT_EQ(panel->wait(), 0);
+    EXPECT_EQ(panel->output(), "DM:0 = 42\n");
+    EXPECT_EQ(lineWith(panel->errors(), "  rejected"), "  rejected     1, missing 1, wrong 0");
+    EXPECT_EQ(lineWith(panel->errors(), "  error        1 x "),
+              "  error        1 x only 30 of 32 bytes of the reply came in time");
+}
+
 TEST_F(StatsTest, wrong_replies)
 {
     PlayedPlc played;

@@ -62,6 +62,18 @@ TEST(Diagnosis, silence_before_and_after_the_node_address)
               "the PLC gave a node address, then left requests without an answer within 1000 ms");
 }
 
+TEST(Diagnosis, half_a_reply_before_and_after_the_node_address)
+{
+    EXPECT_EQ(of(LinkFailure::CUT_REPLY, LinkPhase::HANDSHAKING,
+                 "no node addresses: only 20 of 24 bytes of the reply came in time").problem,
+              "the connection is made, but there are no node addresses: only 20 of 24 bytes of the reply came in time");
+    for (const LinkPhase phase : {LinkPhase::PROVING, LinkPhase::ONLINE}) {
+        EXPECT_EQ(of(LinkFailure::CUT_REPLY, phase, "only 31 of 32 bytes of the reply came in time").problem,
+                  "the PLC gave a node address, then did not end its replies: only 31 of 32 bytes of the reply came in "
+                  "time");
+    }
+}
+
 TEST(Diagnosis, closed_before_and_after_the_node_address)
 {
     EXPECT_EQ(of(LinkFailure::CLOSED, LinkPhase::HANDSHAKING, "reset").problem,

@@ -64,6 +64,26 @@ TEST_F(ReplyAssemblerTest, TakesAReplyCutAtEveryByte)
     EXPECT_EQ(reply(), bytes);
 }
 
+// What is said of a reply of which the rest does not come.
+TEST_F(ReplyAssemblerTest, TellsHowMuchOfAReplyHasCome)
+{
+    const Bytes bytes = replyOf(22, 7);
+    addPart(bytes, 0, 7);
+    EXPECT_EQ(assembler.leftOver(), 7u);
+    EXPECT_EQ(assembler.expectedSize(), 0u);
+    addPart(bytes, 7, 8);
+    EXPECT_EQ(assembler.leftOver(), 8u);
+    EXPECT_EQ(assembler.expectedSize(), 30u);
+    addPart(bytes, 8, 29);
+    EXPECT_EQ(assembler.leftOver(), 29u);
+    EXPECT_EQ(assembler.expectedSize(), 30u);
+    // The rest of it is no part of the next one.
+    assembler.beginReply();
+    addPart(bytes, 29, 30);
+    EXPECT_EQ(assembler.leftOver(), 0u);
+    EXPECT_EQ(assembler.expectedSize(), 0u);
+}
+
 TEST_F(ReplyAssemblerTest, UsesAllFourBytesOfTheLength)
 {
     EXPECT_EQ(add({0x46, 0x49, 0x4E, 0x53, 0, 0, 1, 0}), AssemblyState::INCOMPLETE); // 256 follow

@@ -72,6 +72,15 @@ static Diagnosis diagnoseExchange(const LinkTrouble &trouble, const Peer &peer)
         return {"the connection is made, but the node address request is not answered" + inTime(peer),
                 {"the port may belong to another service: FINS/TCP is 9600 unless the unit's settings say another",
                  "restart the Ethernet unit if it answered before", "on a slow line try --timeout 5000"}};
+    if (trouble.failure == LinkFailure::CUT_REPLY && first)
+        return {"the connection is made, but there are " + trouble.text,
+                {"something on the way may hold back packets: connect directly", "on a slow line try --timeout 5000",
+                 "fins_panel link " + peer.host + " --trace=full     shows what came"}};
+    if (trouble.failure == LinkFailure::CUT_REPLY)
+        return {"the PLC gave a node address, then did not end its replies: " + trouble.text,
+                {"use fewer --words-per-frame: something on the way may hold back long packets",
+                 "on a slow line try --timeout 5000",
+                 "fins_panel link " + peer.host + " --trace=line     shows where"}};
     if (trouble.failure == LinkFailure::SILENCE)
         return {"the PLC gave a node address, then left requests without an answer" + inTime(peer),
                 {"check the unit address and the routing tables: the CPU unit may not be reachable from the unit",

@@ -46,7 +46,10 @@ public:
     const std::uint8_t *reply() const { return buffer_.data(); }
     std::size_t replySize() const { return state_ == AssemblyState::COMPLETE ? frontSize_ : 0; }
 
-    /// Bytes that came behind the complete reply.
+    /// Bytes of an incomplete reply as its length field says; 0 until that has come.
+    std::size_t expectedSize() const { return frontSize_; }
+
+    /// Bytes that came behind the complete reply, or of the incomplete one.
     std::size_t leftOver() const { return used_ - replySize(); }
 
 private:

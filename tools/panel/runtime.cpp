@@ -166,7 +166,8 @@ void Runtime::count(ExchangeStatus status, const Judgement &judgement)
     answering_ = judgement.verdict == Verdict::GOOD || judgement.verdict == Verdict::REFUSED;
     if (judgement.verdict == Verdict::REFUSED)
         ++statistics_.refused;
-    else if (status == ExchangeStatus::LOST || link_.failure() == LinkFailure::SILENCE)
+    else if (status == ExchangeStatus::LOST || link_.failure() == LinkFailure::SILENCE
+             || link_.failure() == LinkFailure::CUT_REPLY)
         ++statistics_.missing;
     else if (judgement.verdict == Verdict::NO_ANSWER)
         ++statistics_.wrong;
@@ -211,7 +212,7 @@ void Runtime::handOver(RequestKind kind, const Judgement &judgement)
         return;
     }
     if (kind == RequestKind::HANDSHAKE && judgement.verdict != Verdict::GOOD) {
-        lose(problem_ + " to the node-address request", failure);
+        lose("no node addresses: " + problem_, failure);
         return;
     }
     if (judgement.verdict == Verdict::REFUSED)
@@ -237,7 +238,8 @@ void Runtime::handOver(RequestKind kind, const Judgement &judgement)
     if (isRefusedPoll)
         leaveOut();
     else
-        lose(problem_ + ", " + std::to_string(options_.retries) + " times in a row", failure);
+        lose(problem_ + (options_.retries > 1 ? ", " + std::to_string(options_.retries) + " times in a row" : ""),
+             failure);
 }
 
 void Runtime::accepted(RequestKind kind)

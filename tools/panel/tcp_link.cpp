@@ -232,7 +232,7 @@ ExchangeStatus TcpLink::receiveReply(const std::uint8_t *request, std::size_t si
             return noReply(LinkFailure::WRONG_PROTOCOL, "the reply has an impossible length");
         }
         if (!awaitUntil(start + timeout_))
-            return noReply(LinkFailure::SILENCE, "no whole reply in time");
+            return notInTime();
     }
 }
 
@@ -254,7 +254,18 @@ ExchangeStatus TcpLink::receiveSome(TimePoint deadline)
     tick();
     if (problem == EINTR || (tick_ && deadline - Clock::now() >= Millis(1)))
         return ExchangeStatus::REPLY;
-    return noReply(LinkFailure::SILENCE, "no reply in time");
+    return notInTime();
+}
+
+ExchangeStatus TcpLink::notInTime()
+{
+    const std::size_t part = assembler_.leftOver();
+    if (part == 0)
+        return noReply(LinkFailure::SILENCE, "no reply in time");
+    const std::size_t whole = assembler_.expectedSize();
+    const std::string size = std::to_string(part) + (whole > 0 ? " of " + std::to_string(whole) : "");
+    return noReply(LinkFailure::CUT_REPLY, "only " + size + (size == "1" ? " byte" : " bytes")
+                                               + " of the reply came in time");
 }
 
 ExchangeStatus TcpLink::noReply(LinkFailure failure, const std::string &reason)

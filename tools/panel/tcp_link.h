@@ -30,6 +30,7 @@ enum class LinkFailure {
     CONNECT_TIMEOUT, // the host does not answer the attempt to connect
     CLOSED,          // the peer has closed or reset the connection
     SILENCE,         // no reply in time
+    CUT_REPLY,       // part of a reply came in time, the rest did not
     WRONG_PROTOCOL,  // what came is no FINS/TCP reply
     TCP_ERROR,       // the reply's FINS/TCP header refuses; only the runtime sees this
     OTHER
@@ -78,6 +79,7 @@ public:
 private:
     bool notConnected(LinkFailure failure, const std::string &reason);
     ExchangeStatus noReply(LinkFailure failure, const std::string &reason);
+    ExchangeStatus notInTime();
     void tick();
     void adopt(int connected);
     ExchangeStatus sendAll(const std::uint8_t *request, std::size_t size);
