@@ -3,6 +3,8 @@
 #include "exit_codes.h"
 #include "values.h"
 
+#include <algorithm>
+
 static const char DEFAULT_PORT[] = "9600";
 
 void parseHost(const std::string &text, std::string &host, std::string &port)
@@ -18,4 +20,11 @@ void parseHost(const std::string &text, std::string &host, std::string &port)
     long number = 0;
     if (host.empty() || (!rest.empty() && (rest[0] != ':' || !parseNumber(port, 1, 65535, number))))
         throw UsageError("'" + text + "' is not a host; write HOST or HOST:PORT with a port from 1 to 65535");
+}
+
+// The resolver takes 1 to 30 seconds for each try, and makes two unless told otherwise.
+std::string resolverOptions(Millis timeout)
+{
+    const long long seconds = std::chrono::ceil<std::chrono::seconds>(timeout).count();
+    return "timeout:" + std::to_string(std::clamp(seconds, 1LL, 30LL)) + " attempts:1";
 }

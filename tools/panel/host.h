@@ -1,9 +1,15 @@
 #ifndef PANEL_HOST_H
 #define PANEL_HOST_H
 
+#include "link_state.h"
+
 #include <string>
 
 /// Splits HOST, HOST:PORT or [IPV6]:PORT; without a port it is 9600. Throws UsageError.
 void parseHost(const std::string &text, std::string &host, std::string &port);
+
+/// Settings for the system's resolver, as its variable RES_OPTIONS takes them, so that a name server that does not
+/// answer holds up for `timeout` only, in whole seconds.
+std::string resolverOptions(Millis timeout);
 
 #endif

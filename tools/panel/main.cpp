@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cstdlib>
 #include <functional>
 #include <iostream>
 #include <memory>
@@ -439,6 +440,7 @@ int run(CLI::App &app, const Action &action, Arguments &arguments)
     }
     setValueDefaults(command, arguments);
     arguments.link.timeout = Millis(arguments.timeoutMs);
+    setenv("RES_OPTIONS", resolverOptions(arguments.link.timeout).c_str(), 0); // the user's own count
     installStopSignals();
     const int code = action(library);
     if (arguments.stats)
