@@ -107,14 +107,46 @@ TEST_F(PlcViewTest, showsStateClientsPlantAndWrites)
     waitFor("faults delay=1@0.5");
     waitFor("CLIENTS 0 OF 16");
     waitFor("PLANT tank");
-    waitFor("set-point  DM:3        50.0 %");
+    waitFor("set-point    DM:3        50.0 %");
     waitFor("WRITTEN LAST: nothing yet");
     PlcClient client(port);
     EXPECT_EQ(client.ask("0102 82 0003 00 0001 0201"), plainHex("0102 0000"));
     waitFor("CLIENTS 1 OF 16");
     waitFor("#1                 239   127.0.0.1:");
     waitFor("DM:3 = 513");
-    waitFor("set-point  DM:3        51.3 %");
+    waitFor("set-point    DM:3        51.3 %");
+}
+
+TEST_F(PlcViewTest, showsTheConveyor)
+{
+    start({"--plant", "conveyor", "--plant-period", "60000"}, 80, 24, "1");
+    waitFor("PLANT conveyor");
+    waitFor("set speed    DM:2        30.0 m/min     thrown out   C:1         0");
+    // The plant takes DM:3 for the weight of a part; the view tells what was written.
+    PlcClient client(port);
+    EXPECT_EQ(client.ask("0102 82 0002 00 0002 00FA 0007"), plainHex("0102 0000"));
+    waitFor("DM:2 = 250");
+    waitFor("DM:3 = 7");
+    waitFor("set speed    DM:2        25.0 m/min");
+}
+
+TEST_F(PlcViewTest, showsTheOven)
+{
+    start({"--plant", "oven", "--plant-period", "60000"}, 200, 50, "1");
+    waitFor("PLANT oven");
+    waitFor("zone 1       DM:0        20.0 C         set-point 1  DM:10       150.0 C        heater 1     DM:20");
+    type("write CIO_bit:0.6 1\r");
+    waitFor("door open    CIO_bit:0.6 on");
+}
+
+TEST_F(PlcViewTest, aLongAnswerIsShownWhole)
+{
+    start({}, 80, 24, "1");
+    waitFor("Type a command");
+    forget();
+    type("help\r");
+    waitFor("\033[22;1H\033[2Khelp: ok read write mode fault faults tcp-error clients disconnect stats help");
+    waitFor("\033[23;1H\033[2Kquit");
 }
 
 TEST_F(PlcViewTest, ctrlCGivesTheTerminalBack)

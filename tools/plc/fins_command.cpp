@@ -76,7 +76,7 @@ unsigned writeMemory(Controller &controller, Slice command)
         const std::size_t offset = MEM_DATA + i * itemSize;
         controller.memory.set(span, i, itemSize == 2 ? command.get16(offset) : command.get8(offset));
     }
-    controller.writes.add(span);
+    controller.writes.add(span, controller.memory);
     return END_NORMAL;
 }
 

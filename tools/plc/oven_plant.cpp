@@ -150,16 +150,17 @@ std::vector<PlantValue> OvenPlant::values() const
 {
     const Memory &memory = controller.memory;
     std::vector<PlantValue> shown;
-    for (unsigned zone = 0; zone < ZONES; ++zone) {
-        const std::string number = std::to_string(zone + 1);
-        shown.push_back({"DM:" + std::to_string(DM_TEMPERATURE + zone), "zone " + number,
-                         tenthsText(memory.word(AREA_DM, DM_TEMPERATURE + zone)) + " C"});
-        shown.push_back({"DM:" + std::to_string(DM_SET_POINT + zone), "set-pt. " + number,
-                         tenthsText(setPoint(memory, zone)) + " C"});
-        shown.push_back({"DM:" + std::to_string(DM_HEATER + zone), "heater " + number,
-                         std::to_string(memory.word(AREA_DM, DM_HEATER + zone)) + " %"});
-    }
+    const auto addZones = [&](unsigned first, const std::string &name, const auto &textOf) {
+        for (unsigned zone = 0; zone < ZONES; ++zone)
+            shown.push_back({"DM:" + std::to_string(first + zone), name + " " + std::to_string(zone + 1),
+                             textOf(memory.word(AREA_DM, first + zone))});
+    };
+    const auto degrees = [](unsigned tenths) { return tenthsText(tenths) + " C"; };
+    addZones(DM_TEMPERATURE, "zone", degrees);
+    addZones(DM_SET_POINT, "set-point", degrees);
+    addZones(DM_HEATER, "heater", [](unsigned percent) { return std::to_string(percent) + " %"; });
     shown.push_back({"CIO_bit:0.3", "ready", switchText(memory.bit(AREA_CIO, STATE_WORD, STATE_READY))});
+    shown.push_back({"CIO_bit:0.4", "too hot", switchText(memory.bit(AREA_CIO, STATE_WORD, STATE_ALARM))});
     shown.push_back({"CIO_bit:0.6", "door open", switchText(memory.bit(AREA_CIO, STATE_WORD, STATE_DOOR))});
     return shown;
 }

@@ -10,9 +10,19 @@ namespace {
 enum class Style { PLAIN, HEADING, GOOD, ALERT, NEW };
 
 const std::size_t CELL_WIDTH = 39; // of plant values: two in 80 columns
+const std::size_t NAME_WIDTH = 12; // of a plant value's name
+const std::size_t PLACE_WIDTH = 11; // of its place
 const std::size_t WRITE_WIDTH = 26; // of written places: three in 80 columns
+const std::size_t AGE_WIDTH = 6; // of the time since
 const unsigned NEW_SECONDS = 2;
-const std::size_t FIXED_ROWS = 11; // headings, empty rows, command line and answer
+const std::size_t ANSWER_ROWS = 3; // at most
+const std::size_t FIXED_ROWS = 11; // headings, empty rows and command line
+
+// `text` in at most `width` columns; a ~ at the end tells that it goes on.
+std::string clipped(const std::string &text, std::size_t width)
+{
+    return text.size() <= width || width == 0 ? text.substr(0, width) : text.substr(0, width - 1) + "~";
+}
 
 // One row, made of pieces with a style each.
 class Row {
@@ -21,6 +31,14 @@ public:
     {
         pieces.push_back({text, style});
         return *this;
+    }
+
+    // One of several cells side by side: `text`, filled up or clipped to `width`.
+    Row &addCell(const std::string &text, std::size_t width, Style style = Style::PLAIN)
+    {
+        if (!pieces.empty())
+            add(" ");
+        return add(clipped(text, width) + std::string(width - std::min(width, text.size()), ' '), style);
     }
 
     std::string render(std::size_t columns, bool hasColour) const;
@@ -50,7 +68,7 @@ std::string Row::render(std::size_t columns, bool hasColour) const
     std::string text;
     std::size_t left = columns;
     for (const Piece &piece : pieces) {
-        const std::string shown = piece.text.substr(0, left);
+        const std::string shown = clipped(piece.text, left);
         left -= shown.size();
         const bool isStyled = hasColour && piece.style != Style::PLAIN && !shown.empty();
         text += isStyled ? sequenceOf(piece.style) + shown + "\033[0m" : shown;
@@ -61,7 +79,35 @@ std::string Row::render(std::size_t columns, bool hasColour) const
 // `text` in `width` columns and a space.
 std::string cell(const std::string &text, std::size_t width)
 {
-    return text.substr(0, width) + std::string(width - std::min(width, text.size()) + 1, ' ');
+    return clipped(text, width) + std::string(width - std::min(width, text.size()) + 1, ' ');
+}
+
+// How many cells of this width, with a space between them, a row has room for.
+std::size_t cellsAcross(std::size_t columns, std::size_t width)
+{
+    return std::max<std::size_t>((columns + 1) / (width + 1), 1);
+}
+
+// Rows that so many cells of this width take.
+std::size_t rowsOf(std::size_t cells, std::size_t columns, std::size_t width)
+{
+    const std::size_t across = cellsAcross(columns, width);
+    return (cells + across - 1) / across;
+}
+
+// `text` in rows of at most `width` columns, broken at spaces where there are any, and at most `most` of them.
+std::vector<std::string> wrapped(const std::string &text, std::size_t width, std::size_t most)
+{
+    std::vector<std::string> rows;
+    std::string left = text;
+    while (left.size() > width && rows.size() + 1 < most) {
+        const std::size_t space = left.rfind(' ', width);
+        const std::size_t end = space == std::string::npos || space == 0 ? width : space;
+        rows.push_back(left.substr(0, end));
+        left.erase(0, end + (end == space ? 1 : 0));
+    }
+    rows.push_back(left);
+    return rows;
 }
 
 std::string rateText(double rate)
@@ -109,30 +155,34 @@ void addClients(const ScreenState &state, std::size_t room, std::vector<Row> *ro
     rows->push_back(Row().add(cell("CLIENTS " + count, 18) + cell("NODE", 5) + cell("ADDRESS", 28) +
                                   cell("REQUESTS", 11) + "REQUESTS/S",
                               Style::HEADING));
-    const std::size_t count1 = state.clients.size() > room ? room - 1 : state.clients.size();
-    for (std::size_t i = 0; i < count1; ++i) {
+    const std::size_t shown = state.clients.size() > room ? room - 1 : state.clients.size();
+    for (std::size_t i = 0; i < shown; ++i) {
         const Connection::Client &client = state.clients[i].client;
         rows->push_back(Row().add(cell("#" + std::to_string(client.id), 18) +
                                   cell(client.node ? std::to_string(client.node) : "-", 5) +
                                   cell(client.address, 28) + cell(std::to_string(client.requests), 11) +
                                   rateText(state.clients[i].requestRate)));
     }
-    if (count1 < state.clients.size())
-        rows->push_back(Row().add("and " + std::to_string(state.clients.size() - count1) + " more"));
+    if (shown < state.clients.size())
+        rows->push_back(Row().add("and " + std::to_string(state.clients.size() - shown) + " more"));
     rows->push_back(Row());
 }
 
+// The values go down the columns, so that what belongs together stands in one.
 void addPlant(const ScreenState &state, std::size_t columns, std::size_t room, std::vector<Row> *rows)
 {
     if (state.plant.empty())
         return;
     rows->push_back(Row().add("PLANT " + state.plant, Style::HEADING));
-    const std::size_t across = std::max<std::size_t>(columns / (CELL_WIDTH + 1), 1);
-    for (std::size_t i = 0; i < state.values.size() && i / across < room; ++i) {
-        if (i % across == 0)
-            rows->push_back(Row());
+    const std::size_t across = cellsAcross(columns, CELL_WIDTH);
+    const std::size_t count = std::min(state.values.size(), across * room);
+    const std::size_t down = rowsOf(count, columns, CELL_WIDTH);
+    const std::size_t first = rows->size();
+    rows->resize(first + down);
+    for (std::size_t i = 0; i < count; ++i) {
         const PlantValue &value = state.values[i];
-        rows->back().add(cell(cell(value.name, 10) + cell(value.place, 11) + value.text, CELL_WIDTH));
+        const std::string text = cell(value.name, NAME_WIDTH) + cell(value.place, PLACE_WIDTH) + value.text;
+        (*rows)[first + i % down].addCell(text, CELL_WIDTH);
     }
     rows->push_back(Row());
 }
@@ -140,16 +190,23 @@ void addPlant(const ScreenState &state, std::size_t columns, std::size_t room, s
 void addWrites(const ScreenState &state, std::size_t columns, std::size_t room, std::vector<Row> *rows)
 {
     rows->push_back(Row().add("WRITTEN LAST", Style::HEADING).add(state.writes.empty() ? ": nothing yet" : ""));
-    const std::size_t across = std::max<std::size_t>(columns / (WRITE_WIDTH + 1), 1);
+    const std::size_t across = cellsAcross(columns, WRITE_WIDTH);
     for (std::size_t i = 0; i < state.writes.size() && i / across < room; ++i) {
         if (i % across == 0)
             rows->push_back(Row());
         const ScreenWrite &write = state.writes[i];
-        rows->back().add(cell(cell(write.place + " = " + std::to_string(write.value), WRITE_WIDTH - 7) +
-                                  ageText(write.ageSeconds),
-                              WRITE_WIDTH),
-                         write.ageSeconds < NEW_SECONDS ? Style::NEW : Style::PLAIN);
+        const std::string item = write.place + " = " + std::to_string(write.value);
+        rows->back().addCell(cell(item, WRITE_WIDTH - AGE_WIDTH - 1) + ageText(write.ageSeconds), WRITE_WIDTH,
+                             write.ageSeconds < NEW_SECONDS ? Style::NEW : Style::PLAIN);
     }
+}
+
+// The end of what is typed is shown, where the next key goes.
+Row commandRow(const std::string &typed, std::size_t columns)
+{
+    const std::size_t room = columns > 3 ? columns - 3 : 0; // besides the prompt and the cursor
+    const bool isLong = typed.size() > room && room > 0;
+    return Row().add("> ", Style::HEADING).add((isLong ? "~" + typed.substr(typed.size() - room + 1) : typed) + "_");
 }
 
 // What is left to lay out after `used` rows of `all`.
@@ -159,20 +216,23 @@ std::size_t rest(std::size_t all, std::size_t used) { return all > used ? all - 
 
 std::vector<std::string> drawScreen(const ScreenState &state, TerminalSize size, bool hasColour)
 {
-    const std::size_t room = rest(size.rows, FIXED_ROWS);
-    const std::size_t across = std::max<std::size_t>(size.columns / (CELL_WIDTH + 1), 1);
-    const std::size_t plantRows = std::min((state.values.size() + across - 1) / across, room / 2);
-    const std::size_t clientRows = std::max<std::size_t>(rest(room, plantRows) / 2, 1);
+    const std::vector<std::string> answer = wrapped(state.answer, size.columns, ANSWER_ROWS);
+    const std::size_t room = rest(size.rows, FIXED_ROWS + answer.size());
+    const std::size_t plantRows = std::min(rowsOf(state.values.size(), size.columns, CELL_WIDTH), room / 2);
+    const std::size_t left = rest(room, plantRows);
+    const std::size_t writeRows = std::min(rowsOf(state.writes.size(), size.columns, WRITE_WIDTH), left / 2);
+    const std::size_t clientRows = std::max<std::size_t>(rest(left, writeRows), 1);
     std::vector<Row> rows;
     addHead(state, &rows);
     addClients(state, clientRows, &rows);
     addPlant(state, size.columns, plantRows, &rows);
-    const std::size_t body = rest(size.rows, 2);
-    addWrites(state, size.columns, rest(body, rows.size() + 1), &rows);
+    const std::size_t body = rest(size.rows, answer.size() + 1);
+    addWrites(state, size.columns, rest(body, rows.size() + 2), &rows);
     rows.resize(body);
-    if (size.rows >= 2)
-        rows.push_back(Row().add(state.answer));
-    rows.push_back(Row().add("> ", Style::HEADING).add(state.typed + "_"));
+    for (const std::string &row : answer)
+        if (rows.size() + 1 < size.rows)
+            rows.push_back(Row().add(row));
+    rows.push_back(commandRow(state.typed, size.columns));
     std::vector<std::string> lines;
     for (const Row &row : rows)
         lines.push_back(row.render(size.columns, hasColour));

@@ -146,8 +146,7 @@ ScreenState View::state() const
         shown.values = plant->values();
     }
     for (const WriteLog::Entry &entry : plc.controller.writes.entries())
-        shown.writes.push_back(
-            {placeText(entry.place), plc.controller.memory.get(entry.place, 0), secondsSince(entry.time)});
+        shown.writes.push_back({placeText(entry.place), entry.value, secondsSince(entry.time)});
     shown.typed = commandLine.text();
     shown.answer = answer;
     return shown;

@@ -7,7 +7,8 @@
 #include <chrono>
 #include <deque>
 
-// The places that were written last, each once, the newest first.
+// The places that were written last, each once, the newest first, and what was written, which a plant may have changed
+// since.
 
 namespace plc {
 
@@ -17,13 +18,15 @@ public:
 
     struct Entry {
         Span              place; // one item
+        unsigned          value;
         Clock::time_point time;
     };
 
     enum : std::size_t { ENTRIES_MAX = 64 };
 
-    /// Notes every item of the span, the first one being shown first; of a long span only what can be kept.
-    void add(const Span &span)
+    /// Notes every item of the span, which `memory` holds already, the first one being shown first; of a long span
+    /// only what can be kept.
+    void add(const Span &span, const Memory &memory)
     {
         const Clock::time_point now = Clock::now();
         for (unsigned i = std::min<unsigned>(span.count, ENTRIES_MAX); i > 0; --i) {
@@ -35,7 +38,7 @@ public:
                        entry.place.first == item.first;
             };
             noted.erase(std::remove_if(noted.begin(), noted.end(), isSame), noted.end());
-            noted.push_front({item, now});
+            noted.push_front({item, memory.get(item, 0), now});
         }
         if (noted.size() > ENTRIES_MAX)
             noted.resize(ENTRIES_MAX);
