@@ -1,8 +1,9 @@
 #include "plc_fixture.h"
 
 #include <functional>
+#include <map>
 
-// The plant of the simulator: what a panel sees of it and how it obeys.
+// The plants of the simulator: what a panel sees of them and how they obey.
 
 class PlcPlantTest : public PlcTest {
 protected:
@@ -209,4 +210,93 @@ TEST_F(PlcPlantTest, wildValuesDoNoHarm)
     ASSERT_EQ(tell("write T:0 65535 65535"), "ok");
     letSteps(5);
     waitFor("DM:1", [](unsigned long inflow) { return inflow <= 10; });
+}
+
+// A jam is where the belt stands for good, so that two runs can be compared however long their steps take.
+class PlcConveyorTest : public PlcPlantTest {
+protected:
+    void startAndWaitForJam(const std::string &seed)
+    {
+        start({"--plant", "conveyor", "--plant-period", "1", "--seed", seed});
+        waitForValue("CIO_bit:0.3", 1);
+        waitForValue("DM:0", 0);
+    }
+};
+
+// Seed 57: a part of 478 g at step 10, one of 484 g at step 24, which jams. The belt speeds up by 20 a step for 15
+// steps (240 mm), runs at 300 for 9 (270 mm) and brakes for 14 (210 mm) of the 20 steps to the next part.
+TEST_F(PlcConveyorTest, theSeedDecidesUpToTheJam)
+{
+    startAndWaitForJam("57");
+    EXPECT_EQ(tell("read DM:1:3"), "ok 720 300 484");
+    EXPECT_EQ(tell("read C:0:2"), "ok 1 1");
+    EXPECT_EQ(tell("read T:0"), "ok 6");
+}
+
+// Seed 16: parts of 503, 515, 493 and 520 g at the steps 10, 28, 47 and 63, the last of which jams.
+TEST_F(PlcConveyorTest, anotherSeedDecidesOtherwise)
+{
+    startAndWaitForJam("16");
+    EXPECT_EQ(tell("read DM:1:3"), "ok 1890 300 520");
+    EXPECT_EQ(tell("read C:0:2"), "ok 4 0");
+    EXPECT_EQ(tell("read T:0"), "ok 5");
+}
+
+TEST_F(PlcConveyorTest, aClientClearsTheJam)
+{
+    startAndWaitForJam("57");
+    PlcClient client(port);
+    EXPECT_EQ(client.ask("0102 30 0064 01 0001 01"), plainHex("0102 0000"));
+    waitFor("DM:1", [](unsigned long position) { return position > 720; });
+    waitForValue("CIO_bit:100.1", 0);
+}
+
+class PlcOvenTest : public PlcPlantTest {
+protected:
+    // What is read of the first steps, by the number of the step.
+    std::map<unsigned long, std::string> course(const std::string &seed)
+    {
+        start({"--plant", "oven", "--plant-period", "1", "--seed", seed});
+        std::map<unsigned long, std::string> seen;
+        unsigned long step = 0;
+        while (step < 300) {
+            const std::string values = tell("read DM:0:5");
+            step = std::stoul(values.substr(values.rfind(' ')));
+            seen[step] = values;
+        }
+        TearDown();
+        plc.reset();
+        return seen;
+    }
+};
+
+TEST_F(PlcOvenTest, equalSeedsGiveEqualCourses)
+{
+    const auto first = course("5");
+    const auto second = course("5");
+    const auto other = course("6");
+    unsigned common = 0;
+    unsigned different = 0;
+    for (const auto &[step, values] : first) {
+        if (step > 0 && second.count(step)) {
+            ++common;
+            EXPECT_EQ(second.at(step), values) << step;
+        }
+        if (step > 0 && other.count(step))
+            different += other.at(step) != values ? 1 : 0;
+    }
+    EXPECT_GT(common, 0u);
+    EXPECT_GT(different, 0u);
+}
+
+TEST_F(PlcOvenTest, obeysANewSetPoint)
+{
+    start({"--plant", "oven", "--plant-period", "1"});
+    PlcClient client(port);
+    EXPECT_EQ(client.ask("0102 82 000A 00 0001 01F4"), plainHex("0102 0000"));
+    waitForValue("CIO_bit:0.3", 1);
+    waitFor("DM:0", [](unsigned long temperature) { return temperature >= 450 && temperature <= 550; });
+    EXPECT_EQ(client.ask("0102 30 0064 01 0001 01"), plainHex("0102 0000"));
+    waitForValue("CIO_bit:0.6", 1);
+    waitForValue("CIO_bit:0.3", 0);
 }
