@@ -157,10 +157,49 @@ TEST_F(StatsTest, unknown_form_of_a_trace)
 
 TEST_F(StatsTest, a_repeated_message_is_counted)
 {
-    start({"--fault", "refuse"});
-    const std::unique_ptr<Process> panel = startPanel(arguments("read", {"DM:0", "--give-up", "0.1", "--stats"}));
+    // The pauses are 0.1, 0.2, 0.4, 0.8, 1.6, 3.2 and then 5 s: the seventh attempt is made after 6.3 s, the eighth, with
+    // the same message, after 11.3 s, a ninth would be after 16.3 s.
+    PlayedPlc closed;
+    closed.stopListening();
+    const std::unique_ptr<Process> panel = startPanel({"read", closed.host(), "DM:0", "--give-up", "14", "--stats"});
     EXPECT_EQ(panel->wait(), 3);
-    EXPECT_NE(panel->errors().find("  error        "), std::string::npos) << panel->errors();
+    const std::string failed = "no link to " + closed.host() + ": Connection refused";
+    Words expected;
+    for (const char *pause : {"100", "200", "400", "800", "1600", "3200", "5000"})
+        expected.push_back(failed + ", retrying in " + pause + " ms");
+    expected.push_back("(the last message came 1 more time)");
+    expected.push_back("fins_panel: no answer from " + closed.host() + " within 14000 ms; check the address and the "
+                       "cable, or wait longer with --give-up SECONDS");
+    Words lines = linesOf(panel->errors());
+    ASSERT_EQ(lines.size(), expected.size() + 7) << panel->errors();
+    EXPECT_EQ(Words(lines.begin(), lines.begin() + 9), expected);
+    EXPECT_EQ(lines[10], "  link         connections 0, reconnects 0, lost or not made 8");
+    EXPECT_EQ(lines.back(), "  error        8 x " + failed);
+}
+
+// Five refusals: one line and its hint, and their number at the end.
+TEST_F(StatsTest, refusals_are_counted)
+{
+    PlayedPlc played;
+    const std::unique_ptr<Process> panel = startPanel({"watch", played.host(), "HR:0", "--changes", "1", "--retries",
+                                                       "1", "--retry-refused", "0.01", "--stats"});
+    const std::unique_ptr<PlayedLink> link = played.accept();
+    link->exchangeNodes();
+    for (const char *answer : {"0101 1101", "0101 1101", "0101 1101", "0101 1101", "0101 1101", "0101 0000 0001",
+                               "0101 0000 0002"}) {
+        EXPECT_EQ(link->command(), plainHex("0101 B2 0000 00 0001"));
+        link->answer(answer);
+    }
+    EXPECT_EQ(panel->wait(), 0);
+    const std::string refusal = "the PLC refuses to read HR:0: 1101 (there is no such memory area)";
+    const Words lines = linesOf(panel->errors());
+    ASSERT_EQ(lines.size(), 4u + 8u) << panel->errors();
+    EXPECT_EQ(Words(lines.begin(), lines.begin() + 4),
+              (Words{"connected to " + played.host() + ": this node 239, PLC node 1", refusal,
+                     "hint: this PLC may be of another series; compare its memory areas with 'fins_panel types'",
+                     "HR:0 can be read again"}));
+    EXPECT_EQ(lines[7], "  replies      8, refused 5");
+    EXPECT_EQ(lines.back(), "  error        5 x " + refusal);
 }
 
 } // namespace

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <asio/error_code.hpp>
+
+#include <cerrno>
+
 namespace {
 
 const Peer PEER = {"plc", "9600", "192.168.250.1", Millis(1000)};
@@ -29,6 +33,32 @@ TEST(Diagnosis, while_connecting)
     EXPECT_EQ(whileConnecting(LinkFailure::CONNECT_TIMEOUT),
               "192.168.250.1 does not answer on TCP port 9600 within 1000 ms");
     EXPECT_EQ(whileConnecting(LinkFailure::OTHER, "odd"), "no connection to 192.168.250.1: odd");
+}
+
+// From the number of the system's error to what the user reads.
+Diagnosis afterError(int number)
+{
+    const std::error_code error(number, asio::system_category());
+    return of(connectFailure(error), LinkPhase::WAITING, error.message());
+}
+
+TEST(Diagnosis, no_way_to_the_host)
+{
+    EXPECT_EQ(afterError(EHOSTUNREACH).problem, "there is no way to 192.168.250.1: No route to host");
+    EXPECT_EQ(afterError(ENETUNREACH).problem, "there is no way to 192.168.250.1: Network is unreachable");
+    const std::vector<std::string> remedies = {"check cable, switch and the PLC's power",
+                                               "ip route get 192.168.250.1     shows the way that is taken",
+                                               "give this computer an address in the PLC's subnet"};
+    EXPECT_EQ(afterError(EHOSTUNREACH).remedies, remedies);
+    EXPECT_EQ(afterError(ENETUNREACH).remedies, remedies);
+}
+
+TEST(Diagnosis, other_errors_of_the_system)
+{
+    EXPECT_EQ(afterError(ECONNREFUSED).problem,
+              "the host 192.168.250.1 is there, but nothing listens on TCP port 9600");
+    EXPECT_EQ(afterError(ETIMEDOUT).problem, "192.168.250.1 does not answer on TCP port 9600 within 1000 ms");
+    EXPECT_EQ(afterError(EACCES).problem, "no connection to 192.168.250.1: Permission denied");
 }
 
 TEST(Diagnosis, fins_tcp_errors_in_words)

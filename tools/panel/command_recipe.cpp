@@ -126,12 +126,14 @@ int writeRecipe(Runtime &runtime, const Recipe &recipe, Millis giveUp, bool asTa
     const TimePoint end = Clock::now() + giveUp;
     RecipeTransfer transfer(runtime, recipe.entries);
     const TransferEnd written = writeWithBar(transfer, runtime, recipe, end);
+    runtime.messages().finish();
     if (written == TransferEnd::CUT_OFF)
         std::cerr << "unconfirmed: the recipe write was cut off; it will be read back" << std::endl;
     if (written == TransferEnd::NO_LINK)
         std::cerr << "unconfirmed: the recipe write" << std::endl;
     const TransferEnd read = written == TransferEnd::NO_LINK ? written : readWithBar(transfer, runtime, recipe, end);
     if (read == TransferEnd::NO_LINK) {
+        runtime.messages().finish();
         if (transfer.begun())
             sayConfirmed(transfer, recipe);
         return noAnswer(runtime, giveUp);

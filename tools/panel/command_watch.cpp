@@ -99,7 +99,7 @@ LineFormat lineFormat(WatchFormat format)
     return format == WatchFormat::CSV ? LineFormat::CSV : LineFormat::PLAIN;
 }
 
-int exitCode(const Runtime &runtime, const WatchValues &values, const WatchWrites &writes, const WatchOptions &options)
+int exitCode(Runtime &runtime, const WatchValues &values, const WatchWrites &writes, const WatchOptions &options)
 {
     if (writes.anyRefused())
         return EXIT_REFUSED;
@@ -111,6 +111,7 @@ int exitCode(const Runtime &runtime, const WatchValues &values, const WatchWrite
         return EXIT_NO_LINK;
     if (values.changes() >= static_cast<unsigned long>(options.changes))
         return EXIT_DONE;
+    runtime.messages().finish();
     std::cerr << "fins_panel: " << values.changes() << " of " << options.changes << " changes came in time"
               << std::endl;
     return EXIT_NO_LINK;

@@ -86,8 +86,9 @@ bool anyRefused(const WriteQueue &queue)
     return false;
 }
 
-void sayOpenWrites(const WriteQueue &queue)
+void sayOpenWrites(Runtime &runtime, const WriteQueue &queue)
 {
+    runtime.messages().finish();
     for (const WritePiece &piece : queue.pieces()) {
         if (piece.outcome == WriteOutcome::WAITING)
             std::cerr << "not sent: the write of " << itemText(piece.item) << std::endl;
@@ -133,12 +134,12 @@ int runWrite(const TagBook &book, const LinkOptions &link, Millis giveUp, const 
         return queue.settled() || fresh.allRefused();
     });
     if (fresh.allRefused()) {
-        sayOpenWrites(queue);
+        sayOpenWrites(runtime, queue);
         return EXIT_REFUSED;
     }
     fresh.restart();
     if (!sent || !stepUntil(runtime, end, [&] { return fresh.complete(); })) {
-        sayOpenWrites(queue);
+        sayOpenWrites(runtime, queue);
         return noAnswer(runtime, giveUp);
     }
     bool agrees = true;

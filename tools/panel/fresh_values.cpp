@@ -36,8 +36,9 @@ bool FreshValues::refused(const Item &item) const
     return false;
 }
 
-int noAnswer(const Runtime &runtime, Millis giveUp)
+int noAnswer(Runtime &runtime, Millis giveUp)
 {
+    runtime.messages().finish();
     const std::string peer = runtime.options().host + ":" + runtime.options().port;
     if (stopRequested())
         std::cerr << "fins_panel: interrupted" << std::endl;

@@ -49,6 +49,6 @@ bool stepUntil(Runtime &runtime, TimePoint giveUp, Condition done)
 }
 
 /// Says in one line that no answer came in time; returns the program's exit code.
-int noAnswer(const Runtime &runtime, Millis giveUp);
+int noAnswer(Runtime &runtime, Millis giveUp);
 
 #endif

@@ -53,7 +53,7 @@ bool TcpLink::notConnected(LinkFailure failure, const std::string &reason)
     return false;
 }
 
-static LinkFailure connectFailure(const asio::error_code &error)
+LinkFailure connectFailure(const std::error_code &error)
 {
     if (error == asio::error::connection_refused)
         return LinkFailure::REFUSED;

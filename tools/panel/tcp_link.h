@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <system_error>
 
 // One TCP connection to a PLC: connect, send and receive under deadlines. A steady exchange costs one send and one
 // receive; the socket's own receive timeout is the deadline.
@@ -35,6 +36,9 @@ enum class LinkFailure {
     TCP_ERROR,       // the reply's FINS/TCP header refuses; only the runtime sees this
     OTHER
 };
+
+/// What an error of an attempt to connect means.
+LinkFailure connectFailure(const std::error_code &error);
 
 class TcpLink {
 public:
