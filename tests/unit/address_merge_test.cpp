@@ -426,6 +426,13 @@ TEST_F(AddressMerge, PollReadsOverAGapUpToAWholeFrame)
     expectPoll({{"DM", 0, 10}, {"DM", 55, 10}}, {{"DM", 0, 10}, {"DM", 55, 10}});
 }
 
+// Words that touch are brought together before any gap is read over.
+TEST_F(AddressMerge, TouchingWordsMergeBeforeAGapDoes)
+{
+    driver.maxWordsPerFrame = 10;
+    expectPoll({{"DM", 0, 4}, {"DM", 6, 2}, {"DM", 8, 6}}, {{"DM", 0, 4}, {"DM", 6, 8}});
+}
+
 TEST_F(AddressMerge, PollReadsOverSeveralGaps)
 {
     expectPoll({{"DM", 0, 1}, {"DM", 10, 1}, {"DM", 20, 1}}, {{"DM", 0, 21}});

@@ -656,6 +656,41 @@ TEST_F(Receive, DataOutsideTheReplyReadAsZero)
     EXPECT_EQ(plcWord("DM", 102), 0);
 }
 
+TEST_F(Receive, DataMissingBehindMoreWordsThanOneRunReadAsZero)
+{
+    // Of 70 words the reply holds 66 and the first byte of the next.
+    queueRead("DM", 100, 70);
+    driver.frameList.first().rcvLen = 30 + 2 * 66 + 1;
+    Bytes data;
+    for (int i = 0; i < 70; ++i) {
+        word("DM", 100 + i).plcValue[0] = 0xEE;
+        data.push_back(0x01);
+        data.push_back(quint8(i));
+    }
+    data.resize(2 * 66 + 1);
+    EXPECT_EQ(deal(readReply(data)), 1);
+    for (int i = 0; i < 66; ++i)
+        EXPECT_EQ(plcWord("DM", 100 + i), 0x0100 + i);
+    EXPECT_EQ(plcWord("DM", 166), 0x0100);
+    for (int i = 67; i < 70; ++i)
+        EXPECT_EQ(plcWord("DM", 100 + i), 0) << i;
+}
+
+TEST_F(Receive, WordsThatTheImageLacksMoveNoOther)
+{
+    for (int i = 1; i < 4; ++i)
+        word("DM", 100 + i).plcValue[0] = 0xEE;
+    queueRead("DM", 100, 10);
+    Bytes data;
+    for (int i = 0; i < 10; ++i) {
+        data.push_back(0x01);
+        data.push_back(quint8(i));
+    }
+    EXPECT_EQ(deal(readReply(data)), 1);
+    for (int i = 0; i < 10; ++i)
+        EXPECT_EQ(plcWord("DM", 100 + i), 0x0100 + i);
+}
+
 TEST_F(Receive, DataBeforeTheReplyReadAsZero)
 {
     // Of the words at -4, -2 and 0 only the last lies in the reply.
@@ -1045,6 +1080,24 @@ TEST_F(ReceiveReadModifyWrite, BitsOutsideTheReplyAreDropped)
     queuePair(1614, {0, 0, 1, 1, 1, 1}, 1, 13);
     EXPECT_EQ(deal(readReply({0xFF, 0xFF})), 1);
     EXPECT_EQ(prepared(7, 11), (Bytes{0x3F, 0xFF, 0, 0}));
+}
+
+TEST_F(ReceiveReadModifyWrite, ByteBehindTheReplyIsDropped)
+{
+    queuePair(1600, {}, 1, 11);
+    driver.frameList.first().rcvLen = 31;
+    EXPECT_EQ(deal(readReply({0x37})), 1);
+    EXPECT_EQ(reply.size(), 31);
+    EXPECT_EQ(reply.constData()[30], 0);
+    EXPECT_EQ(reply.constData()[31], 0) << "the array's own end mark";
+}
+
+TEST_F(ReceiveReadModifyWrite, WordsBehindTheRequestedOnesStayAsTheyCame)
+{
+    queuePair(1600, {1}, 1, 11);
+    driver.frameList.first().rcvLen = 34;
+    EXPECT_EQ(deal(readReply({0x37, 0xD8, 0x12, 0x34})), 1);
+    EXPECT_EQ(replyBytes(30, 34), (Bytes{0xD9, 0x37, 0x12, 0x34}));
 }
 
 TEST_F(ReceiveReadModifyWrite, BitsBelowAddressZeroAreDropped)
