@@ -234,6 +234,7 @@ std::vector<std::string> drawScreen(const ScreenState &state, TerminalSize size,
             rows.push_back(Row().add(row));
     rows.push_back(commandRow(state.typed, size.columns));
     std::vector<std::string> lines;
+    lines.reserve(rows.size());
     for (const Row &row : rows)
         lines.push_back(row.render(size.columns, hasColour));
     return lines;
