@@ -109,18 +109,18 @@ TEST(WatchTable, colours_of_a_good_link)
     EXPECT_EQ(lines[0],
               "\033[7m 192.168.250.1:9600  online  cycle 12.5 ms  80 requests/s  0 errors    08:15:30 \033[0m");
     EXPECT_EQ(lines[1], "\033[1mTAG         VALUE  UNIT CHANGED  QUALITY        COURSE\033[0m");
-    EXPECT_EQ(lines[2], "level     \033[1;7m    512*\033[0m mm       0 s  \033[32mgood         \033[0m  ▁▂▃▄▅▆▇█");
-    EXPECT_EQ(lines[3], "set_point \033[2m  500.0 \033[0m mm     3 min  \033[36mwrite pending\033[0m  ▁▁");
+    EXPECT_EQ(lines[2], "level         \033[1;7m512*\033[0m mm       0 s  \033[32mgood         \033[0m  ▁▂▃▄▅▆▇█");
+    EXPECT_EQ(lines[3], "set_point   \033[2m500.0 \033[0m mm     3 min  \033[36mwrite pending\033[0m  ▁▁");
     EXPECT_EQ(lines[4], "pump            1             -  \033[32mgood         \033[0m  ·▁█");
-    EXPECT_EQ(lines[5], "serial    \033[2m      - \033[0m            -  \033[31mnot connected\033[0m  ");
+    EXPECT_EQ(lines[5], "serial          \033[2m- \033[0m            -  \033[31mnot connected\033[0m  ");
 }
 
 TEST(WatchTable, colours_of_a_lost_link)
 {
     const Lines lines = renderTable(lostContent(), {80, 24}, COLOUR);
     EXPECT_EQ(lines[0].substr(0, 11), "\033[1;37;41m ");
-    EXPECT_EQ(lines[2], "level     \033[2m    512 \033[0m mm      12 s  \033[33mlast known   \033[0m  ▁█·");
-    EXPECT_EQ(lines[4], "pump      \033[2m      1 \033[0m            -  \033[31mrefused      \033[0m  ·▁█");
+    EXPECT_EQ(lines[2], "level         \033[2m512 \033[0m mm      12 s  \033[33mlast known   \033[0m  ▁█·");
+    EXPECT_EQ(lines[4], "pump            \033[2m1 \033[0m            -  \033[31mrefused      \033[0m  ·▁█");
 }
 
 TEST(WatchTable, a_restored_link_looks_as_before)
@@ -165,6 +165,15 @@ TEST(WatchTable, long_names_are_clipped)
     EXPECT_EQ(renderTable(named, {80, 24}, PLAIN)[2].substr(0, 21), "a_name_of_21_letter~ ");
     EXPECT_EQ(renderTable(named, {120, 24}, PLAIN)[2].substr(0, 22), "a_name_of_21_letters_ ");
     EXPECT_EQ(renderTable(named, {119, 24}, PLAIN)[2].substr(0, 21), "a_name_of_21_letter~ ");
+}
+
+TEST(WatchTable, the_bits_of_a_word_have_room)
+{
+    TableContent bits = content();
+    bits.rows[0].value = "0000_0000_0000_0001";
+    EXPECT_EQ(renderTable(bits, {80, 24}, PLAIN)[2].substr(0, 30), "level     0000_0000_0000_0001*");
+    bits.rows[0].value = "\"of twenty letters..\"";
+    EXPECT_EQ(renderTable(bits, {80, 24}, PLAIN)[2].substr(0, 30), "level     \"of twenty letters~*");
 }
 
 TEST(WatchTable, names_in_other_alphabets_keep_the_columns)

@@ -13,6 +13,7 @@ const std::size_t LINES_BELOW = 2;
 const std::size_t WIDE_SCREEN  = 120; // from here on names and values get more room
 const std::size_t NARROWEST    = 8;   // a course with fewer characters is left out
 const std::size_t WIDEST       = 60;  // one minute
+const std::size_t BITS_WIDTH   = 19;  // a word as bits
 const std::size_t AGE_WIDTH    = 7;
 const std::size_t QUALITY_WIDTH = 13;
 
@@ -89,7 +90,7 @@ Columns planColumns(const TableContent &content, std::size_t columns)
     const bool wide = columns >= WIDE_SCREEN;
     Columns plan = {};
     plan.name  = widest(content.rows, [](const TableRow &row) { return row.name; }, 3, wide ? 48 : 20);
-    plan.value = widest(content.rows, [](const TableRow &row) { return row.value; }, 7, wide ? 32 : 14);
+    plan.value = widest(content.rows, [](const TableRow &row) { return row.value; }, 7, wide ? 32 : BITS_WIDTH);
     plan.unit  = widest(content.rows, [](const TableRow &row) { return row.unit; }, 0, wide ? 12 : 6);
     if (plan.unit > 0)
         plan.unit = std::max(plan.unit, characters("UNIT"));
@@ -115,6 +116,13 @@ const char *qualityColour(Quality quality)
 std::string coloured(const std::string &text, const char *attribute, TableStyle style)
 {
     return style.colour ? attribute + text + PLAIN : text;
+}
+
+// Colours the text but not the spaces ahead of it.
+std::string colouredRight(const std::string &text, const char *attribute, TableStyle style)
+{
+    const std::size_t begin = std::min(text.find_first_not_of(' '), text.size());
+    return text.substr(0, begin) + coloured(text.substr(begin), attribute, style);
 }
 
 std::string trimmed(std::string line)
@@ -161,7 +169,7 @@ std::string rowLine(const TableRow &row, const Columns &plan, std::size_t column
     const std::string course = plan.course > 0 ? "  " + courseText(row.course, plan.course, style.utf8) : "";
     if (!style.colour || characters(name + value + " " + tail + quality) > columns)
         return trimmed(leading(name + value + " " + tail + quality + course, columns));
-    return name + (*look ? coloured(value, look, style) : value) + " " + tail
+    return name + (*look ? colouredRight(value, look, style) : value) + " " + tail
            + coloured(quality, qualityColour(row.quality), style) + course;
 }
 
