@@ -98,7 +98,7 @@ static void storeWords(DataReply &data)
 {
     const QString regType = sharedName(data.keys.regType); // the records' own memory, which is found fastest
     AreaRun run;
-    quint8 copy[2 * AREA_RUN_SIZE];
+    quint8 copy[2 * AREA_RUN_SIZE] = {};
     int length = 0;
     for (qint32 i = 0; i < data.wordCount; i += length) {
         const qint32 address = wrapAdd(data.address, i);
