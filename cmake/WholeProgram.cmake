@@ -5,5 +5,4 @@ set(OMRON_FINS_WHOLE_PROGRAM_LINK "")
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_BUILD_TYPE STREQUAL Release)
     target_compile_options(omron_fins_whole_program INTERFACE -flto=auto -ffat-lto-objects)
     set(OMRON_FINS_WHOLE_PROGRAM_LINK -flto=auto)
-    add_link_options(-fno-lto) # else gcc takes the offer wherever it links such an object
 endif()
