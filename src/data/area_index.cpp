@@ -121,16 +121,13 @@ int findAreas(qint32 requestTag, const QString &regType, qint32 address, int cou
     if (position < 0)
         return 0;
 
-    // The comparison is that of hasKeys, with all that stays the same taken out of the loop.
     positions[0] = position;
     const QList<_DATA_>::const_iterator records = areas.constBegin();
     const qint32 *next = successors.data();
     int found = 1;
     for (; found < count; ++found) {
         position = next[position];
-        const _DATA_ &area = *(records + position);
-        const bool sameType = area.regType.isSharedWith(regType) || area.regType == regType;
-        if (area.address != wrapAdd(address, found) || area.requestTag != requestTag || !sameType)
+        if (!hasKeys(*(records + position), requestTag, regType, wrapAdd(address, found)))
             break;
         positions[found] = position;
     }
