@@ -1,7 +1,12 @@
 #include "watch_plan.h"
 
 #include <algorithm>
+#include <iterator>
 #include <tuple>
+
+#ifndef QStringLiteral // Qt 4.8 has none
+#define QStringLiteral(text) QString::fromLatin1(text)
+#endif
 
 static std::vector<Item> cutToFrames(const std::vector<Item> &items, qint32 wordsPerFrame)
 {
