@@ -9,7 +9,6 @@
 #include <chrono>
 #include <fstream>
 #include <functional>
-#include <iterator>
 #include <string>
 #include <thread>
 
@@ -19,7 +18,9 @@
 inline bool isSleeping(long id)
 {
     std::ifstream file("/proc/self/task/" + std::to_string(id) + "/stat");
-    const std::string stat((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    std::string stat;
+    // A thread that has ended since the file was opened makes the reading fail, which leaves the text empty.
+    std::getline(file, stat, '\0');
     const std::size_t name = stat.rfind(')');
     return name != std::string::npos && stat.compare(name, 3, ") S") == 0;
 }
