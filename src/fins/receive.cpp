@@ -42,7 +42,7 @@ static quint8 dataByte(const DataReply &data, qint32 offset)
 
 /// The bytes of words `first` to `first` + `count` - 1 of the data: in the reply if it holds them all, else in `copy`, to
 /// which they are copied, with zeros for what is missing.
-static const quint8 *wordBytes(const DataReply &data, qint32 first, int count, quint8 *copy)
+static const quint8 *wordBytes(const DataReply &data, qint32 first, int count, quint8 (&copy)[2 * AREA_RUN_SIZE])
 {
     const qint64 begin = data.dataPos + 2 * qint64(first);
     if (begin >= 0 && begin + 2 * count <= data.size)

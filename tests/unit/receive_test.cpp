@@ -676,6 +676,24 @@ TEST_F(Receive, DataMissingBehindMoreWordsThanOneRunReadAsZero)
         EXPECT_EQ(plcWord("DM", 100 + i), 0) << i;
 }
 
+TEST_F(Receive, DataMissingFromAWholeRunReadAsZero)
+{
+    // A run of words is looked up together; of its 64 the reply holds 63.
+    queueRead("DM", 100, 64);
+    driver.frameList.first().rcvLen = 30 + 2 * 63;
+    Bytes data;
+    for (int i = 0; i < 64; ++i)
+        word("DM", 100 + i).plcValue[0] = 0xEE;
+    for (int i = 0; i < 63; ++i) {
+        data.push_back(0x02);
+        data.push_back(quint8(i));
+    }
+    EXPECT_EQ(deal(readReply(data)), 1);
+    for (int i = 0; i < 63; ++i)
+        EXPECT_EQ(plcWord("DM", 100 + i), 0x0200 + i);
+    EXPECT_EQ(plcWord("DM", 163), 0);
+}
+
 TEST_F(Receive, WordsThatTheImageLacksMoveNoOther)
 {
     for (int i = 1; i < 4; ++i)
