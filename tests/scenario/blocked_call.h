@@ -25,6 +25,10 @@ inline bool isSleeping(long id)
     return name != std::string::npos && stat.compare(name, 3, ") S") == 0;
 }
 
+/// Looks in a row, 2 ms apart, that must find a thread asleep. On a busy machine, and under memcheck, which runs one
+/// thread at a time, a thread that waits for nothing but its turn may look asleep a few times.
+const int LOOKS_ASLEEP = 25;
+
 /// True when `call` waits until `mutex` is unlocked; `meanwhile` runs while it waits. Returns after `call` has ended.
 inline bool waitsForMutex(QMutex &mutex, const std::function<void()> &call, const std::function<void()> &meanwhile)
 {
@@ -38,11 +42,11 @@ inline bool waitsForMutex(QMutex &mutex, const std::function<void()> &call, cons
     });
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     int seenAsleep = 0;
-    while (!ended && seenAsleep < 5 && std::chrono::steady_clock::now() < deadline) {
+    while (!ended && seenAsleep < LOOKS_ASLEEP && std::chrono::steady_clock::now() < deadline) {
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
         seenAsleep = id != 0 && isSleeping(id) ? seenAsleep + 1 : 0;
     }
-    const bool waits = !ended && seenAsleep == 5;
+    const bool waits = !ended && seenAsleep == LOOKS_ASLEEP;
     if (waits)
         meanwhile();
     mutex.unlock();
