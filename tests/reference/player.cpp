@@ -10,7 +10,8 @@ namespace reference {
 static Int plcWord(Int area, Int address, std::uint32_t noise)
 {
     const std::uint32_t epoch = noise % 4;
-    const std::uint32_t mixed = static_cast<std::uint32_t>(area * 31 + address) * 2654435761u + epoch / 2 * 40503u;
+    const std::uint32_t key = static_cast<std::uint32_t>(area) * 31 + static_cast<std::uint32_t>(address);
+    const std::uint32_t mixed = key * 2654435761u + epoch / 2 * 40503u;
     return mixed % 3 == 0 ? Int(epoch % 2) : Int(mixed >> 8 & 0xFFFF);
 }
 
