@@ -43,15 +43,15 @@ enum { MEMORY_READ = 0x0101, MEMORY_WRITE = 0x0102, RUN = 0x0401 };
 const std::size_t BYTES_PER_LINE = 16;
 
 struct Area {
-    unsigned    code;
     const char *name;
+    unsigned    code;
     bool        isBit;
 };
 
 const Area AREAS[] = {
-    {0x30, "CIO_bit", true}, {0x31, "WR_bit", true}, {0x32, "HR_bit", true}, {0x33, "AR_bit", true},
-    {0x02, "DM_bit", true},  {0xB0, "CIO", false},   {0xB1, "WR", false},    {0xB2, "HR", false},
-    {0xB3, "AR", false},     {0x89, "T", false},     {0x82, "DM", false},
+    {"CIO_bit", 0x30, true}, {"WR_bit", 0x31, true}, {"HR_bit", 0x32, true}, {"AR_bit", 0x33, true},
+    {"DM_bit", 0x02, true},  {"CIO", 0xB0, false},   {"WR", 0xB1, false},    {"HR", 0xB2, false},
+    {"AR", 0xB3, false},     {"T", 0x89, false},     {"DM", 0x82, false},
 };
 
 const unsigned COUNTER_AREA   = 0x89;
