@@ -108,6 +108,7 @@ Item parseItem(const DriverLibrary &library, const std::string &text, Access acc
 std::vector<Item> parseItems(const DriverLibrary &library, const std::vector<std::string> &texts, Access access)
 {
     std::vector<Item> items;
+    items.reserve(texts.size());
     for (const std::string &text : texts)
         items.push_back(parseItem(library, text, access));
     return items;

@@ -98,7 +98,7 @@ Tag TagBook::resolveWithValues(const std::string &text, Access access, const std
     const Tag *named = find(parts.base);
     const bool hasCount = named != nullptr || parts.base.find(':') != parts.base.rfind(':');
     if (hasCount || parts.base.find(':') == std::string::npos) {
-        const Tag tag = resolve(text, access);
+        Tag tag = resolve(text, access);
         bytes = encodeValues(tag.format, texts, tag.item.count);
         return tag;
     }
@@ -119,6 +119,7 @@ ValueFormat TagBook::formatFor(const std::string &text) const
 std::vector<Tag> TagBook::resolveAll(const std::vector<std::string> &texts, Access access) const
 {
     std::vector<Tag> tags;
+    tags.reserve(texts.size());
     for (const std::string &text : texts)
         tags.push_back(resolve(text, access));
     return tags;
@@ -150,6 +151,7 @@ bool isTagName(const std::string &text)
 std::vector<Item> itemsOf(const std::vector<Tag> &tags)
 {
     std::vector<Item> items;
+    items.reserve(tags.size());
     for (const Tag &tag : tags)
         items.push_back(tag.item);
     return items;

@@ -107,7 +107,7 @@ const char *qualityColour(Quality quality)
     case Quality::GOOD:          return GREEN;
     case Quality::WRITE_PENDING: return CYAN;
     case Quality::LAST_KNOWN:    return YELLOW;
-    case Quality::NOT_CONNECTED: return RED;
+    case Quality::NOT_CONNECTED:
     case Quality::REFUSED:       return RED;
     }
     return PLAIN;
