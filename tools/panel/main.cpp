@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <iostream>
@@ -454,9 +455,7 @@ int complain(const std::string &text, int code)
     return code;
 }
 
-} // namespace
-
-int main(int argc, char **argv)
+int parseAndRun(int argc, char **argv)
 {
     Arguments arguments;
     Action action;
@@ -489,5 +488,18 @@ int main(int argc, char **argv)
         return complain(error.what(), EXIT_USAGE);
     } catch (const std::exception &error) {
         return complain(error.what(), EXIT_NO_LINK);
+    }
+}
+
+} // namespace
+
+// What is left to catch here is a failed allocation.
+int main(int argc, char **argv)
+{
+    try {
+        return parseAndRun(argc, argv);
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "fins_panel: %s\n", error.what());
+        return EXIT_NO_LINK;
     }
 }

@@ -159,7 +159,7 @@ std::string Faults::set(const std::string &text)
     if (equals == std::string::npos && FAULTS[kind].kind == ValueKind::TCP_ERROR)
         return name + " needs a value, such as " + name + "=22";
     if (equals != std::string::npos) {
-        const std::string wrong = parseValue(FAULTS[kind], nameAndValue.substr(equals + 1), &setting.value);
+        std::string wrong = parseValue(FAULTS[kind], nameAndValue.substr(equals + 1), &setting.value);
         if (!wrong.empty())
             return wrong;
     }

@@ -11,6 +11,7 @@
 #include <chrono>
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <functional>
@@ -185,9 +186,15 @@ int run(const Options &options)
 
 } // namespace plc
 
+// What is left to catch here is a failed allocation.
 int main(int argc, char **argv)
 {
-    plc::Options options;
-    const int ended = plc::parseOptions(argc, argv, &options);
-    return ended >= 0 ? ended : plc::run(options);
+    try {
+        plc::Options options;
+        const int ended = plc::parseOptions(argc, argv, &options);
+        return ended >= 0 ? ended : plc::run(options);
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "fins_plc: %s\n", error.what());
+        return plc::EXIT_NO_PORT;
+    }
 }

@@ -40,7 +40,7 @@ std::string setMode(const std::string &text, Options *options)
 
 std::string setRefusal(const std::string &text, unsigned *refusal)
 {
-    const std::string wrong = checkEndCode(text);
+    std::string wrong = checkEndCode(text);
     if (wrong.empty())
         *refusal = endCodeOf(text);
     return wrong;
@@ -48,7 +48,7 @@ std::string setRefusal(const std::string &text, unsigned *refusal)
 
 std::string setAddress(const std::string &text, Options *options)
 {
-    const std::string wrong = checkAddress(text);
+    std::string wrong = checkAddress(text);
     if (wrong.empty())
         options->address = text;
     return wrong;
@@ -56,7 +56,7 @@ std::string setAddress(const std::string &text, Options *options)
 
 std::string setPlant(const std::string &text, Options *options)
 {
-    const std::string wrong = checkPlant(text);
+    std::string wrong = checkPlant(text);
     if (wrong.empty())
         options->plant = text;
     return wrong;
@@ -64,7 +64,7 @@ std::string setPlant(const std::string &text, Options *options)
 
 std::string setProfile(const std::string &text, Options *options)
 {
-    const std::string wrong = checkProfile(text);
+    std::string wrong = checkProfile(text);
     if (wrong.empty())
         options->profile = text;
     return wrong;
@@ -72,7 +72,7 @@ std::string setProfile(const std::string &text, Options *options)
 
 std::string addFault(const std::string &text, Options *options)
 {
-    const std::string wrong = checkFault(text);
+    std::string wrong = checkFault(text);
     if (wrong.empty())
         options->faults.push_back(text);
     return wrong;
@@ -140,13 +140,13 @@ void readSetting(const Member &member, Problems &problems, Options *options)
     }
     const toml::array *const list = setting->setText == addFault ? member.value->as_array() : nullptr;
     if (!list) {
-        const std::string wrong = applySetting(*setting, *member.value, options);
+        std::string wrong = applySetting(*setting, *member.value, options);
         if (!wrong.empty())
             problems.add(*member.value, wrong);
         return;
     }
     for (const toml::node &item : *list) {
-        const std::string wrong = applySetting(*setting, item, options);
+        std::string wrong = applySetting(*setting, item, options);
         if (!wrong.empty())
             problems.add(item, wrong);
     }
@@ -169,6 +169,7 @@ std::vector<std::string> Problems::lines() const
     std::vector<Entry> sorted = entries;
     std::stable_sort(sorted.begin(), sorted.end(), [](const Entry &a, const Entry &b) { return a.place < b.place; });
     std::vector<std::string> all;
+    all.reserve(sorted.size());
     for (const Entry &entry : sorted)
         all.push_back(file + ":" + std::to_string(entry.place.line) + ":" + std::to_string(entry.place.column) + ": " +
                       entry.text);

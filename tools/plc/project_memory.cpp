@@ -137,7 +137,7 @@ std::string fitItems(const ContentReader &reader, unsigned count, std::vector<un
     *items = reader.items;
     if (given == count)
         return std::string();
-    const std::string counts = std::to_string(given) + " items for the " + std::to_string(count) + " of the address";
+    std::string counts = std::to_string(given) + " items for the " + std::to_string(count) + " of the address";
     if (reader.isList || given > count)
         return counts;
     if (reader.isText) {
