@@ -111,6 +111,17 @@ protected:
         return reply;
     }
 
+    // The words 0x0100, 0x0101 and so on, as they come from the wire.
+    static Bytes numberedWords(int count)
+    {
+        Bytes data;
+        for (int i = 0; i < count; ++i) {
+            data.push_back(0x01);
+            data.push_back(quint8(i));
+        }
+        return data;
+    }
+
     int deal(const Bytes &bytes)
     {
         reply = byteArray(bytes);
@@ -530,12 +541,7 @@ TEST_F(Receive, LongReadEndsAtItsCount)
         word("DM", 100 + i).plcValue[0] = 0xEE;
     }
     queueRead("DM", 100, 130);
-    Bytes data;
-    for (int i = 0; i < 130; ++i) {
-        data.push_back(0x01);
-        data.push_back(quint8(i));
-    }
-    EXPECT_EQ(deal(readReply(data)), 1);
+    EXPECT_EQ(deal(readReply(numberedWords(130))), 1);
     for (int i = 0; i < 130; ++i)
         EXPECT_EQ(plcWord("DM", 100 + i), 0x0100 + i);
     for (int i = 130; i < 140; ++i) {
@@ -661,12 +667,9 @@ TEST_F(Receive, DataMissingBehindMoreWordsThanOneRunReadAsZero)
     // Of 70 words the reply holds 66 and the first byte of the next.
     queueRead("DM", 100, 70);
     driver.frameList.first().rcvLen = 30 + 2 * 66 + 1;
-    Bytes data;
-    for (int i = 0; i < 70; ++i) {
+    for (int i = 0; i < 70; ++i)
         word("DM", 100 + i).plcValue[0] = 0xEE;
-        data.push_back(0x01);
-        data.push_back(quint8(i));
-    }
+    Bytes data = numberedWords(70);
     data.resize(2 * 66 + 1);
     EXPECT_EQ(deal(readReply(data)), 1);
     for (int i = 0; i < 66; ++i)
@@ -681,16 +684,11 @@ TEST_F(Receive, DataMissingFromAWholeRunReadAsZero)
     // A run of words is looked up together; of its 64 the reply holds 63.
     queueRead("DM", 100, 64);
     driver.frameList.first().rcvLen = 30 + 2 * 63;
-    Bytes data;
     for (int i = 0; i < 64; ++i)
         word("DM", 100 + i).plcValue[0] = 0xEE;
-    for (int i = 0; i < 63; ++i) {
-        data.push_back(0x02);
-        data.push_back(quint8(i));
-    }
-    EXPECT_EQ(deal(readReply(data)), 1);
+    EXPECT_EQ(deal(readReply(numberedWords(63))), 1);
     for (int i = 0; i < 63; ++i)
-        EXPECT_EQ(plcWord("DM", 100 + i), 0x0200 + i);
+        EXPECT_EQ(plcWord("DM", 100 + i), 0x0100 + i);
     EXPECT_EQ(plcWord("DM", 163), 0);
 }
 
@@ -699,12 +697,7 @@ TEST_F(Receive, WordsThatTheImageLacksMoveNoOther)
     for (int i = 1; i < 4; ++i)
         word("DM", 100 + i).plcValue[0] = 0xEE;
     queueRead("DM", 100, 10);
-    Bytes data;
-    for (int i = 0; i < 10; ++i) {
-        data.push_back(0x01);
-        data.push_back(quint8(i));
-    }
-    EXPECT_EQ(deal(readReply(data)), 1);
+    EXPECT_EQ(deal(readReply(numberedWords(10))), 1);
     for (int i = 0; i < 10; ++i)
         EXPECT_EQ(plcWord("DM", 100 + i), 0x0100 + i);
 }
