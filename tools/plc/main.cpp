@@ -186,7 +186,7 @@ int run(const Options &options)
 
 } // namespace plc
 
-// What is left to catch here is a failed allocation.
+// What nothing else has caught, a failed allocation for one, ends the simulator with a line.
 int main(int argc, char **argv)
 {
     try {

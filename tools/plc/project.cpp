@@ -140,13 +140,13 @@ void readSetting(const Member &member, Problems &problems, Options *options)
     }
     const toml::array *const list = setting->setText == addFault ? member.value->as_array() : nullptr;
     if (!list) {
-        std::string wrong = applySetting(*setting, *member.value, options);
+        const std::string wrong = applySetting(*setting, *member.value, options);
         if (!wrong.empty())
             problems.add(*member.value, wrong);
         return;
     }
     for (const toml::node &item : *list) {
-        std::string wrong = applySetting(*setting, item, options);
+        const std::string wrong = applySetting(*setting, item, options);
         if (!wrong.empty())
             problems.add(item, wrong);
     }
