@@ -67,7 +67,7 @@ int findRegister(const QString &regType)
     return i;
 }
 
-QString sharedName(const QString &regType)
+const QString &sharedName(const QString &regType)
 {
     const int i = findRegister(regType);
     return i < 0 ? regType : REG_LIST[i];

@@ -40,8 +40,9 @@ inline void setName(QString &to, const QString &from)
 /// Index of `regType` in the tables, or -1.
 int findRegister(const QString &regType);
 
-/// `regType`, in the table's memory where it is one of the names, so that thousands of records share it.
-QString sharedName(const QString &regType);
+/// `regType`, in the table's memory where it is one of the names, so that thousands of records share it. Any other name
+/// is returned itself, and lives as long as the argument.
+const QString &sharedName(const QString &regType);
 
 /// Whether `regType` ends in "_bit".
 bool isBitType(const QString &regType);

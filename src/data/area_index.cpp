@@ -1,6 +1,5 @@
 #include "data/area_index.h"
 
-#include "address/register_table.h"
 #include "address/wrapping.h"
 
 #include <vector>
@@ -21,11 +20,6 @@ std::vector<qint32>  places;        // position + 1, or 0 for a free place; the 
 std::vector<qint32>  successors;    // per entered record: position of that of the next address, or its own
 
 } // namespace
-
-static bool hasKeys(const _DATA_ &area, qint32 requestTag, const QString &regType, qint32 address)
-{
-    return area.address == address && area.requestTag == requestTag && sameName(area.regType, regType);
-}
 
 /// A number that tells the word types apart by their length and first letter.
 static quint32 typeNumber(const QString &regType)
@@ -95,8 +89,7 @@ static bool isKnown(const QList<_DATA_> &areas)
         && areas.at(0).regType.constData() == firstTypeName.constData();
 }
 
-/// Enters the records that the table lacks.
-static void enterAppended(QList<_DATA_> &areas)
+void enterAreas(QList<_DATA_> &areas)
 {
     const size_t count = static_cast<size_t>(areas.size());
     if (!isKnown(areas) || 2 * count > places.size())
@@ -110,26 +103,11 @@ qint32 findArea(qint32 requestTag, const QString &regType, qint32 address, QList
     if (areas.isEmpty())
         return -1;
     if (enteredCount != areas.size() || !isKnown(areas))
-        enterAppended(areas);
+        enterAreas(areas);
     return positionOf(requestTag, regType, address, areas);
 }
 
-int findAreas(qint32 requestTag, const QString &regType, qint32 address, int count, QList<_DATA_> &areas,
-              qint32 *positions)
+const qint32 *nextAreas()
 {
-    qint32 position = findArea(requestTag, regType, address, areas);
-    if (position < 0)
-        return 0;
-
-    positions[0] = position;
-    const QList<_DATA_>::const_iterator records = areas.constBegin();
-    const qint32 *next = successors.data();
-    int found = 1;
-    for (; found < count; ++found) {
-        position = next[position];
-        if (!hasKeys(*(records + position), requestTag, regType, wrapAdd(address, found)))
-            break;
-        positions[found] = position;
-    }
-    return found;
+    return successors.data();
 }

@@ -15,20 +15,15 @@ static qint32 appendArea(qint32 requestTag, const QString &regType, qint32 addre
     return static_cast<qint32>(areas.size()) - 1;
 }
 
-qint32 getIndexOfDataArea(qint32 requestTag, QString regType, qint32 address, QList<_DATA_> &areas)
+qint32 findOrAppendArea(qint32 requestTag, const QString &regType, qint32 address, QList<_DATA_> &areas)
 {
     const qint32 found = findArea(requestTag, regType, address, areas);
     return found >= 0 ? found : appendArea(requestTag, regType, address, areas);
 }
 
-int getIndexesOfDataAreas(qint32 requestTag, const QString &regType, qint32 address, qint32 count, AreaRun &run)
+qint32 getIndexOfDataArea(qint32 requestTag, QString regType, qint32 address, QList<_DATA_> &areas)
 {
-    const int found = findAreas(requestTag, regType, address, qMin<qint32>(count, AREA_RUN_SIZE), driver.dataAreas,
-                                run.indexes);
-    if (found > 0)
-        return found;
-    run.indexes[0] = appendArea(requestTag, regType, address, driver.dataAreas);
-    return 1;
+    return findOrAppendArea(requestTag, regType, address, areas);
 }
 
 qint32 getIndexOfBit(qint32 requestTag, const QString &wordType, qint32 bitAddress, qint32 previous)
@@ -48,29 +43,37 @@ static void reportBits(quint32 bits, ReportKeys &keys, qint32 address)
 {
     if (keys.bitType.isEmpty())
         keys.bitType = bitTypeOf(keys.regType);
+    const ValueChangeCallback report = driver.valueChangeCallback;
     for (qint32 bitAddress = wrapMul(address, 16); bits != 0; bits >>= 1, bitAddress = wrapAdd(bitAddress, 1)) {
         if ((bits & 1) != 0)
-            driver.valueChangeCallback(driver.stationNo, keys.requestTag, keys.bitType, bitAddress);
+            report(driver.stationNo, keys.requestTag, keys.bitType, bitAddress);
     }
 }
 
-static void reportWord(qint32 index, const ReportKeys &keys, qint32 address)
+/// Deliberate: a negative mark never reports, whatever its bits.
+static bool isWordWatched(const _DATA_ &area)
 {
-    // Deliberate: the remainder keeps the sign, so a negative mark never reports.
-    if (driver.dataAreas.at(index).wordMonitor % 2 == 1)
-        driver.valueChangeCallback(driver.stationNo, keys.requestTag, keys.regType, address);
+    return area.wordMonitor > 0 && (area.wordMonitor & 1) != 0;
 }
 
-void reportChange(qint32 index, qint32 before, qint32 after, ReportKeys &keys, qint32 address)
+static void reportWord(const ReportKeys &keys, qint32 address)
 {
-    if (before == after)
-        return;
+    driver.valueChangeCallback(driver.stationNo, keys.requestTag, keys.regType, address);
+}
 
-    const quint32 changed = static_cast<quint32>(before ^ after);
-    const quint32 bits = changed & static_cast<quint32>(driver.dataAreas.at(index).bitMonitor) & 0xFFFF;
-    if (bits != 0)
-        reportBits(bits, keys, address);
-    reportWord(index, keys, address);
+_DATA_ &reportChange(qint32 index, qint32 before, qint32 after, ReportKeys &keys, qint32 address)
+{
+    if (before != after) {
+        const _DATA_ &area = driver.dataAreas.at(index);
+        const quint32 changed = static_cast<quint32>(before ^ after);
+        const quint32 bits = changed & static_cast<quint32>(area.bitMonitor) & 0xFFFF;
+        const bool wordWatched = isWordWatched(area);
+        if (bits != 0)
+            reportBits(bits, keys, address);
+        if (wordWatched)
+            reportWord(keys, address);
+    }
+    return driver.dataAreas[index];
 }
 
 void _wordDataChange(const qint32 *currentValue, const qint32 *newValue, qint32 requestTag, QString regType,
@@ -80,8 +83,8 @@ void _wordDataChange(const qint32 *currentValue, const qint32 *newValue, qint32 
     ReportKeys keys = { requestTag, regType, QString() };
     if (wordOnly == 0)
         reportChange(index, *currentValue, *newValue, keys, address);
-    else if (*currentValue != *newValue)
-        reportWord(index, keys, address);
+    else if (*currentValue != *newValue && isWordWatched(driver.dataAreas.at(index)))
+        reportWord(keys, address);
 }
 
 // Deliberate: unlike _wordDataChange it reports no word, adds no suffix and does not multiply the address.

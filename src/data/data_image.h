@@ -10,15 +10,8 @@
 /// `regType` is a word type.
 qint32 getIndexOfDataArea(qint32 requestTag, QString regType, qint32 address, QList<_DATA_> &areas);
 
-/// Indexes of the records of consecutive addresses.
-enum { AREA_RUN_SIZE = 64 };
-struct AreaRun {
-    qint32 indexes[AREA_RUN_SIZE];
-};
-
-/// Finds in the driver's image the records of up to `count` consecutive addresses, `count` at least 1: the first one's,
-/// which is appended if it is missing, and those behind it as long as they exist. Returns how many.
-int getIndexesOfDataAreas(qint32 requestTag, const QString &regType, qint32 address, qint32 count, AreaRun &run);
+/// The same, without a copy of the name.
+qint32 findOrAppendArea(qint32 requestTag, const QString &regType, qint32 address, QList<_DATA_> &areas);
 
 /// Index in the driver's image of the record that holds the bit at `bitAddress`, appended if it is missing. In a run of
 /// bits `previous` is the index of the last one's record, which often holds the next bit, too; else -1.
@@ -46,8 +39,9 @@ struct ReportKeys {
     QString bitType;
 };
 
-/// Reports the change of the word at `address`, whose record is at `index`, like _wordDataChange with its bits.
-void reportChange(qint32 index, qint32 before, qint32 after, ReportKeys &keys, qint32 address);
+/// Reports the change of the word at `address`, whose record is at `index`, like _wordDataChange with its bits. Returns
+/// the record, which a callback may have moved by adding others.
+_DATA_ &reportChange(qint32 index, qint32 before, qint32 after, ReportKeys &keys, qint32 address);
 
 /// Reports each watched bit among bits 0 to 7 that differs between two bytes, under `regType` unchanged and
 /// `address` + bit.

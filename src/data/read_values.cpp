@@ -1,20 +1,16 @@
 #include "address/register_table.h"
 #include "address/wrapping.h"
-#include "data/data_image.h"
+#include "data/area_walk.h"
 
 // The panel's reads, answered from the data image.
 
 static void readWords(qint32 requestTag, const QString &regType, qint32 address, qint32 count, quint8 *out)
 {
-    AreaRun run;
-    int length = 0;
-    for (qint32 i = 0; i < count; i += length) {
-        length = getIndexesOfDataAreas(requestTag, regType, wrapAdd(address, i), count - i, run);
-        for (int k = 0; k < length; ++k) {
-            const quint8 *word = shownValue(driver.dataAreas.at(run.indexes[k]));
-            *out++ = word[0];
-            *out++ = word[1];
-        }
+    AreaWalk walk(requestTag, regType);
+    for (qint32 i = 0; i < count; ++i) {
+        const quint8 *word = shownValue(walk.to(wrapAdd(address, i)));
+        *out++ = word[0];
+        *out++ = word[1];
     }
 }
 

@@ -2,7 +2,7 @@
 
 #include "address/register_table.h"
 #include "address/wrapping.h"
-#include "data/data_image.h"
+#include "data/area_walk.h"
 #include "data/write_values.h"
 
 /// Result argument of _write_FailOrSuc.
@@ -10,19 +10,6 @@ enum WriteResult {
     WRITE_FAILED    = 0,
     WRITE_SUCCEEDED = 1
 };
-
-/// Settles one word, in the record at `index`.
-static void finishWord(qint32 index, ReportKeys &keys, qint32 address, qint32 result)
-{
-    _DATA_ &area = driver.dataAreas[index];
-    area.writePending = 0;
-    if (result != WRITE_SUCCEEDED) {
-        reportChange(index, wordOf(area.plcValue), wordOf(area.writeValue), keys, address);
-        return;
-    }
-    area.plcValue[0] = area.writeValue[0];
-    area.plcValue[1] = area.writeValue[1];
-}
 
 /// Settles one bit, in the word's record at `index`. A negative bit settles nothing.
 static void finishBit(qint32 index, qint32 bit, qint32 result)
@@ -45,13 +32,18 @@ static void finishBit(qint32 index, qint32 bit, qint32 result)
 static void finishWords(qint32 requestTag, const QString &regType, qint32 address, qint32 count, qint32 result)
 {
     ReportKeys keys = { requestTag, regType, QString() };
-    AreaRun run;
-    int length = 0;
-    for (qint32 i = 0; i < count; i += length) {
-        const qint32 first = wrapAdd(address, i);
-        length = getIndexesOfDataAreas(requestTag, regType, first, count - i, run);
-        for (int k = 0; k < length; ++k)
-            finishWord(run.indexes[k], keys, wrapAdd(first, k), result);
+    AreaWalk walk(requestTag, regType);
+    for (qint32 i = 0; i < count; ++i) {
+        const qint32 at = wrapAdd(address, i);
+        _DATA_ &area = walk.to(at);
+        area.writePending = 0;
+        if (result == WRITE_SUCCEEDED) {
+            area.plcValue[0] = area.writeValue[0];
+            area.plcValue[1] = area.writeValue[1];
+        } else {
+            reportChange(walk.index(), wordOf(area.plcValue), wordOf(area.writeValue), keys, at);
+            walk.lookAnew();
+        }
     }
 }
 

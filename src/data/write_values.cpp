@@ -2,7 +2,7 @@
 
 #include "address/register_table.h"
 #include "address/wrapping.h"
-#include "data/data_image.h"
+#include "data/area_walk.h"
 
 #include <cstring>
 
@@ -66,17 +66,6 @@ qint32 intf_setData(qint32 requestTag, QString regType, qint32 address, qint32 c
     return 1;
 }
 
-/// Writes one word, in the record at `index`.
-static void saveWord(qint32 index, ReportKeys &keys, qint32 address, const quint8 *word)
-{
-    reportChange(index, wordOf(shownValue(driver.dataAreas.at(index))), wordOf(word), keys, address);
-
-    _DATA_ &area = driver.dataAreas[index];
-    area.writeValue[0] = word[0];
-    area.writeValue[1] = word[1];
-    area.writePending = 1;
-}
-
 /// Writes one bit, in the word's record at `index`. A negative bit stores nothing.
 /// Deliberate: only the value 1 sets the bit, every other value clears it.
 static void saveBit(qint32 index, ReportKeys &keys, qint32 bitAddress, quint8 value)
@@ -87,9 +76,7 @@ static void saveBit(qint32 index, ReportKeys &keys, qint32 bitAddress, quint8 va
 
     const qint32 before = wordOf(shownValue(driver.dataAreas.at(index)));
     const qint32 after = _setBitValue(before, bit, value == 1 ? 1 : 0);
-    reportChange(index, before, after, keys, bitAddress / 16);
-
-    _DATA_ &area = driver.dataAreas[index];
+    _DATA_ &area = reportChange(index, before, after, keys, bitAddress / 16);
     area.writeValue[0] = static_cast<quint8>(after & 0xFF);
     area.writeValue[1] = static_cast<quint8>(after >> 8);
     area.writePending = 1;
@@ -98,13 +85,15 @@ static void saveBit(qint32 index, ReportKeys &keys, qint32 bitAddress, quint8 va
 
 static void saveWords(ReportKeys &keys, qint32 address, qint32 count, const quint8 *data)
 {
-    AreaRun run;
-    int length = 0;
-    for (qint32 i = 0; i < count; i += length) {
-        const qint32 first = wrapAdd(address, i);
-        length = getIndexesOfDataAreas(keys.requestTag, keys.regType, first, count - i, run);
-        for (int k = 0; k < length; ++k)
-            saveWord(run.indexes[k], keys, wrapAdd(first, k), data + 2 * (qint64(i) + k));
+    AreaWalk walk(keys.requestTag, keys.regType);
+    for (qint32 i = 0; i < count; ++i) {
+        const quint8 *word = data + 2 * qint64(i);
+        const qint32 before = wordOf(shownValue(walk.to(wrapAdd(address, i))));
+        _DATA_ &area = reportChange(walk.index(), before, wordOf(word), keys, wrapAdd(address, i));
+        area.writeValue[0] = word[0];
+        area.writeValue[1] = word[1];
+        area.writePending = 1;
+        walk.lookAnew();
     }
 }
 

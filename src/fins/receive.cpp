@@ -2,7 +2,7 @@
 
 #include "address/register_table.h"
 #include "address/wrapping.h"
-#include "data/data_image.h"
+#include "data/area_walk.h"
 #include "data/write_completion.h"
 #include "fins/frame_builder.h"
 #include "fins/reply_check.h"
@@ -40,18 +40,6 @@ static quint8 dataByte(const DataReply &data, qint32 offset)
     return get8(data.bytes, data.size, wrapAdd(data.dataPos, offset));
 }
 
-/// The bytes of words `first` to `first` + `count` - 1 of the data: in the reply if it holds them all, else in `copy`, to
-/// which they are copied, with zeros for what is missing.
-static const quint8 *wordBytes(const DataReply &data, qint32 first, int count, quint8 (&copy)[2 * AREA_RUN_SIZE])
-{
-    const qint64 begin = data.dataPos + 2 * qint64(first);
-    if (begin >= 0 && begin + 2 * count <= data.size)
-        return data.bytes + begin;
-    for (int k = 0; k < 2 * count; ++k)
-        copy[k] = dataByte(data, wrapAdd(wrapMul(2, first), k));
-    return copy;
-}
-
 /// Stores into byte `offset` of the data; nothing outside the reply.
 static void setDataByte(const DataReply &data, qint32 offset, quint8 value)
 {
@@ -66,44 +54,38 @@ static qint32 wireWord(const quint8 *bytes)
     return static_cast<quint16>(bytes[0] << 8 | bytes[1]);
 }
 
-/// Stores a changed word, two bytes from the wire, into its record of the data image, after reporting it.
-static void storeChange(qint32 index, const quint8 *bytes, ReportKeys &keys, qint32 address)
+/// Stores received words from `address` on, two bytes each from the wire, and reports those that changed. Most words of a
+/// cyclic poll do not change, so the loop is made for them; it stays a function of its own to keep its registers.
+__attribute__((noinline))
+static void storeWords(ReportKeys &keys, qint32 address, qint32 count, const quint8 *bytes)
 {
-    _DATA_ &area = driver.dataAreas[index];
-    area.writePending = 0;
-    reportChange(index, wordOf(area.plcValue), wireWord(bytes), keys, address);
-
-    // The callback may have added records, so the record is looked at anew.
-    quint8 *plcValue = driver.dataAreas[index].plcValue;
-    plcValue[0] = bytes[1];
-    plcValue[1] = bytes[0];
-}
-
-/// Stores received words from `address` on, two bytes each from the wire, into the records of a run. Most words of a
-/// cyclic poll do not change, so the loop is made for them.
-static void storeRun(const AreaRun &run, int length, const quint8 *bytes, ReportKeys &keys, qint32 address)
-{
-    QList<_DATA_>::iterator records = driver.dataAreas.begin();
-    for (int k = 0; k < length; ++k, bytes += 2) {
-        _DATA_ &area = *(records + run.indexes[k]);
+    const QString &regType = sharedName(keys.regType); // the records' own memory, which is found fastest
+    AreaWalk walk(keys.requestTag, regType);
+    for (qint32 i = 0; i < count; ++i, bytes += 2) {
+        const qint32 at = wrapAdd(address, i);
+        _DATA_ &area = walk.to(at);
         area.rcvFlag = 0;
         if (wordOf(area.plcValue) == wireWord(bytes))
             continue;
-        storeChange(run.indexes[k], bytes, keys, wrapAdd(address, k));
-        records = driver.dataAreas.begin();
+
+        area.writePending = 0;
+        _DATA_ &reported = reportChange(walk.index(), wordOf(area.plcValue), wireWord(bytes), keys, at);
+        reported.plcValue[0] = bytes[1];
+        reported.plcValue[1] = bytes[0];
+        walk.lookAnew();
     }
 }
 
-static void storeWords(DataReply &data)
+/// Stores all words of the data; a byte that the reply lacks is 0.
+static void storeData(DataReply &data)
 {
-    const QString regType = sharedName(data.keys.regType); // the records' own memory, which is found fastest
-    AreaRun run;
-    quint8 copy[2 * AREA_RUN_SIZE] = {};
-    int length = 0;
-    for (qint32 i = 0; i < data.wordCount; i += length) {
-        const qint32 address = wrapAdd(data.address, i);
-        length = getIndexesOfDataAreas(data.keys.requestTag, regType, address, data.wordCount - i, run);
-        storeRun(run, length, wordBytes(data, i, length, copy), data.keys, address);
+    const qint32 held = data.dataPos < 0 ? 0 : qBound(0, (data.size - data.dataPos) / 2, qMax(0, data.wordCount));
+    if (held > 0)
+        storeWords(data.keys, data.address, held, data.bytes + data.dataPos);
+    for (qint32 i = held; i < data.wordCount; ++i) {
+        const qint32 offset = wrapMul(2, i);
+        const quint8 word[2] = { dataByte(data, offset), dataByte(data, wrapAdd(offset, 1)) };
+        storeWords(data.keys, wrapAdd(data.address, i), 1, word);
     }
 }
 
@@ -192,13 +174,13 @@ static void readModifyWrite(const DataReply &data)
         completePreparedWrite(data, driver.frameList[1]);
 }
 
-static void storeData(DataReply data)
+static void dealData(DataReply data)
 {
     if (driver.jobType == JOB_WRITE) {
         readModifyWrite(data);
         return;
     }
-    storeWords(data);
+    storeData(data);
     if (driver.jobType == JOB_RECIPE_READ)
         storeRecipeBlock(data);
 }
@@ -241,7 +223,7 @@ qint32 dealCheckedReply(int replyClass, QByteArray &reply)
         return RECEIVE_ACCEPTED;
     }
     if (replyClass == REPLY_READ)
-        storeData(dataReply(reply, driver.frameList.at(0)));
+        dealData(dataReply(reply, driver.frameList.at(0)));
     return retireHead();
 }
 

@@ -1,5 +1,4 @@
-#include "data/area_index.h"
-#include "data/data_image.h"
+#include "data/area_walk.h"
 #include "driver_fixture.h"
 
 #include <limits>
@@ -9,7 +8,6 @@ namespace {
 
 const qint32 LOWEST  = std::numeric_limits<qint32>::min();
 const qint32 HIGHEST = std::numeric_limits<qint32>::max();
-const qint32 UNTOUCHED = 4711; // what the positions hold before each look-up
 
 typedef std::vector<qint32> Positions;
 
@@ -46,6 +44,22 @@ Positions searchRun(qint32 requestTag, const QString &regType, qint32 address, i
     return found;
 }
 
+/// The run as the index gives it: a look-up, and then from each record to the expected next one, if that has the keys.
+Positions indexedRun(qint32 requestTag, const QString &regType, qint32 address, int count, QList<_DATA_> &areas)
+{
+    Positions found;
+    qint32 position = findArea(requestTag, regType, address, areas);
+    for (qint64 i = 1; position >= 0; ++i) {
+        found.push_back(position);
+        if (i == count)
+            break;
+        position = nextAreas()[position];
+        if (!hasKeys(areas.at(position), requestTag, regType, static_cast<qint32>(address + i)))
+            break;
+    }
+    return found;
+}
+
 /// Records with tag 7 and type DM, unless a test says otherwise.
 class AreaIndex : public DriverTest {
 protected:
@@ -65,15 +79,17 @@ protected:
 
     Positions findRun(qint32 address, int count) { return findRun(7, QLatin1String("DM"), address, count); }
 
-    /// Checks that nothing is stored beyond what was found.
     Positions findRun(qint32 requestTag, const QString &regType, qint32 address, int count)
     {
-        Positions positions(static_cast<size_t>(std::max(count, 1)) + 1, qint32{UNTOUCHED});
-        const int found = findAreas(requestTag, regType, address, count, areas, positions.data());
-        EXPECT_TRUE(std::all_of(positions.begin() + found, positions.end(),
-                                [](qint32 position) { return position == UNTOUCHED; }));
-        positions.resize(static_cast<size_t>(found));
-        return positions;
+        return indexedRun(requestTag, regType, address, count, areas);
+    }
+
+    /// Index of the record that the walk goes to, which is the one it returns.
+    qint32 goTo(AreaWalk &walk, qint32 address)
+    {
+        const _DATA_ *area = &walk.to(address);
+        EXPECT_EQ(area, &areas.at(walk.index()));
+        return walk.index();
     }
 
     QList<_DATA_> &areas = driver.dataAreas;
@@ -577,31 +593,97 @@ TEST_F(AreaIndex, RunStopsAtATypeNameInTheSameMemoryOfAnotherLength)
     EXPECT_EQ(findRun(7, name, 100, 2), (Positions{0}));
 }
 
-// ---- The driver's look-up of a run ---------------------------------------------------------------------------------
+// ---- The driver's walk over a run ----------------------------------------------------------------------------------
 
-TEST_F(AreaIndex, DriversRunAppendsOnlyItsFirstRecord)
+TEST_F(AreaIndex, WalkAppendsWhatIsMissing)
 {
-    AreaRun run;
-    EXPECT_EQ(getIndexesOfDataAreas(7, QLatin1String("DM"), 100, 3, run), 1);
-    EXPECT_EQ(run.indexes[0], 0);
-    ASSERT_EQ(areas.size(), 1);
-    EXPECT_EQ(areas.at(0).requestTag, 7);
-    EXPECT_EQ(areas.at(0).regType.toStdString(), "DM");
-    EXPECT_EQ(areas.at(0).address, 100);
+    add(101);
+    const QString name = QLatin1String("DM");
+    AreaWalk walk(7, name);
+    EXPECT_EQ(goTo(walk, 100), 1);
+    EXPECT_EQ(areas.at(1).requestTag, 7);
+    EXPECT_EQ(areas.at(1).regType.toStdString(), "DM");
+    EXPECT_EQ(areas.at(1).address, 100);
+    EXPECT_EQ(goTo(walk, 101), 0);
+    EXPECT_EQ(goTo(walk, 102), 2);
+    EXPECT_EQ(areas.at(2).address, 102);
+    EXPECT_EQ(areas.size(), 3);
 }
 
-TEST_F(AreaIndex, DriversRunHoldsAtMost64Records)
+TEST_F(AreaIndex, WalkThatWasMadeAppendsNothing)
 {
-    for (qint32 i = 0; i < 70; ++i)
-        add(100 + i);
-    AreaRun run;
-    EXPECT_EQ(getIndexesOfDataAreas(7, QLatin1String("DM"), 100, 70, run), 64);
-    EXPECT_EQ(run.indexes[63], 63);
-    EXPECT_EQ(getIndexesOfDataAreas(7, QLatin1String("DM"), 101, 64, run), 64);
-    EXPECT_EQ(run.indexes[63], 64);
-    EXPECT_EQ(getIndexesOfDataAreas(7, QLatin1String("DM"), 100, 63, run), 63);
-    EXPECT_EQ(run.indexes[62], 62);
-    EXPECT_EQ(areas.size(), 70);
+    const QString name = QLatin1String("DM");
+    AreaWalk walk(7, name);
+    EXPECT_TRUE(areas.isEmpty());
+}
+
+TEST_F(AreaIndex, WalkGoesWhereTheRecordsAre)
+{
+    for (qint32 address : {103, 100, 102, 101})
+        add(address);
+    const QString name = QLatin1String("DM");
+    AreaWalk walk(7, name);
+    const qint32 expected[] = {1, 3, 2, 0};
+    for (qint32 i = 0; i < 4; ++i) {
+        EXPECT_EQ(goTo(walk, 100 + i), expected[i]);
+    }
+    EXPECT_EQ(areas.size(), 4);
+}
+
+// What the index knew of an earlier, longer list is not looked at behind a record that the walk appends.
+TEST_F(AreaIndex, WalkOverMissingRecordsAfterALongList)
+{
+    for (qint32 i = 0; i < 40; ++i)
+        add(7, "HR", 1000 - i);
+    EXPECT_EQ(find(7, "HR", 961), 39);
+    areas.clear();
+    const QString name = QLatin1String("DM");
+    AreaWalk walk(7, name);
+    for (qint32 i = 0; i < 20; ++i) {
+        EXPECT_EQ(goTo(walk, 100 + i), i);
+        EXPECT_EQ(areas.at(i).address, 100 + i);
+    }
+    EXPECT_EQ(areas.size(), 20);
+}
+
+TEST_F(AreaIndex, WalkGoesOnAfterRecordsWereAppended)
+{
+    add(100);
+    add(101);
+    const QString name = QLatin1String("DM");
+    AreaWalk walk(7, name);
+    walk.to(100);
+    for (qint32 i = 0; i < 1000; ++i)
+        getIndexOfDataArea(8, name, i, areas);
+    walk.lookAnew();
+    EXPECT_EQ(goTo(walk, 101), 1);
+    EXPECT_EQ(goTo(walk, 102), 1002);
+    EXPECT_EQ(areas.at(1002).requestTag, 7);
+}
+
+TEST_F(AreaIndex, WalkFindsARecordThatWasAppendedMeanwhile)
+{
+    add(100);
+    const QString name = QLatin1String("DM");
+    AreaWalk walk(7, name);
+    walk.to(100);
+    getIndexOfDataArea(7, name, 101, areas);
+    walk.lookAnew();
+    EXPECT_EQ(goTo(walk, 101), 1);
+    EXPECT_EQ(areas.size(), 2);
+}
+
+TEST_F(AreaIndex, WalkKeepsToItsKeys)
+{
+    add(7, "DM", 100);
+    add(8, "DM", 101);
+    add(7, "HR", 101);
+    const QString name = QLatin1String("DM");
+    AreaWalk walk(7, name);
+    walk.to(100);
+    EXPECT_EQ(goTo(walk, 101), 3);
+    EXPECT_EQ(areas.at(3).requestTag, 7);
+    EXPECT_EQ(areas.at(3).regType.toStdString(), "DM");
 }
 
 // ---- Random use ----------------------------------------------------------------------------------------------------
@@ -640,10 +722,7 @@ protected:
         const QString type = regType();
         const qint32 at = address();
         const int count = 1 + number(30);
-        Positions positions(30, qint32{UNTOUCHED});
-        const int found = findAreas(requestTag, type, at, count, list, positions.data());
-        positions.resize(static_cast<size_t>(found));
-        ASSERT_EQ(positions, searchRun(requestTag, type, at, count, list));
+        ASSERT_EQ(indexedRun(requestTag, type, at, count, list), searchRun(requestTag, type, at, count, list));
     }
 
     /// The driver looks for a record and appends it if it is missing.

@@ -1,0 +1,55 @@
+#ifndef DATA_AREA_WALK_H
+#define DATA_AREA_WALK_H
+
+#include "data/area_index.h"
+#include "data/data_image.h"
+
+/// A walk over the records of consecutive addresses in the driver's image. The first record is looked up; each other one
+/// is taken from where the index expects it behind the last, if it has the keys, and else looked up, too. Inline, because
+/// every word of every reply passes here.
+class AreaWalk {
+public:
+    /// `regType` is a word type, and must outlive the walk.
+    AreaWalk(qint32 requestTag, const QString &regType)
+        : m_requestTag(requestTag), m_regType(regType), m_index(-1), m_next(nullptr)
+    {
+    }
+
+    /// Goes to the record at `address`, which is appended if it is missing. Appending may move all records.
+    _DATA_ &to(qint32 address)
+    {
+        if (m_index >= 0) {
+            const qint32 next = m_next[m_index];
+            _DATA_ &area = at(next);
+            if (hasKeys(area, m_requestTag, m_regType, address)) {
+                m_index = next;
+                return area;
+            }
+        }
+        m_index = findOrAppendArea(m_requestTag, m_regType, address, driver.dataAreas);
+        enterAreas(driver.dataAreas); // that record, too, if it was appended
+        lookAnew();
+        return at(m_index);
+    }
+
+    /// Index in the driver's image of the record that the walk went to last.
+    qint32 index() const { return m_index; }
+
+    /// To be called after a callback, which may have appended records.
+    void lookAnew()
+    {
+        m_records = driver.dataAreas.begin();
+        m_next = nextAreas();
+    }
+
+private:
+    _DATA_ &at(qint32 index) const { return *(m_records + index); }
+
+    qint32                  m_requestTag;
+    const QString          &m_regType;
+    qint32                  m_index; // -1 before the first record
+    QList<_DATA_>::iterator m_records;
+    const qint32           *m_next;
+};
+
+#endif
