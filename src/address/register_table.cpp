@@ -85,7 +85,13 @@ QString wordTypeOf(const QString &regType)
 
 QString bitTypeOf(const QString &wordType)
 {
-    return sharedName(wordType + QLatin1String("_bit"));
+    const QLatin1String suffix("_bit");
+    for (int i = 0; i < REG_COUNT; ++i) {
+        const QString &name = REG_LIST[i];
+        if (name.size() == wordType.size() + 4 && name.startsWith(wordType) && name.endsWith(suffix))
+            return name;
+    }
+    return wordType + suffix;
 }
 
 qint32 a2i_ddd_DD(QString text, qint32 &bitAddress)
