@@ -104,11 +104,47 @@ static void putBits(quint8 *to, const quint8 *values, qint32 count)
 
 static const FRAME_PRO EMPTY_FRAME = FRAME_PRO();
 
+// Holds the frame that was retired last, if it was the only one. Most frames come one after the other, and two KiB cost
+// as much to allocate, to copy and to free as everything else of a request's frame.
+static QList<FRAME_PRO> retiredFrames;
+
+/// Makes a frame what EMPTY_FRAME is, without copying it.
+static void clearFrame(FRAME_PRO &frame)
+{
+    std::memset(frame.frame, 0, sizeof frame.frame);
+    frame.sendLen       = 0;
+    frame.rcvLen        = 0;
+    frame.dataPos       = 0;
+    frame.dataLen       = 0;
+    frame.reservedField = 0;
+    frame.requestId     = 0;
+    frame.requestTag    = 0;
+    frame.regType       = QString();
+    frame.address       = 0;
+    frame.count         = 0;
+    std::memset(frame.value, 0, sizeof frame.value);
+}
+
 /// Appends an empty frame, to be filled in place.
 static FRAME_PRO &appendFrame()
 {
-    driver.frameList.append(EMPTY_FRAME);
+    if (driver.frameList.isEmpty() && !retiredFrames.isEmpty()) {
+        driver.frameList.swap(retiredFrames);
+        clearFrame(driver.frameList[0]);
+    } else {
+        driver.frameList.append(EMPTY_FRAME);
+    }
     return driver.frameList.last();
+}
+
+void retireFrame()
+{
+    if (driver.frameList.size() > 1) {
+        driver.frameList.removeFirst();
+        return;
+    }
+    retiredFrames.clear();
+    retiredFrames.swap(driver.frameList);
 }
 
 /// Copies what a frame carries along of the variable that it serves.

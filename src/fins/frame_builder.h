@@ -66,6 +66,9 @@ void getWriteFrame(VARIABLE &request);
 /// Puts RUN in MONITOR mode at the head of frameList.
 void changePLCModeToMonitor();
 
+/// Removes the head of frameList, which must not be empty.
+void retireFrame();
+
 /// Byte of a reply of `length` bytes; 0 outside it.
 inline quint8 get8(const quint8 *reply, qint32 length, qint32 offset)
 {

@@ -203,7 +203,7 @@ static qint32 countRejected()
 /// job, which is never sent.
 static qint32 retireHead()
 {
-    driver.frameList.removeFirst();
+    retireFrame();
     if (driver.frameList.isEmpty())
         dealListWhenFinish();
     driver.errCount = 0;

@@ -213,6 +213,86 @@ TEST_F(FrameBuilder, WriteWhileNotConnectedQueuesExactlyOneHandshake)
     EXPECT_EQ(driver.sid, 0x10);
 }
 
+// ---- Retired frames ----------------------------------------------------------------------------------------------
+
+TEST_F(FrameBuilder, RetiringTheOnlyFrameLeavesNone)
+{
+    connectToServer();
+    retireFrame();
+    EXPECT_TRUE(driver.frameList.isEmpty());
+}
+
+TEST_F(FrameBuilder, RetiringRemovesTheHead)
+{
+    queueMarkers();
+    retireFrame();
+    EXPECT_EQ(queuedLengths(), Lengths{1001});
+    retireFrame();
+    EXPECT_EQ(queuedLengths(), Lengths{});
+}
+
+TEST_F(FrameBuilder, HandshakeAfterAWriteKeepsNothingOfIt)
+{
+    FRAME_PRO write = writeFrame(filledVariable("DM", 100, 495));
+    write.dataPos = 1;
+    write.dataLen = 2;
+    write.reservedField = 3;
+    driver.frameList[0] = write;
+    retireFrame();
+    connectToServer();
+    ASSERT_EQ(queuedLengths(), Lengths{20});
+    const FRAME_PRO &request = driver.frameList.first();
+    EXPECT_EQ(sentBytesOf(request), digits("46494E53 0000000C 00000000 00000000 00000000"));
+    EXPECT_EQ(request.rcvLen, 24);
+    EXPECT_EQ(request.dataLen, 0);
+    expectServesNothing(request);
+    EXPECT_TRUE(allZero(request.frame + 20, request.frame + VALUE_BUFFER_SIZE));
+}
+
+TEST_F(FrameBuilder, ReadAfterAWriteKeepsNothingOfIt)
+{
+    writeFrame(filledVariable("DM_bit", 100, 990));
+    retireFrame();
+    const VARIABLE request = variable("HR", 7, 2);
+    const FRAME_PRO built = readFrame(request);
+    EXPECT_EQ(queuedLengths(), Lengths{34});
+    expectServes(built, request);
+    EXPECT_EQ(built.reservedField, 0);
+    EXPECT_TRUE(allZero(built.frame + 34, built.frame + VALUE_BUFFER_SIZE));
+}
+
+TEST_F(FrameBuilder, WriteAfterAReadHasNoDataInItsReply)
+{
+    readFrame(variable("HR", 7, 2));
+    retireFrame();
+    const FRAME_PRO built = writeFrame(variable("HR", 7, 2));
+    EXPECT_EQ(queuedLengths(), Lengths{38});
+    EXPECT_EQ(built.dataPos, 0);
+    EXPECT_EQ(built.dataLen, 0);
+    EXPECT_EQ(built.rcvLen, 30);
+}
+
+TEST_F(FrameBuilder, FrameIsAppendedBehindOthersAlsoAfterOneWasRetired)
+{
+    connectToServer();
+    retireFrame();
+    queueMarkers();
+    connectToServer();
+    EXPECT_EQ(queuedLengths(), (Lengths{1000, 1001, 20}));
+}
+
+TEST_F(FrameBuilder, FramesOfOthersAreRetiredAlike)
+{
+    connectToServer();
+    retireFrame();
+    queueMarkers();
+    retireFrame();
+    retireFrame();
+    EXPECT_EQ(queuedLengths(), Lengths{});
+    readFrame(variable("DM", 0, 1));
+    EXPECT_EQ(queuedLengths(), Lengths{34});
+}
+
 // ---- Memory Area Read --------------------------------------------------------------------------------------------
 
 TEST_F(FrameBuilder, ReadOf10WordsOfDM100)
