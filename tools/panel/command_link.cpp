@@ -196,5 +196,7 @@ int LinkCheck::explain() const
 
 int runLink(const DriverLibrary &library, const LinkOptions &link, long count)
 {
-    return LinkCheck(library, link).run(count);
+    LinkOptions measured = link;
+    measured.roundTrips = true;
+    return LinkCheck(library, measured).run(count);
 }

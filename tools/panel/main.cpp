@@ -428,6 +428,7 @@ int run(CLI::App &app, const Action &action, Arguments &arguments)
     Statistics statistics;
     const TimePoint start = Clock::now();
     arguments.link.statistics = &statistics;
+    arguments.link.roundTrips = arguments.stats;
     arguments.link.trace      = traceMode(arguments.trace);
     CLI::App &command = givenCommand(app);
     const bool hasProject = !arguments.projectFile.empty();

@@ -26,7 +26,7 @@ static const Millis IDLE_PAUSE(10);
 
 Runtime::Runtime(const DriverLibrary &library, const LinkOptions &options)
     : library_(library), options_(options), link_(options.timeout), state_(Clock::now()), plan_(options.refusedPause),
-      request_(), needsNodes_(false), inFlight_(false), wasOnline_(false), writesSincePoll_(0),
+      request_(), needsNodes_(false), inFlight_(false), lastSid_(0), wasOnline_(false), writesSincePoll_(0),
       statistics_(options.statistics ? *options.statistics : ownStatistics_), answering_(false), clientNode_(0),
       serverNode_(0), roundTrip_(0)
 {
@@ -78,8 +78,8 @@ void Runtime::handOverPlan()
 // The driver has just closed the refused read, and its link with it: no job is running.
 void Runtime::leaveOut()
 {
-    plan_.leaveOut(polledBlock(), transferEnd_);
-    state_.on(LinkEvent::NODES_FORGOTTEN, transferEnd_);
+    plan_.leaveOut(polledBlock(), Clock::now());
+    state_.on(LinkEvent::NODES_FORGOTTEN, sentAt_);
     needsNodes_ = true;
     handOverPlan();
 }
@@ -119,7 +119,6 @@ void Runtime::connect()
 {
     if (link_.connect(options_.host, options_.port)) {
         ++statistics_.connections;
-        lastSent_.clear();
         state_.on(LinkEvent::CONNECTED, Clock::now());
         return;
     }
@@ -141,18 +140,16 @@ ExchangeStatus Runtime::transfer(RequestKind kind, std::size_t size)
     if (isPoll && writesSincePoll_ > 0 && !recipeRunning())
         writesSincePoll_ = 0;
     ++statistics_.requests;
-    const char *frame = reinterpret_cast<const char *>(request_.frame);
-    if (lastSent_.compare(0, std::string::npos, frame, size) == 0)
-        ++statistics_.retries;
-    lastSent_.assign(frame, size);
-    traceFrame(options_.trace, '>', request_.frame, size);
-    const TimePoint start = Clock::now();
-    const ExchangeStatus status = link_.exchange(request_.frame, size, start);
-    transferEnd_ = Clock::now();
-    roundTrip_ = std::chrono::duration_cast<Micros>(transferEnd_ - start);
-    if (status == ExchangeStatus::REPLY)
+    const bool traced = options_.trace != TraceMode::NONE;
+    if (traced)
+        traceFrame(options_.trace, '>', request_.frame, size);
+    sentAt_ = Clock::now();
+    const ExchangeStatus status = link_.exchange(request_.frame, size, sentAt_);
+    if (options_.roundTrips)
+        roundTrip_ = std::chrono::duration_cast<Micros>(Clock::now() - sentAt_);
+    if (traced && status == ExchangeStatus::REPLY)
         traceFrame(options_.trace, '<', link_.reply(), link_.replySize());
-    else
+    else if (traced)
         traceNoReply(options_.trace, link_.problem().c_str());
     return status;
 }
@@ -161,7 +158,8 @@ void Runtime::count(ExchangeStatus status, const Judgement &judgement)
 {
     if (status == ExchangeStatus::REPLY) {
         ++statistics_.replies;
-        statistics_.roundTrips.add(roundTrip_);
+        if (options_.roundTrips)
+            statistics_.roundTrips.add(roundTrip_);
     }
     answering_ = judgement.verdict == Verdict::GOOD || judgement.verdict == Verdict::REFUSED;
     if (judgement.verdict == Verdict::REFUSED)
@@ -183,6 +181,10 @@ void Runtime::exchange()
         idle();
         return;
     }
+    // A request that the driver holds on to keeps its service ID; every other one has the next.
+    if (inFlight_ && request_.frame[FRAME_SID] == lastSid_)
+        ++statistics_.retries;
+    lastSid_ = request_.frame[FRAME_SID];
     inFlight_ = true;
     const std::size_t size = static_cast<std::size_t>(std::clamp<qint32>(request_.sendLen, 0, VALUE_BUFFER_SIZE));
     const RequestKind kind = requestKind(request_.frame, size);
@@ -254,7 +256,7 @@ void Runtime::accepted(RequestKind kind)
         messages_.say("connected to " + peer() + ": this node " + std::to_string(clientNode_) + ", PLC node "
                       + std::to_string(serverNode_));
     } else if (kind == RequestKind::READ) {
-        state_.on(LinkEvent::READ_ACCEPTED, transferEnd_);
+        state_.on(LinkEvent::READ_ACCEPTED, sentAt_);
         wasOnline_ = true;
         statistics_.wordsRead += static_cast<unsigned long>(request_.count);
         noteRead();

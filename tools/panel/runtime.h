@@ -40,6 +40,7 @@ struct LinkOptions {
     Millis refusedPause  = PollPlan::PAUSE; // until a block that the PLC refused is read again
     TraceMode trace      = TraceMode::NONE;
     Statistics *statistics = nullptr; // counts here; null: nobody wants to know
+    bool roundTrips      = false;     // are measured
 };
 
 /// The most words of one write: above it the length byte of the frame wraps.
@@ -125,7 +126,7 @@ public:
     int clientNode() const { return clientNode_; }
     int serverNode() const { return serverNode_; }
 
-    /// The round trip of the latest reply.
+    /// The round trip of the latest reply; 0 unless they are measured.
     Micros roundTrip() const { return roundTrip_; }
 
 private:
@@ -161,6 +162,7 @@ private:
     bool                 needsNodes_;     // the driver has forgotten them, though the connection stands
     QString              info_;
     bool                 inFlight_;       // the driver still holds a request that awaits its reply
+    std::uint8_t         lastSid_;         // the service ID of the request before
     bool                 wasOnline_;
     int                  writesSincePoll_;
     std::string          problem_;        // of the latest reply that was not accepted
@@ -170,10 +172,9 @@ private:
     Statistics          &statistics_;
     LinkTrouble          trouble_;
     bool                 answering_;
-    std::string          lastSent_;        // the request before on this connection
     int                  clientNode_;
     int                  serverNode_;
-    TimePoint            transferEnd_;     // when the latest exchange on the link ended
+    TimePoint            sentAt_;          // when the latest request was sent
     Micros               roundTrip_;
     std::vector<std::function<void(const Exchange &)>> exchangeCalls_;
     std::vector<std::function<void()>>                 lostCalls_;
