@@ -3,6 +3,8 @@
 
 #include "omron_fins_ethernet.h"
 
+#include <algorithm>
+
 // The register types: their names, FINS memory-area codes, notations and ranges, and what a name or an address text
 // means.
 
@@ -24,10 +26,11 @@ enum RangeField {
 };
 
 /// Whether two names are equal. Inline, because every word of every reply asks: names in the same memory need no look at
-/// their letters, and names with different first letters no look at the others.
+/// their letters, and the letters of short names no call.
 inline bool sameName(const QString &a, const QString &b)
 {
-    return a.isSharedWith(b) || (a.size() == b.size() && *a.constData() == *b.constData() && a == b);
+    return a.isSharedWith(b)
+        || (a.size() == b.size() && std::equal(a.constData(), a.constData() + a.size(), b.constData()));
 }
 
 /// Assigns a name. Nearly always `to` has that very memory already; then no references need counting.
