@@ -7,6 +7,7 @@
 #include "watch_plan.h"
 
 #include <algorithm>
+#include <cstring>
 #include <iostream>
 
 // What intf_dealRcvFrame answers.
@@ -86,7 +87,7 @@ void Runtime::leaveOut()
 
 void Runtime::noteRead()
 {
-    if (!plan_.awaitsAny() || !plan_.noteRead(polledBlock()))
+    if (!plan_.noteRead(polledBlock()))
         return;
     const std::string refusal = refusalText(RequestKind::READ);
     for (auto said = saidRefusals_.lower_bound(refusal); said != saidRefusals_.end() && said->find(refusal) == 0;)
@@ -223,7 +224,7 @@ void Runtime::handOver(RequestKind kind, const Judgement &judgement)
                        || (judgement.verdict == Verdict::REFUSED && kind != RequestKind::READ);
     const std::size_t size = shown ? link_.replySize() : 0;
     reply_.resize(static_cast<int>(size));
-    std::copy(link_.reply(), link_.reply() + size, reply_.data());
+    std::memcpy(reply_.data(), link_.reply(), size);
     const bool isRefusedPoll = judgement.verdict == Verdict::REFUSED && kind == RequestKind::READ && !recipeRunning();
     const qint32 result = library_.dealRcvFrame(reply_, info_);
     if (result == DEAL_ACCEPTED)
@@ -244,22 +245,28 @@ void Runtime::handOver(RequestKind kind, const Judgement &judgement)
              failure);
 }
 
+void Runtime::noteNodes()
+{
+    state_.on(LinkEvent::HANDSHAKE_ACCEPTED, Clock::now());
+    nodes_ = QByteArray(reply_.constData(), reply_.size()); // leaves the reply its reserved room
+    clientNode_ = link_.reply()[REPLY_CLIENT_NODE];
+    serverNode_ = link_.reply()[REPLY_SERVER_NODE];
+    messages_.say("connected to " + peer() + ": this node " + std::to_string(clientNode_) + ", PLC node "
+                  + std::to_string(serverNode_));
+}
+
 void Runtime::accepted(RequestKind kind)
 {
     // The request that a mode change was put before is still in the driver.
     inFlight_ = kind == RequestKind::MODE_CHANGE;
     if (kind == RequestKind::HANDSHAKE) {
-        state_.on(LinkEvent::HANDSHAKE_ACCEPTED, Clock::now());
-        nodes_ = QByteArray(reply_.constData(), reply_.size()); // leaves the reply its reserved room
-        clientNode_ = link_.reply()[REPLY_CLIENT_NODE];
-        serverNode_ = link_.reply()[REPLY_SERVER_NODE];
-        messages_.say("connected to " + peer() + ": this node " + std::to_string(clientNode_) + ", PLC node "
-                      + std::to_string(serverNode_));
+        noteNodes();
     } else if (kind == RequestKind::READ) {
         state_.on(LinkEvent::READ_ACCEPTED, sentAt_);
         wasOnline_ = true;
         statistics_.wordsRead += static_cast<unsigned long>(request_.count);
-        noteRead();
+        if (plan_.awaitsAny())
+            noteRead();
     } else if (kind == RequestKind::WRITE) {
         statistics_.wordsWritten += static_cast<unsigned long>(request_.count);
     } else if (kind == RequestKind::MODE_CHANGE) {

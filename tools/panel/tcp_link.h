@@ -81,19 +81,21 @@ public:
     Clock::duration connectTime() const { return connectTime_; }
 
 private:
-    bool notConnected(LinkFailure failure, const std::string &reason);
-    ExchangeStatus noReply(LinkFailure failure, const std::string &reason);
-    ExchangeStatus notInTime();
     void tick();
-    void adopt(int connected);
     ExchangeStatus sendAll(const std::uint8_t *request, std::size_t size);
     ExchangeStatus receiveReply(const std::uint8_t *request, std::size_t size, TimePoint start);
     ExchangeStatus receiveSome(TimePoint deadline);
-    ExchangeStatus lost(const std::string &reason);
     bool isLate(const std::uint8_t *request, std::size_t size);
-    bool awaitUntil(TimePoint deadline);
     Millis slice(Millis wait) const;
     void setReceiveTimeout(Millis timeout);
+
+    // What is rare lies apart from the code of a steady exchange.
+    [[gnu::cold]] bool notConnected(LinkFailure failure, const std::string &reason);
+    [[gnu::cold]] void adopt(int connected);
+    [[gnu::cold]] bool awaitUntil(TimePoint deadline);
+    [[gnu::cold]] ExchangeStatus noReply(LinkFailure failure, const std::string &reason);
+    [[gnu::cold]] ExchangeStatus notInTime();
+    [[gnu::cold]] ExchangeStatus lost(const std::string &reason);
 
     const Millis   timeout_;
     Millis         receiveTimeout_; // as the socket has it

@@ -4,7 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
-// Frames on stderr, in both directions: ">" for a request and "<" for a reply.
+// Frames on stderr, in both directions: ">" for a request and "<" for a reply. Most runs write none: the code lies apart
+// from that of an exchange.
 
 enum class TraceMode {
     NONE,
@@ -13,9 +14,9 @@ enum class TraceMode {
     FULL  // a line for each field of the frame
 };
 
-void traceFrame(TraceMode mode, char direction, const std::uint8_t *frame, std::size_t size);
+[[gnu::cold]] void traceFrame(TraceMode mode, char direction, const std::uint8_t *frame, std::size_t size);
 
 /// "< (text)" for a reply that did not come.
-void traceNoReply(TraceMode mode, const char *text);
+[[gnu::cold]] void traceNoReply(TraceMode mode, const char *text);
 
 #endif
