@@ -32,18 +32,23 @@ public:
         return at(m_index);
     }
 
-    /// Index in the driver's image of the record that the walk went to last.
-    qint32 index() const { return m_index; }
+    /// Reports the change of the word at `address`, to which the walk went last. Returns the record, which may be elsewhere now, since a
+    /// callback may have appended others.
+    _DATA_ &report(qint32 before, qint32 after, ReportKeys &keys, qint32 address)
+    {
+        _DATA_ &area = reportChange(m_index, before, after, keys, address);
+        lookAnew();
+        return area;
+    }
 
-    /// To be called after a callback, which may have appended records.
+private:
+    _DATA_ &at(qint32 index) const { return *(m_records + index); }
+
     void lookAnew()
     {
         m_records = driver.dataAreas.begin();
         m_next = nextAreas();
     }
-
-private:
-    _DATA_ &at(qint32 index) const { return *(m_records + index); }
 
     qint32                  m_requestTag;
     const QString          &m_regType;

@@ -37,13 +37,12 @@ static void finishWords(qint32 requestTag, const QString &regType, qint32 addres
         const qint32 at = wrapAdd(address, i);
         _DATA_ &area = walk.to(at);
         area.writePending = 0;
-        if (result == WRITE_SUCCEEDED) {
-            area.plcValue[0] = area.writeValue[0];
-            area.plcValue[1] = area.writeValue[1];
-        } else {
-            reportChange(walk.index(), wordOf(area.plcValue), wordOf(area.writeValue), keys, at);
-            walk.lookAnew();
+        if (result != WRITE_SUCCEEDED) {
+            walk.report(wordOf(area.plcValue), wordOf(area.writeValue), keys, at);
+            continue;
         }
+        area.plcValue[0] = area.writeValue[0];
+        area.plcValue[1] = area.writeValue[1];
     }
 }
 

@@ -89,11 +89,10 @@ static void saveWords(ReportKeys &keys, qint32 address, qint32 count, const quin
     for (qint32 i = 0; i < count; ++i) {
         const quint8 *word = data + 2 * qint64(i);
         const qint32 before = wordOf(shownValue(walk.to(wrapAdd(address, i))));
-        _DATA_ &area = reportChange(walk.index(), before, wordOf(word), keys, wrapAdd(address, i));
+        _DATA_ &area = walk.report(before, wordOf(word), keys, wrapAdd(address, i));
         area.writeValue[0] = word[0];
         area.writeValue[1] = word[1];
         area.writePending = 1;
-        walk.lookAnew();
     }
 }
 

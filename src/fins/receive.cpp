@@ -69,10 +69,9 @@ static void storeWords(ReportKeys &keys, qint32 address, qint32 count, const qui
             continue;
 
         area.writePending = 0;
-        _DATA_ &reported = reportChange(walk.index(), wordOf(area.plcValue), wireWord(bytes), keys, at);
+        _DATA_ &reported = walk.report(wordOf(area.plcValue), wireWord(bytes), keys, at);
         reported.plcValue[0] = bytes[1];
         reported.plcValue[1] = bytes[0];
-        walk.lookAnew();
     }
 }
 
