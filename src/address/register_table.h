@@ -25,8 +25,8 @@ enum RangeField {
     RANGE_FIELDS   = 5
 };
 
-/// Whether two names are equal. Inline, because every word of every reply asks: names in the same memory need no look at
-/// their letters, and the letters of short names no call.
+/// Whether two names are equal. Inline, because every word of every reply asks: names in the same memory need no look
+/// at their letters, and the letters of short names no call.
 inline bool sameName(const QString &a, const QString &b)
 {
     return a.isSharedWith(b)

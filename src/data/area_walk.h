@@ -4,9 +4,9 @@
 #include "data/area_index.h"
 #include "data/data_image.h"
 
-/// A walk over the records of consecutive addresses in the driver's image. The first record is looked up; each other one
-/// is taken from where the index expects it behind the last, if it has the keys, and else looked up, too. Inline, because
-/// every word of every reply passes here.
+/// A walk over the records of consecutive addresses in the driver's image. The first record is looked up. Each other one
+/// is taken from where the index expects it behind the last one, if it has the keys, and else looked up, too. Inline,
+/// because every word of every reply passes here.
 class AreaWalk {
 public:
     /// `regType` is a word type, and must outlive the walk.
@@ -32,8 +32,8 @@ public:
         return at(m_index);
     }
 
-    /// Reports the change of the word at `address`, to which the walk went last. Returns the record, which may be elsewhere now, since a
-    /// callback may have appended others.
+    /// Reports the change of the word at `address`, to which the walk went last. Returns its record, which may be elsewhere
+    /// now, since a callback may have appended others.
     _DATA_ &report(qint32 before, qint32 after, ReportKeys &keys, qint32 address)
     {
         _DATA_ &area = reportChange(m_index, before, after, keys, address);

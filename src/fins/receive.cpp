@@ -54,8 +54,8 @@ static qint32 wireWord(const quint8 *bytes)
     return static_cast<quint16>(bytes[0] << 8 | bytes[1]);
 }
 
-/// Stores received words from `address` on, two bytes each from the wire, and reports those that changed. Most words of a
-/// cyclic poll do not change, so the loop is made for them; it stays a function of its own to keep its registers.
+/// Stores received words from `address` on, two bytes each from the wire, and reports those that changed. Most words of
+/// a cyclic poll do not change, so the loop is made for them; it stays a function of its own to keep its registers.
 __attribute__((noinline))
 static void storeWords(ReportKeys &keys, qint32 address, qint32 count, const quint8 *bytes)
 {
