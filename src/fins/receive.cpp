@@ -75,13 +75,15 @@ static void storeWords(ReportKeys &keys, qint32 address, qint32 count, const qui
     }
 }
 
-/// Stores all words of the data; a byte that the reply lacks is 0.
+/// Stores all words of the data. A reply that was checked holds them; of any other, a byte that it lacks is 0.
 static void storeData(DataReply &data)
 {
-    const qint32 held = data.dataPos < 0 ? 0 : qBound(0, (data.size - data.dataPos) / 2, qMax(0, data.wordCount));
-    if (held > 0)
-        storeWords(data.keys, data.address, held, data.bytes + data.dataPos);
-    for (qint32 i = held; i < data.wordCount; ++i) {
+    const qint64 end = data.dataPos + 2 * qint64(data.wordCount);
+    if (data.dataPos >= 0 && end <= data.size) {
+        storeWords(data.keys, data.address, data.wordCount, data.bytes + data.dataPos);
+        return;
+    }
+    for (qint32 i = 0; i < data.wordCount; ++i) {
         const qint32 offset = wrapMul(2, i);
         const quint8 word[2] = { dataByte(data, offset), dataByte(data, wrapAdd(offset, 1)) };
         storeWords(data.keys, wrapAdd(data.address, i), 1, word);

@@ -660,9 +660,10 @@ TEST_F(Receive, DataOutsideTheReplyReadAsZero)
     EXPECT_EQ(plcWord("DM", 100), 0x1234);
     EXPECT_EQ(plcWord("DM", 101), 0x5600);
     EXPECT_EQ(plcWord("DM", 102), 0);
+    EXPECT_EQ(driver.dataAreas.size(), 3);
 }
 
-TEST_F(Receive, DataMissingBehindMoreWordsThanOneRunReadAsZero)
+TEST_F(Receive, DataMissingFromALongReplyReadAsZero)
 {
     // Of 70 words the reply holds 66 and the first byte of the next.
     queueRead("DM", 100, 70);
@@ -679,9 +680,8 @@ TEST_F(Receive, DataMissingBehindMoreWordsThanOneRunReadAsZero)
         EXPECT_EQ(plcWord("DM", 100 + i), 0) << i;
 }
 
-TEST_F(Receive, DataMissingFromAWholeRunReadAsZero)
+TEST_F(Receive, LastWordMissingReadsAsZero)
 {
-    // A run of words is looked up together; of its 64 the reply holds 63.
     queueRead("DM", 100, 64);
     driver.frameList.first().rcvLen = 30 + 2 * 63;
     for (int i = 0; i < 64; ++i)
@@ -975,6 +975,16 @@ TEST_F(ReceiveReadModifyWrite, SwapsTheReplysWordsInPlace)
     queuePair(1605, {1, 0, 0, 0, 0, 0, 2}, 1, 11);
     EXPECT_EQ(deal(readReply({0x37, 0xD9})), 1);
     EXPECT_EQ(replyBytes(30, 32), (Bytes{0x39, 0x38}));
+}
+
+TEST_F(ReceiveReadModifyWrite, LeavesWhatStandsBeforeTheData)
+{
+    queuePair(1605, {1, 0, 0, 0, 0, 0, 2}, 1, 11);
+    Bytes bytes = readReply({0x37, 0xD9});
+    bytes[28] = 0x12;
+    bytes[29] = 0x34;
+    EXPECT_EQ(deal(bytes), 1);
+    EXPECT_EQ(replyBytes(28, 32), (Bytes{0x12, 0x34, 0x39, 0x38}));
 }
 
 TEST_F(ReceiveReadModifyWrite, ReadsBackWhatItWroteIntoAReplyOfWhichTheRuntimeHoldsACopy)
