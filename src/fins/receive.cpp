@@ -81,12 +81,12 @@ static void storeData(DataReply &data)
     const qint64 end = data.dataPos + 2 * qint64(data.wordCount);
     if (data.dataPos >= 0 && end <= data.size) {
         storeWords(data.keys, data.address, data.wordCount, data.bytes + data.dataPos);
-        return;
-    }
-    for (qint32 i = 0; i < data.wordCount; ++i) {
-        const qint32 offset = wrapMul(2, i);
-        const quint8 word[2] = { dataByte(data, offset), dataByte(data, wrapAdd(offset, 1)) };
-        storeWords(data.keys, wrapAdd(data.address, i), 1, word);
+    } else {
+        for (qint32 i = 0; i < data.wordCount; ++i) {
+            const qint32 offset = wrapMul(2, i);
+            const quint8 word[2] = { dataByte(data, offset), dataByte(data, wrapAdd(offset, 1)) };
+            storeWords(data.keys, wrapAdd(data.address, i), 1, word);
+        }
     }
 }
 
