@@ -85,13 +85,13 @@ QString wordTypeOf(const QString &regType)
 
 QString bitTypeOf(const QString &wordType)
 {
-    const QLatin1String suffix("_bit");
+    // Only a bit type's name begins with another name and is four letters longer.
     for (int i = 0; i < REG_COUNT; ++i) {
         const QString &name = REG_LIST[i];
-        if (name.size() == wordType.size() + 4 && name.startsWith(wordType) && name.endsWith(suffix))
+        if (name.size() == wordType.size() + 4 && name.startsWith(wordType))
             return name;
     }
-    return wordType + suffix;
+    return wordType + QLatin1String("_bit");
 }
 
 qint32 a2i_ddd_DD(QString text, qint32 &bitAddress)

@@ -11,14 +11,14 @@ class AreaWalk {
 public:
     /// `regType` is a word type, and must outlive the walk.
     AreaWalk(qint32 requestTag, const QString &regType)
-        : m_requestTag(requestTag), m_regType(regType), m_index(-1), m_next(nullptr)
+        : m_requestTag(requestTag), m_regType(regType), m_index(0), m_next(nullptr)
     {
     }
 
     /// Goes to the record at `address`, which is appended if it is missing. Appending may move all records.
     _DATA_ &to(qint32 address)
     {
-        if (m_index >= 0) {
+        if (m_next != nullptr) {
             const qint32 next = m_next[m_index];
             _DATA_ &area = at(next);
             if (hasKeys(area, m_requestTag, m_regType, address)) {
@@ -52,9 +52,9 @@ private:
 
     qint32                  m_requestTag;
     const QString          &m_regType;
-    qint32                  m_index; // -1 before the first record
+    qint32                  m_index;
     QList<_DATA_>::iterator m_records;
-    const qint32           *m_next;
+    const qint32           *m_next; // null before the first record
 };
 
 #endif

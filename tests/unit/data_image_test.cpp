@@ -214,6 +214,16 @@ TEST_F(DataImage, NegativeWordMonitorNotifiesNothing)
     EXPECT_EQ(change(100, 0, 1), Notifications());
 }
 
+TEST_F(DataImage, WordOnlyLooksAtTheSameBitOfTheWordMonitor)
+{
+    watch(100, 2, 0xFFFF);
+    EXPECT_EQ(change(100, 0, 1, 1), Notifications());
+    watch(100, -1, 0xFFFF);
+    EXPECT_EQ(change(100, 0, 1, 1), Notifications());
+    watch(100, 0, 0xFFFF);
+    EXPECT_EQ(change(100, 0, 1, 1), Notifications());
+}
+
 TEST_F(DataImage, BitAddressesWrap)
 {
     watch(0x08000001, 0, 0x0004);
