@@ -626,9 +626,8 @@ TEST_F(AreaIndex, WalkGoesWhereTheRecordsAre)
     const QString name = QLatin1String("DM");
     AreaWalk walk(7, name);
     const qint32 expected[] = {1, 3, 2, 0};
-    for (qint32 i = 0; i < 4; ++i) {
+    for (qint32 i = 0; i < 4; ++i)
         EXPECT_EQ(goTo(walk, 100 + i), expected[i]);
-    }
     EXPECT_EQ(areas.size(), 4);
 }
 
