@@ -183,6 +183,7 @@ class Bench:
             met = good(statistics.median(values)) if is_bar else None
             self.add(6 if is_bar else "", f"{name}, {what}", f"{spread(values, '')} of {other}", limit if is_bar else "",
                      met, True)
+
         for client in ("pingpong", "panel", "libmodbus"):
             elapsed, cpu = ([1e6 * turn[client][place] for turn in rounds] for place in (0, 1))
             self.add("", f"{client}, {what}", f"{spread(elapsed, 'us')} a request, CPU {spread(cpu, 'us')}", "", None,
