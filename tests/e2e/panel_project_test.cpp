@@ -121,6 +121,21 @@ TEST(PanelCheckProjectTest, everyErrorWithItsPlace)
                                           "fins_panel check-project " + file + ")");
 }
 
+TEST(PanelCheckProjectTest, aModeChangeIsAllowedOrNot)
+{
+    const PanelFiles files;
+    for (const char *value : {"true", "false"}) {
+        const std::string file = files.put("p.toml", std::string("[driver]\nallow_mode_change = ") + value + "\n");
+        EXPECT_EQ(runPanel({"check-project", file}).out, file + " valid: 0 tags, 0 recipes\n");
+    }
+    for (const char *value : {"\"true\"", "1", "[true]"}) {
+        const std::string file = files.put("p.toml", std::string("[driver]\nallow_mode_change = ") + value + "\n");
+        const PanelRun check = runPanel({"check-project", file});
+        EXPECT_EQ(check.code, 2) << value;
+        EXPECT_EQ(check.err, file + ":2:21: 'allow_mode_change' is neither true nor false, without quotes\n");
+    }
+}
+
 TEST(PanelCheckProjectTest, filesThatAreNone)
 {
     const PanelFiles files;

@@ -114,11 +114,10 @@ int showFrames(const TagBook &book, const LinkOptions &link, const std::vector<W
 
 } // namespace
 
-int runWrite(const TagBook &book, const LinkOptions &link, Millis giveUp, const std::vector<std::string> &texts,
-             bool dryRun)
+int runWrite(const TagBook &book, const LinkOptions &link, Millis giveUp, const WriteOptions &options)
 {
-    const std::vector<Write> writes = parseWrites(book, texts);
-    if (dryRun)
+    const std::vector<Write> writes = parseWrites(book, options.writes);
+    if (options.dryRun)
         return showFrames(book, link, writes);
     Runtime runtime(book.library(), link);
     WriteQueue queue(runtime);

@@ -20,6 +20,7 @@ struct WatchOptions {
     WatchFormat format = WatchFormat::AUTO;
     double forSeconds = 0; // 0: for ever
     long   changes    = 0; // 0: any number
+    bool   keepGoing  = false; // with the other writes when one is refused or its fate is unknown
 };
 
 struct BenchOptions {
@@ -30,6 +31,13 @@ struct BenchOptions {
     double                   forSeconds = 1; // for each size
 };
 
+struct WriteOptions {
+    std::vector<std::string> writes; // ITEM=V[,V...]
+    bool dryRun    = false; // shows the frames, and sends nothing
+    bool keepGoing = false; // with the other writes when one is refused or its fate is unknown
+    bool confirm   = false; // asks the user before anything is written
+};
+
 enum class RecipeTask { READ, WRITE, COMPARE };
 
 struct RecipeOptions {
@@ -37,6 +45,7 @@ struct RecipeOptions {
     std::string    file;    // or the name of a recipe of the project
     std::string    output;  // of a recipe read; empty: standard output
     bool           dryRun  = false;
+    bool           confirm = false; // asks the user before anything is written
     bool           table   = false; // differences as a table, not only on a terminal
     const Project *project = nullptr;
 };
@@ -49,9 +58,8 @@ int runBench(const DriverLibrary &library, const LinkOptions &link, Millis giveU
 int runWatch(const DriverLibrary &library, const LinkOptions &link, const WatchOptions &options);
 int runRead(const TagBook &book, const LinkOptions &link, Millis giveUp, const std::vector<std::string> &items);
 
-/// `writes` are ITEM=V[,V...]. Success only when the values read back agree. A dry run shows the frames instead.
-int runWrite(const TagBook &book, const LinkOptions &link, Millis giveUp, const std::vector<std::string> &writes,
-             bool dryRun);
+/// Success only when the values read back agree.
+int runWrite(const TagBook &book, const LinkOptions &link, Millis giveUp, const WriteOptions &options);
 int runRecipe(const TagBook &book, const LinkOptions &link, Millis giveUp, const RecipeOptions &options);
 
 // These need no link.

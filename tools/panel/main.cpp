@@ -43,7 +43,7 @@ struct Arguments {
     Project                  project;
     std::string              file;       // of check-project and import-tags
     std::string              output;
-    bool                     dryRun     = false;
+    WriteOptions             write;
     std::string              host;
     bool                     hasHost    = false; // an empty host is one too, and wrong
     long                     timeoutMs  = 1000;
@@ -90,6 +90,18 @@ void addGiveUp(CLI::App &command, Arguments &arguments)
 {
     command.add_option("--give-up", arguments.giveUp, "time after which the command ends without success, in seconds")
         ->check(CLI::Range(0.1, 86400.0))->capture_default_str();
+}
+
+void addModeChange(CLI::App &command, Arguments &arguments)
+{
+    command.add_flag("--allow-mode-change", arguments.link.allowModeChange,
+                     "let the driver switch the PLC to MONITOR mode when a write needs it");
+}
+
+void addKeepGoing(CLI::App &command, bool &keepGoing)
+{
+    command.add_flag("--keep-going", keepGoing,
+                     "go on with the other writes when one is refused or its fate is unknown");
 }
 
 void addItems(CLI::App &command, std::vector<std::string> &items, const char *help)
@@ -149,6 +161,8 @@ void addWatch(CLI::App &app, Arguments &arguments, Action &action)
     addWatchTimes(*command, arguments);
     command->add_option("--write", arguments.watch.writes,
                         "ITEM=VALUE to write once when the link is up; repeatable")->allow_extra_args(false);
+    addModeChange(*command, arguments);
+    addKeepGoing(*command, arguments.watch.keepGoing);
     CLI::Option *lines = command->add_flag("--lines", "lines on a terminal too, in place of the live table");
     CLI::Option *json  = command->add_flag("--json", "a JSON object per line");
     CLI::Option *csv   = command->add_flag("--csv", "comma-separated values");
@@ -223,11 +237,15 @@ void addWrite(CLI::App &app, Arguments &arguments, Action &action)
     addItems(*command, arguments.items,
              "ITEM=VALUE[,VALUE...]; words -32768 to 65535 or 0x0 to 0xFFFF, bits 0 or 1");
     addValueOptions(*command, arguments.values);
-    command->add_flag("--dry-run", arguments.dryRun,
+    command->add_flag("--dry-run", arguments.write.dryRun,
                       "show register, wire address and bytes of each frame, send nothing");
+    command->add_flag("--confirm", arguments.write.confirm, "ask before anything is written");
+    addModeChange(*command, arguments);
+    addKeepGoing(*command, arguments.write.keepGoing);
     command->callback([&] {
         action = [&](const DriverLibrary &) {
-            return runWrite(*arguments.book, arguments.link, giveUpTime(arguments), arguments.items, arguments.dryRun);
+            arguments.write.writes = arguments.items;
+            return runWrite(*arguments.book, arguments.link, giveUpTime(arguments), arguments.write);
         };
     });
 }
@@ -246,6 +264,8 @@ void addRecipeTransfer(CLI::App &recipe, Arguments &arguments, Action &action, R
     if (task == RecipeTask::WRITE) {
         command->add_flag("--dry-run", arguments.recipe.dryRun,
                           "show register, wire address and bytes of each frame, send nothing");
+        command->add_flag("--confirm", arguments.recipe.confirm, "ask before anything is written");
+        addModeChange(*command, arguments);
         command->add_flag("--table", arguments.recipe.table, "differences as a table, as on a terminal");
     }
     command->callback([&, task] {
@@ -412,6 +432,7 @@ void applyProject(CLI::App &command, Arguments &arguments)
     prefer(command, "--words-per-frame", project.wordsPerFrame, arguments.link.wordsPerFrame);
     prefer(command, "--retries", project.retries, arguments.link.retries);
     prefer(command, "--station", project.station, arguments.link.station);
+    arguments.link.allowModeChange = arguments.link.allowModeChange || project.allowModeChange;
 }
 
 // Settles the PLC and the items, and refuses what is missing.

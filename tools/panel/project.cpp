@@ -90,6 +90,7 @@ void ProjectReader::readDriver(const DataNode &table)
     readOptional(reader, "retries", 1, 100, project_.retries);
     readOptional(reader, "words_per_frame", 1, WRITE_WORDS_LIMIT, project_.wordsPerFrame);
     readOptional(reader, "interval_ms", 0, 60000, project_.intervalMs);
+    reader.yesOrNo("allow_mode_change", project_.allowModeChange);
     reader.refuseOthers();
 }
 

@@ -13,7 +13,7 @@
 //
 //   tags = "tags.csv"              a CSV file beside this one, instead of the table [tags]
 //   [connection]  host, port, timeout_ms
-//   [driver]      station, retries, words_per_frame, interval_ms
+//   [driver]      station, retries, words_per_frame, interval_ms, allow_mode_change
 //   [defaults]    word_order, char_order
 //   [tags]        Level = { type = "DM", address = 0, ... }     see tag_table.h
 //   [recipes.NAME]                                              see recipe_table.h
@@ -26,6 +26,7 @@ struct Project {
     std::optional<long> retries;
     std::optional<long> wordsPerFrame;
     std::optional<long> intervalMs;
+    bool                allowModeChange = false;
     OrderDefaults       orders;
     std::vector<Recipe> recipes;
 

@@ -37,6 +37,7 @@ struct LinkOptions {
     qint32 wordsPerFrame = 64;
     qint32 retries       = 3;  // rejected or missing replies in a row that drop the link
     qint32 station       = 1;
+    bool allowModeChange = false; // the driver may switch the PLC to MONITOR mode when a write needs it
     Millis refusedPause  = PollPlan::PAUSE; // until a block that the PLC refused is read again
     TraceMode trace      = TraceMode::NONE;
     Statistics *statistics = nullptr; // counts here; null: nobody wants to know

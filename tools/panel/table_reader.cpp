@@ -48,6 +48,19 @@ bool TableReader::whole(const std::string &key, long minimum, long maximum, long
     return false;
 }
 
+bool TableReader::yesOrNo(const std::string &key, bool &value)
+{
+    const DataNode *node = take(key);
+    if (!node)
+        return true;
+    const bool fits = node->kind == NodeKind::BOOLEAN;
+    if (fits)
+        value = node->text == "true";
+    else
+        report(*node, "'" + key + "' is neither true nor false, without quotes");
+    return fits;
+}
+
 bool TableReader::number(const std::string &key, double &value)
 {
     const DataNode *node = take(key);

@@ -26,6 +26,7 @@ public:
     bool text(const std::string &key, std::string &value);
     bool whole(const std::string &key, long minimum, long maximum, long &value);
     bool number(const std::string &key, double &value);
+    bool yesOrNo(const std::string &key, bool &value);
 
     /// Reports every key that nobody took, with those that are known.
     void refuseOthers();
