@@ -212,23 +212,27 @@ class PanelTroubleTest : public PanelFaultTest, public ::testing::WithParamInter
 INSTANTIATE_TEST_SUITE_P(Seeds, PanelTroubleTest, ::testing::Values(1, 2, 3, 4),
                          [](const auto &row) { return "seed" + std::to_string(row.param); });
 
-TEST_P(PanelTroubleTest, writesAreReadBackInTheEnd)
+TEST_P(PanelTroubleTest, WhatIsSaidOfWritesIsTrue)
 {
     Words options = {"--trace", "--seed", std::to_string(GetParam())};
     for (const char *fault : {"close@0.15", "drop@0.05", "short@0.1", "wrong-sid@0.1", "double@0.2", "refuse@0.2"})
         options.insert(options.end(), {"--fault", fault});
     start(options);
-    Words writes = {"--timeout", "200", "--give-up", "60", "--words-per-frame", "2"};
-    std::string expected;
-    for (int i = 0; i < 8; ++i) {
-        writes.push_back("DM:" + std::to_string(10 * i) + "=1,2," + std::to_string(i));
-        expected += "DM:" + std::to_string(10 * i) + ":3 = 1 2 " + std::to_string(i) + "\n";
-    }
-    const PanelRun write = run("write", writes);
-    EXPECT_EQ(write.code, 0) << write.err;
-    EXPECT_EQ(write.out, expected);
+    Words writes = {"--timeout", "200", "--give-up", "60", "--words-per-frame", "2", "--keep-going"};
     for (int i = 0; i < 8; ++i)
-        EXPECT_EQ(tell("read DM:" + std::to_string(10 * i) + ":3"), "ok 1 2 " + std::to_string(i));
+        writes.push_back("DM:" + std::to_string(10 * i) + ":3=1,2," + std::to_string(i + 3));
+    const PanelRun write = run("write", writes);
+    std::size_t unknown = 0;
+    for (int i = 0; i < 8; ++i) {
+        const std::string name   = "DM:" + std::to_string(10 * i) + ":3";
+        const std::string values = "1 2 " + std::to_string(i + 3);
+        const bool isUnknown = write.err.find("\nunconfirmed: " + name + ": ") != std::string::npos;
+        const std::string held = tell("read " + name);
+        EXPECT_TRUE(isUnknown || held == "ok " + values) << name << " is said to be done: " << held;
+        EXPECT_TRUE(isUnknown || write.out.find(name + " = " + values + "\n") != std::string::npos) << write.out;
+        unknown += isUnknown ? 1 : 0;
+    }
+    EXPECT_EQ(write.code, unknown > 0 ? 3 : 0) << write.err;
     const std::map<int, Words> received = endAndCollect();
     EXPECT_GT(received.size(), 1u);
     expectReadsFirst(received);

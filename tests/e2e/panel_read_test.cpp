@@ -181,7 +181,7 @@ TEST_F(PanelReadTest, plcThatIsNotThere)
 {
     start({"--fault", "refuse"});
     for (const Words &command : {Words{"read", "DM:0"}, Words{"write", "DM:0=1"}}) {
-        const std::string notSent = command[0] == "write" ? "not sent: the write of DM:0\n" : "";
+        const std::string notSent = command[0] == "write" ? "not sent: DM:0: no answer in time\n" : "";
         expectNoLink(run(command[0], {command[1], "--give-up", "0.1"}), notSent + noAnswer(100));
     }
 }

@@ -98,7 +98,8 @@ TEST_F(PanelValuesTest, dryRunShowsTheFramesAndSendsNothing)
                        "DM:300:3 = 1 2 3\n"
                        "  DM:300:2: area 82, wire address 012C 00, count 0002, bytes 00 01 00 02\n"
                        "  DM:302: area 82, wire address 012E 00, count 0001, bytes 00 03\n");
-    EXPECT_EQ(dry.err, "dry run: nothing was sent\n");
+    EXPECT_EQ(dry.err, "if the PLC refuses for its operating mode, it is not asked for another one; --allow-mode-change asks "
+                       "for MONITOR mode\ndry run: nothing was sent\n");
     EXPECT_EQ(tell("stats"), "ok connections=0 requests=0 replies=0");
 }
 

@@ -151,69 +151,7 @@ TEST_F(PanelWriteTest, manyWritesInTheirOrder)
     EXPECT_EQ(written, 13);
 }
 
-// ---- The operating mode ------------------------------------------------------------------------------------------
-
-struct ModeRow {
-    const char *name;
-    const char *mode;
-    const char *refusal;
-    const char *said;
-};
-
-void PrintTo(const ModeRow &row, std::ostream *out) { *out << row.name; }
-
-class PanelModeChangeTest : public PanelTest, public ::testing::WithParamInterface<ModeRow> {};
-
-INSTANTIATE_TEST_SUITE_P(EndCodes, PanelModeChangeTest,
-                         ::testing::Values(ModeRow{"program2203", "program", "--refuse-writes-in-program",
-                                                   "2203 (wrong operating mode: the PLC is in PROGRAM mode)"},
-                                           ModeRow{"program2204", "program", "--refuse-writes-in-program=2204",
-                                                   "2204 (wrong operating mode: the PLC is in DEBUG mode)"},
-                                           ModeRow{"run2206", "run", "--refuse-writes-in-run",
-                                                   "2206 (wrong operating mode: the PLC is in RUN mode)"}),
-                         [](const auto &row) { return std::string(row.param.name); });
-
-// The driver asks for MONITOR mode and sends the write again, but takes no reply to it, so that the link is dropped and
-// the write is unconfirmed: what counts is the value that is read back.
-TEST_P(PanelModeChangeTest, monitorModeIsAskedForAndTheWriteIsReadBack)
-{
-    start({"--mode", GetParam().mode, GetParam().refusal, "--trace"});
-    const PanelRun write = run("write", {"DM:1=5"});
-    EXPECT_EQ(write.code, 0);
-    EXPECT_EQ(write.out, "DM:1 = 5\n");
-    const Words expected = {"connected to " + host() + ": this node 239, PLC node 1",
-                            std::string("the PLC refuses to write DM:1: ") + GetParam().said,
-                            "the PLC was asked for MONITOR mode",
-                            linkLost("the driver rejects the reply, 3 times in a row"),
-                            "unconfirmed: the write of DM:1; it will be read back",
-                            "connected to " + host() + ": this node 239, PLC node 1"};
-    EXPECT_EQ(linesOf(write.err), expected);
-    EXPECT_EQ(tell("mode"), "ok monitor");
-    EXPECT_EQ(tell("read DM:1"), "ok 5");
-    const std::map<int, Words> received = endAndCollect();
-    EXPECT_EQ(received.size(), 2u);
-    expectReadsFirst(received);
-    const Words &frames = received.at(1);
-    ASSERT_GE(frames.size(), 5u);
-    EXPECT_EQ(commandOf(frames[2]), plainHex("0102 82 0001 00 0001 0005"));
-    EXPECT_EQ(commandOf(frames[3]), plainHex("0401 FFFF 02"));
-    EXPECT_EQ(frames[4], frames[2]);
-}
-
-TEST_P(PanelModeChangeTest, recipesToo)
-{
-    start({"--mode", GetParam().mode, GetParam().refusal});
-    const std::string file = ::testing::TempDir() + "panel_mode_" + GetParam().name + ".txt";
-    std::ofstream(file) << "DM:1 = 5 6\n";
-    const PanelRun write = run("recipe write", {file});
-    EXPECT_EQ(write.code, 0);
-    EXPECT_EQ(write.out, "DM:1:2 = 5 6\n");
-    EXPECT_NE(write.err.find("\nthe PLC was asked for MONITOR mode\n"), std::string::npos) << write.err;
-    EXPECT_NE(write.err.find("\nunconfirmed: the recipe write was cut off; it will be read back\n"), std::string::npos)
-        << write.err;
-    EXPECT_EQ(tell("read DM:1:2"), "ok 5 6");
-    unlink(file.c_str());
-}
+// ---- Refusals ----------------------------------------------------------------------------------------------------
 
 class PanelRefusalTest : public PanelTest, public ::testing::WithParamInterface<const char *> {};
 
@@ -231,8 +169,7 @@ TEST_P(PanelRefusalTest, isFinal)
     const PanelRun write = run("write", {"DM:1=5"});
     EXPECT_EQ(write.code, 1);
     EXPECT_EQ(write.out, "DM:1 = 0\n");
-    EXPECT_EQ(write.err, connectedLine() + "the PLC refuses to write DM:1: " + said +
-                             "\ndiffers: DM:1 was to be 5, the PLC holds 0\n");
+    EXPECT_EQ(write.err, connectedLine() + "refused: DM:1: " + said + "\n");
     EXPECT_EQ(tell("mode"), "ok run");
     const Words frames = endAndCollect()[1];
     ASSERT_EQ(frames.size(), 4u);
@@ -254,10 +191,11 @@ TEST_F(PanelWriteTest, readsRefusedNothingIsWritten)
 {
     start({"--fault", "end-code=1101"});
     const PanelRun write = run("write", {"DM:1=5"});
-    EXPECT_EQ(write.code, 1);
+    EXPECT_EQ(write.code, 3);
     EXPECT_EQ(write.out, "");
     EXPECT_EQ(write.err, connectedLine() + "the PLC refuses to read DM:1: 1101 (there is no such memory area)\n" +
-                             "not sent: the write of DM:1\n");
+                             "not sent: DM:1: the PLC refuses to read what is to be written, and nothing else proves "
+                             "the link\n");
     EXPECT_EQ(tell("read DM:1"), "ok 0");
 }
 
@@ -286,7 +224,7 @@ protected:
     {
         const std::string connected = "connected to " + plc.host() + ": this node 239, PLC node 1\n";
         return connected + plc.linkLost("the PLC closed the connection") +
-               "\nunconfirmed: the write of DM:0; it will be read back\n" + connected + last;
+               "\nno reply to the write of DM:0; it will be read back\n" + connected + last;
     }
 
     PlayedPlc                plc;
@@ -305,9 +243,10 @@ TEST_F(PanelUnconfirmedWriteTest, hasReachedThePlc)
 TEST_F(PanelUnconfirmedWriteTest, hasNotReachedThePlc)
 {
     cutAtFirstWrite("0000");
-    EXPECT_EQ(code, 1);
+    EXPECT_EQ(code, 3);
     EXPECT_EQ(panel->output(), "DM:0 = 0\n");
-    EXPECT_EQ(panel->errors(), expectedErrors("differs: DM:0 was to be 5, the PLC holds 0\n"));
+    EXPECT_EQ(panel->errors(),
+              expectedErrors("unconfirmed: DM:0: the PLC holds 0 so far; the write may still arrive\n"));
 }
 
 TEST(PanelWrite, acknowledgedButNotHeld)
@@ -344,9 +283,10 @@ TEST(PanelWrite, openWritesAreNamedAtTheEnd)
     EXPECT_EQ(panel->output(), "");
     const Words lines = linesOf(withoutHints(panel->errors()));
     ASSERT_GE(lines.size(), 6u) << panel->errors();
-    EXPECT_EQ(lines[2], "unconfirmed: the write of DM:0; it will be read back");
-    EXPECT_EQ(lines[lines.size() - 3], "unconfirmed: the write of DM:0");
-    EXPECT_EQ(lines[lines.size() - 2], "not sent: the write of HR:0");
+    EXPECT_EQ(lines[2], "no reply to the write of DM:0; it will be read back");
+    EXPECT_EQ(lines[lines.size() - 3], "unconfirmed: DM:0: no reply to the write, and it was not read back");
+    EXPECT_EQ(lines[lines.size() - 2],
+              "not sent: HR:0: a write before it was not done; with --keep-going it would be sent all the same");
     EXPECT_EQ(lines.back(), "fins_panel: no answer from " + plc.host() +
                                 " within 1500 ms; check the address and the cable, or wait longer with --give-up "
                                 "SECONDS");
@@ -368,6 +308,6 @@ TEST(PanelWrite, acknowledgedButNeverReadBack)
     link = nullptr;
     EXPECT_EQ(panel->wait(), 3);
     EXPECT_EQ(panel->output(), "");
-    EXPECT_NE(panel->errors().find("\nnot read back: the write of DM:0, which the PLC acknowledged\n"),
+    EXPECT_NE(panel->errors().find("\nunconfirmed: DM:0: the PLC acknowledged the write, and it was not read back\n"),
               std::string::npos) << panel->errors();
 }

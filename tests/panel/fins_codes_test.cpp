@@ -22,7 +22,7 @@ const char FEWER_WORDS[]    = "use fewer --words-per-frame; 'fins_panel bench' f
 const char LESS_MEMORY[]    = "this PLC has less memory than the largest one; compare the address with its manual";
 const char LIFT_PROTECTION[] =
     "lift the write protection: CPU unit's DIP switch, UM protection or the unit's FINS settings";
-const char OTHER_MODE[]     = "the operating mode is not the right one; the driver asks for MONITOR mode on a write";
+const char OTHER_MODE[]     = "the operating mode is not the right one; --allow-mode-change asks for MONITOR mode on a write";
 const char DAMAGED[]        = "the request was damaged or the PLC is of another series; look at it with --trace=full";
 const char END_PROGRAMMER[] = "wait, or end the programming software that holds the access right";
 const char OTHER_ADDRESS[]  = "give one of the two nodes another address";

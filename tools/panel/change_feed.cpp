@@ -3,17 +3,19 @@
 #include <utility>
 
 static std::vector<Change> noted;
+static bool isWanted = false;
 
 // The ends of conditional reads come with the type "-1", recipe words with "RWI": neither is a change of a variable.
 static void noteChange(qint32, qint32 requestTag, QString regType, qint32 address)
 {
-    if (requestTag != -1)
+    if (isWanted && requestTag != -1)
         noted.push_back({std::move(regType), address});
 }
 
-void installChangeFeed(const DriverLibrary &library)
+void installChangeFeed(const DriverLibrary &library, bool notes)
 {
     noted.clear();
+    isWanted = notes;
     library.setAddrValueChangeCallBack(noteChange);
 }
 

@@ -13,8 +13,9 @@ struct Change {
     qint32  address;
 };
 
-/// Registers the feed with the driver and empties it.
-void installChangeFeed(const DriverLibrary &library);
+/// Registers the feed with the driver and empties it. The driver calls it in any case; with `notes` false nothing is
+/// noted, for commands that want no changes.
+void installChangeFeed(const DriverLibrary &library, bool notes);
 
 /// Moves the changes noted since the last call into `changes`, in the order in which they were notified.
 void takeChanges(std::vector<Change> &changes);

@@ -1,17 +1,21 @@
 #include "commands.h"
 
+#include "confirmation.h"
 #include "difference_table.h"
 #include "dry_run.h"
 #include "exit_codes.h"
 #include "fresh_values.h"
 #include "progress_bar.h"
 #include "recipe_transfer.h"
+#include "write_report.h"
 
 #include <fstream>
 #include <iostream>
 #include <memory>
 
 namespace {
+
+const std::vector<std::string> DIFFERENCE_HEAD = {"variable", "recipe", "PLC", "unit"};
 
 // The recipe of that name in the project, or the file of that name.
 Recipe findRecipe(const TagBook &book, const RecipeOptions &options, bool needValues)
@@ -70,7 +74,7 @@ TransferEnd writeWithBar(RecipeTransfer &transfer, const Runtime &runtime, const
 std::vector<std::vector<std::string>> allDifferences(const std::vector<RecipeEntry> &wanted,
                                                      const std::vector<RecipeEntry> &held)
 {
-    std::vector<std::vector<std::string>> rows = {{"variable", "recipe", "PLC", "unit"}};
+    std::vector<std::vector<std::string>> rows = {DIFFERENCE_HEAD};
     for (std::size_t i = 0; i < wanted.size(); ++i) {
         for (const std::vector<std::string> &row : differences(wanted[i], held[i].values))
             rows.push_back(row);
@@ -86,66 +90,86 @@ std::size_t countDiffering(const std::vector<RecipeEntry> &wanted, const std::ve
     return differing;
 }
 
-// On a terminal a table, elsewhere a line for each variable.
-void sayDifferences(const std::vector<RecipeEntry> &wanted, const std::vector<RecipeEntry> &held, bool asTable)
+void orderAll(WriteReport &report, const Recipe &recipe)
 {
-    if (asTable) {
-        std::cerr << tableText(allDifferences(wanted, held), {false, true, true, false}) << std::flush;
-        return;
-    }
-    for (std::size_t i = 0; i < wanted.size(); ++i) {
-        if (wanted[i].values == held[i].values)
-            continue;
-        std::cerr << "differs: " << entryName(wanted[i]) << " was to be "
-                  << withUnit(decodeValues(wanted[i].format, wanted[i].values), wanted[i].format) << ", the PLC holds "
-                  << withUnit(decodeValues(held[i].format, held[i].values), held[i].format) << std::endl;
-    }
-}
-
-void sayNames(const char *what, const std::vector<std::string> &names, std::size_t all)
-{
-    std::cerr << what << " (" << names.size() << " of " << counted(all, "variable") << "):";
-    for (const std::string &name : names)
-        std::cerr << ' ' << name;
-    std::cerr << std::endl;
-}
-
-// After a link that did not come back: what the PLC has acknowledged, and what it has not.
-void sayConfirmed(const RecipeTransfer &transfer, const Recipe &recipe)
-{
-    std::vector<std::string> confirmed;
-    std::vector<std::string> open;
     for (const RecipeEntry &entry : recipe.entries)
-        (transfer.confirmed(entry.item) ? confirmed : open).push_back(entryName(entry));
-    sayNames("confirmed", confirmed, recipe.entries.size());
-    sayNames("not confirmed", open, recipe.entries.size());
+        report.add(entryName(entry), entry.item, entry.format, entry.values);
+    report.onResult([](const WriteReport::Order &order) {
+        std::cout << recipeLine({order.item, *order.held, order.name, order.format}) << std::endl;
+    });
 }
 
-int writeRecipe(Runtime &runtime, const Recipe &recipe, Millis giveUp, bool asTable)
+std::vector<std::vector<quint8>> heldBytes(RecipeTransfer &transfer, const Recipe &recipe)
 {
-    const TimePoint end = Clock::now() + giveUp;
-    RecipeTransfer transfer(runtime, recipe.entries);
-    const TransferEnd written = writeWithBar(transfer, runtime, recipe, end);
-    runtime.messages().finish();
-    if (written == TransferEnd::CUT_OFF)
-        std::cerr << "unconfirmed: the recipe write was cut off; it will be read back" << std::endl;
-    if (written == TransferEnd::NO_LINK)
-        std::cerr << "unconfirmed: the recipe write" << std::endl;
-    const TransferEnd read = written == TransferEnd::NO_LINK ? written : readWithBar(transfer, runtime, recipe, end);
-    if (read == TransferEnd::NO_LINK) {
-        runtime.messages().finish();
-        if (transfer.begun())
-            sayConfirmed(transfer, recipe);
-        return noAnswer(runtime, giveUp);
+    std::vector<std::vector<quint8>> held;
+    for (const RecipeEntry &entry : recipe.entries)
+        held.push_back(transfer.values(entry.item));
+    return held;
+}
+
+// The differences as a table, for a terminal.
+void showDifferences(const WriteReport &report)
+{
+    std::vector<std::vector<std::string>> rows = {DIFFERENCE_HEAD};
+    for (const WriteReport::Order &order : report.orders()) {
+        if (order.fate != WriteFate::DIFFERS)
+            continue;
+        for (const std::vector<std::string> &row : differences({order.item, order.data, order.name, order.format},
+                                                               *order.held))
+            rows.push_back(row);
     }
-    if (read == TransferEnd::REFUSED)
-        return EXIT_REFUSED;
-    const std::vector<RecipeEntry> held = heldEntries(transfer, recipe.entries);
-    std::cout << recipeFileText("", held) << std::flush;
-    const bool agrees = countDiffering(recipe.entries, held) == 0;
-    if (!agrees)
-        sayDifferences(recipe.entries, held, asTable);
-    return agrees && written != TransferEnd::REFUSED ? EXIT_DONE : EXIT_REFUSED;
+    if (rows.size() > 1)
+        std::cerr << tableText(rows, {false, true, true, false}) << std::flush;
+}
+
+// Why the variables that were not sent were not.
+std::string whyNotSent(TransferEnd written)
+{
+    if (written == TransferEnd::REFUSED)
+        return "the PLC refused what was to be written before it";
+    return written == TransferEnd::CUT_OFF ? "the link was lost before" : endedEarly();
+}
+
+// Reads and shows what the PLC holds. Returns why nothing is to be written, or "".
+std::string askFirst(RecipeTransfer &transfer, const Runtime &runtime, const Recipe &recipe, const WriteReport &report,
+                     TimePoint end)
+{
+    const TransferEnd read = readWithBar(transfer, runtime, recipe, end);
+    if (read != TransferEnd::DONE)
+        return read == TransferEnd::REFUSED ? "the PLC refuses to read what it would replace" : endedEarly();
+    return isConfirmed(report.orders(), heldBytes(transfer, recipe)) ? "" : "not confirmed";
+}
+
+int writeRecipe(Runtime &runtime, const Recipe &recipe, Millis giveUp, const RecipeOptions &options)
+{
+    WriteReport report(runtime);
+    orderAll(report, recipe);
+    const bool asTable = options.table || ProgressBar::isUsable();
+    if (asTable)
+        report.leaveDifferencesOut();
+    RecipeTransfer transfer(runtime, recipe.entries);
+    TimePoint end = Clock::now() + giveUp;
+    if (options.confirm) {
+        const std::string reason = askFirst(transfer, runtime, recipe, report, end);
+        if (!reason.empty()) {
+            report.finish(reason);
+            if (reason == endedEarly())
+                noAnswer(runtime, giveUp);
+            return report.exitCode();
+        }
+        end = Clock::now() + giveUp;
+    }
+    const TransferEnd written = writeWithBar(transfer, runtime, recipe, end);
+    const std::string reason  = whyNotSent(written);
+    TransferEnd read = written == TransferEnd::NO_LINK ? written : TransferEnd::DONE;
+    if (!report.settled())
+        read = readWithBar(transfer, runtime, recipe, end);
+    report.finish(reason);
+    if (asTable)
+        showDifferences(report);
+    if (read == TransferEnd::NO_LINK)
+        noAnswer(runtime, giveUp);
+    return report.exitCode();
 }
 
 int giveOut(const std::vector<RecipeEntry> &held, const std::string &output)
@@ -191,7 +215,7 @@ int showFrames(const TagBook &book, const LinkOptions &link, const Recipe &recip
     std::cout << recipeFileText("", recipe.entries);
     for (const std::string &line : dryRun.writeRecipe(recipe.entries))
         std::cout << "  " << line << '\n';
-    std::cerr << "dry run: nothing was sent" << std::endl;
+    std::cerr << dryRunText(link) << std::endl;
     return EXIT_DONE;
 }
 
@@ -208,8 +232,10 @@ int runRecipe(const TagBook &book, const LinkOptions &link, Millis giveUp, const
     const Recipe recipe = findRecipe(book, options, options.task != RecipeTask::READ);
     if (isWrite && options.dryRun)
         return showFrames(book, link, recipe);
+    if (isWrite && options.confirm)
+        requireTerminal();
     Runtime runtime(book.library(), link);
-    return isWrite ? writeRecipe(runtime, recipe, giveUp, options.table || ProgressBar::isUsable())
+    return isWrite ? writeRecipe(runtime, recipe, giveUp, options)
                    : readRecipe(runtime, recipe, giveUp, options);
 }
 

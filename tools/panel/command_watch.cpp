@@ -7,54 +7,62 @@
 #include "watch_values.h"
 #include "watch_view.h"
 #include "write_queue.h"
+#include "write_report.h"
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <iostream>
 #include <memory>
 #include <optional>
 
 namespace {
 
+using Writes = std::vector<std::pair<Tag, std::vector<quint8>>>;
+
 // The writes that go out once, as soon as the link is up.
 class WatchWrites {
 public:
-    WatchWrites(Runtime &runtime, WatchValues &values) : queue_(runtime), values_(values) {}
-
-    void add(const Tag &tag, const std::vector<quint8> &data) { queue_.add(tag.item, data); }
+    WatchWrites(Runtime &runtime, bool keepGoing, const Writes &writes) : queue_(runtime, keepGoing), report_(runtime)
+    {
+        for (const auto &[tag, data] : writes) {
+            queue_.add(tag.item, data);
+            report_.add(tag.name, tag.item, tag.format, data);
+        }
+    }
 
     void pump()
     {
-        queue_.pump();
         if (settled_)
             return;
-        std::vector<Item> items;
-        for (const WritePiece &piece : queue_.pieces()) {
-            if (piece.outcome == WriteOutcome::WAITING || piece.outcome == WriteOutcome::IN_FLIGHT)
-                items.push_back(piece.item);
-        }
-        values_.setPending(items);
-        settled_ = items.empty();
+        queue_.pump();
+        settled_ = report_.settled() && queue_.settled();
+        if (settled_)
+            report_.finish("a write before it was not done; with --keep-going it would be sent all the same");
     }
 
-    bool anyRefused() const
+    /// True if nothing more happens to the writes.
+    bool settled() const { return settled_; }
+
+    std::vector<Item> openItems() const { return report_.openItems(); }
+
+    /// Reports what is left; returns the exit code of the writes.
+    int end()
     {
-        for (const WritePiece &piece : queue_.pieces()) {
-            if (piece.outcome == WriteOutcome::REFUSED)
-                return true;
-        }
-        return false;
+        report_.finish(endedEarly());
+        return report_.exitCode();
     }
 
 private:
-    WriteQueue   queue_;
-    WatchValues &values_;
-    bool         settled_ = false;
+    WriteQueue  queue_;
+    WriteReport report_;
+    bool        settled_ = false;
 };
 
-std::vector<std::pair<Tag, std::vector<quint8>>> parseWrites(const TagBook &book, const std::vector<std::string> &texts)
+Writes parseWrites(const TagBook &book, const std::vector<std::string> &texts)
 {
-    std::vector<std::pair<Tag, std::vector<quint8>>> writes;
+    Writes writes;
+    std::vector<Item> items;
     for (const std::string &text : texts) {
         const std::size_t equals = text.find('=');
         if (equals == std::string::npos)
@@ -62,7 +70,9 @@ std::vector<std::pair<Tag, std::vector<quint8>>> parseWrites(const TagBook &book
         std::vector<quint8> data;
         const Tag tag = book.resolveWithValues(text.substr(0, equals), Access::WRITE, {text.substr(equals + 1)}, data);
         writes.emplace_back(tag, data);
+        items.push_back(tag.item);
     }
+    refuseOverlaps(items);
     return writes;
 }
 
@@ -99,10 +109,8 @@ LineFormat lineFormat(WatchFormat format)
     return format == WatchFormat::CSV ? LineFormat::CSV : LineFormat::PLAIN;
 }
 
-int exitCode(Runtime &runtime, const WatchValues &values, const WatchWrites &writes, const WatchOptions &options)
+int exitCode(Runtime &runtime, const WatchValues &values, const WatchOptions &options)
 {
-    if (writes.anyRefused())
-        return EXIT_REFUSED;
     if (stopRequested())
         return EXIT_DONE;
     if (values.refused())
@@ -117,6 +125,14 @@ int exitCode(Runtime &runtime, const WatchValues &values, const WatchWrites &wri
     return EXIT_NO_LINK;
 }
 
+std::vector<Item> writtenItems(const Writes &writes)
+{
+    std::vector<Item> items;
+    for (const auto &write : writes)
+        items.push_back(write.first.item);
+    return items;
+}
+
 } // namespace
 
 int runWatch(const DriverLibrary &library, const LinkOptions &link, const WatchOptions &options)
@@ -124,12 +140,10 @@ int runWatch(const DriverLibrary &library, const LinkOptions &link, const WatchO
     const TagBook own(library);
     const TagBook &book = options.book ? *options.book : own;
     const std::vector<Tag> tags = book.resolveAll(options.items, Access::READ);
-    const auto toWrite = parseWrites(book, options.writes);
+    const Writes toWrite = parseWrites(book, options.writes);
     Runtime runtime(library, link);
-    WatchValues values(runtime, tags);
-    WatchWrites writes(runtime, values);
-    for (const auto &[tag, data] : toWrite)
-        writes.add(tag, data);
+    WatchWrites writes(runtime, options.keepGoing, toWrite);
+    WatchValues values(runtime, tags, writtenItems(toWrite), [&] { return writes.openItems(); });
     std::optional<WatchView> view;
     if (showsTable(link, options))
         view.emplace(runtime, values);
@@ -141,11 +155,14 @@ int runWatch(const DriverLibrary &library, const LinkOptions &link, const WatchO
         writes.pump();
         if (view)
             view->tick();
-        return options.changes > 0 && values.changes() >= static_cast<unsigned long>(options.changes);
+        return options.changes > 0 && values.changes() >= static_cast<unsigned long>(options.changes)
+               && writes.settled();
     });
     const std::string lastMessage = view ? view->lastMessage() : "";
     view.reset();
-    const int code = exitCode(runtime, values, writes, options);
+    const int written = writes.end();
+    const int watched = exitCode(runtime, values, options);
+    const int code    = std::max(written, watched);
     if (code != EXIT_DONE && !lastMessage.empty())
         std::cerr << lastMessage << std::endl;
     return code;

@@ -1,9 +1,11 @@
 #include "commands.h"
 
+#include "confirmation.h"
 #include "dry_run.h"
 #include "exit_codes.h"
 #include "fresh_values.h"
 #include "write_queue.h"
+#include "write_report.h"
 
 #include <algorithm>
 #include <iostream>
@@ -55,61 +57,38 @@ std::vector<Write> parseWrites(const TagBook &book, const std::vector<std::strin
     return writes;
 }
 
-std::string shownValue(const Tag &tag, const std::vector<quint8> &bytes)
-{
-    return withUnit(decodeValues(tag.format, bytes), tag.format);
-}
-
-// Prints what the PLC holds now; false if it is not what was written.
-bool report(const Runtime &runtime, const FreshValues &fresh, const Write &write)
-{
-    const Tag &tag = write.tag;
-    if (fresh.refused(tag.item)) {
-        std::cerr << "not known: " << tag.name << " could not be read back" << std::endl;
-        return false;
-    }
-    const std::vector<quint8> held = runtime.values(tag.item);
-    std::cout << tag.name << " = " << shownValue(tag, held) << '\n';
-    if (held == write.data)
-        return true;
-    std::cerr << "differs: " << tag.name << " was to be " << shownValue(tag, write.data) << ", the PLC holds "
-              << shownValue(tag, held) << std::endl;
-    return false;
-}
-
-bool anyRefused(const WriteQueue &queue)
-{
-    for (const WritePiece &piece : queue.pieces()) {
-        if (piece.outcome == WriteOutcome::REFUSED)
-            return true;
-    }
-    return false;
-}
-
-void sayOpenWrites(Runtime &runtime, const WriteQueue &queue)
-{
-    runtime.messages().finish();
-    for (const WritePiece &piece : queue.pieces()) {
-        if (piece.outcome == WriteOutcome::WAITING)
-            std::cerr << "not sent: the write of " << itemText(piece.item) << std::endl;
-        else if (piece.outcome == WriteOutcome::IN_FLIGHT || piece.outcome == WriteOutcome::UNCONFIRMED)
-            std::cerr << "unconfirmed: the write of " << itemText(piece.item) << std::endl;
-        else if (piece.outcome == WriteOutcome::ACCEPTED)
-            std::cerr << "not read back: the write of " << itemText(piece.item) << ", which the PLC acknowledged"
-                      << std::endl;
-    }
-}
-
 int showFrames(const TagBook &book, const LinkOptions &link, const std::vector<Write> &writes)
 {
     DryRun dryRun(book.library(), link);
     for (const Write &write : writes) {
-        std::cout << write.tag.name << " = " << shownValue(write.tag, write.data) << '\n';
+        std::cout << write.tag.name << " = " << shownValue(write.tag.format, write.data) << '\n';
         for (const std::string &line : dryRun.write(write.tag.item, write.data))
             std::cout << "  " << line << '\n';
     }
-    std::cerr << "dry run: nothing was sent" << std::endl;
+    std::cerr << dryRunText(link) << std::endl;
     return EXIT_DONE;
+}
+
+// The values that the PLC holds are read and shown first. Returns why nothing is to be written, or "".
+std::string askFirst(Runtime &runtime, FreshValues &fresh, const WriteReport &report, TimePoint end)
+{
+    if (!stepUntil(runtime, end, [&] { return fresh.complete(); }))
+        return endedEarly();
+    if (fresh.anyRefused())
+        return "the PLC refuses to read what it would replace";
+    std::vector<std::vector<quint8>> held;
+    for (const WriteReport::Order &order : report.orders())
+        held.push_back(runtime.values(order.item));
+    return isConfirmed(report.orders(), held) ? "" : "not confirmed";
+}
+
+std::string whyNotSent(const WriteQueue &queue, const FreshValues &fresh)
+{
+    if (queue.stopped())
+        return "a write before it was not done; with --keep-going it would be sent all the same";
+    if (fresh.allRefused())
+        return "the PLC refuses to read what is to be written, and nothing else proves the link";
+    return endedEarly();
 }
 
 } // namespace
@@ -119,30 +98,38 @@ int runWrite(const TagBook &book, const LinkOptions &link, Millis giveUp, const 
     const std::vector<Write> writes = parseWrites(book, options.writes);
     if (options.dryRun)
         return showFrames(book, link, writes);
+    if (options.confirm)
+        requireTerminal();
     Runtime runtime(book.library(), link);
-    WriteQueue queue(runtime);
+    WriteReport report(runtime);
+    WriteQueue queue(runtime, options.keepGoing);
     std::vector<Item> items;
-    for (const Write &write : writes) {
-        queue.add(write.tag.item, write.data);
-        items.push_back(write.tag.item);
+    for (const auto &[tag, data] : writes) {
+        report.add(tag.name, tag.item, tag.format, data);
+        queue.add(tag.item, data);
+        items.push_back(tag.item);
     }
-    FreshValues fresh(runtime, items);
-    const TimePoint end = Clock::now() + giveUp;
-    const bool sent = stepUntil(runtime, end, [&] {
-        queue.pump();
-        return queue.settled() || fresh.allRefused();
+    report.onResult([](const WriteReport::Order &order) {
+        std::cout << order.name << " = " << shownValue(order.format, *order.held) << std::endl;
     });
-    if (fresh.allRefused()) {
-        sayOpenWrites(runtime, queue);
-        return EXIT_REFUSED;
+    FreshValues fresh(runtime, items);
+    TimePoint end = Clock::now() + giveUp;
+    if (options.confirm) {
+        const std::string reason = askFirst(runtime, fresh, report, end);
+        if (!reason.empty()) {
+            report.finish(reason);
+            if (reason == endedEarly())
+                noAnswer(runtime, giveUp);
+            return report.exitCode();
+        }
+        end = Clock::now() + giveUp;
     }
-    fresh.restart();
-    if (!sent || !stepUntil(runtime, end, [&] { return fresh.complete(); })) {
-        sayOpenWrites(runtime, queue);
-        return noAnswer(runtime, giveUp);
-    }
-    bool agrees = true;
-    for (const Write &write : writes)
-        agrees = report(runtime, fresh, write) && agrees;
-    return agrees && !anyRefused(queue) ? EXIT_DONE : EXIT_REFUSED;
+    const bool done = stepUntil(runtime, end, [&] {
+        queue.pump();
+        return (queue.settled() && report.settled()) || fresh.allRefused();
+    });
+    report.finish(whyNotSent(queue, fresh));
+    if (!done)
+        noAnswer(runtime, giveUp);
+    return report.exitCode();
 }

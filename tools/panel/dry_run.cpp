@@ -41,7 +41,7 @@ std::string writeFrameText(const FRAME_PRO &request)
 
 DryRun::DryRun(const DriverLibrary &library, const LinkOptions &options) : library_(library), options_(options)
 {
-    installChangeFeed(library_);
+    installChangeFeed(library_, false);
     const std::string property = std::to_string(options_.station) + "#0#0#" + std::to_string(options_.retries) + "#"
                                  + std::to_string(options_.wordsPerFrame);
     qint32 status = 0;
@@ -98,4 +98,12 @@ std::vector<std::string> DryRun::writeRecipe(const std::vector<RecipeEntry> &ent
     while (memory_.flag(RECIPE_WRITE_FLAG) && exchange(lines)) {
     }
     return lines;
+}
+
+std::string dryRunText(const LinkOptions &options)
+{
+    const std::string mode = options.allowModeChange
+                                 ? "asked for MONITOR mode, in which its program runs (--allow-mode-change)"
+                                 : "not asked for another one; --allow-mode-change asks for MONITOR mode";
+    return "if the PLC refuses for its operating mode, it is " + mode + "\ndry run: nothing was sent";
 }

@@ -30,4 +30,7 @@ private:
 /// "DM:100:2: area 82, wire address 0064 00, count 0002, bytes 00 00 3F C0" for the frame of a write.
 std::string writeFrameText(const FRAME_PRO &request);
 
+/// What a dry run says behind its frames: that nothing was sent, and whether the write may change the PLC's mode.
+std::string dryRunText(const LinkOptions &options);
+
 #endif

@@ -17,7 +17,7 @@ const char MODEL[]   = "this PLC may be of another series; compare its memory ar
 const char SHORTER[] = "use fewer --words-per-frame; 'fins_panel bench' finds how many the PLC takes";
 const char RANGE[]   = "this PLC has less memory than the largest one; compare the address with its manual";
 const char PROTECT[] = "lift the write protection: CPU unit's DIP switch, UM protection or the unit's FINS settings";
-const char MODE[]    = "the operating mode is not the right one; the driver asks for MONITOR mode on a write";
+const char MODE[]    = "the operating mode is not the right one; --allow-mode-change asks for MONITOR mode on a write";
 const char FRAME[]   = "the request was damaged or the PLC is of another series; look at it with --trace=full";
 const char ACCESS[]  = "wait, or end the programming software that holds the access right";
 const char SPEECH[]  = "the PLC did not understand this program; look at the frames with --trace=full";
@@ -128,9 +128,20 @@ const std::uint16_t FLAGS = 0x80C0;
 
 } // namespace
 
+std::uint16_t plainEndCode(std::uint16_t endCode)
+{
+    return static_cast<std::uint16_t>(endCode & ~FLAGS);
+}
+
 bool isNormalEnd(std::uint16_t endCode)
 {
-    return (endCode & ~FLAGS) == 0;
+    return plainEndCode(endCode) == 0;
+}
+
+bool isModeEndCode(std::uint16_t endCode)
+{
+    const std::uint16_t plain = plainEndCode(endCode);
+    return plain == 0x2203 || plain == 0x2204 || plain == 0x2206;
 }
 
 static std::uint32_t withoutFlags(std::uint16_t endCode)

@@ -10,6 +10,12 @@
 /// flags of a CPU unit error (bits 6 and 7) travel in the same two bytes and do not make a command fail.
 bool isNormalEnd(std::uint16_t endCode);
 
+/// The end code without these flags.
+std::uint16_t plainEndCode(std::uint16_t endCode);
+
+/// True if the command was refused since the CPU unit is in PROGRAM, DEBUG or RUN mode.
+bool isModeEndCode(std::uint16_t endCode);
+
 /// "1103 (address range error)", or the number alone if the code is not a known one. The flags are left out.
 std::string endCodeText(std::uint16_t endCode);
 

@@ -36,6 +36,11 @@ bool FreshValues::refused(const Item &item) const
     return false;
 }
 
+std::string endedEarly()
+{
+    return stopRequested() ? "interrupted" : "no answer in time";
+}
+
 int noAnswer(Runtime &runtime, Millis giveUp)
 {
     runtime.messages().finish();

@@ -48,6 +48,9 @@ bool stepUntil(Runtime &runtime, TimePoint giveUp, Condition done)
     return true;
 }
 
+/// Why a command ended before its work was done: "interrupted" or "no answer in time".
+std::string endedEarly();
+
 /// Says in one line that no answer came in time; returns the program's exit code.
 int noAnswer(Runtime &runtime, Millis giveUp);
 

@@ -33,7 +33,7 @@ void fillRecipeBuffer(LowMemory &memory, const std::vector<RecipeEntry> &pieces,
 
 RecipeTransfer::RecipeTransfer(Runtime &runtime, const std::vector<RecipeEntry> &entries)
     : runtime_(runtime), pieces_(layOutRecipe(entries, runtime.options().wordsPerFrame)), doneWords_(0), totalWords_(0),
-      kind_(RequestKind::READ), begun_(false), running_(false), lost_(false), refused_(false)
+      kind_(RequestKind::READ), running_(false), lost_(false), refused_(false), switched_(false)
 {
     planRecipe(runtime.library(), pieces_, runtime.options().station);
     for (const RecipeEntry &piece : pieces_)
@@ -48,14 +48,14 @@ RecipeTransfer::RecipeTransfer(Runtime &runtime, const std::vector<RecipeEntry> 
 
 void RecipeTransfer::note(const Exchange &exchange)
 {
-    // A write that the operating mode forbids is sent again after the mode change.
-    if (exchange.judgement.verdict == Verdict::REFUSED && (exchange.accepted || exchange.kind == RequestKind::READ))
+    const bool isModeChange = exchange.kind == RequestKind::MODE_CHANGE;
+    if (exchange.judgement.verdict == Verdict::REFUSED && !exchange.switches)
         refused_ = true;
+    else if (isModeChange && exchange.accepted)
+        switched_ = true;
     if (!running_ || !exchange.accepted || exchange.kind != kind_)
         return;
     const FRAME_PRO &request = exchange.request;
-    if (kind_ == RequestKind::WRITE && exchange.judgement.verdict == Verdict::GOOD)
-        unconfirmed_.settle(request.regType, request.address, request.count);
     doneWords_ += static_cast<std::size_t>(request.count);
     if (progress_)
         progress_(doneWords_, totalWords_);
@@ -64,13 +64,11 @@ void RecipeTransfer::note(const Exchange &exchange)
 TransferEnd RecipeTransfer::write(TimePoint giveUp)
 {
     fillRecipeBuffer(runtime_.memory(), pieces_, true);
-    std::vector<Item> items;
-    for (const RecipeEntry &piece : pieces_)
-        items.push_back(piece.item);
-    unconfirmed_.expect(items);
-    kind_  = RequestKind::WRITE;
-    begun_ = false;
-    return run(RECIPE_WRITE_FLAG, giveUp);
+    kind_ = RequestKind::WRITE;
+    TransferEnd end = run(RECIPE_WRITE_FLAG, giveUp);
+    while (switched_)
+        end = run(RECIPE_WRITE_FLAG, giveUp);
+    return end;
 }
 
 TransferEnd RecipeTransfer::read(TimePoint giveUp)
@@ -85,14 +83,14 @@ TransferEnd RecipeTransfer::read(TimePoint giveUp)
 
 TransferEnd RecipeTransfer::run(std::size_t flag, TimePoint giveUp)
 {
-    refused_ = false;
-    running_ = false;
+    refused_  = false;
+    running_  = false;
+    switched_ = false;
     if (!stepUntil(runtime_, giveUp, [this] { return refused_ || runtime_.canWrite(); }))
         return TransferEnd::NO_LINK;
     if (refused_)
         return TransferEnd::REFUSED;
     lost_      = false;
-    begun_     = true;
     running_   = true;
     doneWords_ = 0;
     runtime_.startRecipe(flag);

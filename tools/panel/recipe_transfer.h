@@ -1,7 +1,6 @@
 #ifndef PANEL_RECIPE_TRANSFER_H
 #define PANEL_RECIPE_TRANSFER_H
 
-#include "coverage.h"
 #include "recipe_file.h"
 #include "runtime.h"
 
@@ -12,7 +11,7 @@
 
 enum class TransferEnd {
     DONE,
-    REFUSED, // the PLC refused a block
+    REFUSED, // the PLC refused a block; what is behind it was not sent
     CUT_OFF, // the link was lost: some blocks may have been written, others not
     NO_LINK  // not in time, or the program is asked to end
 };
@@ -34,7 +33,7 @@ public:
     /// A call with the words done so far and all words, after every block.
     void onProgress(std::function<void(std::size_t done, std::size_t total)> call) { progress_ = std::move(call); }
 
-    /// Writes the values of the entries, once.
+    /// Writes the values of the entries, once; again from the start after a change of the PLC's operating mode.
     TransferEnd write(TimePoint giveUp);
 
     /// Reads all words, anew after a lost link. Never ends with CUT_OFF.
@@ -43,12 +42,6 @@ public:
     /// The words that the latest read has brought.
     std::vector<quint8> values(const Item &item);
 
-    /// True if the latest write was begun: words of it may be in the PLC.
-    bool begun() const { return begun_; }
-
-    /// True if the PLC has acknowledged every word of the item in the latest write.
-    bool confirmed(const Item &item) const { return !unconfirmed_.awaits(item); }
-
 private:
     TransferEnd run(std::size_t flag, TimePoint giveUp);
     void note(const Exchange &exchange);
@@ -56,15 +49,14 @@ private:
 
     Runtime                       &runtime_;
     const std::vector<RecipeEntry> pieces_;      // as they lie in the buffer
-    Coverage                       unconfirmed_; // words of a write without an acknowledgement
     std::function<void(std::size_t, std::size_t)> progress_;
     std::size_t                    doneWords_;
     std::size_t                    totalWords_;
     RequestKind                    kind_;        // of the transfer's requests
-    bool                           begun_;
     bool                           running_;
     bool                           lost_;        // since the transfer began
     bool                           refused_;     // since the transfer began
+    bool                           switched_;    // the transfer was cut off by a change of the PLC's operating mode
 };
 
 #endif

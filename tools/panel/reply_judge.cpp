@@ -9,7 +9,6 @@ enum {
     TCP_SIZE       = 16,
     HANDSHAKE_SIZE = 24,
     FINS_COMMAND   = 26, // 2  MRC, SRC
-    FINS_END_CODE  = 28, // 2  MRES, SRES
     FINS_REPLY_SIZE = 30 // a reply without data ends here
 };
 
@@ -28,7 +27,7 @@ static std::uint32_t get32(const std::uint8_t *at)
 
 bool carriesFins(const std::uint8_t *frame, std::size_t size)
 {
-    return size >= FINS_END_CODE && get32(frame + TCP_COMMAND) == TCP_FINS_FRAME;
+    return size >= FRAME_END_CODE && get32(frame + TCP_COMMAND) == TCP_FINS_FRAME;
 }
 
 RequestKind requestKind(const std::uint8_t *request, std::size_t size)
@@ -62,7 +61,7 @@ Judgement judgeReply(const std::uint8_t *request, std::size_t requestSize, const
         return {Verdict::NO_ANSWER, 0};
     if (get16(reply + FINS_COMMAND) != get16(request + FINS_COMMAND))
         return {Verdict::NO_ANSWER, 0};
-    const std::uint16_t endCode = get16(reply + FINS_END_CODE);
+    const std::uint16_t endCode = get16(reply + FRAME_END_CODE);
     if (!isNormalEnd(endCode))
         return {Verdict::REFUSED, endCode};
     return {Verdict::GOOD, 0};

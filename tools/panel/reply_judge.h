@@ -31,7 +31,8 @@ struct Judgement {
 enum {
     REPLY_CLIENT_NODE = 19, // 1  handshake: this node
     REPLY_SERVER_NODE = 23, // 1  handshake: the PLC's node
-    FRAME_SID         = 25  // 1  service ID of a command and of its reply
+    FRAME_SID         = 25, // 1  service ID of a command and of its reply
+    FRAME_END_CODE    = 28  // 2  MRES, SRES of a reply
 };
 
 RequestKind requestKind(const std::uint8_t *request, std::size_t size);

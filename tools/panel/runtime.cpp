@@ -1,6 +1,7 @@
 #include "runtime.h"
 
 #include "change_feed.h"
+#include "exit_codes.h"
 #include "fins_codes.h"
 #include "stop_flag.h"
 #include "trace.h"
@@ -25,13 +26,18 @@ static const int WRITES_BEFORE_POLL = 5;
 
 static const Millis IDLE_PAUSE(10);
 
+// The mode change is the second request in a row without an accepted reply.
+static const qint32 MODE_CHANGE_RETRIES = 2;
+
 Runtime::Runtime(const DriverLibrary &library, const LinkOptions &options)
     : library_(library), options_(options), link_(options.timeout), state_(Clock::now()), plan_(options.refusedPause),
-      request_(), needsNodes_(false), inFlight_(false), lastSid_(0), wasOnline_(false), writesSincePoll_(0),
+      request_(), hasSwitched_(false), needsNodes_(false), inFlight_(false), lastSid_(0), wasOnline_(false), writesSincePoll_(0),
       statistics_(options.statistics ? *options.statistics : ownStatistics_), answering_(false), clientNode_(0),
       serverNode_(0), roundTrip_(0)
 {
-    installChangeFeed(library_);
+    if (options_.allowModeChange && options_.retries < MODE_CHANGE_RETRIES)
+        throw UsageError("--allow-mode-change needs --retries 2 or more: with 1 the driver drops the link instead");
+    installChangeFeed(library_, false);
     configure();
     reply_.reserve(static_cast<int>(ReplyAssembler::REPLY_LIMIT));
     if (options_.trace == TraceMode::LINE || options_.trace == TraceMode::FULL) {
@@ -69,6 +75,11 @@ void Runtime::handOverPlan()
 {
     QList<KEY_ADDRESS> plan = plan_.addresses(options_.wordsPerFrame);
     library_.addrMerge(plan);
+    handOverNodes();
+}
+
+void Runtime::handOverNodes()
+{
     if (!needsNodes_ || library_.getSendFrame(&request_) == 0)
         return;
     QByteArray nodes = nodes_;
@@ -104,6 +115,7 @@ void Runtime::idle()
 
 void Runtime::step(TimePoint wakeAt)
 {
+    link_.setLimit(wakeAt);
     if (state_.phase() != LinkPhase::WAITING) {
         exchange();
         const bool pauses = options_.interval > Millis(0) && state_.phase() != LinkPhase::WAITING;
@@ -123,10 +135,10 @@ void Runtime::connect()
         state_.on(LinkEvent::CONNECTED, Clock::now());
         return;
     }
-    if (stopRequested())
+    trouble_ = {link_.failure(), 0, LinkPhase::WAITING, link_.problem()};
+    if (stopRequested() || link_.isOver())
         return;
     state_.on(LinkEvent::LOST, Clock::now());
-    trouble_ = {link_.failure(), 0, LinkPhase::WAITING, link_.problem()};
     ++statistics_.losses;
     statistics_.noteError("no link to " + peer() + ": " + link_.problem());
     messages_.say("no link to " + peer() + ": " + link_.problem() + ", retrying in "
@@ -141,6 +153,10 @@ ExchangeStatus Runtime::transfer(RequestKind kind, std::size_t size)
     if (isPoll && writesSincePoll_ > 0 && !recipeRunning())
         writesSincePoll_ = 0;
     ++statistics_.requests;
+    if (kind == RequestKind::WRITE || kind == RequestKind::MODE_CHANGE) {
+        for (const auto &call : orderCalls_)
+            call(request_, kind);
+    }
     const bool traced = options_.trace != TraceMode::NONE;
     if (traced)
         traceFrame(options_.trace, '>', request_.frame, size);
@@ -189,6 +205,10 @@ void Runtime::exchange()
     inFlight_ = true;
     const std::size_t size = static_cast<std::size_t>(std::clamp<qint32>(request_.sendLen, 0, VALUE_BUFFER_SIZE));
     const RequestKind kind = requestKind(request_.frame, size);
+    if (kind == RequestKind::MODE_CHANGE && !options_.allowModeChange) {
+        closeJob();
+        return;
+    }
     const ExchangeStatus status = transfer(kind, size);
     if (status == ExchangeStatus::INTERRUPTED)
         return;
@@ -220,9 +240,16 @@ void Runtime::handOver(RequestKind kind, const Judgement &judgement)
     }
     if (judgement.verdict == Verdict::REFUSED)
         sayRefusal(kind, judgement);
-    const bool shown = judgement.verdict == Verdict::GOOD
-                       || (judgement.verdict == Verdict::REFUSED && kind != RequestKind::READ);
-    const std::size_t size = shown ? link_.replySize() : 0;
+    const bool answered = judgement.verdict == Verdict::GOOD || judgement.verdict == Verdict::REFUSED;
+    if (kind == RequestKind::MODE_CHANGE && answered) {
+        endModeChange(judgement);
+        return;
+    }
+    if (kind == RequestKind::WRITE && judgement.verdict == Verdict::REFUSED) {
+        refuseWrite(judgement);
+        return;
+    }
+    const std::size_t size = judgement.verdict == Verdict::GOOD ? link_.replySize() : 0;
     reply_.resize(static_cast<int>(size));
     std::memcpy(reply_.data(), link_.reply(), size);
     const bool isRefusedPoll = judgement.verdict == Verdict::REFUSED && kind == RequestKind::READ && !recipeRunning();
@@ -245,6 +272,40 @@ void Runtime::handOver(RequestKind kind, const Judgement &judgement)
              failure);
 }
 
+void Runtime::refuseWrite(const Judgement &judgement)
+{
+    const bool switches = startModeChange(judgement);
+    for (const auto &call : exchangeCalls_)
+        call({request_, RequestKind::WRITE, judgement, false, switches});
+    if (!switches)
+        closeJob();
+}
+
+// Lets the driver put its RUN command before the write that was refused. It looks for the end code alone, so it gets
+// the reply without the flags of the CPU unit. Returns false if the PLC's mode is not to be changed, or was changed for
+// nothing, or if the driver gives up, after other replies that were missing.
+bool Runtime::startModeChange(const Judgement &judgement)
+{
+    const auto endCode = static_cast<std::uint16_t>(judgement.code);
+    if (!options_.allowModeChange || hasSwitched_ || !isModeEndCode(endCode))
+        return false;
+    reply_.resize(static_cast<int>(link_.replySize()));
+    std::memcpy(reply_.data(), link_.reply(), link_.replySize());
+    reply_[FRAME_END_CODE]     = static_cast<char>(plainEndCode(endCode) >> 8);
+    reply_[FRAME_END_CODE + 1] = static_cast<char>(plainEndCode(endCode) & 0xFF);
+    return library_.dealRcvFrame(reply_, info_) == DEAL_REJECTED;
+}
+
+// The PLC has answered; the driver's job, the refused write, is over in any case.
+void Runtime::endModeChange(const Judgement &judgement)
+{
+    const FRAME_PRO request = request_;
+    hasSwitched_ = judgement.verdict == Verdict::GOOD;
+    closeJob();
+    for (const auto &call : exchangeCalls_)
+        call({request, RequestKind::MODE_CHANGE, judgement, judgement.verdict == Verdict::GOOD});
+}
+
 void Runtime::noteNodes()
 {
     state_.on(LinkEvent::HANDSHAKE_ACCEPTED, Clock::now());
@@ -257,8 +318,7 @@ void Runtime::noteNodes()
 
 void Runtime::accepted(RequestKind kind)
 {
-    // The request that a mode change was put before is still in the driver.
-    inFlight_ = kind == RequestKind::MODE_CHANGE;
+    inFlight_ = false;
     if (kind == RequestKind::HANDSHAKE) {
         noteNodes();
     } else if (kind == RequestKind::READ) {
@@ -269,8 +329,7 @@ void Runtime::accepted(RequestKind kind)
             noteRead();
     } else if (kind == RequestKind::WRITE) {
         statistics_.wordsWritten += static_cast<unsigned long>(request_.count);
-    } else if (kind == RequestKind::MODE_CHANGE) {
-        messages_.say("the PLC was asked for MONITOR mode");
+        hasSwitched_ = false;
     }
 }
 
@@ -282,14 +341,14 @@ std::string Runtime::refusalText(RequestKind kind) const
            + itemText(request_.regType, request_.address, request_.count) + ": ";
 }
 
-// A refusal that comes again and again is said once.
+// A refusal that comes again and again is said once. What became of writes and mode changes says who ordered them.
 void Runtime::sayRefusal(RequestKind kind, const Judgement &judgement)
 {
     const std::string code = endCodeText(static_cast<std::uint16_t>(judgement.code));
     problem_ = "the PLC refuses " + code;
     const std::string text = refusalText(kind);
     statistics_.noteError(text + code);
-    if (!saidRefusals_.insert(text + code).second)
+    if (kind != RequestKind::READ || !saidRefusals_.insert(text + code).second)
         return;
     messages_.say(text + code);
     messages_.say("hint: " + endCodeHint(static_cast<std::uint16_t>(judgement.code)));
@@ -316,6 +375,19 @@ void Runtime::makeUnconnected()
         if (library_.dealRcvFrame(reply_, info_) == DEAL_DROPPED)
             return;
     }
+}
+
+// Closes the job in progress as failed, while the connection stands: the driver then takes itself for unconnected, and
+// gets the node addresses of the connection once more. A recipe transfer ends with its job.
+void Runtime::closeJob()
+{
+    makeUnconnected();
+    inFlight_ = false;
+    memory_.setFlag(RECIPE_WRITE_FLAG, false);
+    memory_.setFlag(RECIPE_READ_FLAG, false);
+    state_.on(LinkEvent::NODES_FORGOTTEN, sentAt_);
+    needsNodes_ = true;
+    handOverNodes();
 }
 
 // The driver has no request in flight and takes itself for connected.

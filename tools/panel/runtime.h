@@ -28,6 +28,11 @@
 //
 // A poll read that the PLC refuses as often as `retries` says is left out of the plan for a while. The driver closes
 // such a read only together with its link, so it gets the node addresses of the connection, which stands, once more.
+//
+// A write that the PLC refuses is closed in the same way, so that nothing behind it goes out by itself. Where the PLC's
+// operating mode is the reason the driver would put a RUN command before the write and send both. Its RUN command goes
+// out only with the user's consent; the write behind it never does, since the driver would reject its acknowledgement
+// for the service ID: who ordered the write hands it over again.
 
 struct LinkOptions {
     std::string host;
@@ -37,7 +42,7 @@ struct LinkOptions {
     qint32 wordsPerFrame = 64;
     qint32 retries       = 3;  // rejected or missing replies in a row that drop the link
     qint32 station       = 1;
-    bool allowModeChange = false; // the driver may switch the PLC to MONITOR mode when a write needs it
+    bool allowModeChange = false; // a write that the operating mode forbids may switch the PLC to MONITOR mode
     Millis refusedPause  = PollPlan::PAUSE; // until a block that the PLC refused is read again
     TraceMode trace      = TraceMode::NONE;
     Statistics *statistics = nullptr; // counts here; null: nobody wants to know
@@ -53,6 +58,7 @@ struct Exchange {
     RequestKind      kind;
     Judgement        judgement; // of the reply as it was received
     bool             accepted;  // by the driver
+    bool             switches = false; // a write was refused for the operating mode, and the PLC is asked for another
 };
 
 /// Why the link is not up, as of the last attempt or loss.
@@ -65,6 +71,7 @@ struct LinkTrouble {
 
 class Runtime {
 public:
+    /// Throws UsageError for options that do not go together.
     Runtime(const DriverLibrary &library, const LinkOptions &options);
 
     /// Replaces the cyclic poll, nothing being left out. At least one item is needed before the first step.
@@ -82,11 +89,15 @@ public:
     void onExchange(std::function<void(const Exchange &)> call) { exchangeCalls_.push_back(std::move(call)); }
     void onLost(std::function<void()> call) { lostCalls_.push_back(std::move(call)); }
 
+    /// Calls `call` just before a write or a change of the operating mode is sent, each time that it is sent.
+    void onOrder(std::function<void(const FRAME_PRO &, RequestKind)> call) { orderCalls_.push_back(std::move(call)); }
+
     /// Calls `tick` several times a second while step() waits for something. It may call none of the driver's
     /// functions but through values().
     void onTick(std::function<void()> tick) { link_.onTick(std::move(tick)); }
 
-    /// One attempt to connect, one request with its reply, or a pause that ends at `wakeAt` at the latest.
+    /// One attempt to connect, one request with its reply, or a pause; it ends at `wakeAt` at the latest. A request
+    /// whose reply has not come by then counts as interrupted, and is not reported.
     void step(TimePoint wakeAt);
 
     LinkPhase phase() const { return state_.phase(); }
@@ -151,6 +162,11 @@ private:
     [[gnu::cold]] void sayRefusal(RequestKind kind, const Judgement &judgement);
     [[gnu::cold]] void noteRejection(const Judgement &judgement);
     [[gnu::cold]] void makeUnconnected();
+    [[gnu::cold]] void closeJob();
+    [[gnu::cold]] void handOverNodes();
+    [[gnu::cold]] void refuseWrite(const Judgement &judgement);
+    [[gnu::cold]] void endModeChange(const Judgement &judgement);
+    [[gnu::cold]] bool startModeChange(const Judgement &judgement);
     [[gnu::cold]] void loseInPause();
     [[gnu::cold]] void lose(const std::string &reason, LinkFailure failure, std::uint32_t tcpError = 0);
 
@@ -163,6 +179,7 @@ private:
     FRAME_PRO            request_;        // the request in flight
     QByteArray           reply_;          // the reply as the driver gets it
     QByteArray           nodes_;          // the reply with the node addresses of this connection
+    bool                 hasSwitched_;    // the PLC has changed its mode, and no write was accepted since
     bool                 needsNodes_;     // the driver has forgotten them, though the connection stands
     QString              info_;
     bool                 inFlight_;       // the driver still holds a request that awaits its reply
@@ -182,6 +199,7 @@ private:
     Micros               roundTrip_;
     std::vector<std::function<void(const Exchange &)>> exchangeCalls_;
     std::vector<std::function<void()>>                 lostCalls_;
+    std::vector<std::function<void(const FRAME_PRO &, RequestKind)>> orderCalls_;
 };
 
 #endif

@@ -137,6 +137,11 @@ std::string withUnit(const std::string &text, const ValueFormat &format)
     return format.unit.empty() ? text : text + " " + format.unit;
 }
 
+std::string shownValue(const ValueFormat &format, const std::vector<quint8> &bytes)
+{
+    return withUnit(decodeValues(format, bytes), format);
+}
+
 bool isTagName(const std::string &text)
 {
     for (std::size_t i = 0; i < text.size(); ++i) {

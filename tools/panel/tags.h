@@ -80,6 +80,9 @@ std::string itemName(const Item &item, const ValueFormat &format);
 /// `text` with the unit behind it, if it has one.
 std::string withUnit(const std::string &text, const ValueFormat &format);
 
+/// The values in `bytes` as texts, with their unit.
+std::string shownValue(const ValueFormat &format, const std::vector<quint8> &bytes);
+
 /// True for a name that no address, data type, value list or comment can be mistaken for: letters, digits, _ . and -,
 /// where the first is a letter or _. Letters of other alphabets are letters too.
 bool isTagName(const std::string &text);

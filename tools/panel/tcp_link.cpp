@@ -108,7 +108,7 @@ bool TcpLink::connect(const std::string &host, const std::string &port)
         connectTo(error, numbers);
     else
         resolver.async_resolve(host, port, connectTo);
-    const bool ended = runUntil(context, done, start + timeout_, [this] { tick(); });
+    const bool ended = runUntil(context, done, deadlineFrom(start), [this] { tick(); });
     resolveTime_ = resolvedAt - start;
     connectTime_ = Clock::now() - resolvedAt;
     if (!ended && !resolved)
@@ -157,6 +157,14 @@ void TcpLink::adopt(int connected)
     late_.forget();
 }
 
+// The longest that the first receive of an exchange waits; at least one millisecond: 0 would mean for ever.
+Millis TcpLink::firstWait() const
+{
+    if (limit_ == TimePoint::max())
+        return timeout_;
+    return std::clamp(std::chrono::duration_cast<Millis>(limit_ - Clock::now()), Millis(1), timeout_);
+}
+
 // The longest that one receive may block.
 Millis TcpLink::slice(Millis wait) const
 {
@@ -176,7 +184,7 @@ ExchangeStatus TcpLink::exchange(const std::uint8_t *request, std::size_t size, 
 {
     assembler_.beginReply();
     failure_ = LinkFailure::NONE;
-    setReceiveTimeout(slice(timeout_));
+    setReceiveTimeout(slice(firstWait()));
     const ExchangeStatus sent = sendAll(request, size);
     if (sent != ExchangeStatus::REPLY)
         return sent;
@@ -209,8 +217,9 @@ ExchangeStatus TcpLink::sendAll(const std::uint8_t *request, std::size_t size)
 
 ExchangeStatus TcpLink::receiveReply(const std::uint8_t *request, std::size_t size, TimePoint start)
 {
+    const TimePoint deadline = deadlineFrom(start);
     for (;;) {
-        const ExchangeStatus received = receiveSome(start + timeout_);
+        const ExchangeStatus received = receiveSome(deadline);
         if (received != ExchangeStatus::REPLY)
             return received;
         while (assembler_.state() == AssemblyState::COMPLETE && isLate(request, size)) {
@@ -231,7 +240,7 @@ ExchangeStatus TcpLink::receiveReply(const std::uint8_t *request, std::size_t si
             stray_.assign(reply(), reply() + std::min(assembler_.leftOver(), STRAY_LIMIT));
             return noReply(LinkFailure::WRONG_PROTOCOL, "the reply has an impossible length");
         }
-        if (!awaitUntil(start + timeout_))
+        if (!awaitUntil(deadline))
             return notInTime();
     }
 }
@@ -259,6 +268,8 @@ ExchangeStatus TcpLink::receiveSome(TimePoint deadline)
 
 ExchangeStatus TcpLink::notInTime()
 {
+    if (isOver())
+        return ExchangeStatus::INTERRUPTED;
     const std::size_t part = assembler_.leftOver();
     if (part == 0)
         return noReply(LinkFailure::SILENCE, "no reply in time");

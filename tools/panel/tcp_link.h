@@ -5,6 +5,7 @@
 #include "link_state.h"
 #include "reply_assembler.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -18,7 +19,7 @@ enum class ExchangeStatus {
     REPLY,      // reply() holds one reply
     NO_REPLY,   // none came in time, or what came is no FINS/TCP reply: problem() says which
     LOST,       // the connection is closed: problem() says why
-    INTERRUPTED // the program is asked to end
+    INTERRUPTED // the program is asked to end, or its time is over: the reply may still come
 };
 
 /// Why a connection could not be made, or an exchange brought no reply.
@@ -46,6 +47,10 @@ public:
     ~TcpLink();
     TcpLink(const TcpLink &) = delete;
     TcpLink &operator=(const TcpLink &) = delete;
+
+    /// No call below waits beyond `limit`, whatever its own timeout; at the limit an exchange is INTERRUPTED.
+    void setLimit(TimePoint limit) { limit_ = limit; }
+    bool isOver() const { return limit_ != TimePoint::max() && Clock::now() >= limit_; }
 
     /// Resolves and connects within the timeout. On failure problem() says why.
     bool connect(const std::string &host, const std::string &port);
@@ -86,6 +91,7 @@ private:
     ExchangeStatus receiveReply(const std::uint8_t *request, std::size_t size, TimePoint start);
     ExchangeStatus receiveSome(TimePoint deadline);
     bool isLate(const std::uint8_t *request, std::size_t size);
+    Millis firstWait() const;
     Millis slice(Millis wait) const;
     void setReceiveTimeout(Millis timeout);
 
@@ -95,9 +101,11 @@ private:
     [[gnu::cold]] bool awaitUntil(TimePoint deadline);
     [[gnu::cold]] ExchangeStatus noReply(LinkFailure failure, const std::string &reason);
     [[gnu::cold]] ExchangeStatus notInTime();
+    TimePoint deadlineFrom(TimePoint start) const { return std::min(start + timeout_, limit_); }
     [[gnu::cold]] ExchangeStatus lost(const std::string &reason);
 
     const Millis   timeout_;
+    TimePoint      limit_ = TimePoint::max();
     Millis         receiveTimeout_; // as the socket has it
     int            socket_;         // -1: not connected
     ReplyAssembler assembler_;

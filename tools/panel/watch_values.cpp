@@ -40,12 +40,16 @@ static Quality unconfirmed(const WatchedValue &value)
     return value.text.empty() ? Quality::NOT_CONNECTED : Quality::LAST_KNOWN;
 }
 
-WatchValues::WatchValues(Runtime &runtime, const std::vector<Tag> &tags)
-    : runtime_(runtime), values_(singleValues(tags)), pending_(values_.size(), false), changes_(0), silent_(true)
+WatchValues::WatchValues(Runtime &runtime, const std::vector<Tag> &tags, const std::vector<Item> &others,
+                         std::function<std::vector<Item>()> pending)
+    : runtime_(runtime), values_(singleValues(tags)), pending_(values_.size(), false),
+      pendingItems_(std::move(pending)), anyPending_(!pendingItems_().empty()), changes_(0), silent_(true)
 {
-    const std::vector<Item> items = itemsOf(tags);
-    runtime.watch(items);
+    std::vector<Item> items = itemsOf(tags);
     stale_.expect(items);
+    items.insert(items.end(), others.begin(), others.end());
+    installChangeFeed(runtime.library(), true);
+    runtime.watch(items);
     for (std::size_t i = 0; i < values_.size(); ++i) {
         const Item &item = values_[i].item;
         inOrder_.push_back(i);
@@ -56,12 +60,15 @@ WatchValues::WatchValues(Runtime &runtime, const std::vector<Tag> &tags)
         return std::tie(values_[a].item.regType, values_[a].item.address)
                < std::tie(values_[b].item.regType, values_[b].item.address);
     });
+    markPending();
     runtime.onExchange([this](const Exchange &exchange) { noteExchange(exchange); });
     runtime.onLost([this] { noteLost(); });
 }
 
 void WatchValues::noteExchange(const Exchange &exchange)
 {
+    if (anyPending_)
+        markPending();
     if (!runtime_.answering()) {
         noteSilence();
         return;
@@ -114,21 +121,16 @@ void WatchValues::noteFresh(const Item &block)
     if (stale_.complete() || stale_.settle(block.regType, block.address, block.count) == 0)
         return;
     for (const std::size_t i : inOrder_) {
-        WatchedValue &value = values_[i];
-        if (!shareWord(value.item, block) || stale_.awaits(value.item))
+        if (!shareWord(values_[i].item, block) || stale_.awaits(values_[i].item))
             continue;
-        const bool isFirst = value.text.empty();
-        if (isFirst) {
-            value.quality = pending_[i] ? Quality::WRITE_PENDING : Quality::GOOD;
-            value.text    = decodeValues(value.format, runtime_.values(value.item));
-        }
-        if (isFirst && call_)
-            call_({WatchEvent::FIRST, value, ""});
-        if (!isFirst)
-            setQuality(value, pending_[i] ? Quality::WRITE_PENDING : Quality::GOOD);
+        refresh(values_[i], pending_[i] ? Quality::WRITE_PENDING : Quality::GOOD);
+        if (pending_[i])
+            stale_.expect({values_[i].item});
     }
 }
 
+// A value of which words are still to be read is taken when the last of them has come. So is one with a pending write:
+// the driver notifies what is to be written, too.
 void WatchValues::noteChanges()
 {
     takeChanges(changed_);
@@ -136,25 +138,30 @@ void WatchValues::noteChanges()
         const auto found = byAddress_.find({change.regType, change.address});
         if (found == byAddress_.end())
             continue;
-        for (const std::size_t i : found->second)
-            refresh(values_[i]);
+        for (const std::size_t i : found->second) {
+            if (!stale_.awaits(values_[i].item))
+                refresh(values_[i], values_[i].quality);
+        }
     }
 }
 
-void WatchValues::refresh(WatchedValue &value)
+void WatchValues::refresh(WatchedValue &value, Quality quality)
 {
-    if (value.text.empty())
-        return;
     const std::string text = decodeValues(value.format, runtime_.values(value.item));
-    if (text == value.text)
+    if (text == value.text) {
+        setQuality(value, quality);
         return;
+    }
     const std::string old = value.text;
-    value.text      = text;
-    value.changedAt = Clock::now();
-    ++value.changes;
-    ++changes_;
+    value.text    = text;
+    value.quality = quality;
+    if (!old.empty()) {
+        value.changedAt = Clock::now();
+        ++value.changes;
+        ++changes_;
+    }
     if (call_)
-        call_({WatchEvent::CHANGE, value, old});
+        call_({old.empty() ? WatchEvent::FIRST : WatchEvent::CHANGE, value, old});
 }
 
 void WatchValues::setQuality(WatchedValue &value, Quality quality)
@@ -166,25 +173,21 @@ void WatchValues::setQuality(WatchedValue &value, Quality quality)
         call_({WatchEvent::QUALITY, value, value.text});
 }
 
-Quality WatchValues::settledQuality(const WatchedValue &value) const
+// Nobody knows what a written value is until it is read back.
+void WatchValues::markPending()
 {
-    if (!stale_.awaits(value.item))
-        return Quality::GOOD;
-    if (runtime_.leavesOut(value.item))
-        return Quality::REFUSED;
-    return unconfirmed(value);
-}
-
-void WatchValues::setPending(const std::vector<Item> &items)
-{
+    const std::vector<Item> items = pendingItems_();
+    anyPending_ = !items.empty();
     for (std::size_t i = 0; i < values_.size(); ++i) {
-        const Item &item = values_[i].item;
+        WatchedValue &value = values_[i];
         const bool pending = std::any_of(items.begin(), items.end(),
-                                         [&](const Item &written) { return shareWord(item, written); });
+                                         [&](const Item &written) { return shareWord(value.item, written); });
         if (pending == pending_[i])
             continue;
         pending_[i] = pending;
-        setQuality(values_[i], pending ? Quality::WRITE_PENDING : settledQuality(values_[i]));
+        stale_.expect({value.item});
+        if (pending && value.quality == Quality::GOOD)
+            setQuality(value, Quality::WRITE_PENDING);
     }
 }
 

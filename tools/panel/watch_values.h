@@ -10,7 +10,8 @@
 #include <map>
 
 // The watched values: what each is, how far it can be trusted, and what happened to it. A value that was received once
-// keeps its text for ever; only its quality tells that the PLC no longer confirms it.
+// keeps its text for ever; only its quality tells that the PLC no longer confirms it. A value's text and its quality
+// change together: whoever is told of one sees the other as it is then.
 
 enum class Quality {
     GOOD,          // read on this link
@@ -47,16 +48,16 @@ std::vector<WatchedValue> singleValues(const std::vector<Tag> &tags);
 
 class WatchValues {
 public:
-    /// Watches the tags in `runtime`, which calls back into this object: both live until the last step.
-    WatchValues(Runtime &runtime, const std::vector<Tag> &tags);
+    /// Watches the tags in `runtime`, which calls back into this object: both live until the last step. `others` are
+    /// items that are polled, too. `pending` tells, after every exchange, which items have a write that is not settled:
+    /// the values that share a word with one are pending, and good again when they were read after that.
+    WatchValues(Runtime &runtime, const std::vector<Tag> &tags, const std::vector<Item> &others,
+                std::function<std::vector<Item>()> pending);
     WatchValues(const WatchValues &) = delete;
     WatchValues &operator=(const WatchValues &) = delete;
 
     /// Calls `call` for everything that happens to a value, during step().
     void onEvent(std::function<void(const WatchEvent &)> call) { call_ = std::move(call); }
-
-    /// Marks the values that share a word with one of `items` as having a pending write, and no others.
-    void setPending(const std::vector<Item> &items);
 
     const std::vector<WatchedValue> &values() const { return values_; }
     unsigned long changes() const { return changes_; }
@@ -72,10 +73,10 @@ private:
     void noteLost();
     void noteRefused(const Item &block);
     void noteFresh(const Item &block);
+    void markPending();
     void noteChanges();
-    void refresh(WatchedValue &value);
+    void refresh(WatchedValue &value, Quality quality);
     void setQuality(WatchedValue &value, Quality quality);
-    Quality settledQuality(const WatchedValue &value) const;
 
     Runtime                                &runtime_;
     std::vector<WatchedValue>               values_;
@@ -84,6 +85,8 @@ private:
     Coverage                                stale_;     // words not yet read on this link
     std::vector<Change>                     changed_;
     std::vector<bool>                       pending_;
+    std::function<std::vector<Item>()>      pendingItems_;
+    bool                                    anyPending_; // as of the latest exchange
     std::function<void(const WatchEvent &)> call_;
     unsigned long                           changes_;
     bool                                    silent_;

@@ -1,12 +1,12 @@
 #include "write_queue.h"
 
 #include <algorithm>
-#include <iostream>
 
-WriteQueue::WriteQueue(Runtime &runtime) : runtime_(runtime), next_(0)
+WriteQueue::WriteQueue(Runtime &runtime, bool keepGoing)
+    : runtime_(runtime), keepGoing_(keepGoing), inFlight_(false), stopped_(false)
 {
     runtime.onExchange([this](const Exchange &exchange) { noteReply(exchange); });
-    runtime.onLost([this] { noteLost(); });
+    runtime.onLost([this] { fail(); });
 }
 
 void WriteQueue::add(const Item &item, const std::vector<quint8> &data)
@@ -14,38 +14,47 @@ void WriteQueue::add(const Item &item, const std::vector<quint8> &data)
     auto from = data.begin();
     for (const Item &piece : cutItem(item, std::min(runtime_.options().wordsPerFrame, WRITE_WORDS_LIMIT))) {
         const auto to = from + static_cast<std::ptrdiff_t>(piece.byteSize());
-        pieces_.push_back({piece, std::vector<quint8>(from, to), WriteOutcome::WAITING});
+        pieces_.push_back({piece, std::vector<quint8>(from, to), to == data.end()});
         from = to;
     }
 }
 
 void WriteQueue::pump()
 {
-    if (settled() || pieces_[next_].outcome != WriteOutcome::WAITING || !runtime_.canWrite())
+    if (inFlight_ || pieces_.empty() || !runtime_.canWrite())
         return;
-    pieces_[next_].outcome = WriteOutcome::IN_FLIGHT;
-    runtime_.write(pieces_[next_].item, pieces_[next_].data);
-}
-
-bool WriteQueue::settled() const
-{
-    return next_ == pieces_.size();
+    inFlight_ = true;
+    runtime_.write(pieces_.front().item, pieces_.front().data);
 }
 
 void WriteQueue::noteReply(const Exchange &exchange)
 {
-    if (exchange.kind != RequestKind::WRITE || !exchange.accepted || settled())
+    if (!inFlight_)
         return;
     const bool refused = exchange.judgement.verdict == Verdict::REFUSED;
-    pieces_[next_].outcome = refused ? WriteOutcome::REFUSED : WriteOutcome::ACCEPTED;
-    ++next_;
+    if (exchange.kind == RequestKind::WRITE && exchange.accepted) {
+        pieces_.pop_front();
+        inFlight_ = false;
+    } else if (exchange.kind == RequestKind::MODE_CHANGE && exchange.accepted) {
+        inFlight_ = false; // goes out again
+    } else if (refused && exchange.kind != RequestKind::READ && !exchange.switches) {
+        fail();
+    }
 }
 
-void WriteQueue::noteLost()
+// The rest of the write that failed never goes out; those behind it only if they are to.
+void WriteQueue::fail()
 {
-    if (settled() || pieces_[next_].outcome != WriteOutcome::IN_FLIGHT)
+    if (!inFlight_)
         return;
-    pieces_[next_].outcome = WriteOutcome::UNCONFIRMED;
-    std::cerr << "unconfirmed: the write of " << itemText(pieces_[next_].item) << "; it will be read back" << std::endl;
-    ++next_;
+    inFlight_ = false;
+    bool isLast = false;
+    while (!pieces_.empty() && !isLast) {
+        isLast = pieces_.front().isLast;
+        pieces_.pop_front();
+    }
+    if (keepGoing_ || pieces_.empty())
+        return;
+    stopped_ = true;
+    pieces_.clear();
 }

@@ -5,27 +5,15 @@
 
 #include <deque>
 
-// The panel's writes. They wait here and not in the driver, which gets one frame's worth at a time, when it becomes the
-// next request: so no write is left in the driver when the link is lost.
-
-enum class WriteOutcome {
-    WAITING,    // here
-    IN_FLIGHT,  // handed to the driver
-    ACCEPTED,   // acknowledged by the PLC
-    REFUSED,    // refused by the PLC
-    UNCONFIRMED // the link was lost before the PLC's answer: it may hold the old or the new value
-};
-
-struct WritePiece {
-    Item                item;
-    std::vector<quint8> data;
-    WriteOutcome        outcome;
-};
+// The panel's writes, in their order. They wait here and not in the driver, which gets one frame's worth at a time, when
+// it becomes the next request: so no write is left in the driver when the link is lost. What becomes of them says
+// WriteReport.
 
 class WriteQueue {
 public:
-    /// `runtime` calls back into this object: both live until the last step.
-    explicit WriteQueue(Runtime &runtime);
+    /// `runtime` calls back into this object: both live until the last step. The queue stops behind a write that was
+    /// refused or whose reply never came, unless it is to keep going.
+    WriteQueue(Runtime &runtime, bool keepGoing);
     WriteQueue(const WriteQueue &) = delete;
     WriteQueue &operator=(const WriteQueue &) = delete;
 
@@ -35,18 +23,27 @@ public:
     /// Hands over the next write if the time is right; to be called before every step.
     void pump();
 
-    /// True if no write waits or is in flight.
-    bool settled() const;
+    /// True if no write is in flight, and none will be handed over any more.
+    bool settled() const { return pieces_.empty() && !inFlight_; }
 
-    const std::deque<WritePiece> &pieces() const { return pieces_; }
+    /// True if writes were left out, since one before them was refused or not answered.
+    bool stopped() const { return stopped_; }
 
 private:
-    void noteReply(const Exchange &exchange);
-    void noteLost();
+    struct Piece {
+        Item                item;
+        std::vector<quint8> data;
+        bool                isLast; // of its write
+    };
 
-    Runtime               &runtime_;
-    std::deque<WritePiece> pieces_; // in the order of writing
-    std::size_t            next_;   // the piece in flight, or the next one to be handed over
+    void noteReply(const Exchange &exchange);
+    void fail();
+
+    Runtime          &runtime_;
+    const bool        keepGoing_;
+    std::deque<Piece> pieces_;   // the first one is in flight, or the next to be handed over
+    bool              inFlight_; // with the driver; while the PLC is asked for another mode, too
+    bool              stopped_;
 };
 
 #endif

@@ -1,0 +1,26 @@
+#include "confirmation.h"
+
+#include "difference_table.h"
+#include "exit_codes.h"
+
+#include <unistd.h>
+
+#include <iostream>
+
+void requireTerminal()
+{
+    if (isatty(STDIN_FILENO) == 0 || isatty(STDERR_FILENO) == 0)
+        throw UsageError("--confirm asks on a terminal, and there is none; run the command on one, or leave it out");
+}
+
+bool isConfirmed(const std::vector<WriteReport::Order> &orders, const std::vector<std::vector<quint8>> &held)
+{
+    std::vector<std::vector<std::string>> rows = {{"item", "PLC", "new", "unit"}};
+    for (std::size_t i = 0; i < orders.size(); ++i)
+        rows.push_back({orders[i].name, decodeValues(orders[i].format, held[i]),
+                        decodeValues(orders[i].format, orders[i].data), orders[i].format.unit});
+    std::cerr << tableText(rows, {false, true, true, false}) << "write these values? [y/N] " << std::flush;
+    std::string answer;
+    std::getline(std::cin, answer);
+    return answer == "y" || answer == "Y" || answer == "yes";
+}
