@@ -1,5 +1,7 @@
 #include "driver_fixture.h"
 
+#include <QtCore/QStringList>
+
 #include <limits>
 #include <type_traits>
 
