@@ -128,6 +128,13 @@ TEST(NeighbourAbi, TwoCopiesOfTheLibraryKeepTwoStates)
     EXPECT_EQ(1, value[0]);
 }
 
+TEST(NeighbourAbi, FileLoadedTwiceIsOneDriver)
+{
+    Panel first(driverPath(), "1#0#0#3#64");
+    Panel second(driverPath(), "2#0#0#3#64");
+    EXPECT_EQ(2, first.reportedStation());
+}
+
 TEST(NeighbourAbi, LibraryThatLacksTheFunctionsIsNamed)
 {
     try {

@@ -166,6 +166,20 @@ TEST_F(LinkScenario, PollGoesOnWithTheNextBlockAfterALoss)
         << "the lost block and the handshake's block each had their turn";
 }
 
+// The handshake takes the turn of the block behind the one that was given up, round after round.
+TEST_F(LinkScenario, BlockBehindARefusedOneIsNeverRead)
+{
+    start("1#0#0#1#64");
+    watch({{7, "WR", 1, 1}, {7, "HR", 1, 1}, {7, "DM", 1, 1}});
+    for (int round = 0; round < 3; ++round) {
+        ASSERT_TRUE(send());
+        EXPECT_EQ("WR", frame.regType.toStdString());
+        EXPECT_EQ(2, receive(Bytes()));
+        exchange(2);
+        EXPECT_EQ((Lines{"handshake", "read 82 0001 1"}), plc.takeLog());
+    }
+}
+
 TEST_F(LinkScenario, FailedWriteFallsBackToThePlcsValue)
 {
     start("1#0#0#1#64");
@@ -288,6 +302,23 @@ TEST_F(LinkScenario, EveryOtherEndCodeAcknowledgesTheWrite)
         play(".");
         EXPECT_EQ(Numbers{5}, words(7, "DM", 100));
     }
+}
+
+// What a runtime does to keep the PLC's mode: the frame is left unsent, and the connection's node addresses told again.
+TEST_F(LinkScenario, ModeChangeThatIsNotSentEndsTheWriteAndTheConnectionGoesOn)
+{
+    start();
+    watch({{7, "DM", 300, 1}});
+    refuseWrite("2206", 8);
+    takeChanges();
+    ASSERT_TRUE(send());
+    EXPECT_EQ(0x04, frame.frame[26]);
+    EXPECT_EQ(8, receive(Bytes()));
+    EXPECT_EQ(2, receive(Bytes()));
+    EXPECT_EQ(Numbers{0}, words(7, "DM", 100)) << "the write has failed";
+    play("> FINS 0000000C 00000000 00000000 00000000\n"
+         "< FINS 00000010 00000001 00000000 0000000A 00000032\n"
+         "> FINS 0000001A 00000002 00000000  800002 003200 000A00 03  0101 82 012C 00 0001\n");
 }
 
 TEST_F(LinkScenario, RefusedModeChangeIsQueuedOnceMoreAndNotAgain)

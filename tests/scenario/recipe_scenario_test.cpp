@@ -309,6 +309,59 @@ TEST_F(RecipeScenario, HandshakeStandsForTheFirstBlock)
     EXPECT_EQ(0, flag(RECIPE_WRITE_REQUEST));
 }
 
+// Deliberate: both directions share the position in the plan, and the write goes first at any block.
+TEST_F(RecipeScenario, WriteAskedForDuringAReadLeavesOutTheBlocksThatWereRead)
+{
+    start();
+    flag(RECIPE_READ_REQUEST) = 1;
+    exchange(1);
+    flag(RECIPE_WRITE_REQUEST) = 1;
+    exchange(2);
+    EXPECT_EQ((Lines{"read B2 0007 2", "write 82 0064 5", "write 82 006E 1"}), plc.takeLog());
+    EXPECT_EQ(0, flag(RECIPE_WRITE_REQUEST)) << "the first block was never written";
+    exchange(3);
+    EXPECT_EQ((Lines{"read B2 0007 2", "read 82 0064 5", "read 82 006E 1"}), plc.takeLog());
+}
+
+// Deliberate: only the end of a transfer takes the position back to the first block.
+TEST_F(RecipeScenario, RequestWithdrawnDuringATransferMakesTheNextOneBeginInTheMiddle)
+{
+    start();
+    flag(RECIPE_WRITE_REQUEST) = 1;
+    exchange(1);
+    flag(RECIPE_WRITE_REQUEST) = 0;
+    EXPECT_FALSE(send());
+    plc.takeLog();
+    flag(RECIPE_WRITE_REQUEST) = 1;
+    exchange(2);
+    EXPECT_EQ((Lines{"write 82 0064 5", "write 82 006E 1"}), plc.takeLog());
+    EXPECT_EQ(0, flag(RECIPE_WRITE_REQUEST));
+}
+
+TEST_F(RecipeScenario, RequestThatOutlivesALostLinkLosesItsFirstBlock)
+{
+    start("1#0#0#1#64");
+    flag(RECIPE_READ_REQUEST) = 1;
+    ASSERT_TRUE(send());
+    flag(RECIPE_WRITE_REQUEST) = 1;
+    EXPECT_EQ(2, receive(Bytes()));
+    exchange(3);
+    EXPECT_EQ((Lines{"handshake", "write 82 0064 5", "write 82 006E 1"}), plc.takeLog());
+    EXPECT_EQ(0, flag(RECIPE_WRITE_REQUEST));
+}
+
+TEST_F(RecipeScenario, RequestsCarryTheNumberOfTheJobBefore)
+{
+    start();
+    watch({{7, "DM", 500, 1}});
+    exchange(1);
+    EXPECT_EQ(4, frame.requestId);
+    flag(RECIPE_WRITE_REQUEST) = 1;
+    exchange(1);
+    EXPECT_EQ("HR", frame.regType.toStdString());
+    EXPECT_EQ(4, frame.requestId);
+}
+
 TEST_F(RecipeScenario, WithoutBlocksAndWithoutJobNothingIsSent)
 {
     initialise("1#0#0#3#64");

@@ -35,6 +35,20 @@ TEST_F(ReconfigurationScenario, QueuesPlanAndImageAreEmptied)
     EXPECT_EQ(Lines{}, takeChanges());
 }
 
+TEST_F(ReconfigurationScenario, ValueThatHasBecomeZeroIsNotReported)
+{
+    start();
+    watch({{7, "DM", 100, 1}});
+    plc.word(0x82, 100) = 5;
+    exchange(1);
+    EXPECT_EQ(Lines{"1 7 DM 100"}, takeChanges());
+    initialise("1#0#0#3#64");
+    watch({{7, "DM", 100, 1}});
+    plc.word(0x82, 100) = 0;
+    exchange(1);
+    EXPECT_EQ(Lines{}, takeChanges());
+}
+
 TEST_F(ReconfigurationScenario, RequestInFlightIsForgotten)
 {
     start();

@@ -156,6 +156,20 @@ TEST_P(AddressCheck, OtherMalformedBitTexts)
     }
 }
 
+TEST_P(AddressCheck, WordOfABitTextMayHaveWhiteSpaceAndASignAndItsBitMayNot)
+{
+    EXPECT_EQ(checkBits("DM_bit", " 100.5", 1), VALID);
+    EXPECT_EQ(address, 1605);
+    EXPECT_EQ(checkBits("DM_bit", "+100 .15", 1), VALID);
+    EXPECT_EQ(address, 1615);
+    EXPECT_EQ(checkBits("DM_bit", "-0.5", 1), VALID);
+    EXPECT_EQ(address, 5);
+    for (const char *text : {"100. 5", "100.+5", "100.5 ", "100.15 ", "100.+15"}) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(checkBits("DM_bit", text, 1), MALFORMED);
+    }
+}
+
 TEST_P(AddressCheck, NullBitTextIsMalformed)
 {
     EXPECT_EQ(checkBits("DM_bit", QString(), 1), MALFORMED);
