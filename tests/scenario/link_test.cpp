@@ -218,6 +218,28 @@ TEST_F(LinkScenario, WriteThatMeetsTheMissingHandshakeIsDoneWithoutBeingSent)
     EXPECT_EQ(3, plc.word(0x82, 202));
 }
 
+// Six writes and the polls between them: one result 2 each, six and a fifth of it and one.
+TEST_F(LinkScenario, BringDownEndsTheQueuedWritesOneByOne)
+{
+    start("1#0#0#1#64");
+    watch({{7, "DM", 300, 1}});
+    ASSERT_TRUE(send());
+    for (int i = 0; i < 6; ++i)
+        writeWords(7, "DM", 100 + i, {9});
+    for (int result = 0; result < 7; ++result) {
+        ASSERT_TRUE(send());
+        EXPECT_EQ(2, receive(Bytes()));
+    }
+    EXPECT_EQ(Numbers{9}, words(7, "DM", 105)) << "the last write still waits";
+    ASSERT_TRUE(send());
+    EXPECT_EQ(0, frame.requestId);
+    EXPECT_EQ("", frame.regType.toStdString());
+    EXPECT_EQ(2, receive(Bytes()));
+    EXPECT_EQ(Numbers{0}, words(7, "DM", 105));
+    exchange(3);
+    EXPECT_EQ((Lines{"handshake", "read 82 012C 1", "read 82 012C 1"}), plc.takeLog());
+}
+
 TEST_F(LinkScenario, JobAfterARecoveryIsNotReportedAsFailed)
 {
     start("1#0#0#1#64");
@@ -294,7 +316,7 @@ TEST_F(LinkScenario, EveryModeRefusalSendsTheModeChange)
 TEST_F(LinkScenario, EveryOtherEndCodeAcknowledgesTheWrite)
 {
     for (const char *endCode : {"0000", "0001", "1101", "1103", "2103", "2303", "0003", "2200", "2201", "2202", "2205",
-                                "2207", "2208"}) {
+                                "2207", "2208", "2243", "2283", "A203"}) {
         SCOPED_TRACE(endCode);
         ASSERT_NO_FATAL_FAILURE(reload());
         start();
