@@ -6,8 +6,9 @@ import subprocess
 import sys
 import threading
 import unittest
+import unittest.mock
 
-from recorder import DEADLINE_S, Recorder, Simulator, describe, read_by_tshark
+from recorder import DEADLINE_S, REPLY, Connection, Recorder, Simulator, describe, read_by_tshark
 
 PROGRAMS = argparse.Namespace()
 
@@ -120,6 +121,22 @@ class PanelRuntime(unittest.TestCase):
         self.example.wait_for("write 6: done")
         self.assertEqual(self.plc.tell("read DM:100"), "ok 6")
         self.assertEqual(self.end(), [["handshake"], ["handshake", "0102"]])
+
+    def test_write_without_a_reply_is_unknown_and_read_after_the_loss(self):
+        keep = Connection.keep
+
+        def lose_replies_to_writes(connection, direction, segment):
+            if direction == REPLY and segment[26:28] == b"\x01\x02":
+                raise OSError("this and all later replies of the connection are lost")
+            keep(connection, direction, segment)
+
+        self.start()
+        self.example.wait_for("DM 100 = 1")
+        with unittest.mock.patch.object(Connection, "keep", lose_replies_to_writes):
+            self.example.tell("write 5")
+            lost = self.example.wait_for("no link: no reply; the values are the last known")
+        self.assertEqual(lost[-2], "write 5: unknown, the link was lost")
+        self.example.wait_for("DM 100 = 5")
 
     def test_mode_stays_without_consent(self):
         self.start(["--refuse-writes-in-run"])
