@@ -158,6 +158,7 @@ static PanelRun writeInVain(const std::string &project, const Words &more)
 
 TEST_F(PanelRecipeFilesTest, differencesAfterAWrite)
 {
+    start();
     const std::string file = project();
     const PanelRun lines = writeInVain(file, {});
     EXPECT_EQ(lines.code, 1);

@@ -146,7 +146,10 @@ TEST_F(WatchTableTest, a_pending_write_is_shown)
     link->answer("0101 0000 0003");
     EXPECT_EQ(link->command(), plainHex("0102 82 0007 00 0001 0005"));
     shown.waitUntil([&] { return has(shown, "DM:7", "write pending"); }, "write pending");
+    EXPECT_TRUE(has(shown, "DM:7", " 3"));
     link->answer("0102 0000");
+    EXPECT_EQ(link->command(), plainHex("0101 82 0007 00 0001"));
+    link->answer("0101 0000 0005");
     shown.waitUntil([&] { return has(shown, "DM:7", "good"); }, "good");
     EXPECT_TRUE(has(shown, "DM:7", " 5"));
     shown.sendSignal(SIGTERM);
