@@ -1,7 +1,6 @@
-#include "panel_run.h"
+#include "panel_files.h"
 
 #include <algorithm>
-#include <fstream>
 
 // The PLC's operating mode is changed only where the user allows it, and what became of the change is said.
 
@@ -46,20 +45,9 @@ protected:
         start(more);
     }
 
-    std::string file(const std::string &text)
-    {
-        path = ::testing::TempDir() + "panel_consent_" + std::to_string(getpid()) + ".txt";
-        std::ofstream(path) << text;
-        return path;
-    }
+    std::string file(const std::string &text) const { return files.put("recipe.txt", text); }
 
-    void TearDown() override
-    {
-        if (!path.empty())
-            unlink(path.c_str());
-    }
-
-    std::string path;
+    PanelFiles files;
 };
 
 class PanelConsentModes : public PanelConsent, public ::testing::WithParamInterface<ModeRow> {};
@@ -150,9 +138,9 @@ TEST_F(PanelConsent, WatchKeepsTheModeWithoutIt)
 TEST_F(PanelConsent, AProjectCanGiveIt)
 {
     startInProgram();
-    path = ::testing::TempDir() + "panel_consent_" + std::to_string(getpid()) + ".toml";
-    std::ofstream(path) << "[connection]\nhost = \"" << host() << "\"\n[driver]\nallow_mode_change = true\n";
-    const PanelRun write = runPanel({"--project", path, "write", "DM:1=5"});
+    const std::string project = files.put("plant.toml", "[connection]\nhost = \"" + host() +
+                                                            "\"\n[driver]\nallow_mode_change = true\n");
+    const PanelRun write = runPanel({"--project", project, "write", "DM:1=5"});
     EXPECT_EQ(write.code, 0) << write.err;
     EXPECT_EQ(tell("mode"), "ok monitor");
 }

@@ -1,6 +1,4 @@
-#include "panel_run.h"
-
-#include <fstream>
+#include "panel_files.h"
 
 // The simulator's faults as the panel meets them. During each one the PLC's value changes; afterwards the panel shows it
 // as the change that follows the last value shown, so that no value is lost without notice.
@@ -63,11 +61,10 @@ TEST_P(PanelHarmlessFaultTest, fromTheFirstRequestOn)
     EXPECT_EQ(write.out, "DM:0:2 = 1 2\nDM_bit:2.5 = 1\nC:1 = 4\n");
     EXPECT_EQ(write.err, connectedLine());
     EXPECT_EQ(run("read", {"DM:0:3", "C:1"}).out, "DM:0:3 = 1 2 32\nC:1 = 4\n");
-    const std::string file = ::testing::TempDir() + "panel_fault_" + std::string(GetParam()).substr(0, 5) + ".txt";
-    std::ofstream(file) << "DM:10 = 1 2 3 4 5\n";
+    const PanelFiles files;
+    const std::string file = files.put("recipe.txt", "DM:10 = 1 2 3 4 5\n");
     EXPECT_EQ(run("recipe write", {file, "--words-per-frame", "2"}).out, "DM:10:5 = 1 2 3 4 5\n");
     EXPECT_EQ(run("recipe read", {file, "--words-per-frame", "2"}).out, "DM:10:5 = 1 2 3 4 5\n");
-    unlink(file.c_str());
 }
 
 // ---- Faults that break the link ----------------------------------------------------------------------------------

@@ -1,38 +1,15 @@
-#include "panel_run.h"
+#include "panel_files.h"
 
 #include <algorithm>
-#include <fstream>
 
 // `recipe read` and `recipe write`: files, blocks, refusals, cuts.
 
 class PanelRecipeTest : public PanelTest {
 protected:
-    // A folder of the test's own.
-    void SetUp() override
-    {
-        std::string form = ::testing::TempDir() + "panel_recipe_XXXXXX";
-        ASSERT_NE(mkdtemp(form.data()), nullptr);
-        folder = form + "/";
-    }
+    std::string recipe() const { return files.path("recipe.txt"); }
+    std::string output() const { return files.path("output.txt"); }
 
-    void TearDown() override
-    {
-        PlcTest::TearDown();
-        for (const std::string &file : {recipe(), output()})
-            unlink(file.c_str());
-        rmdir(folder.c_str());
-    }
-
-    std::string recipe() const { return folder + "recipe.txt"; }
-    std::string output() const { return folder + "output.txt"; }
-
-    void writeRecipe(const std::string &text) const { std::ofstream(recipe(), std::ios::binary) << text; }
-
-    static std::string contentOf(const std::string &file)
-    {
-        std::ifstream stream(file);
-        return std::string(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
-    }
+    void writeRecipe(const std::string &text) const { files.put("recipe.txt", text); }
 
     // The writes among the frames of one connection.
     static Words writesOf(const Words &frames)
@@ -52,7 +29,7 @@ protected:
         expectRefused(arguments(command, {recipe()}), "fins_panel: " + place + ": " + reason);
     }
 
-    std::string folder;
+    PanelFiles files;
 };
 
 TEST_F(PanelRecipeTest, writeReadsBack)
@@ -149,7 +126,7 @@ TEST_F(PanelRecipeTest, outputIsARecipe)
     const PanelRun read = run("recipe read", {recipe(), "--output", output()});
     EXPECT_EQ(read.code, 0);
     EXPECT_EQ(read.out, "");
-    EXPECT_EQ(contentOf(output()), "DM:100:3 = 1 2 3\nHR:0 = 0\n");
+    EXPECT_EQ(files.content("output.txt"), "DM:100:3 = 1 2 3\nHR:0 = 0\n");
     ASSERT_EQ(tell("write DM:100 0 0 0"), "ok");
     EXPECT_EQ(run("recipe write", {output()}).code, 0);
     EXPECT_EQ(tell("read DM:100:3"), "ok 1 2 3");
@@ -159,19 +136,19 @@ TEST_F(PanelRecipeTest, outputThatCannotBeWritten)
 {
     start();
     writeRecipe("DM:100:3\n");
-    const PanelRun read = run("recipe read", {recipe(), "--output", folder + "none/output.txt"});
+    const PanelRun read = run("recipe read", {recipe(), "--output", files.path("none/output.txt")});
     EXPECT_EQ(read.code, 2);
     EXPECT_EQ(read.out, "");
-    EXPECT_EQ(linesOf(read.err).back(), "fins_panel: " + folder + "none/output.txt: cannot be written");
+    EXPECT_EQ(linesOf(read.err).back(), "fins_panel: " + files.path() + "none/output.txt: cannot be written");
 }
 
 TEST_F(PanelRecipeTest, fileThatCannotBeRead)
 {
     start();
     for (const char *command : {"recipe read", "recipe write"}) {
-        expectRefused(arguments(command, {folder + "none.txt"}),
-                      "fins_panel: " + folder + "none.txt: No such file or directory");
-        expectRefused(arguments(command, {folder}), "fins_panel: " + folder + ": cannot be read");
+        expectRefused(arguments(command, {files.path("none.txt")}),
+                      "fins_panel: " + files.path() + "none.txt: No such file or directory");
+        expectRefused(arguments(command, {files.path()}), "fins_panel: " + files.path() + ": cannot be read");
     }
     EXPECT_EQ(tell("stats"), "ok connections=0 requests=0 replies=0");
 }
@@ -211,7 +188,7 @@ TEST_F(PanelRecipeTest, everyWordOfThePlc)
     writeRecipe("DM:0:32768\nCIO:0:6144\nHR:0:1536\nWR:0:512\nAR:0:960\nT:0:4096\nC:0:4096\n");
     const PanelRun read = run("recipe read", {recipe(), "--words-per-frame", "499", "--output", output()});
     EXPECT_EQ(read.code, 0) << read.err;
-    const Words lines = linesOf(contentOf(output()));
+    const Words lines = linesOf(files.content("output.txt"));
     ASSERT_EQ(lines.size(), 7u);
     EXPECT_EQ(lines[0].size(), std::string("DM:0:32768 =").size() + 2 * 32768);
 }

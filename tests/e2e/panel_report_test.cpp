@@ -1,7 +1,6 @@
-#include "panel_run.h"
+#include "panel_files.h"
 
 #include <algorithm>
-#include <fstream>
 
 // Every write that was ordered is reported once, whichever way the command ends, and the exit code follows.
 
@@ -149,9 +148,10 @@ TEST_F(PanelReportPlayed, AcknowledgedAndNotToBeReadBackIsUnconfirmed)
 // The tag that the user typed, not the address behind it.
 TEST_F(PanelReportPlayed, TheTagIsNamed)
 {
-    const std::string path = ::testing::TempDir() + "panel_report_" + std::to_string(getpid()) + ".toml";
-    std::ofstream(path) << "[tags]\nLevel = { type = \"DM\", address = 0 }\nPump = { type = \"DM\", address = 1 }\n";
-    panel = startPanel({"--project", path, "write", plc.host(), "Level=5", "Pump=6", "--timeout", "60000"});
+    const PanelFiles files;
+    const std::string tags = files.put("tags.toml", "[tags]\nLevel = { type = \"DM\", address = 0 }\n"
+                                                    "Pump = { type = \"DM\", address = 1 }\n");
+    panel = startPanel({"--project", tags, "write", plc.host(), "Level=5", "Pump=6", "--timeout", "60000"});
     link = plc.accept();
     link->exchangeNodes();
     EXPECT_EQ(link->command(), plainHex("0101 82 0000 00 0002"));
@@ -159,7 +159,6 @@ TEST_F(PanelReportPlayed, TheTagIsNamed)
     EXPECT_EQ(link->command(), plainHex("0102 82 0000 00 0001 0005"));
     panel->sendSignal(SIGINT);
     const PanelRun run = ended();
-    unlink(path.c_str());
     EXPECT_EQ(run.code, 3);
     EXPECT_EQ(run.err, connected() + "unconfirmed: Level: no reply to the write, and it was not read back\n"
                                      "not sent: Pump: interrupted\nfins_panel: interrupted\n");
@@ -224,10 +223,9 @@ TEST_F(PanelReport, ARecipeThatNeverReachesThePlcIsNotSent)
 {
     PlayedPlc nobody;
     nobody.stopListening();
-    const std::string path = ::testing::TempDir() + "panel_report_" + std::to_string(getpid()) + ".txt";
-    std::ofstream(path) << "DM:0 = 5\nHR:1 = 6\n";
-    const PanelRun write = runPanel({"recipe", "write", nobody.host(), path, "--give-up", "0.5"});
-    unlink(path.c_str());
+    const PanelFiles files;
+    const std::string recipe = files.put("recipe.txt", "DM:0 = 5\nHR:1 = 6\n");
+    const PanelRun write = runPanel({"recipe", "write", nobody.host(), recipe, "--give-up", "0.5"});
     EXPECT_EQ(write.code, 3);
     EXPECT_EQ(countOf(write, "not sent: DM:0: no answer in time"), 1) << write.err;
     EXPECT_EQ(countOf(write, "not sent: HR:1: no answer in time"), 1) << write.err;

@@ -1,7 +1,5 @@
 #include "panel_run.h"
 
-#include <fstream>
-
 // `write`: values, frames, read-back, refusals, mode changes, and writes whose reply never came.
 
 class PanelWriteTest : public PanelTest {};

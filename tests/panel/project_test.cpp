@@ -1,11 +1,8 @@
 #include "project.h"
 
 #include "panel_fixture.h"
+#include "support/temporary_folder.h"
 #include "tag_table.h"
-
-#include <cstdio>
-#include <fstream>
-#include <unistd.h>
 
 namespace {
 
@@ -14,23 +11,7 @@ using Lines = std::vector<std::string>;
 // A project file, and its tag file beside it, for the time of a test.
 class ProjectTest : public ::testing::Test {
 protected:
-    void SetUp() override
-    {
-        std::string form = ::testing::TempDir() + "panel_project_XXXXXX";
-        folder = std::string(mkdtemp(form.data())) + "/";
-    }
-
-    void TearDown() override
-    {
-        for (const char *name : {"p.toml", "tags.csv"})
-            unlink((folder + name).c_str());
-        EXPECT_EQ(rmdir(folder.c_str()), 0);
-    }
-
-    void put(const std::string &name, const std::string &text) const
-    {
-        std::ofstream(folder + name, std::ios::binary) << text;
-    }
+    void put(const std::string &name, const std::string &text) const { files.put(name, text); }
 
     // The problems of a project with this text, without the folder's name.
     Lines read(const std::string &text)
@@ -38,7 +19,7 @@ protected:
         put("p.toml", text);
         Problems problems;
         book = std::make_unique<TagBook>(builtDriver());
-        project = readProject(folder + "p.toml", *book, problems);
+        project = readProject(files.path("p.toml"), *book, problems);
         return shortened(problems);
     }
 
@@ -47,7 +28,7 @@ protected:
         put("tags.csv", text);
         Problems problems;
         book = std::make_unique<TagBook>(builtDriver());
-        readTagFile(folder + "tags.csv", *book, problems);
+        readTagFile(files.path("tags.csv"), *book, problems);
         return shortened(problems);
     }
 
@@ -55,13 +36,14 @@ protected:
     {
         Lines lines = problems.lines();
         for (std::string &line : lines) {
+            const std::string &folder = files.path();
             for (std::size_t at = line.find(folder); at != std::string::npos; at = line.find(folder))
                 line.erase(at, folder.size());
         }
         return lines;
     }
 
-    std::string               folder;
+    const TemporaryFolder     files;
     std::unique_ptr<TagBook>  book;
     Project                   project;
 };
@@ -225,7 +207,7 @@ TEST_F(ProjectTest, ReadsTagsFromACsvFile)
     EXPECT_EQ(book->find("Level")->comment, "the level, of the tank");
     EXPECT_EQ(itemText(book->find("Pump")->item), "CIO_bit:100.10");
     EXPECT_EQ(itemText(book->find("Sum")->item), "DM:20:4");
-    EXPECT_EQ(read("tags = \"" + folder + "tags.csv\"\n"), Lines()) << "an absolute path";
+    EXPECT_EQ(read("tags = \"" + files.path("tags.csv") + "\"\n"), Lines()) << "an absolute path";
     EXPECT_EQ(book->tags().size(), 3u);
 }
 

@@ -3,11 +3,10 @@
 #include "difference_table.h"
 #include "panel_fixture.h"
 #include "progress_bar.h"
+#include "support/temporary_folder.h"
 
-#include <fstream>
 #include <iostream>
 #include <sstream>
-#include <unistd.h>
 
 namespace {
 
@@ -26,32 +25,19 @@ std::vector<quint8> bytes(const std::string &name, const std::vector<std::string
 // Recipe files in a folder of their own, for the time of a test.
 class RecipeTableTest : public ::testing::Test {
 protected:
-    void SetUp() override
-    {
-        std::string form = ::testing::TempDir() + "panel_recipes_XXXXXX";
-        folder = std::string(mkdtemp(form.data())) + "/";
-    }
-
-    void TearDown() override
-    {
-        for (const char *name : {"r.toml", "r.csv", "r.txt"})
-            unlink((folder + name).c_str());
-        EXPECT_EQ(rmdir(folder.c_str()), 0);
-    }
-
     // The recipe as text lines, or the refusal without the folder's name.
     std::string load(const std::string &name, const std::string &text, bool needValues = true)
     {
-        std::ofstream(folder + name, std::ios::binary) << text;
+        const std::string path = files.put(name, text);
         try {
-            return recipeFileText("", loadRecipeFile(TagBook(builtDriver()), folder + name, needValues).entries);
+            return recipeFileText("", loadRecipeFile(TagBook(builtDriver()), path, needValues).entries);
         } catch (const UsageError &error) {
             const std::string what = error.what();
-            return what.substr(what.find(folder) == 0 ? folder.size() : 0);
+            return what.substr(what.find(files.path()) == 0 ? files.path().size() : 0);
         }
     }
 
-    std::string folder;
+    const TemporaryFolder files;
 };
 
 } // namespace
@@ -108,7 +94,7 @@ TEST_F(RecipeTableTest, WritesEveryFormAsItIsRead)
     const std::string same = load("r.txt", text);
     ASSERT_EQ(same, text);
     for (const char *name : {"r.toml", "r.csv"}) {
-        const Recipe recipe = loadRecipeFile(TagBook(builtDriver()), folder + "r.txt", true);
+        const Recipe recipe = loadRecipeFile(TagBook(builtDriver()), files.path("r.txt"), true);
         EXPECT_EQ(load(name, recipeFileText(name, recipe.entries)), text) << name;
     }
 }

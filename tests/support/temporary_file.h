@@ -1,43 +1,24 @@
 #ifndef TESTS_SUPPORT_TEMPORARY_FILE_H
 #define TESTS_SUPPORT_TEMPORARY_FILE_H
 
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
-#include <stdexcept>
-#include <string>
-#include <unistd.h>
+#include "support/temporary_folder.h"
 
-// A file that exists as long as the object.
+#include <string>
+
+// A file, empty at first, that exists as long as the object.
 class TemporaryFile {
 public:
-    TemporaryFile()
-    {
-        char chosen[] = "test_file_XXXXXX";
-        const int made = mkstemp(chosen);
-        if (made < 0)
-            throw std::runtime_error("no temporary file");
-        close(made);
-        name = chosen;
-    }
+    TemporaryFile() : path_(folder_.put("file.txt", "")) {}
 
-    TemporaryFile(const TemporaryFile &) = delete;
-    TemporaryFile &operator=(const TemporaryFile &) = delete;
+    const std::string &path() const { return path_; }
 
-    ~TemporaryFile() { unlink(name.c_str()); }
+    void write(const std::string &text) const { folder_.put("file.txt", text); }
 
-    const std::string &path() const { return name; }
-
-    void write(const std::string &text) const { std::ofstream(name, std::ios::binary | std::ios::trunc) << text; }
-
-    std::string read() const
-    {
-        std::ifstream stream(name, std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
-    }
+    std::string read() const { return folder_.content("file.txt"); }
 
 private:
-    std::string name;
+    TemporaryFolder folder_;
+    std::string     path_;
 };
 
 #endif
