@@ -3,11 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <memory>
 #include <string>
 
 #include "support/loaded_driver.h"
 #include "support/low_memory.h"
+#include "support/temporary_folder.h"
 
 // The library beside others in one process: a program that exports the same names, and a second copy of itself.
 
@@ -64,30 +64,22 @@ struct Panel {
     LoadedDriver      driver;
 };
 
-// A copy of the library under another name, removed at the end.
-struct LibraryCopy {
-    LibraryCopy()
-        : path(std::filesystem::temp_directory_path() / ("libneighbour_" + std::to_string(getpid()) + ".so"))
+// The loader finds the program's globals by the driver's own names: without that, none of these tests would show
+// anything.
+class NeighbourAbi : public ::testing::Test {
+protected:
+    void SetUp() override
     {
-        std::filesystem::copy_file(driverPath(), path, std::filesystem::copy_options::overwrite_existing);
+        ASSERT_EQ(neighbourDriver(), dlsym(RTLD_DEFAULT, "driver"));
+        ASSERT_EQ(neighbourRegList(), dlsym(RTLD_DEFAULT, "REG_LIST"));
+        ASSERT_NE(nullptr, dlsym(RTLD_DEFAULT, "_Z7getSSIDv"));
+        ASSERT_NE(nullptr, dlsym(RTLD_DEFAULT, "_Z15connectToServerv"));
     }
-
-    ~LibraryCopy() { std::filesystem::remove(path); }
-
-    std::filesystem::path path;
 };
 
 } // namespace
 
-TEST(NeighbourAbi, ProgramExportsTheNamesOfTheDriver)
-{
-    EXPECT_EQ(neighbourDriver(), dlsym(RTLD_DEFAULT, "driver"));
-    EXPECT_EQ(neighbourRegList(), dlsym(RTLD_DEFAULT, "REG_LIST"));
-    EXPECT_NE(nullptr, dlsym(RTLD_DEFAULT, "_Z7getSSIDv"));
-    EXPECT_NE(nullptr, dlsym(RTLD_DEFAULT, "_Z15connectToServerv"));
-}
-
-TEST(NeighbourAbi, BothKeepTheirGlobals)
+TEST_F(NeighbourAbi, BothKeepTheirGlobals)
 {
     {
         Panel panel(driverPath(), "7#0#0#3#64");
@@ -105,7 +97,7 @@ TEST(NeighbourAbi, BothKeepTheirGlobals)
     EXPECT_TRUE(neighbourGlobalsAreUntouched()) << "unloading the library touched the neighbour";
 }
 
-TEST(NeighbourAbi, DriverCallsItsOwnFunctions)
+TEST_F(NeighbourAbi, DriverCallsItsOwnFunctions)
 {
     Panel panel(driverPath(), "7#0#0#3#64");
     EXPECT_EQ(7, panel.reportedStation());
@@ -113,11 +105,13 @@ TEST(NeighbourAbi, DriverCallsItsOwnFunctions)
     EXPECT_EQ(0, neighbourCalls());
 }
 
-TEST(NeighbourAbi, TwoCopiesOfTheLibraryKeepTwoStates)
+TEST_F(NeighbourAbi, TwoCopiesOfTheLibraryKeepTwoStates)
 {
-    const LibraryCopy copy;
+    const TemporaryFolder folder;
+    const std::string copy = folder.path("libneighbour.so");
+    std::filesystem::copy_file(driverPath(), copy);
     Panel first(driverPath(), "1#0#0#3#64");
-    Panel second(copy.path.string(), "2#0#0#3#64");
+    Panel second(copy, "2#0#0#3#64");
     EXPECT_EQ(1, first.reportedStation());
     EXPECT_EQ(2, second.reportedStation());
     EXPECT_EQ(1, first.reportedStation());
@@ -128,14 +122,14 @@ TEST(NeighbourAbi, TwoCopiesOfTheLibraryKeepTwoStates)
     EXPECT_EQ(1, value[0]);
 }
 
-TEST(NeighbourAbi, FileLoadedTwiceIsOneDriver)
+TEST_F(NeighbourAbi, FileLoadedTwiceIsOneDriver)
 {
     Panel first(driverPath(), "1#0#0#3#64");
     Panel second(driverPath(), "2#0#0#3#64");
     EXPECT_EQ(2, first.reportedStation());
 }
 
-TEST(NeighbourAbi, LibraryThatLacksTheFunctionsIsNamed)
+TEST_F(NeighbourAbi, LibraryThatLacksTheFunctionsIsNamed)
 {
     try {
         LoadedDriver other("libm.so.6");
