@@ -1,5 +1,7 @@
 #include "panel_run.h"
 
+#include <netdb.h>
+
 // `read`: values, frames, refusals, and what happens without a PLC.
 
 class PanelReadTest : public PanelTest {};
@@ -160,6 +162,12 @@ TEST(PanelRead, oneRefusedItemOfTwo)
 
 TEST_F(PanelReadTest, namesAreResolved)
 {
+    addrinfo wanted = {};
+    wanted.ai_family = AF_INET;
+    addrinfo *found = nullptr;
+    ASSERT_EQ(getaddrinfo("localhost", nullptr, &wanted, &found), 0)
+        << "this machine cannot resolve the name localhost: add the line '127.0.0.1 localhost' to /etc/hosts";
+    freeaddrinfo(found);
     start();
     ASSERT_EQ(tell("write DM:0 3"), "ok");
     EXPECT_EQ(runPanel({"read", "localhost:" + std::to_string(port), "DM:0"}).out, "DM:0 = 3\n");
