@@ -58,8 +58,7 @@ TEST_F(BenchTest, refused_sizes)
 
 TEST_F(BenchTest, no_plc)
 {
-    PlayedPlc closed;
-    closed.stopListening();
+    const HeldPort closed;
     const PanelRun ended = runPanel({"bench", closed.host(), "--give-up", "0.1"});
     EXPECT_EQ(ended.code, 3);
 }

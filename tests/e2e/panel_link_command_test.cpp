@@ -62,10 +62,9 @@ TEST_F(LinkCommandTest, refused_reads)
 
 TEST_F(LinkCommandTest, port_closed)
 {
-    PlayedPlc closed;
-    closed.stopListening();
+    const HeldPort closed;
     expectProblem(runPanel({"link", closed.host()}),
-                  "the host 127.0.0.1 is there, but nothing listens on TCP port " + std::to_string(closed.port));
+                  "the host 127.0.0.1 is there, but nothing listens on TCP port " + std::to_string(closed.number()));
 }
 
 // There is no way for TCP to a broadcast address, that of the loopback network included.

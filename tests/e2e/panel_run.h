@@ -2,6 +2,7 @@
 #define TESTS_E2E_PANEL_RUN_H
 
 #include "plc_fixture.h"
+#include "support/held_port.h"
 
 #include <map>
 #include <memory>
@@ -89,10 +90,22 @@ inline int interrupt(Process &panel)
     return panel.wait();
 }
 
-// Runs of the panel against the simulator.
+// Runs of the panel against the simulator, on a port that stays the test's own while no simulator runs.
 class PanelTest : public PlcTest {
 protected:
-    std::string host() const { return "127.0.0.1:" + std::to_string(port); }
+    void start(const Words &options = {})
+    {
+        port = heldPort.number();
+        Words all = {FINS_PLC_PATH, "--port", std::to_string(port)};
+        all.insert(all.end(), options.begin(), options.end());
+        plc = std::make_unique<Process>(all);
+        ASSERT_EQ(plc->readLine(), "listening on " + host());
+    }
+
+    // A simulator in the place of the one before, which has ended.
+    void startAgain(const Words &options = {}) { start(options); }
+
+    std::string host() const { return heldPort.host(); }
 
     Words arguments(const std::string &command, const Words &more) const
     {
@@ -138,15 +151,6 @@ protected:
                " ms; check the address and the cable, or wait longer with --give-up SECONDS\n";
     }
 
-    // A simulator on the port of the one before.
-    void startAgain(const Words &options = {})
-    {
-        Words all = {FINS_PLC_PATH, "--port", std::to_string(port)};
-        all.insert(all.end(), options.begin(), options.end());
-        plc = std::make_unique<Process>(all);
-        ASSERT_EQ(plc->readLine(), "listening on " + host());
-    }
-
     // Ends a simulator that was started with --trace. Returns the frames that it received on each connection.
     std::map<int, Words> endAndCollect()
     {
@@ -165,6 +169,9 @@ protected:
         plc.reset();
         return received;
     }
+
+private:
+    HeldPort heldPort;
 };
 
 // The command of a frame: its code and what follows; empty for a node-address request.
@@ -256,21 +263,11 @@ private:
     int fd;
 };
 
-// Listens on a free port. Until accept() is called, connections are made but never served.
+// Listens on a port of its own. Until accept() is called, connections are made but never served; once it has stopped
+// listening, they are refused.
 class PlayedPlc {
 public:
-    PlayedPlc() : fd(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
-    {
-        sockaddr_in address = {};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof address;
-        sockaddr *const at = reinterpret_cast<sockaddr *>(&address);
-        if (bind(fd, at, size) != 0 || listen(fd, 64) != 0 || getsockname(fd, at, &size) != 0)
-            throw std::runtime_error("no port to listen on");
-        port = ntohs(address.sin_port);
-    }
-
+    PlayedPlc() = default;
     PlayedPlc(const PlayedPlc &) = delete;
     PlayedPlc &operator=(const PlayedPlc &) = delete;
     ~PlayedPlc() { stopListening(); }
@@ -290,17 +287,18 @@ public:
         return std::make_unique<PlayedLink>(::accept4(fd, nullptr, nullptr, SOCK_CLOEXEC));
     }
 
-    std::string host() const { return "127.0.0.1:" + std::to_string(port); }
+    std::string host() const { return heldPort.host(); }
 
     std::string linkLost(const std::string &reason, int delay = 100) const
     {
         return "link to " + host() + " lost: " + reason + ", retrying in " + std::to_string(delay) + " ms";
     }
 
-    int port = 0;
+    const HeldPort heldPort;
+    const int      port = heldPort.number();
 
 private:
-    int fd;
+    int fd = heldPort.startListening();
 };
 
 #endif

@@ -159,8 +159,7 @@ TEST_F(StatsTest, a_repeated_message_is_counted)
 {
     // The pauses are 0.1, 0.2, 0.4, 0.8, 1.6, 3.2 and then 5 s: the seventh attempt is made after 6.3 s, the eighth, with
     // the same message, after 11.3 s, a ninth would be after 16.3 s.
-    PlayedPlc closed;
-    closed.stopListening();
+    const HeldPort closed;
     const std::unique_ptr<Process> panel = startPanel({"read", closed.host(), "DM:0", "--give-up", "14", "--stats"});
     EXPECT_EQ(panel->wait(), 3);
     const std::string failed = "no link to " + closed.host() + ": Connection refused";

@@ -125,8 +125,7 @@ TEST_F(WatchTableTest, a_closed_connection_is_seen_in_a_long_pause)
 
 TEST_F(WatchTableTest, without_a_plc)
 {
-    PlayedPlc closed;
-    closed.stopListening();
+    const HeldPort closed;
     PtyProcess shown({FINS_PANEL_PATH, "watch", closed.host(), "DM:7"}, 80, 24);
     shown.waitUntil([&] { return has(shown, "DM:7", "not connected"); }, "not connected");
     shown.waitForText("no link to " + closed.host());
