@@ -8,13 +8,13 @@
 #include <string>
 #include <vector>
 
-#include "memory_plc.h"
+#include "logged_plc.h"
 #include "support/loaded_driver.h"
 #include "support/low_memory.h"
 #include "transcript.h"
 
 // A panel runtime for the tests: it loads the library afresh for every test, owns what a runtime owns, records the
-// change callback and plays the PLC by transcripts or by a MemoryPlc.
+// change callback and plays the PLC by transcripts or by a LoggedPlc.
 
 enum {
     RUNTIME_BLOCK_SIZE   = 60117, // up to and with the recipe read request
@@ -98,7 +98,7 @@ protected:
     bool                    mutexIsTaken = false; // the test holds the mutex: the callback need not find it free
     FRAME_PRO               frame = FRAME_PRO();
     std::string             info;
-    MemoryPlc               plc;
+    LoggedPlc               plc;
 
     quint8 &flag(int offset) { return block.data()[offset]; }
     int     recipeWord(int index);

@@ -2,8 +2,8 @@
 
 #include <cstdio>
 
-#include "scripted_plc.h"
 #include "soak_run.h"
+#include "support/memory_plc.h"
 
 namespace {
 
@@ -46,12 +46,12 @@ private:
     Bytes fault(const Bytes &request);
     Bytes refuse(const Bytes &request);
 
-    std::mt19937      m_random;
-    soak::ScriptedPlc m_plc;
-    bool              m_isUp = false;
-    bool              m_hasFaults = false;
-    int               m_badLeft = 0; // requests that remain of a bad spell
-    long long         m_clockMs = 0;
+    std::mt19937 m_random;
+    MemoryPlc    m_plc;
+    bool         m_isUp = false;
+    bool         m_hasFaults = false;
+    int          m_badLeft = 0; // requests that remain of a bad spell
+    long long    m_clockMs = 0;
 };
 
 Bytes ScriptedLink::exchange(const Bytes &request)

@@ -1,28 +1,33 @@
-#ifndef TESTS_SOAK_SCRIPTED_PLC_H
-#define TESTS_SOAK_SCRIPTED_PLC_H
+#ifndef TESTS_SUPPORT_MEMORY_PLC_H
+#define TESTS_SUPPORT_MEMORY_PLC_H
 
+#include <cstdint>
 #include <map>
+#include <string>
+#include <vector>
 
-#include "link.h"
-
-namespace soak {
+using Bytes = std::vector<std::uint8_t>;
 
 /// A PLC with its connection, in memory. It reads the bytes by the FINS manual's tables and shares nothing with the
-/// driver. A command on a connection without a node-address exchange is a Failure.
-class ScriptedPlc {
+/// driver. What no PLC would understand, and a command on a connection without a node-address exchange, is a
+/// std::runtime_error.
+class MemoryPlc {
 public:
-    ScriptedPlc();
+    MemoryPlc();
 
-    /// A new connection has no node address yet.
+    /// A new connection, which has no node address yet. The first one has: node 0A hex, the PLC's own is 32 hex.
     void connect() { m_hasNode = false; }
 
     /// Carries out a request. `endCode` other than 0 refuses a command with it.
-    Bytes answer(const Bytes &request, unsigned endCode);
+    Bytes answer(const Bytes &request, unsigned endCode = 0);
 
     /// In RUN mode writes are refused until RUN in MONITOR mode is commanded.
     void enterRunMode() { m_refusesWrites = true; }
 
     std::vector<int> &area(const std::string &type);
+
+    /// One word, by word area code (B0 CIO, B1 WR, B2 HR, B3 AR, 82 DM, 89 timers and, from 8000, counters).
+    int &word(unsigned areaCode, int address);
 
 private:
     std::vector<int> *areaOf(unsigned code, int address, int &index);
@@ -31,10 +36,8 @@ private:
     unsigned          writeBits(const Bytes &request);
 
     std::map<unsigned, std::vector<int>> m_areas; // by word area code; 0x8089 for counters
-    bool                                 m_hasNode = false;
+    bool                                 m_hasNode = true;
     bool                                 m_refusesWrites = false;
 };
-
-} // namespace soak
 
 #endif

@@ -1,10 +1,12 @@
-#include "scripted_plc.h"
+#include "support/memory_plc.h"
 
-namespace soak {
+#include <algorithm>
+#include <cstddef>
+#include <stdexcept>
 
 enum : unsigned { COUNTERS = 0x8089, END_NORMAL = 0, END_NO_AREA = 0x1101, END_RANGE = 0x1104, END_RUN_MODE = 0x2206 };
 
-ScriptedPlc::ScriptedPlc()
+MemoryPlc::MemoryPlc()
 {
     m_areas[0xB0].resize(6144);
     m_areas[0xB1].resize(512);
@@ -15,19 +17,28 @@ ScriptedPlc::ScriptedPlc()
     m_areas[COUNTERS].resize(4096);
 }
 
-std::vector<int> &ScriptedPlc::area(const std::string &type)
+std::vector<int> &MemoryPlc::area(const std::string &type)
 {
     static const std::map<std::string, unsigned> CODES = {{"CIO", 0xB0}, {"WR", 0xB1}, {"HR", 0xB2}, {"AR", 0xB3},
                                                           {"DM", 0x82},  {"T", 0x89},  {"C", COUNTERS}};
     return m_areas.at(CODES.at(type));
 }
 
-std::vector<int> *ScriptedPlc::areaOf(unsigned code, int address, int &index)
+std::vector<int> *MemoryPlc::areaOf(unsigned code, int address, int &index)
 {
     const bool isCounter = code == 0x89 && address >= 0x8000;
     const auto found = m_areas.find(isCounter ? unsigned(COUNTERS) : code);
     index = isCounter ? address - 0x8000 : address;
     return found == m_areas.end() ? nullptr : &found->second;
+}
+
+int &MemoryPlc::word(unsigned areaCode, int address)
+{
+    int index = 0;
+    std::vector<int> *const words = areaOf(areaCode, address, index);
+    if (words == nullptr)
+        throw std::runtime_error("no area " + std::to_string(areaCode));
+    return words->at(static_cast<std::size_t>(index));
 }
 
 static int number16(const Bytes &bytes, std::size_t at) { return bytes.at(at) * 256 + bytes.at(at + 1); }
@@ -47,15 +58,17 @@ static Bytes replyHead(const Bytes &request, unsigned endCode)
     return reply;
 }
 
-Bytes ScriptedPlc::answer(const Bytes &request, unsigned endCode)
+Bytes MemoryPlc::answer(const Bytes &request, unsigned endCode)
 {
     Bytes reply;
+    if (request.size() < 20 || !std::equal(request.begin(), request.begin() + 4, "FINS"))
+        throw std::runtime_error("no FINS/TCP request of " + std::to_string(request.size()) + " bytes");
     if (request.size() == 20 && request[11] == 0) {
         m_hasNode = true;
         return {'F', 'I', 'N', 'S', 0, 0, 0, 16, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0x0A, 0, 0, 0, 0x32};
     }
     if (!m_hasNode || request.at(20) != 0x32 || request.at(23) != 0x0A)
-        throw Failure("a command came before the node-address exchange of its connection");
+        throw std::runtime_error("a command came before the node-address exchange of its connection");
     const int command = number16(request, 26);
     if (endCode != END_NORMAL)
         reply = replyHead(request, endCode);
@@ -66,7 +79,7 @@ Bytes ScriptedPlc::answer(const Bytes &request, unsigned endCode)
     else if (command == 0x0401)
         reply = replyHead(request, END_NORMAL);
     else
-        throw Failure("unknown command " + std::to_string(command));
+        throw std::runtime_error("unknown command " + std::to_string(command));
     if (command == 0x0401)
         m_refusesWrites = false;
     const std::size_t length = reply.size() - 8;
@@ -75,7 +88,7 @@ Bytes ScriptedPlc::answer(const Bytes &request, unsigned endCode)
     return reply;
 }
 
-Bytes ScriptedPlc::read(const Bytes &request)
+Bytes MemoryPlc::read(const Bytes &request)
 {
     int index = 0;
     const int count = number16(request, 32);
@@ -90,7 +103,7 @@ Bytes ScriptedPlc::read(const Bytes &request)
     return reply;
 }
 
-unsigned ScriptedPlc::write(const Bytes &request)
+unsigned MemoryPlc::write(const Bytes &request)
 {
     if (m_refusesWrites)
         return END_RUN_MODE;
@@ -108,7 +121,7 @@ unsigned ScriptedPlc::write(const Bytes &request)
     return END_NORMAL;
 }
 
-unsigned ScriptedPlc::writeBits(const Bytes &request)
+unsigned MemoryPlc::writeBits(const Bytes &request)
 {
     int index = 0;
     const int count = number16(request, 32);
@@ -125,5 +138,3 @@ unsigned ScriptedPlc::writeBits(const Bytes &request)
     }
     return END_NORMAL;
 }
-
-} // namespace soak
