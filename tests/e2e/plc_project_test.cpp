@@ -172,6 +172,26 @@ TEST_F(PlcProjectTest, whatIsNoToml)
     EXPECT_EQ(errorsOf("[plc]\nport = = 1\n").substr(0, 25), ":2:8: this is not TOML: E");
 }
 
+// Texts that the parser must not see, or gives up on; each costs a line, not the program.
+TEST_F(PlcProjectTest, whatBreaksTheParser)
+{
+    std::string dotted = "a";
+    for (int i = 0; i < 223599; ++i)
+        dotted += ".a";
+    EXPECT_EQ(errorsOf(dotted + " = 1\n"), ":1:64: a key of more than 32 parts; use fewer points\n");
+    EXPECT_EQ(errorsOf("[memory]\n\"DM:0\" = " + std::string(33, '[')),
+              ":2:42: brackets of more than 32 levels; nest less deeply\n");
+    EXPECT_EQ(errorsOf("[plc]\n[\n[memory]\n", "--check-project"), ":2:1: this is not TOML: its syntax is broken\n");
+}
+
+TEST_F(PlcProjectTest, filesThatNeverEnd)
+{
+    Process failing({FINS_PLC_PATH, "--project", "/dev/zero"});
+    EXPECT_EQ(failing.wait(), 2);
+    EXPECT_EQ(failing.errors(), "fins_plc: /dev/zero:1:1: the file is larger than 4 MiB; keep what belongs together in "
+                                "smaller files\n");
+}
+
 TEST_F(PlcProjectTest, noFile)
 {
     Process failing({FINS_PLC_PATH, "--project", "/nonexistent/plc.toml"});

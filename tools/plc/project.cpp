@@ -16,8 +16,6 @@ namespace plc {
 
 namespace {
 
-const std::uint64_t FILE_MAX_BYTES = 16 * 1024 * 1024;
-
 using TextSetter = std::string (*)(const std::string &text, Options *options);
 using NumberSetter = void (*)(std::int64_t number, Options *options);
 using FlagSetter = void (*)(bool isOn, Options *options);
@@ -190,12 +188,11 @@ std::vector<Member> membersOf(const toml::table &table)
 std::vector<std::string> parseProject(const std::string &text, const std::string &file, Options *options)
 {
     Problems problems(file);
-    const toml::parse_result parsed = toml::parse(text, file);
-    if (!parsed) {
-        problems.add(parsed.error().source().begin, "this is not TOML: " + std::string(parsed.error().description()));
+    toml::table root;
+    if (const std::optional<TomlProblem> wrong = parseTomlText(text, &root)) {
+        problems.add(toml::source_position{wrong->line, wrong->column}, wrong->text);
         return problems.lines();
     }
-    const toml::table &root = parsed.table();
     for (const Member &member : membersOf(root))
         if (*member.key != "plc" && *member.key != "memory")
             problems.add(*member.key, "'" + std::string(member.key->str()) + "' is no table of a project; use [plc] "
@@ -215,11 +212,9 @@ std::vector<std::string> loadProject(const std::string &file, Options *options)
         return {file + ": cannot be read: " + std::strerror(errno)};
     std::string text;
     char buffer[65536];
-    while (stream.read(buffer, sizeof buffer) || stream.gcount() > 0) {
+    // One piece more than may be parsed is enough to be told so; a device that never ends is not read on.
+    while (text.size() <= TOML_MAX_BYTES && (stream.read(buffer, sizeof buffer) || stream.gcount() > 0))
         text.append(buffer, static_cast<std::size_t>(stream.gcount()));
-        if (text.size() > FILE_MAX_BYTES)
-            return {file + ": is larger than 16 MiB and cannot be a project"};
-    }
     if (stream.bad())
         return {file + ": cannot be read: " + std::strerror(errno)};
     return parseProject(text, file, options);

@@ -1,8 +1,7 @@
 #ifndef FINS_PLC_PROJECT_READER_H
 #define FINS_PLC_PROJECT_READER_H
 
-#define TOML_EXCEPTIONS 0
-#include <toml++/toml.h>
+#include "common/toml_text.h"
 
 #include <string>
 #include <vector>
