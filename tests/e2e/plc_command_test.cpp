@@ -69,7 +69,7 @@ TEST_F(PlcCommandTest, responsesAreNotAnswered)
     start();
     PlcClient client(port);
     client.send(frameSend("C0 00 02 00 01 00 00 EF 00 01 0402"));
-    EXPECT_EQ(client.ask("0601").substr(0, 12), plainHex("0601 0000 01 04"));
+    EXPECT_EQ(client.ask("0601").substr(0, 12), plainHex("0601 0000 05 04"));
 }
 
 TEST_F(PlcCommandTest, commandWithoutResponseIsCarriedOut)
@@ -77,7 +77,7 @@ TEST_F(PlcCommandTest, commandWithoutResponseIsCarriedOut)
     start();
     PlcClient client(port);
     client.send(frameSend("81 00 02 00 01 00 00 EF 00 01 0402"));
-    EXPECT_EQ(client.ask("0601").substr(0, 12), plainHex("0601 0000 00 00"));
+    EXPECT_EQ(client.ask("0601").substr(0, 12), plainHex("0601 0000 04 00"));
 }
 
 TEST_F(PlcCommandTest, unknownCommands)
@@ -110,12 +110,18 @@ TEST_F(PlcCommandTest, mostItemsOfARead)
     EXPECT_EQ(client.ask("0101 09 0000 00 07CF"), plainHex("0101 110B"));
 }
 
-TEST_F(PlcCommandTest, noItems)
+TEST_F(PlcCommandTest, noItemsAreANormalEnd)
 {
     start();
+    ASSERT_EQ(tell("write DM:0 7"), "ok");
     PlcClient client(port);
-    EXPECT_EQ(client.ask("0101 82 0000 00 0000"), plainHex("0101 110C"));
-    EXPECT_EQ(client.ask("0102 82 0000 00 0000"), plainHex("0102 110C"));
+    EXPECT_EQ(client.ask("0101 82 0000 00 0000"), plainHex("0101 0000"));
+    EXPECT_EQ(client.ask("0101 30 0000 00 0000"), plainHex("0101 0000"));
+    EXPECT_EQ(client.ask("0102 82 0000 00 0000"), plainHex("0102 0000"));
+    EXPECT_EQ(client.ask("0102 82 0000 00 0000 0001"), plainHex("0102 1003"));
+    EXPECT_EQ(client.ask("0101 82 8000 00 0000"), plainHex("0101 1103"));
+    EXPECT_EQ(client.ask("0101 FF 0000 00 0000"), plainHex("0101 1101"));
+    EXPECT_EQ(tell("read DM:0"), "ok 7");
 }
 
 TEST_F(PlcCommandTest, writeLengths)
@@ -174,22 +180,34 @@ TEST_F(PlcCommandTest, stopGoesToProgram)
 {
     start();
     PlcClient client(port);
-    EXPECT_EQ(client.ask("0402 00"), plainHex("0402 1001"));
-    EXPECT_EQ(tell("mode"), "ok run");
     EXPECT_EQ(client.ask("0402"), plainHex("0402 0000"));
+    EXPECT_EQ(tell("mode"), "ok program");
+    ASSERT_EQ(tell("mode run"), "ok run");
+    EXPECT_EQ(client.ask("0402 FFFF"), plainHex("0402 0000"));
     EXPECT_EQ(tell("mode"), "ok program");
 }
 
+TEST_F(PlcCommandTest, stopRefusesOtherParameters)
+{
+    start();
+    PlcClient client(port);
+    EXPECT_EQ(client.ask("0402 FF"), plainHex("0402 1002"));
+    EXPECT_EQ(client.ask("0402 0000"), plainHex("0402 1106"));
+    EXPECT_EQ(client.ask("0402 FFFF 00"), plainHex("0402 1001"));
+    EXPECT_EQ(tell("mode"), "ok run");
+}
+
+// Bit 0 of the status: running; bit 2: the battery is there.
 TEST_F(PlcCommandTest, statusShowsTheMode)
 {
     start();
     PlcClient client(port);
     const std::string rest = "0000 0000 0000 0000 20202020 20202020 20202020 20202020";
-    EXPECT_EQ(client.ask("0601"), plainHex("0601 0000 01 04" + rest));
+    EXPECT_EQ(client.ask("0601"), plainHex("0601 0000 05 04" + rest));
     ASSERT_EQ(tell("mode monitor"), "ok monitor");
-    EXPECT_EQ(client.ask("0601"), plainHex("0601 0000 01 02" + rest));
+    EXPECT_EQ(client.ask("0601"), plainHex("0601 0000 05 02" + rest));
     ASSERT_EQ(tell("mode program"), "ok program");
-    EXPECT_EQ(client.ask("0601"), plainHex("0601 0000 00 00" + rest));
+    EXPECT_EQ(client.ask("0601"), plainHex("0601 0000 04 00" + rest));
     EXPECT_EQ(client.ask("0601 00"), plainHex("0601 1001"));
 }
 

@@ -13,12 +13,15 @@ enum : std::size_t {
     MEM_DATA  = 8  // n  data of a write; a read ends here
 };
 
-// Parameters of RUN. Both may be left out, from the end.
+// Parameters of RUN, which may be left out, from the end; STOP has the first one only.
 enum : std::size_t {
     RUN_PROGRAM = 2, // 2  program number, always FFFF
     RUN_MODE    = 4, // 1  02 MONITOR, 04 RUN; MONITOR when left out
     RUN_END     = 5
 };
+
+// Status bits of CONTROLLER STATUS READ.
+enum : unsigned { STATUS_RUNNING = 0x01, STATUS_BATTERY = 0x04 };
 
 const unsigned ALL_PROGRAMS = 0xFFFF;
 
@@ -28,7 +31,7 @@ EndCode locate(const Controller &controller, Slice command, Span *span)
                                     command.get16(MEM_COUNT), span);
 }
 
-// MEMORY AREA READ, 01 01. Words are two bytes each, bits and flags one byte each.
+// MEMORY AREA READ, 01 01. Words are two bytes each, bits and flags one byte each. No items are no data.
 unsigned readMemory(const Controller &controller, Slice command, Bytes &data)
 {
     if (command.size() < MEM_DATA)
@@ -39,8 +42,6 @@ unsigned readMemory(const Controller &controller, Slice command, Bytes &data)
     const EndCode located = locate(controller, command, &span);
     if (located != END_NORMAL)
         return located;
-    if (span.count == 0)
-        return END_PARAMETER_ERROR;
     const unsigned itemSize = span.access == Access::WORD ? 2 : 1;
     if (RESPONSE_DATA + span.count * itemSize > controller.messageMax)
         return END_RESPONSE_TOO_LONG;
@@ -68,8 +69,6 @@ unsigned writeMemory(Controller &controller, Slice command)
     const EndCode located = locate(controller, command, &span);
     if (located != END_NORMAL)
         return located;
-    if (span.count == 0)
-        return END_PARAMETER_ERROR;
     if (controller.writeRefusal() != END_NORMAL)
         return controller.writeRefusal();
     for (unsigned i = 0; i < span.count; ++i) {
@@ -80,15 +79,22 @@ unsigned writeMemory(Controller &controller, Slice command)
     return END_NORMAL;
 }
 
-// RUN, 04 01.
-unsigned run(Controller &controller, Slice command)
+// Judges a command that ends at `end` or before, with a program number or without.
+EndCode checkProgram(Slice command, std::size_t end)
 {
-    if (command.size() > RUN_END)
+    if (command.size() > end)
         return END_COMMAND_TOO_LONG;
     if (command.size() > RUN_PROGRAM && command.size() < RUN_MODE)
         return END_COMMAND_TOO_SHORT;
-    if (command.size() >= RUN_MODE && command.get16(RUN_PROGRAM) != ALL_PROGRAMS)
-        return END_NO_PROGRAM;
+    const bool hasProgram = command.size() >= RUN_MODE;
+    return hasProgram && command.get16(RUN_PROGRAM) != ALL_PROGRAMS ? END_NO_PROGRAM : END_NORMAL;
+}
+
+// RUN, 04 01.
+unsigned run(Controller &controller, Slice command)
+{
+    if (const EndCode wrong = checkProgram(command, RUN_END))
+        return wrong;
     Mode mode = Mode::MONITOR;
     if (command.size() == RUN_END)
         mode = static_cast<Mode>(command.get8(RUN_MODE));
@@ -98,11 +104,11 @@ unsigned run(Controller &controller, Slice command)
     return END_NORMAL;
 }
 
-// STOP, 04 02: to PROGRAM mode. It has no parameters.
+// STOP, 04 02: to PROGRAM mode.
 unsigned stop(Controller &controller, Slice command)
 {
-    if (command.size() > COMMAND_CODE)
-        return END_COMMAND_TOO_LONG;
+    if (const EndCode wrong = checkProgram(command, RUN_MODE))
+        return wrong;
     controller.mode = Mode::PROGRAM;
     return END_NORMAL;
 }
@@ -113,13 +119,13 @@ unsigned readStatus(const Controller &controller, Slice command, Bytes &data)
     const unsigned MESSAGE_SIZE = 16;
     if (command.size() > COMMAND_CODE)
         return END_COMMAND_TOO_LONG;
-    add8 (data, controller.mode == Mode::PROGRAM ? 0x00 : 0x01); // status: 00 stopped, 01 running
+    add8 (data, STATUS_BATTERY | (controller.mode == Mode::PROGRAM ? 0u : unsigned(STATUS_RUNNING)));
     add8 (data, static_cast<unsigned>(controller.mode));
-    add16(data, 0);                                              // fatal error data
-    add16(data, 0);                                              // non-fatal error data
-    add16(data, 0);                                              // message yes/no
-    add16(data, 0);                                              // error code
-    data.insert(data.end(), MESSAGE_SIZE, ' ');                  // error message
+    add16(data, 0);                             // fatal error data
+    add16(data, 0);                             // non-fatal error data
+    add16(data, 0);                             // message yes/no
+    add16(data, 0);                             // error code
+    data.insert(data.end(), MESSAGE_SIZE, ' '); // error message
     return END_NORMAL;
 }
 
