@@ -107,6 +107,37 @@ TEST_F(PlcFaultTest, endCodeRefusesWithoutCarryingOut)
     EXPECT_EQ(client.ask(read), plainHex(good));
 }
 
+// The flags of the CPU unit's own errors, bits 6 and 7, come with a reply that is good otherwise.
+TEST_F(PlcFaultTest, flagsOfTheEndCodeComeWithAGoodReply)
+{
+    start();
+    ASSERT_EQ(tell("write DM:0 4660"), "ok");
+    PlcClient client(port);
+    for (const char *flags : {"0040", "0080", "00C0"}) {
+        ASSERT_EQ(tell(std::string("fault end-code=") + flags), "ok");
+        EXPECT_EQ(client.ask(read), plainHex(std::string("0101") + flags + "1234 0000"));
+        EXPECT_EQ(client.ask("0601").substr(0, 12), plainHex(std::string("0601") + flags + "05 04"));
+        EXPECT_EQ(client.ask("0102 82 0000 00 0001 1234"), plainHex(std::string("0102") + flags));
+    }
+    ASSERT_EQ(tell("fault end-code=0040#1"), "ok");
+    EXPECT_EQ(client.ask("0102 82 0001 00 0001 0007"), plainHex("0102 0040"));
+    EXPECT_EQ(tell("read DM:0:2"), "ok 4660 7");
+    EXPECT_EQ(client.ask(read), plainHex("0101 0000 1234 0007"));
+}
+
+TEST_F(PlcFaultTest, flagsOfTheEndCodeStayWithAnError)
+{
+    start({"--fault", "end-code=0040"});
+    PlcClient client(port);
+    EXPECT_EQ(client.ask("0101 82 8000 00 0001"), plainHex("0101 1143"));
+    for (const char *code : {"2243", "8000", "8040", "0041", "0140"}) {
+        ASSERT_EQ(tell(std::string("fault end-code=") + code), "ok");
+        EXPECT_EQ(client.ask(read), plainHex(std::string("0101") + code));
+        EXPECT_EQ(client.ask("0102 82 0000 00 0001 0007"), plainHex(std::string("0102") + code));
+    }
+    EXPECT_EQ(tell("read DM:0"), "ok 0");
+}
+
 TEST_F(PlcFaultTest, closeComesInsteadOfAReply)
 {
     start({"--fault", "close"});

@@ -172,6 +172,18 @@ TEST_F(PlcReplayTest, repliesThatLieAboutTheirLengthDoNoHarm)
               plainHex("46494E53 FFFFFFF8 00000002 00000000 C0 00 02 00 EF 00 00 01 00 5A 0101 0000"));
 }
 
+TEST_F(PlcReplayTest, flagsOfTheEndCodeComeWithARecordedReply)
+{
+    startReplay({"0.1 1 < " + commandFrame(readCommand), "0.2 1 > " + responseFrame("0101 0000 1234")});
+    PlcClient client(port);
+    ASSERT_EQ(tell("fault end-code=0040"), "ok");
+    EXPECT_EQ(client.ask(readCommand), plainHex("0101 0040 1234"));
+    EXPECT_EQ(client.ask("0402"), plainHex("0402 0441"));
+    EXPECT_EQ(tell("mode"), "ok run");
+    ASSERT_EQ(tell("fault end-code=1101"), "ok");
+    EXPECT_EQ(client.ask(readCommand), plainHex("0101 1101"));
+}
+
 TEST_F(PlcReplayTest, filesThatCannotBeUsed)
 {
     const struct {

@@ -26,6 +26,10 @@ enum EndCode : unsigned {
 };
 
 enum TcpError : unsigned {
+/// Bits of an end code that tell of an error of the CPU unit, fatal (0080) or not (0040). They come with whatever the
+/// rest of the code says, a normal end and its data included. The relay error, bit 15, is a failure and none of them.
+enum : unsigned { END_FLAGS = 0x00C0 };
+
     TCP_OK                  = 0x00,
     TCP_NOT_FINS            = 0x01, // the header does not begin with "FINS"
     TCP_LENGTH              = 0x02, // length outside the bounds of the command

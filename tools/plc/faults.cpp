@@ -32,7 +32,7 @@ const FaultRow FAULTS[FAULT_COUNT] = {
     {"long",      ValueKind::DECIMAL,  1, 1000,     1, "reply with N zero bytes added, its length field agreeing (1)"},
     {"bytewise",  ValueKind::DECIMAL,  0, 1000,     1, "reply one byte at a time, MS apart (1)"},
     {"double",    ValueKind::NONE,     0, 0,        0, "reply twice in one segment"},
-    {"end-code",  ValueKind::END_CODE, 1, 0xFFFF,   0, "command refused with end code XXXX (hex)"},
+    {"end-code",  ValueKind::END_CODE, 1, 0xFFFF,   0, "command refused with end code XXXX (hex); 0040 0080 00C0 are flags of a good reply"},
     {"close",     ValueKind::NONE,     0, 0,        0, "command carried out, connection closed instead of a reply"},
     {"silence",   ValueKind::NONE,     0, 0,        0, "nothing carried out or answered, node exchanges included"},
     {"refuse",    ValueKind::NONE,     0, 0,        0, "connections refused"},

@@ -1,5 +1,6 @@
 #include "session.h"
 
+#include "fins_command.h"
 #include "fins_frame.h"
 
 #include <algorithm>
@@ -20,6 +21,13 @@ Answer lastAnswer(const Bytes &bytes)
     answer.bytes = bytes;
     answer.isLast = true;
     return answer;
+}
+
+// Adds flags to the end code of the FINS response that begins at `from`. They are all in its low byte.
+void addFlags(Bytes &bytes, std::size_t from, unsigned flags)
+{
+    if (bytes.size() >= from + RESPONSE_DATA)
+        bytes[from + RESPONSE_DATA - 1] |= static_cast<std::uint8_t>(flags);
 }
 
 } // namespace
@@ -80,13 +88,19 @@ Answer Session::answerCommand(const TcpFrame &frame)
 {
     if (node == 0)
         return lastAnswer(makeErrorNotice(TCP_UNSUPPORTED_COMMAND));
-    const bool isRefused = plc.faults.strikes(FAULT_END_CODE);
-    const unsigned unforced = plc.recorded ? END_UNKNOWN_COMMAND : END_NORMAL;
-    const unsigned endCode = isRefused ? plc.faults.value(FAULT_END_CODE) : unforced;
+    const unsigned forced = plc.faults.strikes(FAULT_END_CODE) ? plc.faults.value(FAULT_END_CODE) : END_NORMAL;
+    const unsigned flags = (forced & ~END_FLAGS) == 0 ? forced : 0;
+    unsigned refusal = forced & ~flags;
     Answer recorded;
-    if (plc.recorded && !isRefused && plc.recorded->answer(frame.bytes, &recorded.bytes))
-        return recorded;
-    Bytes response = answerFins(plc.controller, plc.nodes.server(), frame.body(), endCode);
+    if (plc.recorded && refusal == END_NORMAL) {
+        if (plc.recorded->answer(frame.bytes, &recorded.bytes)) {
+            addFlags(recorded.bytes, TCP_BODY, flags);
+            return recorded;
+        }
+        refusal = END_UNKNOWN_COMMAND;
+    }
+    Bytes response = answerFins(plc.controller, plc.nodes.server(), frame.body(), refusal);
+    addFlags(response, 0, flags);
     if (plc.faults.strikes(FAULT_CLOSE))
         return lastAnswer(Bytes());
     Answer answer;
