@@ -48,7 +48,7 @@ INSTANTIATE_TEST_SUITE_P(Words, PlcWordAreaTest,
                              AreaCase{"CIO", "B0", "0000", "17FF", "1800", "CIO:0", "CIO:6143", "17FE"},
                              AreaCase{"WR",  "B1", "0000", "01FF", "0200", "WR:0",  "WR:511",   "01FE"},
                              AreaCase{"HR",  "B2", "0000", "05FF", "0600", "HR:0",  "HR:1535",  "05FE"},
-                             AreaCase{"AR",  "B3", "0000", "03BF", "03C0", "AR:0",  "AR:959",   "03BE"},
+                             AreaCase{"AR",  "B3", "01C0", "03BF", "03C0", "AR:448", "AR:959",  "03BE"},
                              AreaCase{"DM",  "82", "0000", "7FFF", "8000", "DM:0",  "DM:32767", "7FFE"},
                              AreaCase{"T",   "89", "0000", "0FFF", "1000", "T:0",   "T:4095",   "0FFE"},
                              AreaCase{"C",   "89", "8000", "8FFF", "9000", "C:0",   "C:4095",   "8FFE"}),
@@ -85,7 +85,7 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(AreaCase{"CIO", "30", "0000", "17FF", "1800", "CIO_bit:0.0", "CIO_bit:6143.15", "17FE"},
                       AreaCase{"WR",  "31", "0000", "01FF", "0200", "WR_bit:0.0",  "WR_bit:511.15",   "01FE"},
                       AreaCase{"HR",  "32", "0000", "05FF", "0600", "HR_bit:0.0",  "HR_bit:1535.15",  "05FE"},
-                      AreaCase{"AR",  "33", "0000", "03BF", "03C0", "AR_bit:0.0",  "AR_bit:959.15",   "03BE"},
+                      AreaCase{"AR",  "33", "01C0", "03BF", "03C0", "AR_bit:448.0", "AR_bit:959.15", "03BE"},
                       AreaCase{"DM",  "02", "0000", "7FFF", "8000", "DM_bit:0.0",  "DM_bit:32767.15", "7FFE"}),
     caseName);
 
@@ -95,13 +95,31 @@ TEST_F(PlcMemoryTest, areasAreApart)
 {
     start();
     PlcClient client(port);
-    const char *const codes[] = {"B0 0005", "B1 0005", "B2 0005", "B3 0005", "82 0005", "89 0005", "89 8005"};
+    const char *const codes[] = {"B0 01C5", "B1 01C5", "B2 01C5", "B3 01C5", "82 01C5", "89 01C5", "89 81C5"};
     std::size_t value = 0x1101;
     for (const char *code : codes)
         EXPECT_EQ(client.ask(std::string("0102") + code + "00 0001" + hexNumber(value++, 4)), plainHex("0102 0000"));
     value = 0x1101;
     for (const char *code : codes)
         EXPECT_EQ(client.ask(std::string("0101") + code + "00 0001"), plainHex("0101 0000" + hexNumber(value++, 4)));
+}
+
+// Words A0 to A447 belong to the CPU unit. People may set them, so that there is something to read.
+TEST_F(PlcMemoryTest, theFirstAuxiliaryWordsAreReadOnly)
+{
+    start();
+    ASSERT_EQ(tell("write AR:447 4660"), "ok");
+    PlcClient client(port);
+    EXPECT_EQ(client.ask("0102 B3 0000 00 0001 0001"), plainHex("0102 2101"));
+    EXPECT_EQ(client.ask("0102 B3 01BF 00 0001 0001"), plainHex("0102 2101"));
+    EXPECT_EQ(client.ask("0102 B3 01BF 00 0002 0001 0001"), plainHex("0102 2101"));
+    EXPECT_EQ(client.ask("0102 33 01BF 0F 0001 01"), plainHex("0102 2101"));
+    EXPECT_EQ(client.ask("0102 33 01BF 0F 0002 01 01"), plainHex("0102 2101"));
+    EXPECT_EQ(client.ask("0102 B3 03C0 00 0001 0001"), plainHex("0102 1103"));
+    EXPECT_EQ(tell("read AR:447:2"), "ok 4660 0");
+    EXPECT_EQ(client.ask("0102 B3 01C0 00 0001 0001"), plainHex("0102 0000"));
+    EXPECT_EQ(client.ask("0102 33 01C0 01 0001 01"), plainHex("0102 0000"));
+    EXPECT_EQ(client.ask("0101 B3 01BF 00 0002"), plainHex("0101 0000 1234 0003"));
 }
 
 TEST_F(PlcMemoryTest, bitsAreThoseOfTheWords)

@@ -21,15 +21,16 @@ enum EndCode : unsigned {
     END_NO_PROGRAM         = 0x1106, // no program of that number
     END_RESPONSE_TOO_LONG  = 0x110B,
     END_PARAMETER_ERROR    = 0x110C,
+    END_READ_ONLY          = 0x2101,
     END_PROGRAM_MODE       = 0x2203, // not possible in the operating mode: PROGRAM
     END_RUN_MODE           = 0x2206  // not possible in the operating mode: RUN
 };
 
-enum TcpError : unsigned {
 /// Bits of an end code that tell of an error of the CPU unit, fatal (0080) or not (0040). They come with whatever the
 /// rest of the code says, a normal end and its data included. The relay error, bit 15, is a failure and none of them.
 enum : unsigned { END_FLAGS = 0x00C0 };
 
+enum TcpError : unsigned {
     TCP_OK                  = 0x00,
     TCP_NOT_FINS            = 0x01, // the header does not begin with "FINS"
     TCP_LENGTH              = 0x02, // length outside the bounds of the command

@@ -69,6 +69,8 @@ unsigned writeMemory(Controller &controller, Slice command)
     const EndCode located = locate(controller, command, &span);
     if (located != END_NORMAL)
         return located;
+    if (Memory::isReadOnly(span))
+        return END_READ_ONLY;
     if (controller.writeRefusal() != END_NORMAL)
         return controller.writeRefusal();
     for (unsigned i = 0; i < span.count; ++i) {

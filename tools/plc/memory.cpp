@@ -15,17 +15,18 @@ struct AreaRow {
     unsigned    bitCode;  // memory-area code of bits or completion flags
     unsigned    base;     // address of the first item in commands
     bool        hasFlags; // bitCode addresses completion flags
+    unsigned    readOnly; // words from the first one on that commands may not write: the CPU unit's own
 };
 
 // Timers and counters share their codes; a counter's address has 8000 hex added.
 const AreaRow AREAS[AREA_COUNT] = {
-    {"CIO",  6144, 0xB0, 0x30, 0x0000, false},
-    {"WR",    512, 0xB1, 0x31, 0x0000, false},
-    {"HR",   1536, 0xB2, 0x32, 0x0000, false},
-    {"AR",    960, 0xB3, 0x33, 0x0000, false},
-    {"DM",  32768, 0x82, 0x02, 0x0000, false},
-    {"T",    4096, 0x89, 0x09, 0x0000, true},
-    {"C",    4096, 0x89, 0x09, 0x8000, true},
+    {"CIO",  6144, 0xB0, 0x30, 0x0000, false, 0},
+    {"WR",    512, 0xB1, 0x31, 0x0000, false, 0},
+    {"HR",   1536, 0xB2, 0x32, 0x0000, false, 0},
+    {"AR",    960, 0xB3, 0x33, 0x0000, false, 448},
+    {"DM",  32768, 0x82, 0x02, 0x0000, false, 0},
+    {"T",    4096, 0x89, 0x09, 0x0000, true, 0},
+    {"C",    4096, 0x89, 0x09, 0x8000, true, 0},
 };
 
 // Of the rows with this code, the last one that begins at or below the address. -1 for an unknown code.
@@ -97,6 +98,12 @@ EndCode Memory::locate(unsigned areaCode, unsigned address, unsigned bit, unsign
         return END_RANGE_EXCEEDED;
     *span = found;
     return END_NORMAL;
+}
+
+bool Memory::isReadOnly(const Span &span)
+{
+    const unsigned itemsPerWord = span.access == Access::BIT ? BITS_PER_WORD : 1;
+    return span.count > 0 && span.first < AREAS[span.area].readOnly * itemsPerWord;
 }
 
 unsigned Memory::get(const Span &span, unsigned i) const

@@ -52,6 +52,9 @@ public:
     /// code that refuses it: END_NO_AREA, END_START_OUT_OF_RANGE, END_RANGE_EXCEEDED.
     EndCode locate(unsigned areaCode, unsigned address, unsigned bit, unsigned count, Span *span) const;
 
+    /// Whether commands may only read some of the span; people and plants may write all of it.
+    static bool isReadOnly(const Span &span);
+
     /// Item `i` of the span. A bit or flag is 0 or 1.
     unsigned get(const Span &span, unsigned i) const;
     void set(const Span &span, unsigned i, unsigned value);
