@@ -78,13 +78,8 @@ TEST_F(OvenPlantTest, anOpenDoorCoolsAndIsCounted)
     EXPECT_EQ(get("C:0"), 1u);
 }
 
-TEST_F(OvenPlantTest, programModeAndTheHeatBitTurnTheHeatersOff)
+TEST_F(OvenPlantTest, theHeatBitTurnsTheHeatersOff)
 {
-    step();
-    controller->mode = plc::Mode::PROGRAM;
-    step();
-    EXPECT_EQ(values("DM:20:3"), "0 0 0");
-    controller->mode = plc::Mode::MONITOR;
     step();
     EXPECT_EQ(values("DM:20:3"), "100 100 100");
     set("CIO_bit:100.0", 0);

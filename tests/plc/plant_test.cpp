@@ -42,6 +42,25 @@ TEST_P(AnyPlantTest, aSeedChangesAPlantWithChance)
     EXPECT_EQ(course(7) != course(8), hasChance);
 }
 
+TEST_P(AnyPlantTest, standsStillInProgramModeAndGoesOnBehindIt)
+{
+    const auto all = [this] { return values("DM:0:40") + values("CIO:0") + values("T:0:2") + values("C:0:2"); };
+    start(GetParam());
+    step(30);
+    const std::string before = all();
+    controller->mode = plc::Mode::PROGRAM;
+    set("CIO_bit:100.1", 1);
+    step(30);
+    EXPECT_EQ(all(), before);
+    EXPECT_EQ(get("CIO_bit:100.1"), 1u);
+    for (const plc::Mode mode : {plc::Mode::MONITOR, plc::Mode::RUN}) {
+        const unsigned steps = get("DM:4");
+        controller->mode = mode;
+        step();
+        EXPECT_EQ(get("DM:4"), steps + 1);
+    }
+}
+
 TEST_P(AnyPlantTest, wildValuesDoNoHarm)
 {
     start(GetParam());

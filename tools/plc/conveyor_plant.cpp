@@ -74,7 +74,7 @@ void ConveyorPlant::begin()
     memory.setWord(AREA_T, T_NEXT_PART, DISTANCE_LEAST);
 }
 
-void ConveyorPlant::step()
+void ConveyorPlant::advance()
 {
     Memory &memory = controller.memory;
     const unsigned steps = nextCount(memory.word(AREA_DM, DM_STEPS));
@@ -83,8 +83,7 @@ void ConveyorPlant::step()
         memory.setBit(AREA_CIO, STATE_WORD, STATE_HEARTBEAT, !memory.bit(AREA_CIO, STATE_WORD, STATE_HEARTBEAT));
     memory.setBit(AREA_CIO, STATE_WORD, STATE_PART, false);
     memory.setBit(AREA_CIO, STATE_WORD, STATE_EJECTOR, false);
-    if (controller.mode != Mode::PROGRAM)
-        obeyPanel();
+    obeyPanel();
     moveBelt();
     const unsigned left = memory.word(AREA_T, T_NEXT_PART);
     if (!memory.bit(AREA_CIO, STATE_WORD, STATE_RUNS))
@@ -110,12 +109,12 @@ void ConveyorPlant::obeyPanel()
     }
 }
 
-// The speed follows the set speed slowly; a jam, a stop and PROGRAM mode brake the belt in the same way.
+// The speed follows the set speed slowly; a jam and a stop brake the belt in the same way.
 void ConveyorPlant::moveBelt()
 {
     Memory &memory = controller.memory;
-    const bool mayRun = memory.bit(AREA_CIO, COMMAND_WORD, COMMAND_RUN) &&
-                        !memory.bit(AREA_CIO, STATE_WORD, STATE_JAM) && controller.mode != Mode::PROGRAM;
+    const bool mayRun =
+        memory.bit(AREA_CIO, COMMAND_WORD, COMMAND_RUN) && !memory.bit(AREA_CIO, STATE_WORD, STATE_JAM);
     const unsigned wanted = mayRun ? std::min<unsigned>(memory.word(AREA_DM, DM_SET_SPEED), SPEED_MAX) : 0;
     unsigned speed = std::min<unsigned>(memory.word(AREA_DM, DM_SPEED), SPEED_MAX);
     if (speed < wanted)

@@ -12,21 +12,20 @@ namespace plc {
 
 class ConveyorPlant : public Plant {
 public:
-    ConveyorPlant(Controller &state, std::uint32_t seed) : controller(state), random(seed) {}
+    ConveyorPlant(Controller &state, std::uint32_t seed) : Plant(state), random(seed) {}
 
     void begin() override;
-    void step() override;
     std::vector<PlantValue> values() const override;
 
     /// The addresses, one a line.
     static std::string help();
 
 private:
+    void advance() override;
     void obeyPanel();
     void moveBelt();
     void weighPart();
 
-    Controller  &controller;
     std::mt19937 random;
 };
 

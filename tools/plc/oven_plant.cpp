@@ -84,7 +84,7 @@ void OvenPlant::begin()
     setFloat(memory, DM_AVERAGE, 20.0f);
 }
 
-void OvenPlant::step()
+void OvenPlant::advance()
 {
     Memory &memory = controller.memory;
     const unsigned steps = nextCount(memory.word(AREA_DM, DM_STEPS));
@@ -108,7 +108,7 @@ void OvenPlant::controlZone(unsigned zone)
     Memory &memory = controller.memory;
     const unsigned temperature = memory.word(AREA_DM, DM_TEMPERATURE + zone);
     const unsigned wanted = setPoint(memory, zone);
-    const bool mayHeat = controller.mode != Mode::PROGRAM && memory.bit(AREA_CIO, COMMAND_WORD, COMMAND_HEAT);
+    const bool mayHeat = memory.bit(AREA_CIO, COMMAND_WORD, COMMAND_HEAT);
     const unsigned missing = wanted > temperature ? wanted - temperature : 0;
     const unsigned output = mayHeat ? std::min<unsigned>(missing * 2, 100) : 0;
     memory.setWord(AREA_DM, DM_HEATER + zone, output);

@@ -11,21 +11,20 @@ namespace plc {
 
 class OvenPlant : public Plant {
 public:
-    OvenPlant(Controller &state, std::uint32_t seed) : controller(state), random(seed) {}
+    OvenPlant(Controller &state, std::uint32_t seed) : Plant(state), random(seed) {}
 
     void begin() override;
-    void step() override;
     std::vector<PlantValue> values() const override;
 
     /// The addresses, one a line.
     static std::string help();
 
 private:
+    void advance() override;
     void controlZone(unsigned zone);
     void heatZone(unsigned zone);
     void showState();
 
-    Controller  &controller;
     std::mt19937 random;
 };
 

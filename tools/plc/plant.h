@@ -22,16 +22,26 @@ struct PlantValue {
 
 class Plant {
 public:
+    explicit Plant(Controller &state) : controller(state) {}
     virtual ~Plant() = default;
 
     /// Writes the values that the plant starts with.
     virtual void begin() = 0;
 
-    /// One step of the control program (not in PROGRAM mode) and of what it controls.
-    virtual void step() = 0;
+    /// One step of the control program and of what it controls. In PROGRAM mode all stands still.
+    void step()
+    {
+        if (controller.mode != Mode::PROGRAM)
+            advance();
+    }
 
     /// What is worth watching.
     virtual std::vector<PlantValue> values() const = 0;
+
+protected:
+    virtual void advance() = 0;
+
+    Controller &controller;
 };
 
 /// The plant called `name`, or null if there is none.

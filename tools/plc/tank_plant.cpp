@@ -75,17 +75,14 @@ void TankPlant::begin()
     memory.setFlag(AREA_T, T_REST, true);
 }
 
-void TankPlant::step()
+void TankPlant::advance()
 {
     Memory &memory = controller.memory;
     const unsigned steps = nextCount(memory.word(AREA_DM, DM_STEPS));
     memory.setWord(AREA_DM, DM_STEPS, steps);
     if (steps % HEARTBEAT_STEPS == 0)
         memory.setBit(AREA_CIO, STATE_WORD, STATE_HEARTBEAT, !memory.bit(AREA_CIO, STATE_WORD, STATE_HEARTBEAT));
-    if (controller.mode == Mode::PROGRAM)
-        startOrStopPump(false);
-    else
-        runProgram();
+    runProgram();
     countTimers();
     moveWater();
     showAlarms();

@@ -12,24 +12,22 @@ namespace plc {
 
 class TankPlant : public Plant {
 public:
-    explicit TankPlant(Controller &state) : controller(state) {}
+    explicit TankPlant(Controller &state) : Plant(state) {}
 
     void begin() override;
-    void step() override;
     std::vector<PlantValue> values() const override;
 
     /// The addresses, one a line.
     static std::string help();
 
 private:
+    void advance() override;
     bool wantsPump() const;
     void runProgram();
     void startOrStopPump(bool isWanted);
     void countTimers();
     void moveWater();
     void showAlarms();
-
-    Controller &controller;
 };
 
 } // namespace plc
