@@ -152,10 +152,24 @@ TEST_F(PlcNodeTest, connectionsWithoutNodeAreBoundedToo)
     std::vector<std::unique_ptr<TcpClient>> silent;
     for (int i = 0; i < 17; ++i)
         silent.push_back(std::make_unique<TcpClient>(port));
-    TcpClient oneTooMany(port);
-    EXPECT_EQ(oneTooMany.receiveUntilClosed(), "");
-    silent.back()->send(nodeRequest());
-    EXPECT_EQ(silent.back()->receive(24), nodeReply(239));
+    // Who comes then takes the place of who has waited longest.
+    TcpClient newcomer(port);
+    newcomer.send(nodeRequest());
+    EXPECT_EQ(newcomer.receive(24), nodeReply(239));
+    EXPECT_EQ(silent.front()->receiveUntilClosed(), "");
+    silent.at(1)->send(nodeRequest());
+    EXPECT_EQ(silent.at(1)->receiveUntilClosed(), nodeReply(0, 0x20));
+}
+
+TEST_F(PlcNodeTest, connectionsWithoutNodeNeverCostAClientItsPlace)
+{
+    start({"--clients", "1"});
+    PlcClient client(port);
+    std::vector<std::unique_ptr<TcpClient>> silent;
+    for (int i = 0; i < 40; ++i)
+        silent.push_back(std::make_unique<TcpClient>(port));
+    EXPECT_EQ(silent.at(23)->receiveUntilClosed(), ""); // 16 places are left to them
+    EXPECT_EQ(client.ask("0402"), plainHex("0402 0000"));
 }
 
 TEST_F(PlcNodeTest, secondExchangeOnAConnectionIsError21)

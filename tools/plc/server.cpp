@@ -91,11 +91,26 @@ void Server::retryAccept()
     });
 }
 
+// Connections that never ask for a node address must not shut others out until their deadline. There is one: fewer
+// clients than connections may have a node.
+void Server::closeOldestWithoutNode()
+{
+    for (const auto &entry : connections) {
+        if (entry.second->client().node != 0)
+            continue;
+        const std::shared_ptr<Connection> oldest = entry.second; // close() takes it out of the map
+        oldest->close();
+        return;
+    }
+}
+
 void Server::admit(asio::ip::tcp::socket &&socket)
 {
     ++plc.stats.connections;
-    if (connections.size() >= connectionLimit || plc.faults.strikes(FAULT_REFUSE))
+    if (plc.faults.strikes(FAULT_REFUSE))
         return; // the socket closes as it goes out of scope
+    if (connections.size() >= connectionLimit)
+        closeOldestWithoutNode();
     const unsigned id = ++lastId;
     const auto connection = std::make_shared<Connection>(std::move(socket), id, plc, options,
                                                          [this](unsigned ended) { connections.erase(ended); });

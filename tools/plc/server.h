@@ -33,6 +33,7 @@ private:
     void open();
     void acceptNext();
     void retryAccept();
+    void closeOldestWithoutNode();
     void admit(asio::ip::tcp::socket &&socket);
 
     asio::ip::tcp::acceptor                         acceptor;
