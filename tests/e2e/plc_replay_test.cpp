@@ -172,6 +172,25 @@ TEST_F(PlcReplayTest, repliesThatLieAboutTheirLengthDoNoHarm)
               plainHex("46494E53 FFFFFFF8 00000002 00000000 C0 00 02 00 EF 00 00 01 00 5A 0101 0000"));
 }
 
+// By another name, too: a recording would empty its file before the first frame.
+TEST_F(PlcReplayTest, aRecordingNeverReplacesWhatIsRead)
+{
+    const std::string recording = "0.1 1 < " + commandFrame(readCommand) + "\n0.2 1 > " +
+                                  responseFrame("0101 0000 1234") + "\n";
+    const std::string project = "[plc]\nport = 0\n";
+    const std::string other = "./" + file.path();
+    for (const char *input : {"--replay", "--project"}) {
+        const std::string text = input == std::string("--replay") ? recording : project;
+        file.write(text);
+        Process failing({FINS_PLC_PATH, "--port", "0", "--record", other, input, file.path()});
+        EXPECT_EQ(failing.wait(), 2);
+        EXPECT_EQ(failing.errors(), "fins_plc: --record: " + other + " is the file of --replay or --project and would "
+                                    "be lost; choose another one\n");
+        EXPECT_EQ(failing.output(), "");
+        EXPECT_EQ(file.read(), text);
+    }
+}
+
 TEST_F(PlcReplayTest, flagsOfTheEndCodeComeWithARecordedReply)
 {
     startReplay({"0.1 1 < " + commandFrame(readCommand), "0.2 1 > " + responseFrame("0101 0000 1234")});

@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
+#include <filesystem>
 #include <functional>
 #include <iostream>
 #include <unistd.h>
@@ -80,10 +81,26 @@ bool setContents(Memory &memory, const std::vector<Content> &contents)
 }
 
 bool openRecording(const Options &options, ConnectionOptions *connection)
+// A recording begins by emptying its file, under whatever name that is read as well.
+bool isInputFile(const std::string &file, const Options &options)
+{
+    for (const std::string &input : {options.replayFile, options.projectFile}) {
+        std::error_code absent;
+        if (!input.empty() && std::filesystem::equivalent(file, input, absent))
+            return true;
+    }
+    return false;
+}
+
 {
     if (options.recordFile.empty())
         return true;
     errno = 0;
+    if (isInputFile(options.recordFile, options)) {
+        std::cerr << "fins_plc: --record: " << options.recordFile
+                  << " is the file of --replay or --project and would be lost; choose another one" << std::endl;
+        return false;
+    }
     connection->recorder = std::make_shared<Recorder>(options.recordFile, options.recordLimitKiB * 1024ull);
     if (connection->recorder->isOpen())
         return true;
