@@ -235,6 +235,21 @@ TEST_F(PlcConsoleTest, longestLine)
     EXPECT_EQ(tell("mode"), "ok run");
 }
 
+TEST_F(PlcConsoleTest, goesOnWhenNobodyReadsItsAnswers)
+{
+    start();
+    plc->closeOutput();
+    plc->writeLine("write DM:0 7");
+    plc->writeLine("write DM:1 8");
+    PlcClient client(port);
+    const Process::Clock::time_point deadline = Process::Clock::now() + std::chrono::seconds(20);
+    while (client.ask("0101 82 0000 00 0002") != plainHex("0101 0000 0007 0008"))
+        ASSERT_LT(Process::Clock::now(), deadline);
+    plc->writeLine("quit");
+    EXPECT_EQ(plc->wait(), 0);
+    plc.reset();
+}
+
 TEST_F(PlcConsoleTest, lastLineWithoutItsEndCounts)
 {
     start();

@@ -19,6 +19,14 @@ protected:
         return code;
     }
 
+    // Starts the simulator by a shell, with commands before it and options and redirections behind.
+    void startByShell(const std::string &before, const std::string &behind)
+    {
+        plc = std::make_unique<Process>(std::vector<std::string>{
+            "/bin/sh", "-c", before + "exec '" + FINS_PLC_PATH + "' --port 0 " + behind});
+        port = std::stoi(plc->readLine().substr(23));
+    }
+
     std::string error;
 };
 
@@ -135,6 +143,20 @@ TEST_F(PlcOptionsTest, endOfInputDoesNotEndIt)
     PlcClient client(port);
     EXPECT_EQ(client.ask("0402"), plainHex("0402 0000"));
     EXPECT_TRUE(plc->isRunning());
+// As under nohup, and behind the & of a script.
+TEST_F(PlcOptionsTest, ignoredSignalsStayIgnored)
+{
+    startByShell("trap '' HUP INT; ", "");
+    plc->sendSignal(SIGHUP);
+    plc->sendSignal(SIGINT);
+    PlcClient client(port);
+    EXPECT_EQ(client.ask("0402"), plainHex("0402 0000"));
+    EXPECT_EQ(tell("mode"), "ok program");
+    plc->sendSignal(SIGTERM);
+    EXPECT_EQ(plc->wait(), 0);
+    plc.reset();
+}
+
     plc->sendSignal(SIGTERM);
     EXPECT_EQ(plc->wait(), 0);
     plc.reset();
@@ -180,6 +202,42 @@ TEST_F(PlcOptionsTest, withoutTraceStandardErrorIsEmpty)
     client.ask("0402");
     plc->sendSignal(SIGTERM);
     EXPECT_EQ(plc->wait(), 0);
+// Every line is there in the end, or counted.
+TEST_F(PlcOptionsTest, aTraceThatNobodyReadsKeepsNoClientWaiting)
+{
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+    startByShell("", "--trace 2>/proc/" + std::to_string(getpid()) + "/fd/" + std::to_string(ends[1]));
+    close(ends[1]);
+    PlcClient client(port);
+    const unsigned requests = 1000; // 4 MB of trace
+    for (unsigned i = 0; i < requests; ++i)
+        ASSERT_EQ(client.ask("0101 82 0000 00 03E7").size(), 2u * (4 + 1998));
+    std::string text;
+    unsigned long shown = 0;
+    unsigned long lost = 0;
+    while (shown + lost < 2 * (1 + requests)) {
+        pollfd polled = {ends[0], POLLIN, 0};
+        ASSERT_EQ(poll(&polled, 1, DEFAULT_DEADLINE_MS), 1) << shown << " lines and " << lost << " lost";
+        char buffer[65536];
+        const ssize_t count = read(ends[0], buffer, sizeof buffer);
+        ASSERT_GT(count, 0);
+        text.append(buffer, static_cast<std::size_t>(count));
+        for (std::size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n')) {
+            const std::string line = text.substr(0, end);
+            text.erase(0, end + 1);
+            if (line.substr(0, 3) == "#1 ")
+                ++shown;
+            else
+                lost += std::stoul(line.substr(10)); // behind "fins_plc: "
+        }
+    }
+    close(ends[0]);
+    EXPECT_EQ(shown + lost, 2 * (1 + requests));
+    EXPECT_GT(shown, 0u);
+    EXPECT_GT(lost, 0u);
+}
+
     EXPECT_EQ(plc->errors(), "");
     plc.reset();
 }

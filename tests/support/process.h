@@ -102,6 +102,9 @@ public:
         input = -1;
     }
 
+    // Stops reading standard output, as a reader does who goes away.
+    void closeOutput() { closeStream(OUT); }
+
     void sendSignal(int number)
     {
         if (!ended)

@@ -1,4 +1,5 @@
 #include "console.h"
+#include "error_output.h"
 #include "line_reader.h"
 #include "options.h"
 #include "plant.h"
@@ -13,8 +14,8 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <iostream>
 #include <unistd.h>
@@ -80,7 +81,6 @@ bool setContents(Memory &memory, const std::vector<Content> &contents)
     return true;
 }
 
-bool openRecording(const Options &options, ConnectionOptions *connection)
 // A recording begins by emptying its file, under whatever name that is read as well.
 bool isInputFile(const std::string &file, const Options &options)
 {
@@ -92,15 +92,16 @@ bool isInputFile(const std::string &file, const Options &options)
     return false;
 }
 
+bool openRecording(const Options &options, ConnectionOptions *connection)
 {
     if (options.recordFile.empty())
         return true;
-    errno = 0;
     if (isInputFile(options.recordFile, options)) {
         std::cerr << "fins_plc: --record: " << options.recordFile
                   << " is the file of --replay or --project and would be lost; choose another one" << std::endl;
         return false;
     }
+    errno = 0;
     connection->recorder = std::make_shared<Recorder>(options.recordFile, options.recordLimitKiB * 1024ull);
     if (connection->recorder->isOpen())
         return true;
@@ -139,9 +140,20 @@ bool checkTerminal(const Options &options)
     return true;
 }
 
+// What was ignored before the start, by nohup for one, stays so.
+bool isIgnored(int signalNumber)
+{
+    struct sigaction inherited = {};
+    return sigaction(signalNumber, nullptr, &inherited) == 0 && inherited.sa_handler == SIG_IGN;
+}
+
 void serve(asio::io_context &io, Plc &plc, const Options &options, Server &server, Plant *plant)
 {
-    asio::signal_set signals(io, SIGINT, SIGTERM, SIGHUP);
+    const ErrorOutput errors;
+    asio::signal_set signals(io);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP})
+        if (!isIgnored(number))
+            signals.add(number);
     signals.async_wait([&io](const asio::error_code &, int) { io.stop(); });
     std::unique_ptr<PlantTimer> timer;
     if (plant)
@@ -206,6 +218,8 @@ int run(const Options &options)
 // What nothing else has caught, a failed allocation for one, ends the simulator with a line.
 int main(int argc, char **argv)
 {
+    // Who reads the answers to commands may go; the clients are still served.
+    std::signal(SIGPIPE, SIG_IGN);
     try {
         plc::Options options;
         const int ended = plc::parseOptions(argc, argv, &options);
