@@ -56,13 +56,20 @@ TEST_F(PlcOptionsTest, portIsFreeAtOnceAfterTheEnd)
     EXPECT_EQ(PlcClient(port).node, 239u);
 }
 
+// Two simulators on one port, each at an address of its own: neither listens at the other's.
 TEST_F(PlcOptionsTest, bindsElsewhere)
 {
-    plc = std::make_unique<Process>(
-        std::vector<std::string>{FINS_PLC_PATH, "--port", "0", "--bind", "127.0.0.2"});
-    const std::string line = plc->readLine();
-    EXPECT_EQ(line.substr(0, 23), "listening on 127.0.0.2:");
-    EXPECT_FALSE(TcpClient::canConnect(std::stoi(line.substr(23))));
+    start({"--node", "9"});
+    const std::string chosen = std::to_string(port);
+    Process elsewhere({FINS_PLC_PATH, "--port", chosen, "--bind", "127.0.0.2"});
+    EXPECT_EQ(elsewhere.readLine(), "listening on 127.0.0.2:" + chosen);
+    TcpClient client(port);
+    client.send(nodeRequest());
+    EXPECT_EQ(client.receive(24), nodeReply(239, 0, 9));
+    elsewhere.writeLine("stats");
+    EXPECT_EQ(elsewhere.readLine(), "ok connections=0 requests=0 replies=0");
+    elsewhere.writeLine("quit");
+    EXPECT_EQ(elsewhere.wait(), 0);
 }
 
 TEST_F(PlcOptionsTest, badOptionsAreExit2WithOneLine)
@@ -136,13 +143,6 @@ TEST_F(PlcOptionsTest, signalsEndItCleanly)
     plc.reset();
 }
 
-TEST_F(PlcOptionsTest, endOfInputDoesNotEndIt)
-{
-    start();
-    plc->closeInput();
-    PlcClient client(port);
-    EXPECT_EQ(client.ask("0402"), plainHex("0402 0000"));
-    EXPECT_TRUE(plc->isRunning());
 // As under nohup, and behind the & of a script.
 TEST_F(PlcOptionsTest, ignoredSignalsStayIgnored)
 {
@@ -157,6 +157,13 @@ TEST_F(PlcOptionsTest, ignoredSignalsStayIgnored)
     plc.reset();
 }
 
+TEST_F(PlcOptionsTest, endOfInputDoesNotEndIt)
+{
+    start();
+    plc->closeInput();
+    PlcClient client(port);
+    EXPECT_EQ(client.ask("0402"), plainHex("0402 0000"));
+    EXPECT_TRUE(plc->isRunning());
     plc->sendSignal(SIGTERM);
     EXPECT_EQ(plc->wait(), 0);
     plc.reset();
@@ -195,13 +202,6 @@ TEST_F(PlcOptionsTest, traceShowsFramesOnStandardError)
     EXPECT_EQ(plc->readErrorLine(), "#1 > " + errorNotice(1));
 }
 
-TEST_F(PlcOptionsTest, withoutTraceStandardErrorIsEmpty)
-{
-    start();
-    PlcClient client(port);
-    client.ask("0402");
-    plc->sendSignal(SIGTERM);
-    EXPECT_EQ(plc->wait(), 0);
 // Every line is there in the end, or counted.
 TEST_F(PlcOptionsTest, aTraceThatNobodyReadsKeepsNoClientWaiting)
 {
@@ -238,6 +238,13 @@ TEST_F(PlcOptionsTest, aTraceThatNobodyReadsKeepsNoClientWaiting)
     EXPECT_GT(lost, 0u);
 }
 
+TEST_F(PlcOptionsTest, withoutTraceStandardErrorIsEmpty)
+{
+    start();
+    PlcClient client(port);
+    client.ask("0402");
+    plc->sendSignal(SIGTERM);
+    EXPECT_EQ(plc->wait(), 0);
     EXPECT_EQ(plc->errors(), "");
     plc.reset();
 }
