@@ -107,6 +107,7 @@ const CodeRow END_CODES[] = {
     // 30: access right, 40: abort
     {0x3001, "another node holds the access right", END_PROGRAMMER},
     {0x4001, "the service was aborted", TRY_AGAIN},
+    {0x8000, "relay error on the way to the destination", CHECK_ROUTES},
 };
 
 const char LOOK_AT_FRAMES[] = "the PLC did not understand this program; look at the frames with --trace=full";
@@ -205,13 +206,13 @@ TEST(FinsCodes, TheFlagsOfANormalEndAreNoError)
     EXPECT_TRUE(isNormalEnd(0x0000));
     EXPECT_TRUE(isNormalEnd(0x0040));
     EXPECT_TRUE(isNormalEnd(0x0080));
-    EXPECT_TRUE(isNormalEnd(0x8000));
+    EXPECT_TRUE(isNormalEnd(0x00C0));
 }
 
 TEST(FinsCodes, EveryOtherBitIsAnError)
 {
     for (unsigned bit = 0; bit < 16; ++bit) {
-        const bool isFlag = bit == 6 || bit == 7 || bit == 15;
+        const bool isFlag = bit == 6 || bit == 7;
         EXPECT_EQ(isNormalEnd(static_cast<std::uint16_t>(1u << bit)), isFlag) << bit;
     }
 }

@@ -93,6 +93,8 @@ const CodeText END_CODES[] = {
     {0x2607, "no right to execute the service", ACCESS},
     {0x3001, "another node holds the access right", ACCESS},
     {0x4001, "the service was aborted", REPEAT},
+    // The relay error alone.
+    {0x8000, "relay error on the way to the destination", ROUTE},
 };
 
 const CodeText TCP_ERRORS[] = {
@@ -124,13 +126,14 @@ std::string codeText(const CodeText *row, std::uint32_t code, const char *format
     return row ? std::string(number) + " (" + row->text + ")" : number;
 }
 
-const std::uint16_t FLAGS = 0x80C0;
+const std::uint32_t CPU_UNIT_FLAGS = 0x00C0;
+const std::uint32_t RELAY_ERROR    = 0x8000;
 
 } // namespace
 
 std::uint16_t plainEndCode(std::uint16_t endCode)
 {
-    return static_cast<std::uint16_t>(endCode & ~FLAGS);
+    return static_cast<std::uint16_t>(endCode & ~CPU_UNIT_FLAGS);
 }
 
 bool isNormalEnd(std::uint16_t endCode)
@@ -144,9 +147,11 @@ bool isModeEndCode(std::uint16_t endCode)
     return plain == 0x2203 || plain == 0x2204 || plain == 0x2206;
 }
 
+// Main and sub-code, or what stands for them when there is a relay error and nothing more.
 static std::uint32_t withoutFlags(std::uint16_t endCode)
 {
-    return endCode & static_cast<std::uint32_t>(~FLAGS & 0xFFFF);
+    const std::uint32_t code = endCode & ~(CPU_UNIT_FLAGS | RELAY_ERROR);
+    return code == 0 ? endCode & RELAY_ERROR : code;
 }
 
 std::string endCodeText(std::uint16_t endCode)

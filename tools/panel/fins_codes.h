@@ -6,11 +6,12 @@
 
 // The protocol's error numbers in words.
 
-/// True if an end code, main code in the high byte, means that the command was done. The relay flag (bit 15) and the
-/// flags of a CPU unit error (bits 6 and 7) travel in the same two bytes and do not make a command fail.
+/// True if an end code, main code in the high byte, means that the command was done. The
+/// flags of a CPU unit error (bits 6 and 7) travel in the same two bytes and do not make a command fail; the relay error
+/// (bit 15) does, and such a reply has no data.
 bool isNormalEnd(std::uint16_t endCode);
 
-/// The end code without these flags.
+/// The end code without the flags of a CPU unit error.
 std::uint16_t plainEndCode(std::uint16_t endCode);
 
 /// True if the command was refused since the CPU unit is in PROGRAM, DEBUG or RUN mode.
