@@ -118,7 +118,7 @@ TEST_F(PlcLimitsTest, everyTcpErrorRefusesTheExchange)
 
 TEST_F(PlcLimitsTest, tcpErrorOfTheNextExchanges)
 {
-    start({"--tcp-error", "22#2"});
+    start({"--fault", "tcp-error=22#2"});
     EXPECT_EQ(refusedExchange(), nodeReply(0, 0x22));
     EXPECT_EQ(tell("faults"), "ok tcp-error=22#1");
     EXPECT_EQ(refusedExchange(), nodeReply(0, 0x22));
@@ -127,12 +127,6 @@ TEST_F(PlcLimitsTest, tcpErrorOfTheNextExchanges)
     ASSERT_EQ(tell("tcp-error 25 1"), "ok");
     EXPECT_EQ(refusedExchange(), nodeReply(0, 0x25));
     EXPECT_EQ(exchange(), nodeReply(239));
-}
-
-TEST_F(PlcLimitsTest, refuseHandshakeIsTheSameSwitch)
-{
-    start({"--refuse-handshake=23"});
-    EXPECT_EQ(refusedExchange(), nodeReply(0, 0x23));
 }
 
 TEST_F(PlcLimitsTest, tcpErrorsThatAreNone)
@@ -249,8 +243,8 @@ TEST_F(PlcLimitsTest, namesThatAreUnknown)
                                    "see fins_plc --help\n"},
                 {"--profile=big", "fins_plc: --profile: 'big' is no profile; profiles are cj2 cp1l small; "
                                   "see fins_plc --help\n"},
-                {"--tcp-error=26", "fins_plc: --tcp-error: '26' is no value of tcp-error; use 1, 2, 3 or 20 to 25 "
-                                   "(hexadecimal); see fins_plc --help\n"}};
+                {"--fault=tcp-error=26", "fins_plc: --fault: '26' is no value of tcp-error; use 1, 2, 3 or 20 to "
+                                         "25 (hexadecimal); see fins_plc --help\n"}};
     for (const auto &row : rows) {
         Process failing({FINS_PLC_PATH, row.option});
         EXPECT_EQ(failing.wait(), 2) << row.option;

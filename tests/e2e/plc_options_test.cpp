@@ -90,6 +90,22 @@ TEST_F(PlcOptionsTest, badOptionsAreExit2WithOneLine)
     }
 }
 
+TEST_F(PlcOptionsTest, badNumbersAreToldTheirRange)
+{
+    const struct {
+        const char *option;
+        const char *value;
+        const char *range;
+    } rows[] = {{"port", "65536", "0 to 65535"},         {"clients", "254", "1 to 253"},
+                {"node", "0", "1 to 254"},               {"plant-period", "60001", "1 to 60000"},
+                {"seed", "4294967296", "0 to 4294967295"}, {"deadline", "0", "1 to 3600000"}};
+    for (const auto &row : rows) {
+        EXPECT_EQ(exitCode({std::string("--") + row.option, row.value}), 2);
+        EXPECT_EQ(error, std::string("fins_plc: --") + row.option + ": '" + row.value + "' is no value of " + row.option +
+                             "; use " + row.range + "; see fins_plc --help\n");
+    }
+}
+
 TEST_F(PlcOptionsTest, boundsOfOptionsAreTaken)
 {
     start({"--clients", "253", "--node", "254", "--plant-period", "60000", "--deadline", "3600000", "--seed",
@@ -106,7 +122,7 @@ TEST_F(PlcOptionsTest, faultTakesOneValueEach)
 TEST_F(PlcOptionsTest, badFaultSaysWhatIsWrong)
 {
     EXPECT_EQ(exitCode({"--fault", "delay=x"}), 2);
-    EXPECT_EQ(error, "fins_plc: --fault: 'x' is no value of delay; use 0 to 60000\n");
+    EXPECT_EQ(error, "fins_plc: --fault: 'x' is no value of delay; use 0 to 60000; see fins_plc --help\n");
 }
 
 TEST_F(PlcOptionsTest, helpGoesToStandardOutput)

@@ -88,8 +88,8 @@ TEST_F(PlcProjectTest, bits)
 
 TEST_F(PlcProjectTest, settings)
 {
-    startProject("[plc]\nmode = \"program\"\nfaults = [\"delay=1@0.5\", \"drop@0.25\"]\nplant = \"conveyor\"\n"
-                 "plant-period = 60000\nnode = 7\nprofile = \"small\"\nclients = 1\ntcp-error = \"22#1\"\n");
+    startProject("[plc]\nmode = \"program\"\nfaults = [\"delay=1@0.5\", \"drop@0.25\", \"tcp-error=22#1\"]\nplant = \"conveyor\"\n"
+                 "plant-period = 60000\nnode = 7\nprofile = \"small\"\nclients = 1\n");
     EXPECT_EQ(tell("mode"), "ok program");
     EXPECT_EQ(tell("faults"), "ok delay=1@0.5 drop@0.25 tcp-error=22#1");
     EXPECT_EQ(tell("read DM:2"), "ok 300");
@@ -132,7 +132,7 @@ TEST_F(PlcProjectTest, everyErrorHasItsPlace)
 {
     EXPECT_EQ(errorsOf("[plc]\nport = 70000\nmode = \"fast\"\ncolour = 1\n\n[memory]\n\"DM:40000\" = 1\n"
                        "\"DM:1\" = 65536\n\"CIO_bit:0.0\" = 2\n\"DM:2:3\" = [1, 2]\n[other]\n"),
-              ":2:8: no value of port; it is TCP port, 0 to 65535\n"
+              ":2:8: '70000' is no value of port; use 0 to 65535\n"
               ":3:8: 'fast' is no mode; use program, monitor or run\n"
               ":4:1: 'colour' is no setting of [plc]\n"
               ":7:1: '40000' is no address of the area; use 0 to 32767\n"
@@ -140,6 +140,30 @@ TEST_F(PlcProjectTest, everyErrorHasItsPlace)
               ":9:17: a bit is true, false, 0 or 1\n"
               ":10:12: 2 items for the 3 of the address\n"
               ":11:2: 'other' is no table of a project; use [plc] and [memory]\n");
+}
+
+TEST_F(PlcProjectTest, settingsOfAnotherKind)
+{
+    const struct {
+        const char *line;
+        const char *error;
+    } rows[] = {
+        {"port = \"80\"", ":2:8: port is a number: TCP port, 0 to 65535; 0 picks a free one\n"},
+        {"seed = -1", ":2:8: '-1' is no value of seed; use 0 to 4294967295\n"},
+        {"seed = 4294967296", ":2:8: '4294967296' is no value of seed; use 0 to 4294967295\n"},
+        {"node = 1.5", ":2:8: node is a number: own FINS node, 1 to 254\n"},
+        {"bind = 127", ":2:8: bind is a text: IP address to listen on\n"},
+        {"plant = \"\"", ":2:9: '' is no plant; plants are tank conveyor oven\n"},
+        {"refuse-writes-in-run = 2206", ":2:24: refuse-writes-in-run is true, false or a text: refuse writes in RUN "
+                                        "mode, with end code 2206 or this one\n"},
+        {"refuse-writes-in-run = \"0000\"", ":2:24: '0000' is no end code; use four hexadecimal digits\n"},
+        {"faults = [\"drop\", 1]", ":2:19: faults is a text or a list of texts: begin with fault "
+                                  "NAME[=VALUE][@PROBABILITY][#TIMES]; repeatable\n"},
+        {"mode = [\"run\"]", ":2:8: mode is a text: operating mode at the start: program, monitor or run\n"},
+        {"tcp-error = \"22\"", ":2:1: 'tcp-error' is no setting of [plc]\n"},
+    };
+    for (const auto &row : rows)
+        EXPECT_EQ(errorsOf(std::string("[plc]\n") + row.line + "\n"), row.error) << row.line;
 }
 
 TEST_F(PlcProjectTest, valuesThatAreNone)
@@ -211,5 +235,5 @@ TEST_F(PlcProjectTest, checkProjectSaysThatNothingIsWrong)
 TEST_F(PlcProjectTest, checkProjectSaysWhatIsWrong)
 {
     EXPECT_EQ(errorsOf("[plc]\nnode = 0\n", "--check-project"),
-              ":2:8: no value of node; it is own FINS node, 1 to 254\n");
+              ":2:8: '0' is no value of node; use 1 to 254\n");
 }

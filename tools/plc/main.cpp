@@ -54,18 +54,6 @@ private:
     std::chrono::milliseconds period;
 };
 
-bool setFaults(Faults &faults, const std::vector<std::string> &texts)
-{
-    for (const std::string &text : texts) {
-        const std::string wrong = faults.set(text);
-        if (wrong.empty())
-            continue;
-        std::cerr << "fins_plc: --fault: " << wrong << std::endl;
-        return false;
-    }
-    return true;
-}
-
 // Sets a place of the project; a command line with a smaller profile than the project's may have left no room for it.
 bool setContents(Memory &memory, const std::vector<Content> &contents)
 {
@@ -205,8 +193,9 @@ int run(const Options &options)
     Replay replay;
     if (!options.replayFile.empty())
         plc.recorded = &replay;
-    const bool isReady = checkTerminal(options) && setFaults(plc.faults, options.faults) &&
-                         setContents(plc.controller.memory, options.contents) &&
+    for (const std::string &fault : options.faults)
+        plc.faults.set(fault);
+    const bool isReady = checkTerminal(options) && setContents(plc.controller.memory, options.contents) &&
                          (!plc.recorded || loadReplay(options.replayFile, replay));
     return isReady ? listen(plc, options, plant.get()) : int(EXIT_BAD_USAGE);
 }

@@ -1,10 +1,10 @@
 #include "options.h"
 
 #include "console.h"
-#include "option_checks.h"
 #include "plant.h"
 #include "profile.h"
 #include "project.h"
+#include "settings.h"
 
 #include <CLI/CLI.hpp>
 #include <iostream>
@@ -26,50 +26,28 @@ std::string footer()
            "\nExit codes: 0 ended by quit or a signal, 2 bad usage, 3 the address cannot be listened on.";
 }
 
-// The texts of the options that need more than a number.
-struct Texts {
-    std::string mode = "run";
-    std::string refusalInRun;
-    std::string refusalInProgram;
-    std::string tcpError;
-    std::string plant;
-    CLI::Option *plantOption = nullptr;
-};
-
-std::string checkTcpError(const std::string &text) { return checkFault("tcp-error=" + text); }
-
-void addOptions(CLI::App &app, Options *options, Texts *texts)
+// What is wrong with a value, or an empty text.
+std::string checkSetting(const Setting &setting, const std::string &text)
 {
-    app.add_option("--port", options->port, "TCP port, 0 to 65535; 0 picks a free one")->capture_default_str();
-    app.add_option("--bind", options->address, "IP address to listen on")->check(checkAddress)->capture_default_str();
-    app.add_option("--clients", options->clients, "clients at once, 1 to 253; as the profile has it when left out")
-        ->check(CLI::Range(1, 253));
-    app.add_option("--node", options->node, "own FINS node, 1 to 254")
-        ->check(CLI::Range(1, 254))->capture_default_str();
-    app.add_option("--mode", texts->mode, "operating mode at the start")
-        ->check(CLI::IsMember({"program", "monitor", "run"}))->capture_default_str();
-    app.add_flag("--refuse-writes-in-run{2206}", texts->refusalInRun,
-                 "refuse writes in RUN mode, with end code 2206 or =XXXX")->check(checkEndCode);
-    app.add_flag("--refuse-writes-in-program{2203}", texts->refusalInProgram,
-                 "refuse writes in PROGRAM mode, with end code 2203 or =XXXX")->check(checkEndCode);
-    app.add_option("--profile", options->profile, "limits of the CPU unit: " + profileNames())
-        ->check(checkProfile)->capture_default_str();
-    texts->plantOption = app.add_option("--plant", texts->plant,
-                                        "run a plant: " + plantNames() + "; without a name the tank")
-        ->expected(0, 1)->check(checkPlant);
-    app.add_option("--plant-period", options->plantPeriodMs, "ms between steps of the plant, 1 to 60000")
-        ->check(CLI::Range(1, 60000))->capture_default_str();
-    app.add_option("--fault", options->faults, "begin with fault NAME[=VALUE][@PROBABILITY][#TIMES]; repeatable")
-        ->allow_extra_args(false);
-    app.add_option("--tcp-error,--refuse-handshake", texts->tcpError,
-                   "refuse node address exchanges with FINS/TCP error XX[#TIMES]: 1 2 3 or 20 to 25 (hex)")
-        ->check(checkTcpError);
-    app.add_option("--seed", options->seed, "seed of the faults' probabilities and of plants, 0 to 4294967295")
-        ->capture_default_str();
-    app.add_option("--deadline", options->connection.deadlineMs,
-                   "ms for the rest of a frame, and for the node address exchange, 1 to 3600000")
-        ->check(CLI::Range(1, 3600000))->capture_default_str();
-    app.add_flag("--trace", options->connection.isTraced, "frames on standard error, < received, > sent");
+    Options tried;
+    return text.empty() && setting.alone ? std::string() : applySetting(setting, text, &tried);
+}
+
+void addSetting(CLI::App &app, const Setting &setting, Options *options)
+{
+    const auto apply = [&setting, options](const std::vector<std::string> &texts) {
+        for (const std::string &text : texts)
+            applySetting(setting, text.empty() && setting.alone ? setting.alone : text, options);
+    };
+    CLI::Option *const option =
+        app.add_option_function<std::vector<std::string>>(setting.option, apply, settingHelp(setting));
+    option->expected(setting.alone ? 0 : 1, 1)->allow_extra_args(false);
+    option->multi_option_policy(setting.kind == SettingKind::LIST ? CLI::MultiOptionPolicy::TakeAll
+                                                                  : CLI::MultiOptionPolicy::Throw);
+    option->check([&setting](const std::string &text) { return checkSetting(setting, text); });
+    option->type_name(setting.kind == SettingKind::NUMBER ? "UINT" : "TEXT");
+    if (setting.preset)
+        option->default_str(setting.preset(*options));
 }
 
 // What a run prints instead of serving.
@@ -98,9 +76,9 @@ int parseCommandLine(int argc, char **argv, Options *options, Listings *listings
     CLI::App app("A simulated Omron CS/CJ PLC that answers FINS/TCP.", "fins_plc");
     app.set_version_flag("--version", "fins_plc " FINS_VERSION, "Print the version and exit");
     app.footer(footer());
-    Texts texts;
-    texts.mode = modeName(options->mode);
-    addOptions(app, options, &texts);
+    for (const Setting &setting : SETTINGS)
+        addSetting(app, setting, options);
+    app.add_flag("--trace", options->connection.isTraced, "frames on standard error, < received, > sent");
     addFileOptions(app, options, listings);
     try {
         app.parse(argc, argv);
@@ -110,15 +88,6 @@ int parseCommandLine(int argc, char **argv, Options *options, Listings *listings
         std::cerr << "fins_plc: " << error.what() << "; see fins_plc --help" << std::endl;
         return EXIT_BAD_USAGE;
     }
-    parseMode(texts.mode, &options->mode);
-    if (!texts.refusalInRun.empty())
-        options->refusalInRun = endCodeOf(texts.refusalInRun);
-    if (!texts.refusalInProgram.empty())
-        options->refusalInProgram = endCodeOf(texts.refusalInProgram);
-    if (!texts.tcpError.empty())
-        options->faults.push_back("tcp-error=" + texts.tcpError);
-    if (texts.plantOption->count() > 0)
-        options->plant = texts.plant.empty() ? "tank" : texts.plant;
     return -1;
 }
 

@@ -1,9 +1,8 @@
 #include "project.h"
 
-#include "option_checks.h"
-#include "plant.h"
 #include "profile.h"
 #include "project_memory.h"
+#include "settings.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -16,95 +15,6 @@ namespace plc {
 
 namespace {
 
-using TextSetter = std::string (*)(const std::string &text, Options *options);
-using NumberSetter = void (*)(std::int64_t number, Options *options);
-using FlagSetter = void (*)(bool isOn, Options *options);
-
-// Settings of [plc]. Of the setters one is there, or for a setting that is a text or true, two.
-struct Setting {
-    const char  *key;
-    const char  *meaning;
-    std::int64_t least;
-    std::int64_t most;
-    NumberSetter setNumber;
-    TextSetter   setText; // returns what is wrong
-    FlagSetter   setFlag;
-};
-
-std::string setMode(const std::string &text, Options *options)
-{
-    return parseMode(text, &options->mode) ? "" : "'" + text + "' is no mode; use program, monitor or run";
-}
-
-std::string setRefusal(const std::string &text, unsigned *refusal)
-{
-    std::string wrong = checkEndCode(text);
-    if (wrong.empty())
-        *refusal = endCodeOf(text);
-    return wrong;
-}
-
-std::string setAddress(const std::string &text, Options *options)
-{
-    std::string wrong = checkAddress(text);
-    if (wrong.empty())
-        options->address = text;
-    return wrong;
-}
-
-std::string setPlant(const std::string &text, Options *options)
-{
-    std::string wrong = checkPlant(text);
-    if (wrong.empty())
-        options->plant = text;
-    return wrong;
-}
-
-std::string setProfile(const std::string &text, Options *options)
-{
-    std::string wrong = checkProfile(text);
-    if (wrong.empty())
-        options->profile = text;
-    return wrong;
-}
-
-std::string addFault(const std::string &text, Options *options)
-{
-    std::string wrong = checkFault(text);
-    if (wrong.empty())
-        options->faults.push_back(text);
-    return wrong;
-}
-
-std::string addTcpError(const std::string &text, Options *options) { return addFault("tcp-error=" + text, options); }
-
-const Setting SETTINGS[] = {
-    {"port", "TCP port, 0 to 65535", 0, 65535,
-     [](std::int64_t n, Options *o) { o->port = static_cast<std::uint16_t>(n); }, nullptr, nullptr},
-    {"bind", "IP address to listen on, a text", 0, 0, nullptr, setAddress, nullptr},
-    {"profile", "limits of the CPU unit, a text", 0, 0, nullptr, setProfile, nullptr},
-    {"clients", "clients at once, 1 to 253", 1, 253,
-     [](std::int64_t n, Options *o) { o->clients = static_cast<std::size_t>(n); }, nullptr, nullptr},
-    {"node", "own FINS node, 1 to 254", 1, 254,
-     [](std::int64_t n, Options *o) { o->node = static_cast<unsigned>(n); }, nullptr, nullptr},
-    {"mode", "program, monitor or run", 0, 0, nullptr, setMode, nullptr},
-    {"refuse-writes-in-run", "true, or the end code as a text", 0, 0, nullptr,
-     [](const std::string &text, Options *o) { return setRefusal(text, &o->refusalInRun); },
-     [](bool isOn, Options *o) { o->refusalInRun = isOn ? END_RUN_MODE : END_NORMAL; }},
-    {"refuse-writes-in-program", "true, or the end code as a text", 0, 0, nullptr,
-     [](const std::string &text, Options *o) { return setRefusal(text, &o->refusalInProgram); },
-     [](bool isOn, Options *o) { o->refusalInProgram = isOn ? END_PROGRAM_MODE : END_NORMAL; }},
-    {"plant", "name of the plant, a text", 0, 0, nullptr, setPlant, nullptr},
-    {"plant-period", "ms between steps of the plant, 1 to 60000", 1, 60000,
-     [](std::int64_t n, Options *o) { o->plantPeriodMs = static_cast<unsigned>(n); }, nullptr, nullptr},
-    {"faults", "faults at the start, a text or a list of texts", 0, 0, nullptr, addFault, nullptr},
-    {"tcp-error", "FINS/TCP error of node address exchanges, a text", 0, 0, nullptr, addTcpError, nullptr},
-    {"seed", "seed of faults and plants, 0 to 4294967295", 0, 4294967295LL,
-     [](std::int64_t n, Options *o) { o->seed = static_cast<std::uint32_t>(n); }, nullptr, nullptr},
-    {"deadline", "ms for the rest of a frame, 1 to 3600000", 1, 3600000,
-     [](std::int64_t n, Options *o) { o->connection.deadlineMs = static_cast<unsigned>(n); }, nullptr, nullptr},
-};
-
 const Setting *findSetting(const toml::key &key)
 {
     for (const Setting &setting : SETTINGS)
@@ -113,20 +23,29 @@ const Setting *findSetting(const toml::key &key)
     return nullptr;
 }
 
-// Returns an empty text, or what is wrong with the value.
-std::string applySetting(const Setting &setting, const toml::node &value, Options *options)
+// What a project file gives for a setting, in words.
+std::string wantedValue(const Setting &setting)
 {
-    if (setting.setText && value.is_string())
-        return setting.setText(value.as_string()->get(), options);
-    if (setting.setFlag && value.is_boolean()) {
-        setting.setFlag(value.as_boolean()->get(), options);
-        return std::string();
+    switch (setting.kind) {
+    case SettingKind::NUMBER:   return "a number";
+    case SettingKind::TEXT:     return "a text";
+    case SettingKind::END_CODE: return "true, false or a text";
+    case SettingKind::LIST:     return "a text or a list of texts";
     }
-    const auto *number = value.as_integer();
-    if (!setting.setNumber || !number || number->get() < setting.least || number->get() > setting.most)
-        return std::string("no value of ") + setting.key + "; it is " + setting.meaning;
-    setting.setNumber(number->get(), options);
-    return std::string();
+    return "";
+}
+
+// Returns an empty text, or what is wrong with the value.
+std::string applyValue(const Setting &setting, const toml::node &value, Options *options)
+{
+    const bool isNumber = setting.kind == SettingKind::NUMBER;
+    if (isNumber && value.is_integer())
+        return applySetting(setting, std::to_string(value.as_integer()->get()), options);
+    if (!isNumber && value.is_string())
+        return applySetting(setting, value.as_string()->get(), options);
+    if (setting.kind == SettingKind::END_CODE && value.is_boolean())
+        return value.as_boolean()->get() ? applySetting(setting, setting.alone, options) : std::string();
+    return std::string(setting.key) + " is " + wantedValue(setting) + ": " + settingHelp(setting);
 }
 
 void readSetting(const Member &member, Problems &problems, Options *options)
@@ -136,18 +55,18 @@ void readSetting(const Member &member, Problems &problems, Options *options)
         problems.add(*member.key, "'" + std::string(member.key->str()) + "' is no setting of [plc]");
         return;
     }
-    const toml::array *const list = setting->setText == addFault ? member.value->as_array() : nullptr;
-    if (!list) {
-        const std::string wrong = applySetting(*setting, *member.value, options);
+    const toml::array *const list = setting->kind == SettingKind::LIST ? member.value->as_array() : nullptr;
+    const auto read = [&](const toml::node &value) {
+        const std::string wrong = applyValue(*setting, value, options);
         if (!wrong.empty())
-            problems.add(*member.value, wrong);
+            problems.add(value, wrong);
+    };
+    if (!list) {
+        read(*member.value);
         return;
     }
-    for (const toml::node &item : *list) {
-        const std::string wrong = applySetting(*setting, item, options);
-        if (!wrong.empty())
-            problems.add(item, wrong);
-    }
+    for (const toml::node &item : *list)
+        read(item);
 }
 
 const toml::table *tableOf(const toml::table &root, const char *name, Problems &problems)
@@ -225,7 +144,7 @@ std::string projectHelp()
     std::string text = "  [plc]\n";
     for (const Setting &setting : SETTINGS) {
         const std::string key = std::string("  ") + setting.key + " =";
-        text += key + std::string(29 - std::min<std::size_t>(key.size(), 28), ' ') + setting.meaning + "\n";
+        text += key + std::string(29 - key.size(), ' ') + wantedValue(setting) + ": " + settingHelp(setting) + "\n";
     }
     return text + "  [memory]\n"
                   "  \"DM:10\" = 5                 a word, 0 to 65535\n"
