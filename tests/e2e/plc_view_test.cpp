@@ -21,6 +21,7 @@ protected:
         pid = forkpty(&terminal, nullptr, nullptr, &window);
         ASSERT_GE(pid, 0);
         if (pid == 0) {
+            restoreSignals();
             setenv("TERM", "xterm", 1);
             setenv("NO_COLOR", noColour, 1);
             execv(argv[0], argv.data());

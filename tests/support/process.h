@@ -19,6 +19,13 @@
 
 enum { DEFAULT_DEADLINE_MS = 20000 };
 
+// For a forked child: signals as a program in the foreground has them, whatever the test program has inherited.
+inline void restoreSignals()
+{
+    for (const int number : {SIGPIPE, SIGINT, SIGHUP, SIGQUIT, SIGTERM})
+        std::signal(number, SIG_DFL);
+}
+
 class Process {
 public:
     using Clock = std::chrono::steady_clock;
@@ -151,7 +158,7 @@ private:
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         if (getppid() != parent)
             _exit(127);
-        std::signal(SIGPIPE, SIG_DFL);
+        restoreSignals();
         dup2(in, STDIN_FILENO);
         dup2(out, STDOUT_FILENO);
         dup2(err, STDERR_FILENO);
