@@ -21,7 +21,7 @@ enum FaultKind {
     FAULT_LONG,      // the reply has zero bytes added; its length field agrees
     FAULT_BYTEWISE,  // the reply goes out one byte at a time, so many ms apart
     FAULT_DOUBLE,    // the reply comes twice in one segment
-    FAULT_END_CODE,  // the command is refused with this end code; with END_FLAGS alone it is done and the reply has them
+    FAULT_END_CODE,  // the command is refused with this end code; one of END_FLAGS alone comes with a good reply
     FAULT_CLOSE,     // the command is carried out, the connection closed instead of a reply
     FAULT_SILENCE,   // nothing is carried out or answered
     FAULT_REFUSE,    // connections are refused; with a probability below 1 or a number of times, accepted and
