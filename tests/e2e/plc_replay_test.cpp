@@ -1,6 +1,7 @@
 #include "plc_fixture.h"
 #include "support/temporary_file.h"
 
+#include <filesystem>
 #include <sstream>
 
 // Recording a session as text, and serving it again.
@@ -178,7 +179,8 @@ TEST_F(PlcReplayTest, aRecordingNeverReplacesWhatIsRead)
     const std::string recording = "0.1 1 < " + commandFrame(readCommand) + "\n0.2 1 > " +
                                   responseFrame("0101 0000 1234") + "\n";
     const std::string project = "[plc]\nport = 0\n";
-    const std::string other = "./" + file.path();
+    const std::filesystem::path path = file.path();
+    const std::string other = path.parent_path() / "." / path.filename();
     for (const char *input : {"--replay", "--project"}) {
         const std::string text = input == std::string("--replay") ? recording : project;
         file.write(text);
