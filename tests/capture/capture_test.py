@@ -8,7 +8,10 @@ import tempfile
 import unittest
 from pathlib import Path
 
-from recorder import DEADLINE_S, Recorder, Simulator, describe, read_by_tshark
+from recorder import DEADLINE_S, Recorder, describe, read_by_tshark
+
+sys.path.append(str(Path(__file__).resolve().parents[1] / "support"))
+from simulator import Simulator
 
 PROGRAMS = argparse.Namespace()
 

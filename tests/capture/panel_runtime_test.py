@@ -7,8 +7,12 @@ import sys
 import threading
 import unittest
 import unittest.mock
+from pathlib import Path
 
-from recorder import DEADLINE_S, REPLY, Connection, Recorder, Simulator, describe, read_by_tshark
+from recorder import DEADLINE_S, REPLY, Connection, Recorder, describe, read_by_tshark
+
+sys.path.append(str(Path(__file__).resolve().parents[1] / "support"))
+from simulator import Simulator
 
 PROGRAMS = argparse.Namespace()
 

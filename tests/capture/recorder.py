@@ -4,7 +4,6 @@ The relay sits on the loopback interface, so nothing needs the rights to capture
 by text2pcap, and tshark decodes it with its own FINS dissector.
 """
 
-import re
 import socket
 import subprocess
 import tempfile
@@ -87,40 +86,6 @@ class Recorder:
         for connection in taken:
             connection.wait_for_end()
         return taken
-
-
-class Simulator:
-    """A running fins_plc on a free port."""
-
-    def __init__(self, program, *options):
-        self.process = subprocess.Popen([program, "--port", "0", *options], stdin=subprocess.PIPE,
-                                        stdout=subprocess.PIPE, text=True)
-        line = self.read_line()
-        port = re.fullmatch(r"listening on 127\.0\.0\.1:(\d+)", line)
-        if not port:
-            raise RuntimeError(f"fins_plc said '{line}' instead of its port")
-        self.port = int(port[1])
-
-    def read_line(self):
-        watchdog = threading.Timer(DEADLINE_S, self.process.kill)
-        watchdog.start()
-        line = self.process.stdout.readline().rstrip("\n")
-        watchdog.cancel()
-        return line
-
-    def tell(self, command):
-        """Gives the simulator a command and returns its answer, which begins with 'ok'."""
-        print(command, file=self.process.stdin, flush=True)
-        answer = self.read_line()
-        if answer.split(" ")[0] != "ok":
-            raise RuntimeError(f"fins_plc answered '{command}' with '{answer}'")
-        return answer
-
-    def close(self):
-        self.process.stdin.close()
-        self.process.terminate()
-        self.process.wait(DEADLINE_S)
-        self.process.stdout.close()
 
 
 def hex_dump(segments):
