@@ -80,7 +80,8 @@ class PanelRuntime(unittest.TestCase):
         self.start()
         self.example.wait_for("DM 100 = 1")
         usage = "not understood; write A, store A B C, load or quit, with numbers from 0 to 65535"
-        for command in ("write 65536", "write 5x", "write", "write 1 2", "store 1 2", "store 1 2 3 4", "go"):
+        for command in ("write 65536", "write 5x", "write", "write 1 2", "store 1 2", "store 1 2 3 4", "go",
+                        "go " + 76 * "x" + "write 5"):
             self.example.tell(command)
             self.example.wait_for(f"{command}: {usage}")
         self.assertEqual(self.end(), [["handshake"]])
@@ -89,12 +90,12 @@ class PanelRuntime(unittest.TestCase):
         self.start()
         self.example.wait_for("DM 100 = 1")
         self.example.tell("store 7 1200 20")
-        self.example.wait_for("store 7 1200 20: HR 10 = 7, DM 200 = 1200, DM 201 = 20")
+        self.example.wait_for("store 7 1200 20: done, 7 1200 20")
         self.assertEqual(self.plc.tell("read DM:200:2"), "ok 1200 20")
         self.assertEqual(self.plc.tell("read HR:10"), "ok 7")
         self.plc.tell("write DM:201 35")
         self.example.tell("load")
-        self.example.wait_for("load: HR 10 = 7, DM 200 = 1200, DM 201 = 35")
+        self.example.wait_for("load: done, 7 1200 35")
 
     def test_refused_block_is_left_out_and_the_connection_kept(self):
         self.start(["--profile", "small"])
@@ -138,8 +139,8 @@ class PanelRuntime(unittest.TestCase):
         self.example.wait_for("DM 100 = 1")
         with unittest.mock.patch.object(Connection, "keep", lose_replies_to_writes):
             self.example.tell("write 5")
-            lost = self.example.wait_for("no link: no reply; the values are the last known")
-        self.assertEqual(lost[-2], "write 5: unknown, the link was lost")
+            self.example.wait_for("no link: no reply; the values are the last known",
+                                  "write 5: unknown, the link was lost")
         self.example.wait_for("DM 100 = 5")
 
     def test_mode_stays_without_consent(self):
@@ -161,6 +162,15 @@ class PanelRuntime(unittest.TestCase):
         self.assertEqual(self.plc.tell("mode"), "ok monitor")
         self.assertEqual(self.plc.tell("read DM:100"), "ok 5")
         self.assertEqual(self.end(), [["handshake", "0102", "0401", "0102"]])
+
+    def test_recipe_is_cut_short_by_a_change_of_mode(self):
+        self.start(["--refuse-writes-in-run"], ["--allow-mode-change"])
+        self.example.wait_for("DM 100 = 1")
+        self.example.tell("store 7 8 9")
+        self.example.wait_for("store 7 8 9: cut short, store it again")
+        self.example.tell("store 7 8 9")
+        self.example.wait_for("store 7 8 9: done, 7 8 9")
+        self.assertEqual(self.plc.tell("read DM:200:2"), "ok 8 9")
 
 
 def main():
