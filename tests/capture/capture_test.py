@@ -170,12 +170,8 @@ class ModeChange(Session):
     plc_options = ("--mode", "run", "--refuse-writes-in-run")
 
     def test_write_that_needs_monitor_mode(self):
-        """The repeated write keeps its service ID: its acknowledgements are rejected until the link is dropped."""
-        self.assertEqual(self.run_panel("write", "DM:100=5"), "DM:100 = 5\n")
-        repeated = [
-            "> 0102 sid 2 N->1 icf 80 area 82 0064.00 x1 data 0005",
-            "< 0102 sid 2 1->N icf C0 end 0000",
-        ]
+        """The write goes out again with a service ID of its own, behind a read that proves the link."""
+        self.assertEqual(self.run_panel("write", "DM:100=5", "--allow-mode-change"), "DM:100 = 5\n")
         self.expect([
             "> 0101 sid 1 N->1 icf 80 area 82 0064.00 x1",
             "< 0101 sid 1 1->N icf C0 end 0000 data 0000",
@@ -183,9 +179,12 @@ class ModeChange(Session):
             "< 0102 sid 2 1->N icf C0 end 2206",
             "> 0401 sid 3 N->1 icf 80 program FFFF mode 02",
             "< 0401 sid 3 1->N icf C0 end 0000",
-        ] + 3 * repeated, [
             "> 0101 sid 4 N->1 icf 80 area 82 0064.00 x1",
-            "< 0101 sid 4 1->N icf C0 end 0000 data 0005",
+            "< 0101 sid 4 1->N icf C0 end 0000 data 0000",
+            "> 0102 sid 5 N->1 icf 80 area 82 0064.00 x1 data 0005",
+            "< 0102 sid 5 1->N icf C0 end 0000",
+            "> 0101 sid 6 N->1 icf 80 area 82 0064.00 x1",
+            "< 0101 sid 6 1->N icf C0 end 0000 data 0005",
         ])
 
 

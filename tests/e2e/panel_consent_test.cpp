@@ -240,6 +240,25 @@ TEST_F(PanelModeChange, IsAskedForOnce)
                                    "refused: DM:0: " + IN_PROGRAM + OPTION + "\n");
 }
 
+// The write goes out again on the next connection, and is not yet said to be refused.
+TEST_F(PanelModeChange, IsFollowedByTheWriteWhenTheLinkIsLostBehindIt)
+{
+    refuseTheWrite();
+    link->answer("0401 0000");
+    EXPECT_EQ(link->command(), plainHex("0101 82 0000 00 0001"));
+    link = nullptr;
+    link = plc.accept();
+    link->exchangeNodes();
+    readBack();
+    EXPECT_EQ(link->command(), plainHex("0102 82 0000 00 0001 0005"));
+    link->answer("0102 0000");
+    EXPECT_EQ(link->command(), plainHex("0101 82 0000 00 0001"));
+    link->answer("0101 0000 0005");
+    EXPECT_EQ(panel->wait(), 0);
+    EXPECT_EQ(panel->output(), "DM:0 = 5\n");
+    EXPECT_EQ(panel->errors().find("refused: "), std::string::npos);
+}
+
 TEST_F(PanelModeChange, IsUnconfirmedWhenTheLinkIsLost)
 {
     refuseTheWrite({"--give-up", "1"});

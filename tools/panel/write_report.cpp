@@ -17,7 +17,7 @@ void WriteReport::add(const std::string &name, const Item &item, const ValueForm
                       const std::vector<quint8> &data)
 {
     orders_.push_back({name, item, format, data});
-    progress_.push_back({std::vector<Cell>(static_cast<std::size_t>(item.count), Cell::UNSENT), Coverage(), "", 0, false});
+    progress_.push_back({std::vector<Cell>(static_cast<std::size_t>(item.count), Cell::UNSENT), Coverage(), "", 0, false, false});
 }
 
 // Changes the words or bits of the orders that the request writes.
@@ -89,12 +89,21 @@ void WriteReport::noteModeChange(const Judgement &judgement)
         say("the PLC is in MONITOR mode now");
         mode_        = Mode::NOT_ASKED;
         modeUnknown_ = false;
+        replaceCells(Cell::REFUSED, Cell::AGAIN);
     } else if (judgement.verdict == Verdict::REFUSED) {
         say("the PLC refuses the change to MONITOR mode: " + endCodeText(static_cast<std::uint16_t>(judgement.code)));
         if (mode_ == Mode::DOUBTFUL)
             loseMode();
         mode_ = Mode::NOT_ASKED;
         settleRefused();
+    }
+}
+
+void WriteReport::replaceCells(Cell from, Cell to)
+{
+    for (std::size_t i = 0; i < orders_.size(); ++i) {
+        if (orders_[i].fate == WriteFate::OPEN)
+            std::replace(progress_[i].cells.begin(), progress_[i].cells.end(), from, to);
     }
 }
 
@@ -111,8 +120,11 @@ void WriteReport::noteLost()
         loseMode();
     settleRefused();
     for (std::size_t i = 0; i < orders_.size(); ++i) {
-        if (orders_[i].fate == WriteFate::OPEN && cellsThatAre(i, Cell::SENT) + cellsThatAre(i, Cell::DOUBTFUL) > 0)
-            say("no reply to the write of " + orders_[i].name + "; it will be read back");
+        const std::size_t unanswered = cellsThatAre(i, Cell::SENT) + cellsThatAre(i, Cell::DOUBTFUL);
+        if (orders_[i].fate != WriteFate::OPEN || unanswered == 0 || progress_[i].isSaidUnanswered)
+            continue;
+        progress_[i].isSaidUnanswered = true;
+        say("no reply to the write of " + orders_[i].name + (awaitsReading(i) ? "; it will be read back" : ""));
     }
 }
 
@@ -128,7 +140,7 @@ bool WriteReport::awaitsReading(std::size_t index) const
     const Progress &progress = progress_[index];
     const bool isOpen = orders_[index].fate == WriteFate::OPEN && cellsThatAre(index, Cell::REFUSED) == 0;
     return (isOpen || orders_[index].fate == WriteFate::REFUSED) && !orders_[index].held && !progress.isUnreadable
-           && cellsThatAre(index, Cell::UNSENT) == 0;
+           && cellsThatAre(index, Cell::UNSENT) + cellsThatAre(index, Cell::AGAIN) == 0;
 }
 
 void WriteReport::noteRead(const FRAME_PRO &request)
@@ -239,6 +251,7 @@ void WriteReport::finish(const std::string &reason)
     isFinished_ = true;
     if (mode_ != Mode::NOT_ASKED)
         loseMode();
+    replaceCells(Cell::AGAIN, Cell::REFUSED);
     settleRefused();
     for (std::size_t i = 0; i < orders_.size(); ++i) {
         if (orders_[i].fate == WriteFate::OPEN)

@@ -77,6 +77,7 @@ private:
         SENT,     // once, and not answered
         DOUBTFUL, // again after a time without an answer: a refusal tells nothing of the time before
         REFUSED,
+        AGAIN,    // refused for the operating mode, which has been changed since: it goes out once more
         DONE      // acknowledged
     };
     enum class Mode { NOT_ASKED, ASKED, DOUBTFUL };
@@ -87,6 +88,7 @@ private:
         std::string       refusal; // of the PLC, in words
         std::uint16_t     endCode; // of the refusal
         bool              isUnreadable;
+        bool              isSaidUnanswered;
     };
 
     template <typename Change>
@@ -97,6 +99,7 @@ private:
     void noteRead(const FRAME_PRO &request);
     void noteModeChange(const Judgement &judgement);
     void noteLost();
+    void replaceCells(Cell from, Cell to);
     void settleRefused();
     void loseMode();
     bool awaitsReading(std::size_t index) const;
