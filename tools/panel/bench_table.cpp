@@ -1,10 +1,9 @@
 #include "bench_table.h"
 
+#include "runtime.h"
+
 #include <algorithm>
 #include <cstdio>
-
-// A write of more words would need a longer length field than the driver sends.
-static const int LONGEST_WRITE = 114;
 
 std::string benchHead(long words, long items)
 {
@@ -15,12 +14,6 @@ std::string benchHead(long words, long items)
     std::snprintf(titles, sizeof titles, "%11s  %8s %8s %8s  %10s  %10s\n", "WORDS/FRAME", "MEDIAN", "95 %", "MAX",
                   "REQUESTS/S", "WORDS/S");
     return std::string(line) + titles;
-}
-
-static double perSecond(unsigned long count, Clock::duration elapsed)
-{
-    const double seconds = std::chrono::duration<double>(elapsed).count();
-    return seconds > 0 ? static_cast<double>(count) / seconds : 0;
 }
 
 std::string benchLine(const BenchRow &row)
@@ -56,7 +49,7 @@ std::string benchAdvice(const std::vector<BenchRow> &rows)
             advised = row.wordsPerFrame;
     }
     std::string text = "choose " + std::to_string(advised) + " words per frame: larger blocks gain less than a tenth\n";
-    if (advised > LONGEST_WRITE)
-        text += "a panel that writes has to stay at " + std::to_string(LONGEST_WRITE) + " words per frame\n";
+    if (advised > WRITE_WORDS_LIMIT)
+        text += "a panel that writes has to stay at " + std::to_string(WRITE_WORDS_LIMIT) + " words per frame\n";
     return text;
 }

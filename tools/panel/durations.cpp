@@ -63,6 +63,11 @@ std::vector<std::string> Durations::histogram(std::size_t barWidth) const
     return lines;
 }
 
+double perSecond(unsigned long count, std::chrono::duration<double> elapsed)
+{
+    return elapsed.count() > 0 ? static_cast<double>(count) / elapsed.count() : 0;
+}
+
 std::string millisText(Micros duration)
 {
     const double millis = static_cast<double>(duration.count()) / 1000.0;

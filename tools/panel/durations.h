@@ -39,6 +39,9 @@ private:
     Micros      maximum_{0};
 };
 
+/// How many a second; 0 if no time has passed.
+double perSecond(unsigned long count, std::chrono::duration<double> elapsed);
+
 /// Milliseconds with three significant digits: "0.052", "1.25", "13.4", "1250".
 std::string millisText(Micros duration);
 

@@ -1,9 +1,7 @@
 #include "stop_flag.h"
 
-#include <poll.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <csignal>
 
 static volatile std::sig_atomic_t stopFlag = 0;
@@ -39,17 +37,4 @@ void requestStop()
 bool stopRequested()
 {
     return stopFlag != 0;
-}
-
-void sleepUntil(std::chrono::steady_clock::time_point end)
-{
-    using std::chrono::milliseconds;
-    // A signal between the look at the flag and the wait is seen after one slice.
-    const milliseconds slice(100);
-    while (!stopRequested()) {
-        const auto left = std::chrono::ceil<milliseconds>(end - std::chrono::steady_clock::now());
-        if (left.count() <= 0)
-            return;
-        poll(nullptr, 0, static_cast<int>(std::min(left, slice).count()));
-    }
 }

@@ -106,11 +106,10 @@ void WatchView::sample(TimePoint now)
 
 void WatchView::measureRate(TimePoint now)
 {
-    const std::chrono::duration<double> elapsed = now - ratedAt_;
-    if (elapsed < std::chrono::seconds(1))
+    if (now - ratedAt_ < std::chrono::seconds(1))
         return;
     const unsigned long requests = runtime_.statistics().requests;
-    rate_          = static_cast<double>(requests - ratedRequests_) / elapsed.count();
+    rate_          = perSecond(requests - ratedRequests_, now - ratedAt_);
     ratedRequests_ = requests;
     ratedAt_       = now;
 }
