@@ -85,6 +85,13 @@ TEST(Durations, histogram_shows_the_smallest_class)
     EXPECT_EQ(many.histogram(5).back(), "from     0.02 ms       1 #");
 }
 
+TEST(PerSecond, of_any_time)
+{
+    EXPECT_EQ(perSecond(100, std::chrono::milliseconds(4000)), 25.0);
+    EXPECT_EQ(perSecond(1, std::chrono::milliseconds(250)), 4.0);
+    EXPECT_EQ(perSecond(7, std::chrono::milliseconds(0)), 0.0);
+}
+
 TEST(MillisText, three_digits)
 {
     EXPECT_EQ(millisText(Micros(0)), "0.000");
