@@ -100,9 +100,7 @@ void Runtime::noteRead()
 {
     if (!plan_.noteRead(polledBlock()))
         return;
-    const std::string refusal = refusalText(RequestKind::READ);
-    for (auto said = saidRefusals_.lower_bound(refusal); said != saidRefusals_.end() && said->find(refusal) == 0;)
-        said = saidRefusals_.erase(said);
+    saidRefusals_.forget(refusalText(RequestKind::READ));
     messages_.say(itemText(polledBlock()) + " can be read again");
 }
 
@@ -348,7 +346,7 @@ void Runtime::sayRefusal(RequestKind kind, const Judgement &judgement)
     problem_ = "the PLC refuses " + code;
     const std::string text = refusalText(kind);
     statistics_.noteError(text + code);
-    if (kind != RequestKind::READ || !saidRefusals_.insert(text + code).second)
+    if (kind != RequestKind::READ || !saidRefusals_.isNew(text + code))
         return;
     messages_.say(text + code);
     messages_.say("hint: " + endCodeHint(static_cast<std::uint16_t>(judgement.code)));

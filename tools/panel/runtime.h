@@ -8,12 +8,12 @@
 #include "messages.h"
 #include "poll_plan.h"
 #include "reply_judge.h"
+#include "said_once.h"
 #include "statistics.h"
 #include "tcp_link.h"
 #include "trace.h"
 
 #include <functional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -187,7 +187,7 @@ private:
     bool                 wasOnline_;
     int                  writesSincePoll_;
     std::string          problem_;        // of the latest reply that was not accepted
-    std::set<std::string> saidRefusals_;
+    SaidOnce             saidRefusals_;
     Messages             messages_;
     Statistics           ownStatistics_;
     Statistics          &statistics_;
