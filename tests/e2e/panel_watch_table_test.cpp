@@ -1,6 +1,7 @@
-#include "panel_run.h"
+#include "panel_files.h"
 #include "pty_process.h"
 
+#include <algorithm>
 #include <cctype>
 
 // `watch` on a terminal, and its lines for other programs.
@@ -180,7 +181,7 @@ TEST_F(WatchTableTest, follows_the_size)
 {
     start();
     const auto shown = table({"DM:0:30"});
-    shown->waitForText("q quit  arrows, page keys: scroll  1-20 of 30");
+    shown->waitForText("q quit  arrows, page keys: scroll  1-18 of 30");
     shown->resize(200, 50);
     shown->waitUntil([&] { return shown->screen.lines.at(49) == "q quit"; }, "a higher table");
     EXPECT_EQ(shown->screen.lines.at(31).find("DM:29 "), 0u) << shown->screen.text();
@@ -193,19 +194,66 @@ TEST_F(WatchTableTest, scrolls)
 {
     start();
     const auto shown = table({"DM:0:30"});
-    shown->waitForText("1-20 of 30");
+    shown->waitForText("1-18 of 30");
     shown->type("\033[B");
-    shown->waitForText("2-21 of 30");
+    shown->waitForText("2-19 of 30");
     shown->type("\033[6~");
-    shown->waitForText("11-30 of 30");
+    shown->waitForText("13-30 of 30");
     shown->type("k");
-    shown->waitForText("10-29 of 30");
+    shown->waitForText("12-29 of 30");
     shown->type("\033[5~");
-    shown->waitForText("1-20 of 30");
+    shown->waitForText("1-18 of 30");
     shown->type("\033[F");
-    shown->waitForText("11-30 of 30");
+    shown->waitForText("13-30 of 30");
     shown->type("\033[H");
-    shown->waitForText("1-20 of 30");
+    shown->waitForText("1-18 of 30");
+}
+
+TEST_F(WatchTableTest, a_higher_screen_shows_the_first_rows_again)
+{
+    start();
+    const auto shown = table({"DM:0:30"});
+    shown->type("\033[F");
+    shown->waitForText("13-30 of 30");
+    shown->resize(80, 36);
+    shown->waitUntil([&] { return shown->screen.lines.at(35) == "q quit"; }, "all rows");
+    EXPECT_EQ(shown->screen.lines.at(2).find("DM:0 "), 0u) << shown->screen.text();
+    EXPECT_EQ(shown->screen.lines.at(31).find("DM:29 "), 0u) << shown->screen.text();
+}
+
+// The screen is cleared at the end, so that what stands there then was said behind it.
+TEST_F(WatchTableTest, a_refusal_is_shown_with_its_hint_and_said_at_the_end)
+{
+    start({"--profile", "small"});
+    const auto shown = table({"HR:0", "DM:5000"});
+    const std::string refusal = "the PLC refuses to read DM:5000: 1103 (the first address is out of range)";
+    const std::string hint = "hint: this PLC has less memory than the largest one; compare the address with its manual";
+    shown->waitUntil([&] { return has(*shown, "DM:5000", "refused"); }, "refused");
+    shown->waitForText("hint: ");
+    EXPECT_EQ(shown->screen.lines.at(21), refusal);
+    EXPECT_EQ(shown->screen.lines.at(22), hint.substr(0, 79) + "~");
+    shown->type("q");
+    EXPECT_EQ(shown->wait(), 0);
+    expectClean(*shown);
+    const Words lines = linesOf(shown->screen.text());
+    const auto at = std::find(lines.begin(), lines.end(), refusal);
+    ASSERT_TRUE(at != lines.end() && at + 1 != lines.end()) << shown->screen.text();
+    EXPECT_EQ(*(at + 1), hint);
+}
+
+// Ctrl-S holds the terminal, and Ctrl-Q lets it go on.
+// Screens are left out while nobody reads what was sent, and the terminal is given back all the same.
+// Nobody could resume it: its parent, this test, is of another session.
+TEST_F(WatchTableTest, wide_names_and_40_columns)
+{
+    start();
+    const PanelFiles files;
+    const std::string project = files.put("plant.toml", "[tags]\n\"水位水位水\" = { type = \"DM\", address = 7 }\n");
+    const auto shown = table({"水位水位水", "DM:9", "--project", project}, 40, 10, {{"NO_COLOR", "1"}});
+    shown->waitForText("good");
+    EXPECT_EQ(shown->screen.lines.at(1), "TAG          VALUE  QUALITY");
+    EXPECT_EQ(shown->screen.lines.at(2), "水位水位水       0  good");
+    EXPECT_EQ(shown->screen.lines.at(3), "DM:9             0  good");
 }
 
 TEST_F(WatchTableTest, no_colour_if_not_wanted)

@@ -41,7 +41,7 @@ TableContent lostContent()
     lost.cycle   = "";
     lost.requestsPerSecond = 0;
     lost.errors  = 1;
-    lost.message = "link to 192.168.250.1:9600 lost: no reply in time, 3 times in a row, retrying in 100 ms";
+    lost.messages = {"link to 192.168.250.1:9600 lost: no reply in time, 3 times in a row, retrying in 100 ms"};
     lost.rows[0].isNew   = false;
     lost.rows[0].age     = "12 s";
     lost.rows[0].quality = Quality::LAST_KNOWN;
@@ -139,9 +139,10 @@ TEST(WatchTable, no_line_is_wider_than_the_screen)
 {
     TableContent wide = content();
     wide.rows[0].name  = std::string(100, 'n');
+    wide.rows[1].name  = "水位水位水位水位水位水位水位水位";
     wide.rows[0].value = std::string(100, '7');
     wide.rows[0].unit  = std::string(100, 'u');
-    wide.message       = std::string(300, 'm');
+    wide.messages      = {std::string(300, 'm'), "水" + std::string(300, 'm')};
     for (std::size_t columns = 1; columns <= 210; ++columns) {
         for (const TableStyle style : {PLAIN, COLOUR, ASCII}) {
             const Lines lines = renderTable(wide, {columns, 24}, style);
@@ -158,13 +159,47 @@ TEST(WatchTable, no_more_lines_than_the_screen_has)
         EXPECT_EQ(renderTable(manyRows(30), {80, rows}, PLAIN).size(), rows);
 }
 
-TEST(WatchTable, long_names_are_clipped)
+// Behind a name there are 37 columns: 1 + 7 + 2 of the value, 5 of the unit, 9 of the age and 13 of the quality.
+TEST(WatchTable, long_names_take_the_room_that_there_is)
 {
     TableContent named = content();
-    named.rows[0].name = "a_name_of_21_letters_";
-    EXPECT_EQ(renderTable(named, {80, 24}, PLAIN)[2].substr(0, 21), "a_name_of_21_letter~ ");
-    EXPECT_EQ(renderTable(named, {120, 24}, PLAIN)[2].substr(0, 22), "a_name_of_21_letters_ ");
-    EXPECT_EQ(renderTable(named, {119, 24}, PLAIN)[2].substr(0, 21), "a_name_of_21_letter~ ");
+    named.rows[0].name = std::string(43, 'n');
+    EXPECT_EQ(renderTable(named, {80, 24}, PLAIN)[2], std::string(43, 'n') + "     512* mm       0 s  good");
+    EXPECT_EQ(renderTable(named, {79, 24}, PLAIN)[2], std::string(41, 'n') + "~     512* mm       0 s  good");
+    EXPECT_EQ(renderTable(named, {90, 24}, PLAIN)[2],
+              std::string(43, 'n') + "     512* mm       0 s  good           ▁▂▃▄▅▆▇█");
+}
+
+TEST(WatchTable, on_40_columns_the_quality_stays)
+{
+    Lines expected(10);
+    expected[0] = " 192.168.2~  no link, retry in 3 s  cyc~";
+    expected[1] = "TAG         VALUE  QUALITY";
+    expected[2] = "level         512  last known";
+    expected[3] = "set_point   500.0  last known";
+    expected[4] = "pump            1  refused";
+    expected[5] = "serial          -  not connected";
+    expected[8] = "link to 192.168.250.1:9600 lost: no rep~";
+    expected[9] = "q quit";
+    EXPECT_EQ(renderTable(lostContent(), {40, 10}, PLAIN), expected);
+}
+
+// The course goes first, then the unit, then the age; then names and values are cut, and then the quality.
+TEST(WatchTable, columns_go_one_by_one)
+{
+    const auto title = [](std::size_t columns) { return renderTable(content(), {columns, 24}, PLAIN)[1]; };
+    EXPECT_EQ(title(56), "TAG         VALUE  UNIT CHANGED  QUALITY        COURSE");
+    EXPECT_EQ(title(55), "TAG         VALUE  UNIT CHANGED  QUALITY");
+    EXPECT_EQ(title(46), "TAG         VALUE  UNIT CHANGED  QUALITY");
+    EXPECT_EQ(title(45), "TAG         VALUE  CHANGED  QUALITY");
+    EXPECT_EQ(title(41), "TAG         VALUE  CHANGED  QUALITY");
+    EXPECT_EQ(title(40), "TAG         VALUE  QUALITY");
+    const auto row = [](std::size_t columns) { return renderTable(content(), {columns, 24}, PLAIN)[3]; };
+    EXPECT_EQ(row(32), "set_point   500.0  write pending");
+    EXPECT_EQ(row(31), "set_poi~   500.0  write pending");
+    EXPECT_EQ(row(26), "se~   500.0  write pending");
+    EXPECT_EQ(row(25), "se~   500.0  write pendi~");
+    EXPECT_EQ(row(17), "se~   500.0  wri~");
 }
 
 TEST(WatchTable, the_bits_of_a_word_have_room)
@@ -173,7 +208,8 @@ TEST(WatchTable, the_bits_of_a_word_have_room)
     bits.rows[0].value = "0000_0000_0000_0001";
     EXPECT_EQ(renderTable(bits, {80, 24}, PLAIN)[2].substr(0, 30), "level     0000_0000_0000_0001*");
     bits.rows[0].value = "\"of twenty letters..\"";
-    EXPECT_EQ(renderTable(bits, {80, 24}, PLAIN)[2].substr(0, 30), "level     \"of twenty letters~*");
+    EXPECT_EQ(renderTable(bits, {80, 24}, PLAIN)[2].substr(0, 33), "level     \"of twenty letters..\"* ");
+    EXPECT_EQ(renderTable(bits, {58, 24}, PLAIN)[2].substr(0, 31), "level     \"of twenty letters~* ");
 }
 
 TEST(WatchTable, names_in_other_alphabets_keep_the_columns)
@@ -181,37 +217,78 @@ TEST(WatchTable, names_in_other_alphabets_keep_the_columns)
     TableContent named = content();
     named.rows[2].name = "Füllst";
     EXPECT_EQ(renderTable(named, {80, 24}, PLAIN)[4], "Füllst          1             -  good           ·▁█");
+    named.rows[2].name = "水位";
+    EXPECT_EQ(renderTable(named, {80, 24}, PLAIN)[4], "水位            1             -  good           ·▁█");
+}
+
+// The fourth character, of two columns, would not leave room for the ~.
+TEST(WatchTable, wide_characters_are_clipped_between_columns)
+{
+    TableContent named = content();
+    named.rows[2].name = "水位水位水";
+    EXPECT_EQ(renderTable(named, {31, 24}, PLAIN)[4], "水位水~        1  good");
+}
+
+TEST(WatchTable, bytes_that_are_no_text_keep_the_columns)
+{
+    TableContent named = content();
+    named.rows[2].name = "a\xFFz";
+    EXPECT_EQ(renderTable(named, {80, 24}, PLAIN)[4], "a?z             1             -  good           ·▁█");
+}
+
+TEST(WatchTable, the_latest_messages_are_at_the_bottom)
+{
+    TableContent said = content();
+    said.messages = {"the first", "the second"};
+    const Lines lines = renderTable(said, {80, 24}, PLAIN);
+    EXPECT_EQ(Lines(lines.begin() + 19, lines.end()), (Lines{"", "", "the first", "the second", "q quit"}));
+    said.messages = {"the first", "the second", "the third", "the fourth"};
+    const Lines more = renderTable(said, {80, 16}, PLAIN);
+    EXPECT_EQ(Lines(more.begin() + 11, more.end()), (Lines{"", "the second", "the third", "the fourth", "q quit"}));
+    const Lines low = renderTable(said, {80, 15}, PLAIN);
+    EXPECT_EQ(Lines(low.begin() + 12, low.end()), (Lines{"", "the fourth", "q quit"}));
 }
 
 TEST(WatchTable, control_characters_do_not_reach_the_terminal)
 {
     TableContent bad = content();
-    bad.message = "a\033[2Jb\x7f";
+    bad.messages = {"a\033[2Jb\x7f"};
     EXPECT_EQ(renderTable(bad, {80, 24}, PLAIN)[22], "a?[2Jb?");
 }
 
 TEST(WatchTable, scrolls)
 {
     TableContent many = manyRows(25);
-    EXPECT_EQ(visibleRows({80, 24}), 20u);
-    many.first = 5;
+    EXPECT_EQ(visibleRows({80, 24}), 18u);
+    many.first = 7;
     const Lines lines = renderTable(many, {80, 24}, PLAIN);
-    EXPECT_EQ(lines[2].substr(0, 3), "t5 ");
-    EXPECT_EQ(lines[21].substr(0, 4), "t24 ");
-    EXPECT_EQ(lines[23], "q quit  arrows, page keys: scroll  6-25 of 25");
+    EXPECT_EQ(lines[2].substr(0, 3), "t7 ");
+    EXPECT_EQ(lines[19].substr(0, 4), "t24 ");
+    EXPECT_EQ(lines[20], "");
+    EXPECT_EQ(lines[23], "q quit  arrows, page keys: scroll  8-25 of 25");
 }
 
 TEST(WatchTable, says_nothing_of_scrolling_if_all_fits)
 {
-    EXPECT_EQ(renderTable(manyRows(20), {80, 24}, PLAIN)[23], "q quit");
-    EXPECT_EQ(renderTable(manyRows(21), {80, 24}, PLAIN)[23], "q quit  arrows, page keys: scroll  1-20 of 21");
+    EXPECT_EQ(renderTable(manyRows(18), {80, 24}, PLAIN)[23], "q quit");
+    EXPECT_EQ(renderTable(manyRows(19), {80, 24}, PLAIN)[23], "q quit  arrows, page keys: scroll  1-18 of 19");
 }
 
 TEST(WatchTable, rows_that_fit)
 {
+    EXPECT_EQ(visibleRows({80, 16}), 10u);
+    EXPECT_EQ(visibleRows({80, 15}), 11u);
     EXPECT_EQ(visibleRows({80, 5}), 1u);
     EXPECT_EQ(visibleRows({80, 4}), 0u);
     EXPECT_EQ(visibleRows({80, 1}), 0u);
+}
+
+TEST(WatchTable, the_last_row_stays_at_the_bottom)
+{
+    EXPECT_EQ(lastTop(30, {80, 24}), 12u);
+    EXPECT_EQ(lastTop(18, {80, 24}), 0u);
+    EXPECT_EQ(lastTop(5, {80, 24}), 0u);
+    EXPECT_EQ(lastTop(30, {80, 4}), 30u);
 }
 
 TEST(CourseText, spans_from_the_least_to_the_greatest)

@@ -43,7 +43,7 @@ class LinkCheck {
 public:
     LinkCheck(const DriverLibrary &library, const LinkOptions &link) : runtime_(library, link)
     {
-        runtime_.messages().redirect([](const std::string &) {});
+        runtime_.messages().redirect([](const Message &) {});
         runtime_.onLost([this] { isLost_ = true; });
         runtime_.onExchange([this](const Exchange &exchange) { note(exchange); });
         areas_ = firstWords(library);

@@ -158,12 +158,7 @@ int runWatch(const DriverLibrary &library, const LinkOptions &link, const WatchO
         return options.changes > 0 && values.changes() >= static_cast<unsigned long>(options.changes)
                && writes.settled();
     });
-    const std::string lastMessage = view ? view->lastMessage() : "";
-    view.reset();
+    view.reset(); // what is said from here on must not be lost with the table
     const int written = writes.end();
-    const int watched = exitCode(runtime, values, options);
-    const int code    = std::max(written, watched);
-    if (code != EXIT_DONE && !lastMessage.empty())
-        std::cerr << lastMessage << std::endl;
-    return code;
+    return std::max(written, exitCode(runtime, values, options));
 }

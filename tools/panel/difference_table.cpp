@@ -1,26 +1,21 @@
 #include "difference_table.h"
 
-#include <algorithm>
+#include "text_width.h"
 
-// Characters of a UTF-8 text: the bytes that do not continue one.
-static std::size_t width(const std::string &text)
-{
-    return static_cast<std::size_t>(
-        std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
-}
+#include <algorithm>
 
 std::string tableText(const std::vector<std::vector<std::string>> &rows, const std::vector<bool> &right)
 {
     std::vector<std::size_t> widths(right.size(), 0);
     for (const std::vector<std::string> &row : rows) {
         for (std::size_t i = 0; i < row.size(); ++i)
-            widths[i] = std::max(widths[i], width(row[i]));
+            widths[i] = std::max(widths[i], textWidth(row[i]));
     }
     std::string text;
     for (const std::vector<std::string> &row : rows) {
         std::string line;
         for (std::size_t i = 0; i < row.size(); ++i) {
-            const std::string padding(widths[i] - width(row[i]), ' ');
+            const std::string padding(widths[i] - textWidth(row[i]), ' ');
             line += (i > 0 ? "  " : "") + (right[i] ? padding + row[i] : row[i] + padding);
         }
         line.erase(line.find_last_not_of(' ') + 1);

@@ -228,8 +228,8 @@ void Runtime::handOver(RequestKind kind, const Judgement &judgement)
 {
     const LinkFailure failure = link_.failure() == LinkFailure::NONE ? LinkFailure::WRONG_PROTOCOL : link_.failure();
     if (judgement.verdict == Verdict::TCP_ERROR) {
-        lose("FINS/TCP error " + tcpErrorText(judgement.code), LinkFailure::TCP_ERROR, judgement.code);
-        messages_.say("hint: " + tcpErrorHint(judgement.code));
+        lose("FINS/TCP error " + tcpErrorText(judgement.code), LinkFailure::TCP_ERROR, judgement.code,
+             tcpErrorHint(judgement.code));
         return;
     }
     if (kind == RequestKind::HANDSHAKE && judgement.verdict != Verdict::GOOD) {
@@ -346,10 +346,8 @@ void Runtime::sayRefusal(RequestKind kind, const Judgement &judgement)
     problem_ = "the PLC refuses " + code;
     const std::string text = refusalText(kind);
     statistics_.noteError(text + code);
-    if (kind != RequestKind::READ || !saidRefusals_.isNew(text + code))
-        return;
-    messages_.say(text + code);
-    messages_.say("hint: " + endCodeHint(static_cast<std::uint16_t>(judgement.code)));
+    if (kind == RequestKind::READ && saidRefusals_.isNew(text + code))
+        messages_.say(text + code, endCodeHint(static_cast<std::uint16_t>(judgement.code)));
 }
 
 // Counts what was rejected for another reason than an end code.
@@ -395,7 +393,7 @@ void Runtime::loseInPause()
     lose(link_.problem(), link_.failure());
 }
 
-void Runtime::lose(const std::string &reason, LinkFailure failure, std::uint32_t tcpError)
+void Runtime::lose(const std::string &reason, LinkFailure failure, std::uint32_t tcpError, const std::string &hint)
 {
     link_.close();
     trouble_ = {failure, tcpError, state_.phase(), reason};
@@ -413,7 +411,7 @@ void Runtime::lose(const std::string &reason, LinkFailure failure, std::uint32_t
     ++statistics_.losses;
     statistics_.noteError("link to " + peer() + " lost: " + reason);
     messages_.say("link to " + peer() + " lost: " + reason + ", retrying in " + std::to_string(state_.delay().count())
-                  + " ms");
+                  + " ms", hint);
     for (const auto &call : lostCalls_)
         call();
 }

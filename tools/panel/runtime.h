@@ -168,7 +168,8 @@ private:
     [[gnu::cold]] void endModeChange(const Judgement &judgement);
     [[gnu::cold]] bool startModeChange(const Judgement &judgement);
     [[gnu::cold]] void loseInPause();
-    [[gnu::cold]] void lose(const std::string &reason, LinkFailure failure, std::uint32_t tcpError = 0);
+    [[gnu::cold]] void lose(const std::string &reason, LinkFailure failure, std::uint32_t tcpError = 0,
+                            const std::string &hint = "");
 
     const DriverLibrary &library_;
     LinkOptions          options_;

@@ -1,21 +1,24 @@
 #include "watch_table.h"
 
+#include "text_width.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
 
 namespace {
 
-// Lines of the screen besides the values: head, titles; message, keys.
+// Lines of the screen besides the values: head, titles; messages, keys.
 const std::size_t LINES_ABOVE = 2;
-const std::size_t LINES_BELOW = 2;
+const std::size_t KEYS_LINE   = 1;
 
-const std::size_t WIDE_SCREEN  = 120; // from here on names and values get more room
-const std::size_t NARROWEST    = 8;   // a course with fewer characters is left out
-const std::size_t WIDEST       = 60;  // one minute
-const std::size_t BITS_WIDTH   = 19;  // a word as bits
-const std::size_t AGE_WIDTH    = 7;
+const std::size_t MESSAGES_MOST = 3;
+const std::size_t HIGH_SCREEN   = 16; // from here on there is room for so many messages, else for one
+
+const std::size_t AGE_WIDTH     = 7;
 const std::size_t QUALITY_WIDTH = 13;
+const std::size_t NARROWEST     = 8;  // a course with fewer characters is left out
+const std::size_t WIDEST        = 60; // one minute
 
 const char PLAIN[]     = "\033[0m";
 const char HEAD_UP[]   = "\033[7m";      // reverse
@@ -28,52 +31,26 @@ const char CYAN[]      = "\033[36m";
 const char YELLOW[]    = "\033[33m";
 const char RED[]       = "\033[31m";
 
+// Widths; 0: left out.
 struct Columns {
     std::size_t name;
     std::size_t value;
-    std::size_t unit;   // 0: none has one
-    std::size_t course; // 0: no room
+    std::size_t unit; // 0 if none has one, too
+    std::size_t age;
+    std::size_t quality;
+    std::size_t course;
 };
 
-// Is this byte the first of a UTF-8 character?
-bool startsCharacter(char c)
-{
-    return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
-}
-
-std::size_t characters(const std::string &text)
-{
-    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), startsCharacter));
-}
-
-// The first `count` characters.
-std::string leading(const std::string &text, std::size_t count)
-{
-    std::size_t seen = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (startsCharacter(text[i]) && seen++ == count)
-            return text.substr(0, i);
-    }
-    return text;
-}
-
-// Control characters, which would move the cursor, become question marks.
-std::string harmless(std::string text)
-{
-    const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 32 || c == 127; };
-    std::replace_if(text.begin(), text.end(), isControl, '?');
-    return text;
-}
-
-// Exactly `width` characters: clipped, which a ~ shows, or filled up.
+// Exactly `width` columns: clipped, which a ~ shows, or filled up.
 std::string fit(const std::string &text, std::size_t width, bool right = false)
 {
-    const std::string clean = harmless(text);
-    const std::size_t size = characters(clean);
-    if (size > width)
-        return width == 0 ? "" : leading(clean, width - 1) + "~";
-    const std::string filling(width - size, ' ');
-    return right ? filling + clean : clean + filling;
+    const std::string clean = showable(text);
+    const std::size_t size = textWidth(clean);
+    if (size > width && width == 0)
+        return "";
+    const std::string shown = size > width ? textStart(clean, width - 1) + "~" : clean;
+    const std::string filling(width - textWidth(shown), ' ');
+    return right ? filling + shown : shown + filling;
 }
 
 template <typename Field>
@@ -81,22 +58,56 @@ std::size_t widest(const std::vector<TableRow> &rows, Field field, std::size_t l
 {
     std::size_t width = least;
     for (const TableRow &row : rows)
-        width = std::max(width, characters(field(row)));
+        width = std::max(width, textWidth(showable(field(row))));
     return std::min(width, most);
 }
 
+// With one or two spaces between two columns, and the mark of a new value.
+std::size_t usedColumns(const Columns &plan)
+{
+    const std::size_t unit = plan.unit > 0 ? plan.unit + 1 : 0;
+    const std::size_t age  = plan.age > 0 ? plan.age + 2 : 0;
+    return plan.name + 1 + plan.value + 2 + unit + age + plan.quality;
+}
+
+// Takes from `width`, down to `least`, what is used more than `columns`.
+void shrink(std::size_t &width, std::size_t least, const Columns &plan, std::size_t columns)
+{
+    const std::size_t used = usedColumns(plan);
+    if (used > columns && width > least)
+        width -= std::min(used - columns, width - least);
+}
+
+// Gives to `width`, up to `most`, what is left of `columns`.
+void grow(std::size_t &width, std::size_t most, const Columns &plan, std::size_t columns)
+{
+    const std::size_t used = usedColumns(plan);
+    if (used < columns && width < most)
+        width += std::min(columns - used, most - width);
+}
+
+// Unit and age go where the rest would not fit, and the quality last of all. What is left is for names and values that
+// are longer than usual, and then for the course.
 Columns planColumns(const TableContent &content, std::size_t columns)
 {
-    const bool wide = columns >= WIDE_SCREEN;
-    Columns plan = {};
-    plan.name  = widest(content.rows, [](const TableRow &row) { return row.name; }, 3, wide ? 48 : 20);
-    plan.value = widest(content.rows, [](const TableRow &row) { return row.value; }, 7, wide ? 32 : BITS_WIDTH);
-    plan.unit  = widest(content.rows, [](const TableRow &row) { return row.unit; }, 0, wide ? 12 : 6);
+    const std::size_t name  = widest(content.rows, [](const TableRow &row) { return row.name; }, 3, columns);
+    const std::size_t value = widest(content.rows, [](const TableRow &row) { return row.value; }, 7, 60);
+    const std::size_t unit  = widest(content.rows, [](const TableRow &row) { return row.unit; }, 0, 12);
+    Columns plan = {std::min<std::size_t>(name, 20), std::min<std::size_t>(value, 19),
+                    unit > 0 ? std::clamp<std::size_t>(unit, 4, 6) : 0, AGE_WIDTH, QUALITY_WIDTH, 0};
+    if (usedColumns(plan) > columns)
+        plan.unit = 0;
+    if (usedColumns(plan) > columns)
+        plan.age = 0;
+    shrink(plan.name, 8, plan, columns);
+    shrink(plan.value, 7, plan, columns);
+    shrink(plan.name, 3, plan, columns);
+    shrink(plan.quality, 4, plan, columns);
+    grow(plan.name, name, plan, columns);
     if (plan.unit > 0)
-        plan.unit = std::max(plan.unit, characters("UNIT"));
-    // One or two spaces between two columns, and the mark of a new value.
-    const std::size_t unit = plan.unit > 0 ? plan.unit + 1 : 0;
-    const std::size_t used = plan.name + 1 + plan.value + 2 + unit + AGE_WIDTH + 2 + QUALITY_WIDTH + 2;
+        grow(plan.unit, unit, plan, columns);
+    grow(plan.value, value, plan, columns);
+    const std::size_t used = usedColumns(plan) + 2;
     plan.course = used + NARROWEST <= columns ? std::min(columns - used, WIDEST) : 0;
     return plan;
 }
@@ -139,11 +150,11 @@ std::string headText(const TableContent &content, std::size_t columns)
     const std::string rest = "  " + content.link + "  cycle " + cycle + "  " + rate + "  "
                              + std::to_string(content.errors) + (content.errors == 1 ? " error" : " errors");
     // The time of day goes first where there is no room for all.
-    const std::size_t others = characters(rest) + 2;
+    const std::size_t others = textWidth(rest) + 2;
     const std::size_t room   = columns > others + 10 ? columns - others : 10;
-    const std::string peer   = characters(content.peer) > room ? fit(content.peer, room) : content.peer;
+    const std::string peer   = textWidth(content.peer) > room ? fit(content.peer, room) : content.peer;
     const std::string left   = " " + peer + rest;
-    const std::size_t width  = characters(left) + characters(content.clock) + 1;
+    const std::size_t width  = textWidth(left) + textWidth(content.clock) + 1;
     if (width + 1 > columns)
         return fit(left, columns);
     return left + std::string(columns - width, ' ') + content.clock + " ";
@@ -154,7 +165,9 @@ std::string titleLine(const Columns &plan)
     std::string line = fit("TAG", plan.name) + " " + fit("VALUE", plan.value, true) + "  ";
     if (plan.unit > 0)
         line += fit("UNIT", plan.unit) + " ";
-    line += fit("CHANGED", AGE_WIDTH, true) + "  " + fit("QUALITY", QUALITY_WIDTH);
+    if (plan.age > 0)
+        line += fit("CHANGED", plan.age, true) + "  ";
+    line += fit("QUALITY", plan.quality);
     return plan.course > 0 ? line + "  COURSE" : line;
 }
 
@@ -162,13 +175,13 @@ std::string rowLine(const TableRow &row, const Columns &plan, std::size_t column
 {
     const std::string value = fit(row.value.empty() ? "-" : row.value, plan.value, true) + (row.isNew ? "*" : " ");
     const char *look = row.isNew ? NEW_VALUE : row.quality == Quality::GOOD ? "" : OLD_VALUE;
-    const std::string unit = plan.unit > 0 ? fit(row.unit, plan.unit) + " " : "";
     const std::string name = fit(row.name, plan.name) + " ";
-    const std::string tail = unit + fit(row.age, AGE_WIDTH, true) + "  ";
-    const std::string quality = fit(qualityText(row.quality), QUALITY_WIDTH);
+    const std::string unit = plan.unit > 0 ? fit(row.unit, plan.unit) + " " : "";
+    const std::string tail = unit + (plan.age > 0 ? fit(row.age, plan.age, true) + "  " : "");
+    const std::string quality = fit(qualityText(row.quality), plan.quality);
     const std::string course = plan.course > 0 ? "  " + courseText(row.course, plan.course, style.utf8) : "";
-    if (!style.colour || characters(name + value + " " + tail + quality) > columns)
-        return trimmed(leading(name + value + " " + tail + quality + course, columns));
+    if (!style.colour || usedColumns(plan) > columns)
+        return trimmed(textStart(name + value + " " + tail + quality + course, columns));
     return name + (*look ? colouredRight(value, look, style) : value) + " " + tail
            + coloured(quality, qualityColour(row.quality), style) + course;
 }
@@ -180,6 +193,16 @@ std::string footText(const TableContent &content, std::size_t shown)
         text += "  arrows, page keys: scroll  " + std::to_string(content.first + 1) + "-"
                 + std::to_string(content.first + shown) + " of " + std::to_string(content.rows.size());
     return text;
+}
+
+// As many as there is room for, the latest at the bottom.
+std::vector<std::string> messageLines(const TableContent &content, ScreenSize size)
+{
+    std::vector<std::string> lines(messageRows(size));
+    auto line = lines.rbegin();
+    for (auto message = content.messages.rbegin(); message != content.messages.rend() && line != lines.rend(); ++message)
+        *line++ = trimmed(fit(*message, size.columns));
+    return lines;
 }
 
 // The ends of the shown values; false if none is known.
@@ -237,9 +260,21 @@ std::string ageText(std::chrono::seconds age)
     return std::to_string(seconds / 86400) + " d";
 }
 
+std::size_t messageRows(ScreenSize size)
+{
+    return size.rows < HIGH_SCREEN ? 1 : MESSAGES_MOST;
+}
+
 std::size_t visibleRows(ScreenSize size)
 {
-    return size.rows > LINES_ABOVE + LINES_BELOW ? size.rows - LINES_ABOVE - LINES_BELOW : 0;
+    const std::size_t others = LINES_ABOVE + messageRows(size) + KEYS_LINE;
+    return size.rows > others ? size.rows - others : 0;
+}
+
+std::size_t lastTop(std::size_t rows, ScreenSize size)
+{
+    const std::size_t page = visibleRows(size);
+    return rows > page ? rows - page : 0;
 }
 
 std::vector<std::string> renderTable(const TableContent &content, ScreenSize size, TableStyle style)
@@ -247,14 +282,14 @@ std::vector<std::string> renderTable(const TableContent &content, ScreenSize siz
     const Columns plan = planColumns(content, size.columns);
     std::vector<std::string> lines;
     lines.push_back(coloured(headText(content, size.columns), content.isUp ? HEAD_UP : HEAD_DOWN, style));
-    lines.push_back(coloured(trimmed(leading(titleLine(plan), size.columns)), TITLES, style));
+    lines.push_back(coloured(trimmed(textStart(titleLine(plan), size.columns)), TITLES, style));
     const std::size_t first = std::min(content.first, content.rows.size());
     const std::size_t shown = std::min(visibleRows(size), content.rows.size() - first);
     for (std::size_t i = first; i < first + shown; ++i)
         lines.push_back(rowLine(content.rows[i], plan, size.columns, style));
-    if (size.rows > LINES_ABOVE + LINES_BELOW)
-        lines.resize(size.rows - LINES_BELOW);
-    lines.push_back(trimmed(fit(content.message, size.columns)));
+    lines.resize(std::max(lines.size(), LINES_ABOVE + visibleRows(size)));
+    const std::vector<std::string> messages = messageLines(content, size);
+    lines.insert(lines.end(), messages.begin(), messages.end());
     lines.push_back(trimmed(fit(footText(content, shown), size.columns)));
     if (lines.size() > size.rows)
         lines.resize(size.rows);
@@ -263,15 +298,15 @@ std::vector<std::string> renderTable(const TableContent &content, ScreenSize siz
 
 std::size_t screenWidth(const std::string &text)
 {
-    std::size_t width = 0;
+    std::string shown;
     bool inAttribute = false;
     for (const char c : text) {
         if (c == '\033')
             inAttribute = true;
         else if (inAttribute)
             inAttribute = c != 'm';
-        else if (startsCharacter(c))
-            ++width;
+        else
+            shown += c;
     }
-    return width;
+    return textWidth(shown);
 }

@@ -40,9 +40,9 @@ struct TableContent {
     double                requestsPerSecond;
     unsigned long         errors;
     std::string           clock;   // time of day
-    std::string           message; // the latest one; "" for none
     std::vector<TableRow> rows;
     std::size_t           first;   // the row at the top
+    std::vector<std::string> messages; // the latest last
 };
 
 /// The characters of a course: at most `width`, the latest last, between the least and the greatest value shown.
@@ -51,13 +51,19 @@ std::string courseText(const std::vector<double> &course, std::size_t width, boo
 /// "3 s", "12 min", "5 h", "2 d".
 std::string ageText(std::chrono::seconds age);
 
+/// For how many lines of messages there is room, the latest ones being shown.
+std::size_t messageRows(ScreenSize size);
+
 /// How many rows fit.
 std::size_t visibleRows(ScreenSize size);
 
-/// At most size.rows lines of at most size.columns characters each, attributes not counted.
+/// The row that is at the top when the last of `rows` is at the bottom; 0 if all fit.
+std::size_t lastTop(std::size_t rows, ScreenSize size);
+
+/// At most size.rows lines of at most size.columns columns each, attributes not counted.
 std::vector<std::string> renderTable(const TableContent &content, ScreenSize size, TableStyle style);
 
-/// Characters that `text` takes on the screen, attributes not counted.
+/// Columns that `text` takes on the screen, attributes not counted.
 std::size_t screenWidth(const std::string &text);
 
 #endif

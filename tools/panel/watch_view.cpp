@@ -13,10 +13,10 @@ static const std::size_t COURSE_LENGTH = 60;
 
 WatchView::WatchView(Runtime &runtime, const WatchValues &values)
     : runtime_(runtime), values_(values), style_(styleOfEnvironment()), courses_(values.values().size()),
-      messageCount_(0), first_(0), rate_(0), ratedRequests_(0), ratedAt_(Clock::now()), sampleAt_(ratedAt_),
-      drawAt_(ratedAt_)
+      first_(0), rate_(0), ratedRequests_(0), ratedAt_(Clock::now()), sampleAt_(ratedAt_), drawAt_(ratedAt_),
+      terminal_(std::in_place)
 {
-    runtime.messages().redirect([this](const std::string &line) { noteMessage(line); });
+    runtime.messages().redirect([this](const Message &message) { recent_.add(message); });
     runtime.onTick([this] { tick(); });
     runtime.onExchange([this](const Exchange &exchange) {
         if (exchange.judgement.verdict == Verdict::REFUSED)
@@ -29,33 +29,30 @@ WatchView::WatchView(Runtime &runtime, const WatchValues &values)
 
 WatchView::~WatchView()
 {
-    runtime_.messages().redirect(nullptr);
     runtime_.onTick(nullptr);
-}
-
-void WatchView::noteMessage(const std::string &line)
-{
-    messageCount_ = line == message_ ? messageCount_ + 1 : 1;
-    message_      = line;
+    terminal_.reset();
+    runtime_.messages().redirect(nullptr);
+    recent_.sayTo(runtime_.messages());
 }
 
 void WatchView::tick()
 {
     const TimePoint now = Clock::now();
-    const bool isResized = terminal_.resized();
+    const bool isResized = terminal_->resized();
     if (now < drawAt_ && !isResized)
         return;
-    terminal_.suspendIfAsked();
+    terminal_->suspendIfAsked();
     takeKeys();
     sample(now);
     measureRate(now);
-    terminal_.show(renderTable(content(now), terminal_.size(), style_));
+    first_ = std::min(first_, lastTop(values_.values().size(), terminal_->size()));
+    terminal_->show(renderTable(content(now), terminal_->size(), style_));
     drawAt_ = now + REDRAW;
 }
 
 void WatchView::takeKeys()
 {
-    for (Key key = terminal_.readKey(); key != Key::NONE; key = terminal_.readKey()) {
+    for (Key key = terminal_->readKey(); key != Key::NONE; key = terminal_->readKey()) {
         if (key == Key::QUIT)
             requestStop();
         else
@@ -65,9 +62,8 @@ void WatchView::takeKeys()
 
 void WatchView::scroll(Key key)
 {
-    const std::size_t page = visibleRows(terminal_.size());
-    const std::size_t rows = values_.values().size();
-    const std::size_t last = rows > page ? rows - page : 0;
+    const std::size_t page = visibleRows(terminal_->size());
+    const std::size_t last = lastTop(values_.values().size(), terminal_->size());
     switch (key) {
     case Key::UP:        first_ -= std::min<std::size_t>(first_, 1); break;
     case Key::DOWN:      first_ += 1; break;
@@ -152,7 +148,7 @@ TableContent WatchView::content(TimePoint now) const
     content.requestsPerSecond = rate_;
     content.errors  = runtime_.statistics().errorCount();
     content.clock   = clock;
-    content.message = messageCount_ > 1 ? message_ + " (" + std::to_string(messageCount_) + " times)" : message_;
+    content.messages = recent_.lines(messageRows(terminal_->size()));
     content.first   = first_;
     for (std::size_t i = 0; i < values_.values().size(); ++i)
         content.rows.push_back(row(i, now));

@@ -2,9 +2,11 @@
 #define PANEL_WATCH_VIEW_H
 
 #include "poll_cycle.h"
+#include "recent_messages.h"
 #include "terminal.h"
 #include "watch_table.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,6 +20,8 @@ public:
 
     /// Both outlive this object; the runtime takes no step after it.
     WatchView(Runtime &runtime, const WatchValues &values);
+
+    /// Gives the terminal back and says there what was said last.
     ~WatchView();
     WatchView(const WatchView &) = delete;
     WatchView &operator=(const WatchView &) = delete;
@@ -25,15 +29,11 @@ public:
     /// To be called often: draws when it is time to, or when the screen's size has changed.
     void tick();
 
-    /// The latest message about the link; "" if there was none.
-    const std::string &lastMessage() const { return message_; }
-
 private:
     void takeKeys();
     void scroll(Key key);
     void sample(TimePoint now);
     void measureRate(TimePoint now);
-    void noteMessage(const std::string &line);
     std::string linkText(TimePoint now) const;
     TableRow row(std::size_t index, TimePoint now) const;
     TableContent content(TimePoint now) const;
@@ -43,15 +43,14 @@ private:
     const TableStyle   style_;
     PollCycle          cycle_;
     std::vector<std::vector<double>> courses_;
-    std::string        message_;
-    unsigned long      messageCount_;
+    RecentMessages     recent_;
     std::size_t        first_;
     double             rate_;
     unsigned long      ratedRequests_;
     TimePoint          ratedAt_;
     TimePoint          sampleAt_;
     TimePoint          drawAt_;
-    Terminal           terminal_;
+    std::optional<Terminal> terminal_;
 };
 
 #endif
