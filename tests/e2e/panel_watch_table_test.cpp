@@ -25,6 +25,20 @@ protected:
         EXPECT_TRUE(shown.hasKeysAsBefore());
     }
 
+    // Requests that the simulator has received so far.
+    long answered()
+    {
+        const std::string stats = tell("stats");
+        return std::stol(stats.substr(stats.find("requests=") + 9));
+    }
+
+    void waitForRequests(long count)
+    {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(DEFAULT_DEADLINE_MS);
+        while (answered() < count)
+            ASSERT_LT(std::chrono::steady_clock::now(), deadline) << "the poll stands still";
+    }
+
     // The quality on the line of `name`.
     static bool has(const PtyProcess &shown, const std::string &name, const std::string &quality)
     {
@@ -242,8 +256,92 @@ TEST_F(WatchTableTest, a_refusal_is_shown_with_its_hint_and_said_at_the_end)
 }
 
 // Ctrl-S holds the terminal, and Ctrl-Q lets it go on.
+TEST_F(WatchTableTest, a_held_terminal_does_not_hold_the_poll)
+{
+    start();
+    const auto shown = table({"DM:7", "--interval", "20"});
+    shown->waitUntil([&] { return has(*shown, "DM:7", "good"); }, "good");
+    shown->type("\023");
+    shown->resize(100, 30); // all has to be drawn again
+    ASSERT_NO_FATAL_FAILURE(waitForRequests(200));
+    EXPECT_EQ(tell("write DM:7 12"), "ok");
+    shown->type("\021");
+    shown->waitUntil([&] { return has(*shown, "DM:7", " 12"); }, "12");
+    EXPECT_EQ(shown->screen.lines.at(29), "q quit");
+    shown->type("q");
+    EXPECT_EQ(shown->wait(), 0);
+    expectClean(*shown);
+}
+
 // Screens are left out while nobody reads what was sent, and the terminal is given back all the same.
+TEST_F(WatchTableTest, an_unread_terminal_does_not_hold_the_poll)
+{
+    start({"--plant", "tank", "--plant-period", "10"});
+    const auto shown = table({"DM:0:120", "--interval", "20"}, 250, 130);
+    shown->waitUntil([&] { return has(*shown, "DM:0", "good"); }, "good");
+    for (int i = 0; i < 10; ++i) {
+        const long requests = answered();
+        shown->resize(250, static_cast<unsigned short>(130 + i % 2)); // some 6 KB for each
+        ASSERT_NO_FATAL_FAILURE(waitForRequests(requests + 20));
+    }
+    shown->waitForText("q quit");
+    shown->type("q");
+    EXPECT_EQ(shown->wait(), 0);
+    expectClean(*shown);
+}
+
 // Nobody could resume it: its parent, this test, is of another session.
+TEST_F(WatchTableTest, ctrl_z_of_an_orphan_does_not_stop_it)
+{
+    start();
+    const auto shown = table({"DM:7"});
+    shown->waitUntil([&] { return has(*shown, "DM:7", "good"); }, "good");
+    shown->type("\032");
+    EXPECT_EQ(tell("write DM:7 12"), "ok");
+    shown->waitUntil([&] { return shown->screen.isAlternate && has(*shown, "DM:7", " 12"); }, "12");
+    shown->type("q");
+    EXPECT_EQ(shown->wait(), 0);
+    expectClean(*shown);
+}
+
+TEST_F(WatchTableTest, ctrl_z_stops_it_until_the_shell_resumes_it)
+{
+    start();
+    PtyProcess shown({"/bin/bash", "-m", "-c", std::string(FINS_PANEL_PATH) + " watch " + host() + " DM:7\n"
+                                                   "echo it is stopped\nread -r line\nfg\necho it ended with $?\n"},
+                     80, 24);
+    shown.waitUntil([&] { return has(shown, "DM:7", "good"); }, "good");
+    shown.type("\032");
+    shown.waitForText("it is stopped");
+    EXPECT_FALSE(shown.screen.isAlternate);
+    EXPECT_TRUE(shown.screen.isCursorShown);
+    EXPECT_TRUE(shown.hasKeysAsBefore());
+    EXPECT_EQ(tell("write DM:7 12"), "ok");
+    shown.type("go on\n");
+    shown.waitUntil([&] { return shown.screen.isAlternate && has(shown, "DM:7", " 12"); }, "12");
+    shown.type("q");
+    shown.waitForText("it ended with 0");
+    EXPECT_EQ(shown.wait(), 0);
+    expectClean(shown);
+}
+
+TEST_F(WatchTableTest, a_signal_that_is_ignored_stays_so)
+{
+    start();
+    PtyProcess shown({"/bin/bash", "-c", "trap '' INT TSTP QUIT; exec " + std::string(FINS_PANEL_PATH) + " watch "
+                                             + host() + " DM:7"},
+                     80, 24);
+    shown.waitUntil([&] { return has(shown, "DM:7", "good"); }, "good");
+    for (const int number : {SIGINT, SIGTSTP, SIGQUIT})
+        shown.sendSignal(number);
+    EXPECT_EQ(tell("write DM:7 12"), "ok");
+    shown.waitUntil([&] { return has(shown, "DM:7", " 12"); }, "12");
+    EXPECT_TRUE(shown.screen.isAlternate);
+    shown.type("q");
+    EXPECT_EQ(shown.wait(), 0);
+    expectClean(shown);
+}
+
 TEST_F(WatchTableTest, wide_names_and_40_columns)
 {
     start();

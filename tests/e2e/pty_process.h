@@ -13,7 +13,7 @@
 
 // A program on a terminal, and what that terminal shows.
 
-// As much of a terminal as a full-screen program needs: cursor, clearing, alternate screen.
+// As much of a terminal as a full-screen program needs: cursor, clearing, scrolling, alternate screen.
 class Screen {
 public:
     Screen(std::size_t columns, std::size_t rows) : size{columns, rows} { lines.resize(rows); }
@@ -32,7 +32,7 @@ public:
             if (escape.size() > 2 && std::isalpha(static_cast<unsigned char>(c)))
                 obey();
         } else if (c == '\n') {
-            ++row;
+            feedLine();
         } else if (c == '\r') {
             column = 0;
         } else {
@@ -66,6 +66,16 @@ private:
             line.clear();
         line += c;
         ++column;
+    }
+
+    void feedLine()
+    {
+        if (row + 1 < lines.size()) {
+            ++row;
+            return;
+        }
+        lines.erase(lines.begin());
+        lines.emplace_back();
     }
 
     void obey()
@@ -111,6 +121,7 @@ public:
             throw std::runtime_error("no pseudo terminal");
         if (pid == 0) {
             prctl(PR_SET_PDEATHSIG, SIGKILL);
+            restoreSignals();
             for (const char *name : {"NO_COLOR", "LC_ALL", "LC_CTYPE"})
                 unsetenv(name);
             setenv("TERM", "xterm", 1);

@@ -22,7 +22,7 @@ enum { DEFAULT_DEADLINE_MS = 20000 };
 // For a forked child: signals as a program in the foreground has them, whatever the test program has inherited.
 inline void restoreSignals()
 {
-    for (const int number : {SIGPIPE, SIGINT, SIGHUP, SIGQUIT, SIGTERM})
+    for (const int number : {SIGPIPE, SIGINT, SIGHUP, SIGQUIT, SIGTERM, SIGTSTP})
         std::signal(number, SIG_DFL);
 }
 

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <initializer_list>
 
 static volatile std::sig_atomic_t stopFlag = 0;
 
@@ -19,14 +20,18 @@ void installStopSignals()
     action.sa_handler = onStopSignal;
     sigemptyset(&action.sa_mask);
     action.sa_flags = 0; // no SA_RESTART: a blocking receive returns
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
     sigaction(SIGALRM, &action, nullptr);
-    // A program started with nohup goes on without its terminal.
-    struct sigaction hangup = {};
-    sigaction(SIGHUP, nullptr, &hangup);
-    if (hangup.sa_handler != SIG_IGN)
-        sigaction(SIGHUP, &action, nullptr);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        if (!isIgnored(number))
+            sigaction(number, &action, nullptr);
+    }
+}
+
+bool isIgnored(int signal)
+{
+    struct sigaction action = {};
+    sigaction(signal, nullptr, &action);
+    return action.sa_handler == SIG_IGN;
 }
 
 void requestStop()

@@ -2,13 +2,11 @@
 
 #include "stop_flag.h"
 
-#include <poll.h>
 #include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -16,7 +14,11 @@
 // Alternate screen, no cursor, no wrapping of long lines; and all of it back. The alternate screen is left empty: some
 // terminals bring its lines back when the window has another size than at the start.
 static const char ENTER[] = "\033[?1049h\033[?25l\033[?7l\033[2J";
+static const char CLEAR[] = "\033[0m\033[2J";
 static const char LEAVE[] = "\033[0m\033[2J\033[?7h\033[?25h\033[?1049l";
+
+// How long the end of the program waits for a terminal that takes nothing.
+static const std::chrono::milliseconds LEAVE_LIMIT(2000);
 
 static const int FATAL_SIGNALS[] = {SIGQUIT, SIGILL, SIGABRT, SIGBUS, SIGFPE, SIGSEGV};
 
@@ -37,7 +39,7 @@ static void onSuspend(int)
     isToSuspend = 1;
 }
 
-// Both calls may be made in a signal handler.
+// For signal handlers, in which both calls may be made.
 static void giveBack()
 {
     if (!isEntered)
@@ -56,13 +58,17 @@ static void onFatal(int number)
     raise(number);
 }
 
-static void handle(int number, void (*handler)(int))
+// A signal that is ignored stays so.
+void Terminal::handle(int number, void (*handler)(int))
 {
+    if (isIgnored(number))
+        return;
     struct sigaction action = {};
     action.sa_handler = handler;
     sigemptyset(&action.sa_mask);
     action.sa_flags = 0; // no SA_RESTART: a wait ends, and the screen follows at once
-    sigaction(number, &action, nullptr);
+    handled_.push_back({number, {}});
+    sigaction(number, &action, &handled_.back().before);
 }
 
 Terminal::Terminal()
@@ -77,10 +83,8 @@ Terminal::Terminal()
 Terminal::~Terminal()
 {
     leave();
-    for (const int number : FATAL_SIGNALS)
-        std::signal(number, SIG_DFL);
-    std::signal(SIGTSTP, SIG_DFL);
-    std::signal(SIGWINCH, SIG_DFL);
+    for (const Handled &handled : handled_)
+        sigaction(handled.number, &handled.before, nullptr);
 }
 
 bool Terminal::isUsable()
@@ -101,12 +105,19 @@ void Terminal::enter()
         tcsetattr(STDIN_FILENO, TCSANOW, &keys);
     }
     shown_.clear();
-    send(ENTER);
+    mustClear_ = false;
+    output_.send(ENTER);
 }
 
+// A line that is cut off goes: the sequence that follows begins anew.
 void Terminal::leave()
 {
-    giveBack();
+    if (!isEntered)
+        return;
+    isEntered = 0;
+    output_.finish(LEAVE, LEAVE_LIMIT);
+    if (hasKeys)
+        tcsetattr(STDIN_FILENO, TCSANOW, &originalKeys);
 }
 
 ScreenSize Terminal::size() const
@@ -123,35 +134,15 @@ bool Terminal::resized()
         return false;
     isResized = 0;
     shown_.clear();
-    send("\033[0m\033[2J");
-    return true;
-}
-
-bool Terminal::send(const std::string &text)
-{
-    std::size_t done = 0;
-    while (done < text.size()) {
-        const ssize_t n = ::write(STDOUT_FILENO, text.data() + done, text.size() - done);
-        if (n > 0) {
-            done += static_cast<std::size_t>(n);
-        } else if (n < 0 && errno == EAGAIN) {
-            pollfd polled = {STDOUT_FILENO, POLLOUT, 0};
-            ::poll(&polled, 1, 100);
-        } else if (n == 0 || errno != EINTR) {
-            requestStop();
-            return false;
-        }
-        if (stopRequested())
-            return false;
-    }
+    mustClear_ = true;
     return true;
 }
 
 void Terminal::show(const std::vector<std::string> &lines)
 {
-    const std::string update = screenUpdate(shown_, lines, size());
-    if (update.empty() || send(update))
-        shown_ = lines;
+    output_.send((mustClear_ ? CLEAR : "") + screenUpdate(shown_, lines, size()));
+    mustClear_ = false;
+    shown_     = lines;
 }
 
 Key Terminal::readKey()
@@ -169,7 +160,13 @@ void Terminal::suspendIfAsked()
         return;
     isToSuspend = 0;
     leave();
-    raise(SIGSTOP);
+    // The signal's own action, since only that one spares a program that nobody could resume.
+    struct sigaction own = {};
+    struct sigaction handler = {};
+    own.sa_handler = SIG_DFL;
+    sigaction(SIGTSTP, &own, &handler);
+    raise(SIGTSTP);
+    sigaction(SIGTSTP, &handler, nullptr);
     enter();
 }
 

@@ -1,13 +1,16 @@
 #ifndef PANEL_TERMINAL_H
 #define PANEL_TERMINAL_H
 
+#include "terminal_output.h"
 #include "watch_table.h"
 
+#include <csignal>
 #include <string>
 #include <vector>
 
 // A terminal in full-screen use: alternate screen, cursor hidden, keys without echo. It is given back as it was when
 // the object ends, when the program is suspended, and when the program dies of a fatal signal. Plain ANSI sequences.
+// Nothing waits for a slow terminal, which shows fewer screens instead, each of them whole.
 
 enum class Key { NONE, QUIT, UP, DOWN, PAGE_UP, PAGE_DOWN, HOME, END };
 
@@ -27,7 +30,11 @@ public:
     /// True if the size may have changed since the last call.
     bool resized();
 
-    /// Shows the lines; only those that changed are sent. Asks the program to end if the terminal is gone.
+    /// True if all that was shown has been taken. To be called often.
+    bool isReady() { return output_.drain(); }
+
+    /// Shows the lines, once the terminal is ready; only those that changed are sent. Asks the program to end if the
+    /// terminal is gone.
     void show(const std::vector<std::string> &lines);
 
     /// The next key that was pressed, without waiting.
@@ -37,12 +44,20 @@ public:
     void suspendIfAsked();
 
 private:
+    struct Handled {
+        int              number;
+        struct sigaction before;
+    };
+
+    void handle(int number, void (*handler)(int));
     void enter();
     void leave();
-    bool send(const std::string &text);
 
+    TerminalOutput           output_;
     std::vector<std::string> shown_;
-    std::string              keys_; // read and not yet understood
+    bool                     mustClear_ = false; // before anything else is shown
+    std::string              keys_;              // read and not yet understood
+    std::vector<Handled>     handled_;           // signals, for as long as this object lives
 };
 
 /// What the environment says about the terminal: NO_COLOR, and the character set of LC_ALL, LC_CTYPE or LANG.

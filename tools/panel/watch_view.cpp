@@ -39,15 +39,17 @@ void WatchView::tick()
 {
     const TimePoint now = Clock::now();
     const bool isResized = terminal_->resized();
+    const bool isReady   = terminal_->isReady();
     if (now < drawAt_ && !isResized)
         return;
+    drawAt_ = now + REDRAW;
     terminal_->suspendIfAsked();
     takeKeys();
     sample(now);
     measureRate(now);
     first_ = std::min(first_, lastTop(values_.values().size(), terminal_->size()));
-    terminal_->show(renderTable(content(now), terminal_->size(), style_));
-    drawAt_ = now + REDRAW;
+    if (isReady)
+        terminal_->show(renderTable(content(now), terminal_->size(), style_));
 }
 
 void WatchView::takeKeys()
