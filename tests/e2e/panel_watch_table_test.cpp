@@ -290,6 +290,39 @@ TEST_F(WatchTableTest, an_unread_terminal_does_not_hold_the_poll)
     expectClean(*shown);
 }
 
+// However many screens the way to the terminal would hold, one is on its way.
+TEST_F(WatchTableTest, the_next_screen_waits_for_the_one_before)
+{
+    start();
+    const auto shown = table({"DM:7", "--interval", "20"});
+    shown->waitUntil([&] { return has(*shown, "DM:7", "good"); }, "good");
+    shown->answers = false;
+    shown->waitUntil([&] { return shown->screen.questions == 1; }, "a question");
+    EXPECT_EQ(tell("write DM:7 12"), "ok");
+    const long later = answered() + 100;
+    shown->waitUntil([&] { return answered() >= later; }, "more requests");
+    EXPECT_EQ(shown->screen.questions, 1u);
+    EXPECT_TRUE(has(*shown, "DM:7", " 0 ")) << shown->screen.text();
+    shown->answers = true;
+    shown->waitUntil([&] { return has(*shown, "DM:7", " 12"); }, "12");
+    shown->type("q");
+    EXPECT_EQ(shown->wait(), 0);
+    expectClean(*shown);
+}
+
+TEST_F(WatchTableTest, a_terminal_that_does_not_answer_is_drawn_too)
+{
+    start();
+    const auto shown = table({"DM:7"});
+    shown->answers = false;
+    shown->waitUntil([&] { return has(*shown, "DM:7", "good"); }, "good");
+    EXPECT_EQ(tell("write DM:7 12"), "ok");
+    shown->waitUntil([&] { return has(*shown, "DM:7", " 12"); }, "12");
+    shown->type("q");
+    EXPECT_EQ(shown->wait(), 0);
+    expectClean(*shown);
+}
+
 // Nobody could resume it: its parent, this test, is of another session.
 TEST_F(WatchTableTest, ctrl_z_of_an_orphan_does_not_stop_it)
 {

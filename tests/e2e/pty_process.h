@@ -49,6 +49,7 @@ public:
     }
 
     std::vector<std::string> lines;
+    std::size_t questions = 0; // whether the terminal is in order; not yet answered
     bool isAlternate   = false;
     bool isCursorShown = true;
     bool hasColour     = false;
@@ -93,6 +94,8 @@ private:
             isAlternate = sequence.back() == 'h';
         } else if (sequence == "?25h" || sequence == "?25l") {
             isCursorShown = sequence.back() == 'h';
+        } else if (sequence == "5n") {
+            ++questions;
         } else if (sequence.back() == 'm' && sequence != "0m") {
             hasColour = true;
         }
@@ -203,10 +206,15 @@ public:
     }
 
     Screen screen;
+    bool   answers = true; // as a terminal does that is asked whether it is in order
 
 private:
     bool receive()
     {
+        for (; answers && screen.questions > 0; --screen.questions) {
+            if (write(fd, "\033[0n", 4) != 4)
+                break; // the program has ended
+        }
         pollfd polled = {fd, POLLIN, 0};
         if (poll(&polled, 1, ended ? 0 : 20) <= 0)
             return false;

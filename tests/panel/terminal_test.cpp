@@ -14,6 +14,7 @@ TEST(TakeKey, keys_of_several_terminals)
         {"\033[5~", Key::PAGE_UP}, {"\033[6~", Key::PAGE_DOWN},
         {"\033[H", Key::HOME},     {"\033OH", Key::HOME},     {"\033[1~", Key::HOME},
         {"\033[F", Key::END},      {"\033OF", Key::END},      {"\033[4~", Key::END},
+        {"\033[0n", Key::ANSWER},
     };
     for (const auto &[bytes, key] : KEYS) {
         std::string keys = bytes;

@@ -2,7 +2,9 @@
 
 #include "stop_flag.h"
 
+#include <poll.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -15,6 +17,7 @@
 // terminals bring its lines back when the window has another size than at the start.
 static const char ENTER[] = "\033[?1049h\033[?25l\033[?7l\033[2J";
 static const char CLEAR[] = "\033[0m\033[2J";
+static const char QUESTION[] = "\033[5n"; // is the terminal in order?
 static const char LEAVE[] = "\033[0m\033[2J\033[?7h\033[?25h\033[?1049l";
 
 // How long the end of the program waits for a terminal that takes nothing.
@@ -93,6 +96,14 @@ bool Terminal::isUsable()
     return isatty(STDOUT_FILENO) != 0 && type && *type && std::strcmp(type, "dumb") != 0;
 }
 
+static bool isSameFile(int one, int other)
+{
+    struct stat oneStatus = {};
+    struct stat otherStatus = {};
+    return fstat(one, &oneStatus) == 0 && fstat(other, &otherStatus) == 0 && oneStatus.st_dev == otherStatus.st_dev
+           && oneStatus.st_ino == otherStatus.st_ino;
+}
+
 void Terminal::enter()
 {
     hasKeys = tcgetattr(STDIN_FILENO, &originalKeys) == 0;
@@ -106,7 +117,21 @@ void Terminal::enter()
     }
     shown_.clear();
     mustClear_ = false;
+    canAsk_    = hasKeys && isSameFile(STDIN_FILENO, STDOUT_FILENO);
+    pace_.restart();
     output_.send(ENTER);
+}
+
+// An answer that comes later would be taken for what the user types next.
+void Terminal::awaitAnswer()
+{
+    const TimePoint end = Clock::now() + LEAVE_LIMIT;
+    while (canAsk_ && pace_.isAwaited(Clock::now()) && Clock::now() < end) {
+        pollfd polled = {STDIN_FILENO, POLLIN, 0};
+        ::poll(&polled, 1, 50);
+        while (readKey() != Key::NONE) {
+        }
+    }
 }
 
 // A line that is cut off goes: the sequence that follows begins anew.
@@ -116,6 +141,7 @@ void Terminal::leave()
         return;
     isEntered = 0;
     output_.finish(LEAVE, LEAVE_LIMIT);
+    awaitAnswer();
     if (hasKeys)
         tcsetattr(STDIN_FILENO, TCSANOW, &originalKeys);
 }
@@ -140,9 +166,15 @@ bool Terminal::resized()
 
 void Terminal::show(const std::vector<std::string> &lines)
 {
-    output_.send((mustClear_ ? CLEAR : "") + screenUpdate(shown_, lines, size()));
+    std::string update = (mustClear_ ? CLEAR : "") + screenUpdate(shown_, lines, size());
     mustClear_ = false;
     shown_     = lines;
+    if (update.empty())
+        return;
+    if (canAsk_)
+        update += QUESTION;
+    pace_.sent(update.size(), Clock::now());
+    output_.send(update);
 }
 
 Key Terminal::readKey()
@@ -151,7 +183,10 @@ Key Terminal::readKey()
     const ssize_t n = hasKeys ? ::read(STDIN_FILENO, bytes, sizeof bytes) : 0;
     if (n > 0)
         keys_.append(bytes, static_cast<std::size_t>(n));
-    return takeKey(keys_);
+    const Key key = takeKey(keys_);
+    if (key == Key::ANSWER)
+        pace_.answered();
+    return key;
 }
 
 void Terminal::suspendIfAsked()
@@ -198,6 +233,7 @@ Key takeKey(std::string &keys)
         {"\033[5~", Key::PAGE_UP}, {"\033[6~", Key::PAGE_DOWN},
         {"\033[H", Key::HOME},     {"\033OH", Key::HOME},     {"\033[1~", Key::HOME},
         {"\033[F", Key::END},      {"\033OF", Key::END},      {"\033[4~", Key::END},
+        {"\033[0n", Key::ANSWER},
     };
     while (!keys.empty()) {
         bool maybeMore = false;

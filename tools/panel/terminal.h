@@ -1,6 +1,7 @@
 #ifndef PANEL_TERMINAL_H
 #define PANEL_TERMINAL_H
 
+#include "screen_pace.h"
 #include "terminal_output.h"
 #include "watch_table.h"
 
@@ -12,7 +13,7 @@
 // the object ends, when the program is suspended, and when the program dies of a fatal signal. Plain ANSI sequences.
 // Nothing waits for a slow terminal, which shows fewer screens instead, each of them whole.
 
-enum class Key { NONE, QUIT, UP, DOWN, PAGE_UP, PAGE_DOWN, HOME, END };
+enum class Key { NONE, QUIT, UP, DOWN, PAGE_UP, PAGE_DOWN, HOME, END, ANSWER };
 
 class Terminal {
 public:
@@ -30,14 +31,17 @@ public:
     /// True if the size may have changed since the last call.
     bool resized();
 
-    /// True if all that was shown has been taken. To be called often.
-    bool isReady() { return output_.drain(); }
+    /// Sends on what the terminal has not taken yet. To be called often.
+    void sendOn() { output_.drain(); }
+
+    /// True if all that was shown has arrived, as far as one can know.
+    bool isReady() { return output_.drain() && pace_.mayShow(Clock::now()); }
 
     /// Shows the lines, once the terminal is ready; only those that changed are sent. Asks the program to end if the
     /// terminal is gone.
     void show(const std::vector<std::string> &lines);
 
-    /// The next key that was pressed, without waiting.
+    /// The next key that was pressed, without waiting, or an answer of the terminal.
     Key readKey();
 
     /// Suspends the program if the user has asked for it; returns when it goes on.
@@ -52,8 +56,11 @@ private:
     void handle(int number, void (*handler)(int));
     void enter();
     void leave();
+    void awaitAnswer();
 
     TerminalOutput           output_;
+    ScreenPace               pace_;
+    bool                     canAsk_ = false; // its answers come in here
     std::vector<std::string> shown_;
     bool                     mustClear_ = false; // before anything else is shown
     std::string              keys_;              // read and not yet understood

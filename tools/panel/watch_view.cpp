@@ -39,7 +39,7 @@ void WatchView::tick()
 {
     const TimePoint now = Clock::now();
     const bool isResized = terminal_->resized();
-    const bool isReady   = terminal_->isReady();
+    terminal_->sendOn();
     if (now < drawAt_ && !isResized)
         return;
     drawAt_ = now + REDRAW;
@@ -48,7 +48,7 @@ void WatchView::tick()
     sample(now);
     measureRate(now);
     first_ = std::min(first_, lastTop(values_.values().size(), terminal_->size()));
-    if (isReady)
+    if (terminal_->isReady())
         terminal_->show(renderTable(content(now), terminal_->size(), style_));
 }
 
