@@ -201,4 +201,34 @@ TEST_F(StatsTest, refusals_are_counted)
     EXPECT_EQ(lines.back(), "  error        5 x " + refusal);
 }
 
+// Ever other end codes: the first hundred are said, of the others ten a second, and the rest is counted.
+TEST_F(StatsTest, refusals_without_end_are_counted)
+{
+    PlayedPlc played;
+    const auto begin = std::chrono::steady_clock::now();
+    const std::unique_ptr<Process> panel = startPanel({"watch", played.host(), "HR:0", "--retries", "1",
+                                                       "--retry-refused", "0.01"});
+    const std::unique_ptr<PlayedLink> link = played.accept();
+    link->exchangeNodes();
+    const int CODES = 300;
+    for (unsigned i = 0; i < CODES; ++i) {
+        link->command();
+        link->answer("0101" + hexNumber(0x1101 + i / 60 * 0x100 + i % 60, 4));
+    }
+    link->command(); // the panel has taken the last of them
+    panel->sendSignal(SIGTERM);
+    panel->wait();
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begin;
+    int said = 0;
+    int leftOut = 0;
+    for (const std::string &line : linesOf(panel->errors())) {
+        said += line.find("the PLC refuses to read HR:0: ") == 0 ? 1 : 0;
+        if (line.find(" left out: too many in a short time)") != std::string::npos)
+            leftOut += std::stoi(line.substr(1));
+    }
+    EXPECT_GE(said, 99); // one of the hundred is the connection's
+    EXPECT_LE(said, 100 + 10 * elapsed.count());
+    EXPECT_EQ(said + leftOut, CODES);
+}
+
 } // namespace
