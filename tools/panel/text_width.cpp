@@ -1,6 +1,5 @@
 #include "text_width.h"
 
-#include <clocale>
 #include <cwchar>
 
 #include <locale.h>
