@@ -82,8 +82,29 @@ TEST_F(PanelProjectTest, unknownNamesAreRefused)
                   "fins_panel: 'Levl' is neither a tag of " + file +
                       " nor an item; write a tag's name, or TYPE:ADDRESS such as DM:100:2");
     expectRefused({"write", "--project", file, "Level=3276.8"},
-                  "fins_panel: '3276.8' does not fit s16; use a number from -3276.8 to 3276.7");
+                  "fins_panel: 'Level=3276.8' does not fit s16; use a number from -3276.8 to 3276.7");
     EXPECT_EQ(tell("stats"), "ok connections=0 requests=0 replies=0");
+}
+
+// Whatever way the value takes, nothing is sent.
+TEST_F(PanelProjectTest, limitsAndRightsOfTags)
+{
+    start();
+    const std::string file = files.put(
+        "limits.toml", "[connection]\nhost = \"" + host() + "\"\n[tags]\n"
+                       "SetPoint = { type = \"DM\", address = 3, scale = 0.1, unit = \"%\", min = 0, max = 100 }\n"
+                       "Level = { type = \"DM\", address = 0, access = \"r\" }\n");
+    const std::string above = "'SetPoint=5000' is above the tag's max of 100 %; write a value from 0 to 100 %";
+    const std::string right = "'Level' can only be read: the access of the tag is r";
+    expectRefused({"write", "--project", file, "DM:9=1", "SetPoint=5000"}, "fins_panel: " + above);
+    expectRefused({"write", "--project", file, "Level=5"}, "fins_panel: " + right);
+    expectRefused({"watch", "--project", file, "Level", "--write", "SetPoint=5000"}, "fins_panel: " + above);
+    expectRefused({"watch", "--project", file, "Level", "--write", "Level=5"}, "fins_panel: " + right);
+    const std::string recipe = files.put("mix.txt", "SetPoint = 5000\n");
+    expectRefused({"recipe", "write", "--project", file, recipe}, "fins_panel: " + recipe + ":1: " + above);
+    EXPECT_EQ(tell("stats"), "ok connections=0 requests=0 replies=0");
+    EXPECT_EQ(runPanel({"write", "--project", file, "SetPoint=100"}).out, "SetPoint = 100 %\n");
+    EXPECT_EQ(runPanel({"read", "--project", file, "Level"}).out, "Level = 0\n");
 }
 
 TEST(PanelCheckProjectTest, aValidProject)

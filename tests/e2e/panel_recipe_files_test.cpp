@@ -108,7 +108,7 @@ TEST_F(PanelRecipeFilesTest, filesWithoutAProject)
     EXPECT_EQ(tell("read DM:0:2"), "ok 0 16320");
     const std::string bad = files.put("bad.toml", "[values]\n\"DM:0\" = 1.5\n\"DM:99999\" = 1\n");
     expectRefused(arguments("recipe write", {bad}),
-                  "fins_panel: " + bad + ":2:10: '1.5' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF (and "
+                  "fins_panel: " + bad + ":2:10: 'DM:0=1.5' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF (and "
                                          "1 more)");
     const std::string csv = files.put("bad.csv", "variable,value\nDM:0,1\nDM:1,\"2\n");
     expectRefused(arguments("recipe compare", {csv}),

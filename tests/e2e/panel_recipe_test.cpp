@@ -162,9 +162,9 @@ TEST_F(PanelRecipeTest, badLinesAreNamed)
                   command);
         expectBad("DM:32767 = 1 2\n", 1, "'DM:32767:2' lies outside the range 0 to 32767, written ddddd", command);
         expectBad("# one\nDM:0 = 1 65536\n", 2,
-                  "'65536' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF", command);
-        expectBad("DM:0 = x\n", 1, "'x' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF", command);
-        expectBad("DM:0:3 = 1 2\n", 1, "'DM:0:3' has 2 values for 3 words", command);
+                  "'DM:0=65536' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF", command);
+        expectBad("DM:0 = x\n", 1, "'DM:0=x' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF", command);
+        expectBad("DM:0:3 = 1 2\n", 1, "'DM:0:3' holds 3 values, and 2 are given; write as many as it holds", command);
         expectBad("DM:0 =\n", 1, "'DM:0' has no values; write them behind '='", command);
         expectBad("DM_bit:0.0 = 1\n", 1, "'DM_bit:0.0:1' is a bit; recipes hold words", command);
         expectBad("DM:0 1 2 3\n", 1, "'1' is not expected here; write TYPE:ADDRESS[:COUNT] = VALUE ...", command);

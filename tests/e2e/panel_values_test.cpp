@@ -58,16 +58,16 @@ TEST_F(PanelValuesTest, whatDoesNotFitIsRefusedBeforeAnythingIsSent)
 {
     start();
     expectRefused(arguments("write", {"DM:0/u16=65536"}),
-                  "fins_panel: '65536' does not fit u16; use a whole number from 0 to 65535, decimal or with 0x");
+                  "fins_panel: 'DM:0/u16=65536' does not fit u16; use a whole number from 0 to 65535, decimal or with 0x");
     expectRefused(arguments("write", {"DM:0=5", "DM:9/s16=32768"}),
-                  "fins_panel: '32768' does not fit s16; use a whole number from -32768 to 32767, decimal or with 0x");
+                  "fins_panel: 'DM:9/s16=32768' does not fit s16; use a whole number from -32768 to 32767, decimal or with 0x");
     expectRefused(arguments("write", {"DM:0/f32=nan"}),
-                  "fins_panel: 'nan' does not fit f32; use a decimal number whose size fits f32");
+                  "fins_panel: 'DM:0/f32=nan' does not fit f32; use a decimal number whose size fits f32");
     expectRefused(arguments("write", {"DM:0=6553.6", "--scale", "0.1"}),
-                  "fins_panel: '6553.6' does not fit word; use a number from 0 to 6553.5");
-    expectRefused(arguments("write", {"CIO_bit:0.0=2"}), "fins_panel: '2' is not a bit value; use 0 or 1");
-    expectRefused(arguments("write", {"DM:0:2/string=ABCDE"}), "fins_panel: 'ABCDE' has 5 characters; 4 fit");
-    expectRefused(arguments("write", {"DM:0:2/f32=1"}), "fins_panel: 'DM:0:2/f32=1' has 1 values for 2 items");
+                  "fins_panel: 'DM:0=6553.6' does not fit word; use a number from 0 to 6553.5");
+    expectRefused(arguments("write", {"CIO_bit:0.0=2"}), "fins_panel: 'CIO_bit:0.0=2' is not a bit value; use 0 or 1");
+    expectRefused(arguments("write", {"DM:0:2/string=ABCDE"}), "fins_panel: 'DM:0:2/string=ABCDE' has 5 characters; 4 fit");
+    expectRefused(arguments("write", {"DM:0:2/f32=1"}), "fins_panel: 'DM:0:2/f32' holds 2 values, and 1 is given; write as many as it holds");
     expectRefused(arguments("write", {"DM:0/u32=1", "DM:1=2"}),
                   "fins_panel: DM:0:2 and DM:1 overlap; name every word and bit once");
     expectRefused(arguments("read", {"DM:32767/f32"}),

@@ -30,17 +30,17 @@ TEST_F(PanelWriteTest, valuesThatNoWordOrBitHolds)
     start();
     for (const char *value : {"65536", "-32769", "0x10000", "1.5", "x", "", "--1", "+1", "0x", "1 "})
         expectRefused(arguments("write", {std::string("DM:0=") + value}),
-                      std::string("fins_panel: '") + value +
+                      std::string("fins_panel: 'DM:0=") + value +
                           "' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF");
     for (const char *value : {"2", "-1", "on", ""})
         expectRefused(arguments("write", {std::string("DM_bit:0.0=") + value}),
-                      std::string("fins_panel: '") + value + "' is not a bit value; use 0 or 1");
+                      std::string("fins_panel: 'DM_bit:0.0=") + value + "' is not a bit value; use 0 or 1");
     expectRefused(arguments("write", {"DM:0=1,,2"}),
-                  "fins_panel: '' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF");
+                  "fins_panel: 'DM:0=' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF");
     expectRefused(arguments("write", {"DM:0"}),
                   "fins_panel: 'DM:0' is not a write; use ITEM=VALUE[,VALUE...], such as DM:100=5");
-    expectRefused(arguments("write", {"DM:0:3=1,2"}), "fins_panel: 'DM:0:3=1,2' has 2 values for 3 items");
-    expectRefused(arguments("write", {"DM:0:1=1,2"}), "fins_panel: 'DM:0:1=1,2' has 2 values for 1 items");
+    expectRefused(arguments("write", {"DM:0:3=1,2"}), "fins_panel: 'DM:0:3' holds 3 values, and 2 are given; write as many as it holds");
+    expectRefused(arguments("write", {"DM:0:1=1,2"}), "fins_panel: 'DM:0:1' holds 1 value, and 2 are given; write as many as it holds");
     EXPECT_EQ(tell("stats"), "ok connections=0 requests=0 replies=0");
 }
 

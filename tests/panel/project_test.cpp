@@ -113,8 +113,8 @@ TEST_F(ProjectTest, ReadsTags)
 {
     EXPECT_EQ(read("[tags]\n"
                    "Level = { type = \"DM\", address = 7, data = \"s16\", scale = 0.1, offset = -4, decimals = 1, "
-                   "unit = \"%\", comment = \"c\", screen = \"s\" }\n"
-                   "Pump = { type = \"CIO_bit\", address = \"100.15\", count = 2 }\n"
+                   "unit = \"%\", comment = \"c\", screen = \"s\", min = -4, max = 95.5, access = \"r\" }\n"
+                   "Pump = { type = \"CIO_bit\", address = \"100.15\", count = 2, access = \"rw\" }\n"
                    "Text = { type = \"HR\", address = \"12\", count = 3, data = \"string\", char_order = \"low\" }\n"
                    "Sum = { type = \"DM\", address = 20, count = 2, data = \"u32\", word_order = \"high\" }\n"),
               Lines());
@@ -127,6 +127,11 @@ TEST_F(ProjectTest, ReadsTags)
     EXPECT_EQ(level.format.unit, "%");
     EXPECT_EQ(level.comment, "c");
     EXPECT_EQ(level.screen, "s");
+    EXPECT_EQ(level.minimum, -4);
+    EXPECT_EQ(level.maximum, 95.5);
+    EXPECT_TRUE(level.readOnly);
+    EXPECT_FALSE(book->find("Pump")->minimum.has_value());
+    EXPECT_FALSE(book->find("Pump")->readOnly);
     EXPECT_EQ(itemText(book->find("Pump")->item), "CIO_bit:100.15:2");
     EXPECT_EQ(itemText(book->find("Text")->item), "HR:12:3");
     EXPECT_EQ(formatText(book->find("Text")->format), "string-low");
@@ -166,7 +171,10 @@ TEST_F(ProjectTest, ReportsEveryProblemOfTags)
                    "\"1x\" = { type = \"DM\", address = 0 }\n"
                    "K = { type = \"DM\", address = 0, scale = \"0.1\", unit = 5 }\n"
                    "L = { type = \"DM\" }\n"
-                   "M = { type = \"DM\", address = 32767, data = \"f32\" }\n"),
+                   "M = { type = \"DM\", address = 32767, data = \"f32\" }\n"
+                   "N = { type = \"DM\", address = 0, min = 2, max = 1.5, access = \"w\" }\n"
+                   "O = { type = \"DM_bit\", address = \"0.0\", min = 0, max = inf }\n"
+                   "P = { type = \"DM\", address = 0, data = \"string\", max = nan, access = 5 }\n"),
               (Lines{
                   "p.toml:2:30: 'DM:32768' lies outside the range 0 to 32767, written ddddd",
                   "p.toml:3:14: 'EM:0': there is no register type 'EM'; the types are CIO, WR, HR, AR, T, C, DM, "
@@ -180,7 +188,7 @@ TEST_F(ProjectTest, ReportsEveryProblemOfTags)
                   "p.toml:7:40: there is no data type 'f16'; the data types are u16, s16, u32, s32, u64, s64, f32, "
                   "f64, bcd16, bcd32, hex, bits, string",
                   "p.toml:7:47: 'colour' is not known here; known are type, data, word_order, char_order, scale, "
-                  "offset, decimals, address, count, unit, comment, screen",
+                  "offset, decimals, min, max, address, count, unit, access, comment, screen",
                   "p.toml:8:55: only numbers have 'scale'; remove it, or change the type",
                   "p.toml:8:67: only numbers have 'offset'; remove it, or change the type",
                   "p.toml:8:81: only numbers have 'decimals'; remove it, or change the type",
@@ -193,18 +201,31 @@ TEST_F(ProjectTest, ReportsEveryProblemOfTags)
                   "p.toml:13:41: 'scale' is not a number; write one such as 0.1, without quotes",
                   "p.toml:13:55: 'unit' is not a text; write it between quotes",
                   "p.toml:14:5: 'address' is missing; add it, such as address = 100",
-                  "p.toml:15:30: 'DM:32767' lies outside the range 0 to 32767, written ddddd"}));
+                  "p.toml:15:30: 'DM:32767' lies outside the range 0 to 32767, written ddddd",
+                  "p.toml:16:48: 'max' is below 'min'; write the lowest value as min, the highest as max",
+                  "p.toml:16:62: 'w' is not an access; write r (read only) or rw",
+                  "p.toml:17:47: only numbers have 'min'; remove it, or change the type",
+                  "p.toml:17:56: 'max' is not a number; write one such as 0.1, without quotes",
+                  "p.toml:17:56: only numbers have 'max'; remove it, or change the type",
+                  "p.toml:18:56: 'max' is not a number; write one such as 0.1, without quotes",
+                  "p.toml:18:56: only numbers have 'max'; remove it, or change the type",
+                  "p.toml:18:70: 'access' is not a text; write it between quotes"}));
 }
 
 TEST_F(ProjectTest, ReadsTagsFromACsvFile)
 {
-    put("tags.csv", "name,type,address,count,data,scale,unit,comment\n"
-                    "Level,DM,7,,s16,0.1,%,\"the level, of the tank\"\n"
-                    "Pump,CIO_bit,100.10,,,,,\n"
-                    "Sum,DM,20,2,u32,,,\n");
+    put("tags.csv", "name,type,address,count,data,scale,unit,comment,min,max,access\n"
+                    "Level,DM,7,,s16,0.1,%,\"the level, of the tank\",-4,95.5,r\n"
+                    "Pump,CIO_bit,100.10,,,,,,,,rw\n"
+                    "Sum,DM,20,2,u32,,,,,,\n");
     EXPECT_EQ(read("tags = \"tags.csv\"\n"), Lines());
     EXPECT_EQ(book->find("Level")->format.scale, 0.1);
     EXPECT_EQ(book->find("Level")->comment, "the level, of the tank");
+    EXPECT_EQ(book->find("Level")->minimum, -4);
+    EXPECT_EQ(book->find("Level")->maximum, 95.5);
+    EXPECT_TRUE(book->find("Level")->readOnly);
+    EXPECT_FALSE(book->find("Pump")->readOnly);
+    EXPECT_FALSE(book->find("Sum")->maximum.has_value());
     EXPECT_EQ(itemText(book->find("Pump")->item), "CIO_bit:100.10");
     EXPECT_EQ(itemText(book->find("Sum")->item), "DM:20:4");
     EXPECT_EQ(read("tags = \"" + files.path("tags.csv") + "\"\n"), Lines()) << "an absolute path";
@@ -229,7 +250,7 @@ TEST_F(ProjectTest, ReportsEveryProblemOfCsvTags)
                       "a b,DM,2,,\n"
                       "D,DM,2,1;5,\n"),
               (Lines{"tags.csv:1:25: 'colour' is not known here; known are name, type, data, word_order, char_order, "
-                     "scale, offset, decimals, address, count, unit, comment, screen",
+                     "scale, offset, decimals, min, max, address, count, unit, access, comment, screen",
                      "tags.csv:2:6: 'DM:32768' lies outside the range 0 to 32767, written ddddd",
                      "tags.csv:3:1: 'name' is missing; add it, such as Level",
                      "tags.csv:4:6: 'DM:x': the address is malformed; the range is 0 to 32767, written ddddd",
@@ -242,8 +263,8 @@ TEST_F(ProjectTest, ReportsEveryProblemOfCsvTags)
 TEST_F(ProjectTest, WritesTagsAsTheyAreRead)
 {
     const Lines lines = {
-        "Level = { type = \"DM\", address = 7, data = \"s16\", scale = 0.1, offset = -4, decimals = 1, unit = \"%\", "
-        "comment = \"say \\\"hi\\\"\", screen = \"s\" }",
+        "Level = { type = \"DM\", address = 7, data = \"s16\", scale = 0.1, offset = -4, decimals = 1, min = -4, max = 95.5, "
+        "unit = \"%\", access = \"r\", comment = \"say \\\"hi\\\"\", screen = \"s\" }",
         "Pump = { type = \"CIO_bit\", address = \"100.10\", count = 2 }",
         "\"F\xC3\xBCll\" = { type = \"HR\", address = 12, count = 3, data = \"string-low\" }",
         "Plain = { type = \"T\", address = 1 }"};
@@ -293,8 +314,8 @@ TEST_F(ProjectTest, ReportsEveryProblemOfRecipes)
                      "p.toml:6:14: this is not a variable; write its name between quotes",
                      "p.toml:6:17: 'Nope' is neither a tag of p.toml nor an item; write a tag's name, or TYPE:ADDRESS "
                      "such as DM:100:2",
-                     "p.toml:8:10: '65536' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF",
-                     "p.toml:10:12: 'DM:1:2' has 3 values for 2 words",
+                     "p.toml:8:10: 'DM:0=65536' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF",
+                     "p.toml:10:12: 'DM:1:2' holds 2 values, and 3 are given; write as many as it holds",
                      "p.toml:11:14: this is not a value; write a number, or a text between quotes",
                      "p.toml:12:12: there is no value here; write one",
                      "p.toml:13:7: 'Bit' is a bit; recipes hold words",
@@ -304,6 +325,20 @@ TEST_F(ProjectTest, ReportsEveryProblemOfRecipes)
                      "p.toml:19:5: the recipe holds no variable; add one, such as \"DM:100\" = 1",
                      "p.toml:19:16: 'values' is not a table; write a line \"DM:100\" = 1 for each variable",
                      "p.toml:19:31: 'variables' is not a list; write names between brackets, such as [\"DM:100\"]"}));
+}
+
+TEST_F(ProjectTest, ReportsRecipesThatBreakLimitsAndRights)
+{
+    EXPECT_EQ(read("[tags]\nSetPoint = { type = \"DM\", address = 3, scale = 0.1, unit = \"%\", min = 0, max = 100 }\n"
+                   "Level = { type = \"DM\", address = 0, access = \"r\" }\n"
+                   "[recipes.A]\nvariables = [\"Level\"]\n"
+                   "[recipes.B.values]\n"
+                   "SetPoint = 100.1\n"
+                   "Level    = 5\n"
+                   "[recipes.C.values]\n"
+                   "SetPoint = 100\n"),
+              (Lines{"p.toml:7:12: 'SetPoint=100.1' is above the tag's max of 100 %; write a value from 0 to 100 %",
+                     "p.toml:8:12: 'Level' can only be read: the access of the tag is r"}));
 }
 
 TEST_F(ProjectTest, ARecipeMayHoldEveryWordOfAPlc)

@@ -56,10 +56,10 @@ TEST(RecipeFile, AWriteNeedsValues)
 
 TEST(RecipeFile, SaysWhatIsWrongInWhichLine)
 {
-    EXPECT_EQ(refusal("DM:100:3 = 1 2"), "mix.rcp:1: 'DM:100:3' has 2 values for 3 words");
-    EXPECT_EQ(refusal("DM:100:1 = 1 2"), "mix.rcp:1: 'DM:100:1' has 2 values for 1 words");
+    EXPECT_EQ(refusal("DM:100:3 = 1 2"), "mix.rcp:1: 'DM:100:3' holds 3 values, and 2 are given; write as many as it holds");
+    EXPECT_EQ(refusal("DM:100:1 = 1 2"), "mix.rcp:1: 'DM:100:1' holds 1 value, and 2 are given; write as many as it holds");
     EXPECT_EQ(refusal("# x\nDM:1 = 65536"),
-              "mix.rcp:2: '65536' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF");
+              "mix.rcp:2: 'DM:1=65536' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF");
     EXPECT_EQ(refusal("DM:32768 = 1"), "mix.rcp:1: 'DM:32768:1' lies outside the range 0 to 32767, written ddddd");
     EXPECT_EQ(refusal("DM_bit:1.0 = 1"), "mix.rcp:1: 'DM_bit:1.0:1' is a bit; recipes hold words");
     EXPECT_EQ(refusal("DM:1 2"), "mix.rcp:1: '2' is not expected here; write TYPE:ADDRESS[:COUNT] = VALUE ...");

@@ -50,7 +50,7 @@ TEST_F(RecipeTableTest, ReadsToml)
     EXPECT_EQ(load("r.toml", "variables = [\"DM:0:2\"]\n", false), "DM:0:2 = \n");
     EXPECT_EQ(load("r.toml", "variables = [\"DM:0:2\"]\n"), "r.toml: 'DM:0:2' has no value; give it one");
     EXPECT_EQ(load("r.toml", "[values]\n\"DM:0\" = 65536\n\"DM:99999\" = 1\n"),
-              "r.toml:2:10: '65536' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF (and 1 more)");
+              "r.toml:2:10: 'DM:0=65536' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF (and 1 more)");
     EXPECT_EQ(load("r.toml", "value = 1\n"),
               "r.toml:1:1: 'value' is not known here; known are comment, variables, values (and 1 more)");
 }
@@ -63,7 +63,7 @@ TEST_F(RecipeTableTest, ReadsCsv)
     EXPECT_EQ(load("r.csv", "variable\nDM:0:2\n", false), "DM:0:2 = \n");
     EXPECT_EQ(load("r.csv", "variable,value\nDM:0,\n"), "r.csv: 'DM:0' has no value; give it one");
     EXPECT_EQ(load("r.csv", "variable,value\nDM:0,x\n"),
-              "r.csv:2:6: 'x' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF");
+              "r.csv:2:6: 'DM:0=x' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF");
     EXPECT_EQ(load("r.csv", "variable,value\nDM:0,1\nDM:0,2\n"),
               "r.csv:3:1: DM:0 and DM:0 overlap; name every word and bit once");
     EXPECT_EQ(load("r.csv", "variable,wert\nDM:0,1\n"),
@@ -79,9 +79,9 @@ TEST_F(RecipeTableTest, ReadsText)
     EXPECT_EQ(load("r.txt", "DM:0/f32 = 1.5\nDM:2:2/string = \"A #1\" # a text\nDM:5:3/string = \"\\\"\\\\\"\n"),
               "DM:0/f32 = 1.5\nDM:2:2/string = \"A #1\"\nDM:5:3/string = \"\\\"\\\\\"\n");
     EXPECT_EQ(load("r.txt", "DM:0/string = \"A\n"), "r.txt:1: the quote is not closed; end the text with another \"");
-    EXPECT_EQ(load("r.txt", "DM:0:2/f32 = 1\n"), "r.txt:1: 'DM:0:2/f32' has 1 values for 2 words");
+    EXPECT_EQ(load("r.txt", "DM:0:2/f32 = 1\n"), "r.txt:1: 'DM:0:2/f32' holds 2 values, and 1 is given; write as many as it holds");
     EXPECT_EQ(load("r.txt", "DM:0/f32 = 1e39\n"),
-              "r.txt:1: '1e39' does not fit f32; use a decimal number whose size fits f32");
+              "r.txt:1: 'DM:0/f32=1e39' does not fit f32; use a decimal number whose size fits f32");
     EXPECT_EQ(load("r.txt", "DM:0 = 1\nDM:1 = 2\nDM:2 = 3\nDM:1 = 4\nDM:0 = 5\n"),
               "r.txt:4: DM:1 and DM:1 overlap; name every word and bit once");
 }

@@ -29,6 +29,35 @@ TagBook project()
     return book;
 }
 
+// Tags with limits and rights.
+TagBook limited()
+{
+    TagBook book(builtDriver());
+    Tag setPoint = tag("SetPoint", "DM:3", "s16");
+    setPoint.format.scale = 0.1;
+    setPoint.format.unit  = "%";
+    setPoint.format.decimals = 0; // what is shown is rounded, what is compared is not
+    setPoint.minimum = -5;
+    setPoint.maximum = 100;
+    book.add(setPoint);
+    Tag counts = tag("Counts", "DM:10:3", "");
+    counts.maximum = 7;
+    book.add(counts);
+    Tag heat = tag("Heat", "DM:20", "f32");
+    heat.minimum = -0.5;
+    book.add(heat);
+    Tag digits = tag("Digits", "DM:30", "bcd16");
+    digits.maximum = 50;
+    book.add(digits);
+    Tag level = tag("Level", "DM:0", "");
+    level.readOnly = true;
+    book.add(level);
+    Tag alarm = tag("Alarm", "CIO_bit:0.5", "");
+    alarm.readOnly = true;
+    book.add(alarm);
+    return book;
+}
+
 std::string nameOf(const std::string &text)
 {
     return TagBook(builtDriver()).resolve(text, Access::READ).name;
@@ -37,6 +66,12 @@ std::string nameOf(const std::string &text)
 std::string refusal(const TagBook &book, const std::string &text)
 {
     return usageError([&] { book.resolve(text, Access::READ); });
+}
+
+std::string refusal(const TagBook &book, const std::string &text, const Texts &values)
+{
+    Bytes bytes;
+    return usageError([&] { book.resolveWithValues(text, Access::WRITE, values, bytes); });
 }
 
 } // namespace
@@ -160,7 +195,62 @@ TEST(Tags, EncodesInTheFormOfTheTag)
     book.resolveWithValues("Name", Access::WRITE, {"AB"}, bytes);
     EXPECT_EQ(bytes, (Bytes{'B', 'A', 0, 0, 0, 0}));
     EXPECT_EQ(usageError([&] { book.resolveWithValues("Name", Access::WRITE, {"ABCDEFG"}, bytes); }),
-              "'ABCDEFG' has 7 characters; 6 fit");
+              "'Name=ABCDEFG' has 7 characters; 6 fit");
+}
+
+TEST(Tags, KeepsTheLimitsOfATag)
+{
+    const TagBook book = limited();
+    EXPECT_EQ(refusal(book, "SetPoint", {"100.1"}),
+              "'SetPoint=100.1' is above the tag's max of 100 %; write a value from -5 to 100 %");
+    EXPECT_EQ(refusal(book, "SetPoint", {"-5.1"}),
+              "'SetPoint=-5.1' is below the tag's min of -5 %; write a value from -5 to 100 %");
+    for (const char *value : {"100", "-5", "0", "99.9", "0.3"})
+        EXPECT_EQ(refusal(book, "SetPoint", {value}), "") << value;
+    EXPECT_EQ(refusal(book, "SetPoint", {"100.06"}),
+              "'SetPoint=100.06' is above the tag's max of 100 %; write a value from -5 to 100 %") << "sent as 100.1";
+    EXPECT_EQ(refusal(book, "Counts", {"1", "8", "3"}), "'Counts=8' is above the tag's max of 7; write 7 or less");
+    EXPECT_EQ(refusal(book, "Heat", {"-1"}), "'Heat=-1' is below the tag's min of -0.5; write -0.5 or more");
+    EXPECT_EQ(refusal(book, "Heat", {"-0.5"}), "");
+    EXPECT_EQ(refusal(book, "Heat", {"inf"}),
+              "'Heat=inf' does not fit f32; use a decimal number whose size fits f32");
+}
+
+TEST(Tags, KeepsTheLimitsInAnotherType)
+{
+    const TagBook book = limited();
+    EXPECT_EQ(refusal(book, "SetPoint/hex", {"0x1388"}),
+              "'SetPoint/hex' makes it 500 %, which is above the tag's max of 100 %; write a value from -5 to 100 %");
+    EXPECT_EQ(refusal(book, "SetPoint/hex", {"0x03E8"}), "");
+    EXPECT_EQ(refusal(book, "Counts/hex", {"0", "0", "8"}),
+              "'Counts/hex' makes it 8, which is above the tag's max of 7; write 7 or less");
+    // 0x7FC00000 is no number, 0x7F800000 infinite: neither is -0.5 or more.
+    EXPECT_EQ(refusal(book, "Heat/u32", {"0x7FC00000"}), "'Heat/u32' makes it nan, which is no number; write -0.5 or more");
+    EXPECT_EQ(refusal(book, "Heat/u32", {"0x7F800000"}), "'Heat/u32' makes it inf, which is no number; write -0.5 or more");
+    EXPECT_EQ(refusal(book, "Digits/hex", {"0x000A"}),
+              "'Digits/hex' makes it no-bcd:0x000A, which is no number; write 50 or less");
+    EXPECT_EQ(refusal(book, "DM:3", {"5000"}), "") << "an address is no tag";
+}
+
+TEST(Tags, KeepsTheRightOfATag)
+{
+    const TagBook book = limited();
+    EXPECT_EQ(refusal(book, "Level", {"5"}), "'Level' can only be read: the access of the tag is r");
+    EXPECT_EQ(refusal(book, "Level/hex", {"5"}), "'Level/hex' can only be read: the access of the tag is r");
+    EXPECT_EQ(refusal(book, "Alarm", {"1"}), "'Alarm' can only be read: the access of the tag is r");
+    EXPECT_EQ(book.resolve("Level", Access::READ).name, "Level");
+    EXPECT_EQ(refusal(book, "DM:0", {"5"}), "") << "an address is no tag";
+}
+
+TEST(Tags, NamesTheTagOfAValueThatDoesNotFit)
+{
+    const TagBook book = limited();
+    EXPECT_EQ(refusal(book, "SetPoint", {"3276.8"}),
+              "'SetPoint=3276.8' does not fit s16; use a number from -3277 to 3277");
+    EXPECT_EQ(refusal(book, "DM:9", {"x"}), "'DM:9=x' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF");
+    EXPECT_EQ(refusal(book, "SetPoint", {"50", "5"}),
+              "'SetPoint' holds 1 value, and 2 are given; write as many as it holds");
+    EXPECT_EQ(refusal(book, "Counts", {"1"}), "'Counts' holds 3 values, and 1 is given; write as many as it holds");
 }
 
 TEST(Tags, KnowsWhatANameIs)

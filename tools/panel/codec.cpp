@@ -1,7 +1,5 @@
 #include "codec.h"
 
-#include "exit_codes.h"
-
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -133,7 +131,7 @@ std::string allowedText(const ValueFormat &format)
 
 [[noreturn]] void refuse(const ValueFormat &format, const std::string &text)
 {
-    throw UsageError("'" + text + "' does not fit " + rowOf(format.type).name + "; use " + allowedText(format));
+    throw ValueError(text, std::string("does not fit ") + rowOf(format.type).name + "; use " + allowedText(format));
 }
 
 // A whole number, decimal or with 0x, whose size fits 64 bits.
@@ -234,7 +232,7 @@ quint64 encodeHex(const std::string &text)
     quint64 value = 0;
     const std::from_chars_result result = std::from_chars(begin, end, value, 16);
     if (result.ec != std::errc() || result.ptr != end || value > 0xFFFF)
-        throw UsageError("'" + text + "' does not fit hex; use 0x0 to 0xFFFF");
+        throw ValueError(text, "does not fit hex; use 0x0 to 0xFFFF");
     return value;
 }
 
@@ -251,7 +249,7 @@ quint64 encodeBits(const std::string &text)
         ++digits;
     }
     if (!wellFormed || digits < 1 || digits > BITS_PER_WORD)
-        throw UsageError("'" + text + "' does not fit bits; use 1 to 16 digits of 0 and 1, bit 15 first");
+        throw ValueError(text, "does not fit bits; use 1 to 16 digits of 0 and 1, bit 15 first");
     return value;
 }
 
@@ -261,7 +259,7 @@ quint64 encodeUntyped(const std::string &text)
     bool negative = false;
     quint64 size = 0;
     if (!parseWhole(text, negative, size) || size > (negative ? 32768u : 65535u))
-        throw UsageError("'" + text + "' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF");
+        throw ValueError(text, "is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF");
     return negative ? 0 - size : size;
 }
 
@@ -303,7 +301,7 @@ void appendBit(const std::string &text, std::vector<quint8> &bytes)
     bool negative = false;
     quint64 value = 0;
     if (!parseWhole(text, negative, value) || value > 1 || (negative && value > 0))
-        throw UsageError("'" + text + "' is not a bit value; use 0 or 1");
+        throw ValueError(text, "is not a bit value; use 0 or 1");
     bytes.push_back(static_cast<quint8>(value));
 }
 
@@ -326,7 +324,7 @@ std::string unescape(const std::string &text)
             plain += static_cast<char>(code);
             i += 3;
         } else {
-            throw UsageError("'" + text + "' has an unknown escape; use \\\\, \\\" or \\xNN");
+            throw ValueError(text, "has an unknown escape; use \\\\, \\\" or \\xNN");
         }
     }
     return plain;
@@ -338,8 +336,8 @@ std::vector<quint8> encodeString(const ValueFormat &format, const std::string &t
     const std::size_t needed = std::max<std::size_t>(1, (characters.size() + 1) / 2);
     const std::size_t wanted = words > 0 ? static_cast<std::size_t>(words) : needed;
     if (needed > wanted)
-        throw UsageError("'" + text + "' has " + std::to_string(characters.size()) + " characters; "
-                         + std::to_string(2 * wanted) + " fit");
+        throw ValueError(text, "has " + std::to_string(characters.size()) + " characters; "
+                                   + std::to_string(2 * wanted) + " fit");
     characters.resize(2 * wanted, '\0');
     std::vector<quint8> bytes;
     for (std::size_t i = 0; i < characters.size(); i += 2) {

@@ -1,6 +1,8 @@
 #ifndef PANEL_CODEC_H
 #define PANEL_CODEC_H
 
+#include "exit_codes.h"
+
 #include <QtCore/QtGlobal>
 
 #include <string>
@@ -48,6 +50,14 @@ struct ValueFormat {
     std::string unit;
 };
 
+/// A text that is no value of its format: "'TEXT' REASON".
+struct ValueError : UsageError {
+    ValueError(const std::string &text, const std::string &reason) : UsageError("'" + text + "' " + reason) {}
+
+    /// The same with the item or tag that the value is for: "'NAME=TEXT' REASON".
+    UsageError of(const std::string &name) const { return UsageError("'" + name + "=" + (what() + 1)); }
+};
+
 /// The most digits behind the point that a format may ask for.
 constexpr int DECIMALS_LIMIT = 9;
 
@@ -71,7 +81,7 @@ bool parseOrder(const std::string &text, Order &order);
 std::string formatText(const ValueFormat &format);
 
 /// The bytes of `texts`, one value each, a string exactly one, of `words` words (0: as many as it needs). Throws
-/// UsageError, which says what fits, for everything that does not fit: with a scale the nearest step is taken.
+/// ValueError, which says what fits, for every text that does not fit: with a scale the nearest step is taken.
 std::vector<quint8> encodeValues(const ValueFormat &format, const std::vector<std::string> &texts, qint32 words = 0);
 
 /// Value number `index` of `bytes`. A word that is no BCD number reads as "no-bcd:0x12AB". A string has no single

@@ -3,6 +3,7 @@
 #include "exit_codes.h"
 #include "project.h"
 #include "tag_table.h"
+#include "values.h"
 
 #include <fstream>
 #include <iostream>
@@ -12,11 +13,6 @@ static int sayProblems(const Problems &problems)
     for (const std::string &line : problems.lines())
         std::cerr << line << std::endl;
     return EXIT_USAGE;
-}
-
-static std::string counted(std::size_t number, const std::string &noun)
-{
-    return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
 }
 
 int runCheckProject(const DriverLibrary &library, const std::string &file)

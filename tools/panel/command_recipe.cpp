@@ -7,6 +7,7 @@
 #include "fresh_values.h"
 #include "progress_bar.h"
 #include "recipe_transfer.h"
+#include "values.h"
 #include "write_report.h"
 
 #include <fstream>
@@ -37,11 +38,6 @@ std::vector<RecipeEntry> heldEntries(RecipeTransfer &transfer, const std::vector
     for (RecipeEntry &entry : held)
         entry.values = transfer.values(entry.item);
     return held;
-}
-
-std::string counted(std::size_t number, const std::string &noun)
-{
-    return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
 }
 
 // A bar for a transfer of several blocks.

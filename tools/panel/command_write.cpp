@@ -39,9 +39,6 @@ Write parseWrite(const TagBook &book, const std::string &text)
         values = splitAtCommas(values.front());
     Write write;
     write.tag = book.resolveWithValues(name, Access::WRITE, values, write.data);
-    if (write.data.size() != write.tag.item.byteSize())
-        throw UsageError("'" + text + "' has " + std::to_string(values.size()) + " values for "
-                         + std::to_string(write.tag.valueCount()) + " items");
     return write;
 }
 

@@ -305,7 +305,7 @@ void addProject(CLI::App &app, Arguments &arguments, Action &action)
     CLI::App *import = app.add_subcommand("import-tags", "Turn a CSV list of tags into the TOML of a project file");
     import->add_option("file", arguments.file,
                        "CSV file; columns name, type, address, and as needed count, data, word_order, char_order,\n"
-                       "scale, offset, decimals, unit, comment, screen")->required();
+                       "scale, offset, decimals, min, max, unit, access, comment, screen")->required();
     import->add_option("--output", arguments.output, "file for the tags; standard output by default");
     import->callback([&] {
         action = [&](const DriverLibrary &library) {

@@ -63,9 +63,6 @@ RecipeEntry makeEntry(const TagBook &tags, const std::string &name, const std::v
                                   : tags.resolveWithValues(name, Access::WRITE, texts, entry.values);
     if (tag.item.isBit)
         throw UsageError("'" + shown + "' is a bit; recipes hold words");
-    if (!entry.values.empty() && entry.values.size() != tag.item.byteSize())
-        throw UsageError("'" + shown + "' has " + std::to_string(texts.size()) + " values for "
-                         + std::to_string(tag.valueCount()) + " words");
     entry.item   = tag.item;
     entry.name   = tag.name;
     entry.format = tag.format;

@@ -2,8 +2,7 @@
 
 #include "exit_codes.h"
 #include "table_reader.h"
-
-#include <charconv>
+#include "values.h"
 
 namespace {
 
@@ -25,7 +24,9 @@ public:
 private:
     bool readFormat(ValueFormat &format, bool isBit);
     bool readOrders(OrderDefaults &orders);
-    bool readScale(ValueFormat &format);
+    bool readNumberForm(Tag &tag);
+    bool readLimit(const char *key, std::optional<double> &limit);
+    bool readAccess(bool &readOnly);
     bool readItem(const std::string &regType, Tag &tag);
     bool addressText(const DataNode &node, std::string &text);
 
@@ -40,8 +41,10 @@ bool TagReader::read(Tag &tag)
     const bool hasType = reader_.need("type", "type = \"DM\"") && reader_.text("type", regType);
     const bool isBit   = isBitType(QString::fromStdString(regType));
     bool sound = readFormat(tag.format, isBit);
+    sound = readNumberForm(tag) && sound;
     sound = readItem(regType, tag) && sound;
     sound = reader_.text("unit", tag.format.unit) && sound;
+    sound = readAccess(tag.readOnly) && sound;
     sound = reader_.text("comment", tag.comment) && sound;
     sound = reader_.text("screen", tag.screen) && sound;
     return hasType && sound;
@@ -83,11 +86,35 @@ bool TagReader::readFormat(ValueFormat &format, bool isBit)
             sound = false;
         }
     }
-    return readScale(format) && sound;
+    return sound;
 }
 
-bool TagReader::readScale(ValueFormat &format)
+bool TagReader::readLimit(const char *key, std::optional<double> &limit)
 {
+    double number = 0;
+    if (!reader_.number(key, number))
+        return false;
+    if (reader_.take(key))
+        limit = number;
+    return true;
+}
+
+bool TagReader::readAccess(bool &readOnly)
+{
+    std::string access = "rw";
+    if (!reader_.text("access", access))
+        return false;
+    readOnly = access == "r";
+    if (readOnly || access == "rw")
+        return true;
+    reader_.report(*table_.find("access"), "'" + access + "' is not an access; write r (read only) or rw");
+    return false;
+}
+
+// What only numbers have.
+bool TagReader::readNumberForm(Tag &tag)
+{
+    ValueFormat &format = tag.format;
     long decimals = format.decimals;
     bool sound = reader_.number("scale", format.scale);
     if (format.scale == 0) {
@@ -97,7 +124,13 @@ bool TagReader::readScale(ValueFormat &format)
     sound = reader_.number("offset", format.offset) && sound;
     sound = reader_.whole("decimals", 0, DECIMALS_LIMIT, decimals) && sound;
     format.decimals = static_cast<int>(decimals);
-    for (const char *key : {"scale", "offset", "decimals"}) {
+    sound = readLimit("min", tag.minimum) && sound;
+    sound = readLimit("max", tag.maximum) && sound;
+    if (tag.minimum && tag.maximum && *tag.minimum > *tag.maximum) {
+        reader_.report(*table_.find("max"), "'max' is below 'min'; write the lowest value as min, the highest as max");
+        sound = false;
+    }
+    for (const char *key : {"scale", "offset", "decimals", "min", "max"}) {
         const DataNode *node = reader_.take(key);
         if (!node || isNumeric(format.type))
             continue;
@@ -142,12 +175,6 @@ void addTag(const Tag &tag, Place place, const std::string &file, TagBook &book,
         problems.add(file, place, "'" + tag.name + "' is not a name; use letters, digits, _ . and -, a letter first");
     else if (!book.add(tag))
         problems.add(file, place, "there is another tag '" + tag.name + "'; give each a name of its own");
-}
-
-std::string numberText(double number)
-{
-    char text[64];
-    return std::string(text, std::to_chars(text, text + sizeof text, number).ptr);
 }
 
 } // namespace
@@ -214,12 +241,17 @@ std::string tagLine(const Tag &tag)
         add("count", std::to_string(tag.valueCount()));
     addText("data", formatText(tag.format));
     if (tag.format.scale != 1)
-        add("scale", numberText(tag.format.scale));
+        add("scale", shortestText(tag.format.scale));
     if (tag.format.offset != 0)
-        add("offset", numberText(tag.format.offset));
+        add("offset", shortestText(tag.format.offset));
     if (tag.format.decimals >= 0)
         add("decimals", std::to_string(tag.format.decimals));
+    if (tag.minimum)
+        add("min", shortestText(*tag.minimum));
+    if (tag.maximum)
+        add("max", shortestText(*tag.maximum));
     addText("unit", tag.format.unit);
+    addText("access", tag.readOnly ? "r" : "");
     addText("comment", tag.comment);
     addText("screen", tag.screen);
     return line + " }";

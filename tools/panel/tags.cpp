@@ -1,8 +1,68 @@
 #include "tags.h"
 
-#include "exit_codes.h"
+#include "values.h"
 
 #include <cctype>
+#include <charconv>
+#include <cmath>
+
+// "a value from 0 to 100 %", what the limits of the tag allow.
+static std::string allowedText(const Tag &tag)
+{
+    const auto shown = [&](double limit) { return withUnit(shortestText(limit), tag.format); };
+    if (tag.minimum && tag.maximum)
+        return "a value from " + shortestText(*tag.minimum) + " to " + shown(*tag.maximum);
+    return tag.minimum ? shown(*tag.minimum) + " or more" : shown(*tag.maximum) + " or less";
+}
+
+// How the value, as the tag would show it, breaks a limit; "" if it keeps them.
+static std::string brokenLimit(const Tag &tag, const std::string &value)
+{
+    long double number = 0;
+    const char *end = value.data() + value.size();
+    if (std::from_chars(value.data(), end, number).ptr != end || !std::isfinite(number))
+        return "no number";
+    if (tag.minimum && number < *tag.minimum)
+        return "below the tag's min of " + withUnit(shortestText(*tag.minimum), tag.format);
+    if (tag.maximum && number > *tag.maximum)
+        return "above the tag's max of " + withUnit(shortestText(*tag.maximum), tag.format);
+    return "";
+}
+
+// `bytes` are to become the words of `tag`, which the user named `text`, as the tag itself or in another data type.
+static void checkLimits(const Tag &tag, const std::string &text, const std::vector<std::string> &texts,
+                        const std::vector<quint8> &bytes)
+{
+    if (!tag.minimum && !tag.maximum)
+        return;
+    ValueFormat format = tag.format;
+    format.decimals = -1; // every digit counts
+    for (std::size_t i = 0; i < static_cast<std::size_t>(tag.valueCount()); ++i) {
+        const std::string value  = decodeValue(format, bytes, i);
+        const std::string broken = brokenLimit(tag, value);
+        if (broken.empty())
+            continue;
+        if (text == tag.name)
+            throw UsageError("'" + text + "=" + texts[i] + "' is " + broken + "; write " + allowedText(tag));
+        throw UsageError("'" + text + "' makes it " + withUnit(value, format) + ", which is " + broken + "; write "
+                         + allowedText(tag));
+    }
+}
+
+static std::string givenText(std::size_t count)
+{
+    return std::to_string(count) + (count == 1 ? " is given" : " are given");
+}
+
+static std::vector<quint8> encodeFor(const std::string &text, const ValueFormat &format,
+                                     const std::vector<std::string> &texts, qint32 words)
+{
+    try {
+        return encodeValues(format, texts, words);
+    } catch (const ValueError &error) {
+        throw error.of(text);
+    }
+}
 
 void TagBook::setDefaults(const ValueFormat &format, const OrderDefaults &orders)
 {
@@ -99,11 +159,18 @@ Tag TagBook::resolveWithValues(const std::string &text, Access access, const std
     const bool hasCount = named != nullptr || parts.base.find(':') != parts.base.rfind(':');
     if (hasCount || parts.base.find(':') == std::string::npos) {
         Tag tag = resolve(text, access);
-        bytes = encodeValues(tag.format, texts, tag.item.count);
+        if (named && named->readOnly)
+            throw UsageError("'" + text + "' can only be read: the access of the tag is r");
+        bytes = encodeFor(text, tag.format, texts, tag.item.count);
+        if (bytes.size() != tag.item.byteSize())
+            throw UsageError("'" + text + "' holds " + counted(static_cast<std::size_t>(tag.valueCount()), "value")
+                             + ", and " + givenText(texts.size()) + "; write as many as it holds");
+        if (named)
+            checkLimits(*named, text, texts, bytes);
         return tag;
     }
     const ValueFormat format = formatOf(parts);
-    bytes = encodeValues(format, texts);
+    bytes = encodeFor(text, format, texts, 0);
     const std::size_t count = format.type == DataType::STRING ? bytes.size() / 2 : texts.size();
     parts.base += ":" + std::to_string(count);
     return itemTag(parts, format, access);

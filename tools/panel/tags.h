@@ -5,6 +5,7 @@
 #include "items.h"
 
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,9 @@ struct Tag {
     ValueFormat format;
     std::string comment;
     std::string screen;  // where the panel shows it
+    std::optional<double> minimum = std::nullopt; // of its values as they are shown; numbers only
+    std::optional<double> maximum = std::nullopt;
+    bool readOnly = false;
 
     qint32 valueCount() const { return item.count / wordsPerValue(format.type); }
 };
@@ -46,7 +50,8 @@ public:
     Tag resolve(const std::string &text, Access access) const;
 
     /// The same with the bytes of its values. An item without COUNT gets the count of the texts, a string the words
-    /// that it needs; where a count is given, the number of bytes tells whether it agrees.
+    /// that it needs. All that is to be written passes here: a tag's right and limits hold, also where its words are
+    /// named in another data type, and not for an item of the same address.
     Tag resolveWithValues(const std::string &text, Access access, const std::vector<std::string> &texts,
                           std::vector<quint8> &bytes) const;
 

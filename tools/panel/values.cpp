@@ -26,6 +26,17 @@ bool parseNumber(const std::string &text, long minimum, long maximum, long &valu
     return true;
 }
 
+std::string shortestText(double number)
+{
+    char text[64];
+    return std::string(text, std::to_chars(text, text + sizeof text, number).ptr);
+}
+
+std::string counted(std::size_t number, const std::string &noun)
+{
+    return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
+}
+
 void appendValue(const std::string &text, bool isBit, std::vector<quint8> &bytes)
 {
     long value = 0;
