@@ -89,7 +89,7 @@ class Panel(Session):
                 ])
 
     def test_write_of_words(self):
-        self.assertEqual(self.run_panel("write", "DM:100=0x1234,0x5678"), "DM:100:2 = 4660 22136\n")
+        self.assertEqual(self.run_panel("write", "DM:100:2=0x1234,0x5678"), "DM:100:2 = 4660 22136\n")
         self.expect([
             "> 0101 sid 1 N->1 icf 80 area 82 0064.00 x2",
             "< 0101 sid 1 1->N icf C0 end 0000 data 00000000",
@@ -105,7 +105,7 @@ class Panel(Session):
         for name, area in areas.items():
             with self.subTest(name):
                 self.plc.tell(f"write {name}:100 1")
-                self.assertEqual(self.run_panel("write", f"{name}_bit:100.5=1,0,1"), f"{name}_bit:100.5:3 = 1 0 1\n")
+                self.assertEqual(self.run_panel("write", f"{name}_bit:100.5:3=1,0,1"), f"{name}_bit:100.5:3 = 1 0 1\n")
                 self.expect([
                     f"> 0101 sid 1 N->1 icf 80 area {words[name]} 0064.00 x1",
                     "< 0101 sid 1 1->N icf C0 end 0000 data 0001",

@@ -56,13 +56,13 @@ TEST_P(PanelHarmlessFaultTest, watchGoesOn)
 TEST_P(PanelHarmlessFaultTest, fromTheFirstRequestOn)
 {
     start({"--fault", GetParam()});
-    const PanelRun write = run("write", {"DM:0=1,2", "DM_bit:2.5=1", "C:1=4"});
+    const PanelRun write = run("write", {"DM:0:2=1,2", "DM_bit:2.5=1", "C:1=4"});
     EXPECT_EQ(write.code, 0);
     EXPECT_EQ(write.out, "DM:0:2 = 1 2\nDM_bit:2.5 = 1\nC:1 = 4\n");
     EXPECT_EQ(write.err, connectedLine());
     EXPECT_EQ(run("read", {"DM:0:3", "C:1"}).out, "DM:0:3 = 1 2 32\nC:1 = 4\n");
     const PanelFiles files;
-    const std::string file = files.put("recipe.txt", "DM:10 = 1 2 3 4 5\n");
+    const std::string file = files.put("recipe.txt", "DM:10:5 = 1 2 3 4 5\n");
     EXPECT_EQ(run("recipe write", {file, "--words-per-frame", "2"}).out, "DM:10:5 = 1 2 3 4 5\n");
     EXPECT_EQ(run("recipe read", {file, "--words-per-frame", "2"}).out, "DM:10:5 = 1 2 3 4 5\n");
 }

@@ -127,7 +127,7 @@ TEST_F(PanelReadTest, beyondTheRangeNothingIsSent)
     expectRefused(arguments("watch", {"CIO_bit:6143.16"}),
                   "fins_panel: 'CIO_bit:6143.16': the address is malformed; the range is 0.0 to 6143.15, written "
                   "ddddd.DD (DD:0~15)");
-    expectRefused(arguments("write", {"DM:0=1", "DM:32767=1,2"}),
+    expectRefused(arguments("write", {"DM:0=1", "DM:32767:2=1,2"}),
                   "fins_panel: 'DM:32767:2' lies outside the range 0 to 32767, written ddddd");
     EXPECT_EQ(tell("stats"), "ok connections=0 requests=0 replies=0");
     EXPECT_EQ(tell("read DM:0"), "ok 0");

@@ -46,7 +46,7 @@ TEST_F(PanelRecipeTest, writeReadsBack)
 TEST_F(PanelRecipeTest, commentsEmptyLinesAndLineEnds)
 {
     start();
-    writeRecipe("# a recipe\r\n\r\n  DM:0 = 1 0x10 -1 # three\r\n\t\nHR:5=7\n   # the end");
+    writeRecipe("# a recipe\r\n\r\n  DM:0:3 = 1 0x10 -1 # three\r\n\t\nHR:5=7\n   # the end");
     const PanelRun write = run("recipe write", {recipe()});
     EXPECT_EQ(write.code, 0) << write.err;
     EXPECT_EQ(write.out, "DM:0:3 = 1 16 65535\nHR:5 = 7\n");
@@ -59,7 +59,7 @@ TEST_F(PanelRecipeTest, unsortedLinesWithGaps)
 {
     start({"--trace"});
     ASSERT_EQ(tell("write DM:99 9 9 9 9 9 9 9 9"), "ok");
-    writeRecipe("DM:104 = 5\nHR:7 = 70\nDM:100 = 1 2\nDM:102 = 3\nWR:511 = 511\nC:5 = 55\nT:5 = 50\n");
+    writeRecipe("DM:104 = 5\nHR:7 = 70\nDM:100:2 = 1 2\nDM:102 = 3\nWR:511 = 511\nC:5 = 55\nT:5 = 50\n");
     const PanelRun write = run("recipe write", {recipe()});
     EXPECT_EQ(write.code, 0) << write.err;
     EXPECT_EQ(write.out, "DM:104 = 5\nHR:7 = 70\nDM:100:2 = 1 2\nDM:102 = 3\nWR:511 = 511\nC:5 = 55\nT:5 = 50\n");
@@ -80,7 +80,7 @@ TEST_F(PanelRecipeTest, unsortedLinesWithGaps)
 TEST_F(PanelRecipeTest, severalBlocks)
 {
     start({"--trace"});
-    writeRecipe("DM:10 = 1 2 3 4 5 6 7\n");
+    writeRecipe("DM:10:7 = 1 2 3 4 5 6 7\n");
     const PanelRun write = run("recipe write", {recipe(), "--words-per-frame", "3"});
     EXPECT_EQ(write.code, 0) << write.err;
     EXPECT_EQ(write.out, "DM:10:7 = 1 2 3 4 5 6 7\n");
@@ -110,7 +110,7 @@ TEST_F(PanelRecipeTest, readNeedsNoValues)
     start();
     ASSERT_EQ(tell("write DM:100 1 2 3 4 5"), "ok");
     ASSERT_EQ(tell("write HR:0 65535"), "ok");
-    writeRecipe("DM:103:2\nHR:0\nDM:100 = 7 7\n");
+    writeRecipe("DM:103:2\nHR:0\nDM:100:2 = 7 7\n");
     const PanelRun read = run("recipe read", {recipe()});
     EXPECT_EQ(read.code, 0);
     EXPECT_EQ(read.out, "DM:103:2 = 4 5\nHR:0 = 65535\nDM:100:2 = 1 2\n");
@@ -158,22 +158,22 @@ TEST_F(PanelRecipeTest, badLinesAreNamed)
     start();
     const std::string noItem = " is not an item; write TYPE:ADDRESS or TYPE:ADDRESS:COUNT, such as DM:100:2";
     for (const char *command : {"recipe read", "recipe write"}) {
-        expectBad("DM:0 = 1\n\nDM:32768 = 1\n", 3, "'DM:32768:1' lies outside the range 0 to 32767, written ddddd",
+        expectBad("DM:0 = 1\n\nDM:32768 = 1\n", 3, "'DM:32768' lies outside the range 0 to 32767, written ddddd",
                   command);
-        expectBad("DM:32767 = 1 2\n", 1, "'DM:32767:2' lies outside the range 0 to 32767, written ddddd", command);
-        expectBad("# one\nDM:0 = 1 65536\n", 2,
-                  "'DM:0=65536' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF", command);
+        expectBad("DM:32767:2 = 1 2\n", 1, "'DM:32767:2' lies outside the range 0 to 32767, written ddddd", command);
+        expectBad("# one\nDM:0:2 = 1 65536\n", 2,
+                  "'DM:0:2=65536' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF", command);
         expectBad("DM:0 = x\n", 1, "'DM:0=x' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF", command);
         expectBad("DM:0:3 = 1 2\n", 1, "'DM:0:3' holds 3 values, and 2 are given; write as many as it holds", command);
         expectBad("DM:0 =\n", 1, "'DM:0' has no values; write them behind '='", command);
-        expectBad("DM_bit:0.0 = 1\n", 1, "'DM_bit:0.0:1' is a bit; recipes hold words", command);
+        expectBad("DM_bit:0.0 = 1\n", 1, "'DM_bit:0.0' is a bit; recipes hold words", command);
         expectBad("DM:0 1 2 3\n", 1, "'1' is not expected here; write TYPE:ADDRESS[:COUNT] = VALUE ...", command);
         expectBad("EM:0 = 1\n", 1,
-                  "'EM:0:1': there is no register type 'EM'; the types are CIO, WR, HR, AR, T, C, DM, CIO_bit, WR_bit, "
+                  "'EM:0': there is no register type 'EM'; the types are CIO, WR, HR, AR, T, C, DM, CIO_bit, WR_bit, "
                   "HR_bit, AR_bit, DM_bit", command);
         expectBad("DM:0:0 = 1\n", 1, "'DM:0:0': the count '0' is not a number from 1 up", command);
         expectBad("nonsense\n", 1, "'nonsense'" + noItem, command);
-        expectBad("DM:0 = 1 2 3\nHR:0 = 1\nDM:2 = 1\n", 3, "DM:0:3 and DM:2 overlap; name every word and bit once",
+        expectBad("DM:0:3 = 1 2 3\nHR:0 = 1\nDM:2 = 1\n", 3, "DM:0:3 and DM:2 overlap; name every word and bit once",
                   command);
         expectBad("", 0, "holds no variable; write lines such as DM:100 = 1 2 3", command);
         expectBad("# nothing\n", 0, "holds no variable; write lines such as DM:100 = 1 2 3", command);
@@ -196,7 +196,7 @@ TEST_F(PanelRecipeTest, everyWordOfThePlc)
 TEST_F(PanelRecipeTest, refusedBlock)
 {
     start({"--fault", "end-code=1104"});
-    writeRecipe("DM:100 = 1 2\n");
+    writeRecipe("DM:100:2 = 1 2\n");
     for (const char *command : {"recipe read", "recipe write"}) {
         const PanelRun ended = run(command, {recipe()});
         EXPECT_EQ(ended.code, command == std::string("recipe read") ? 1 : 3) << command;
@@ -210,7 +210,7 @@ TEST_F(PanelRecipeTest, refusedWriteShowsWhatThePlcHolds)
 {
     start({"--refuse-writes-in-run=2102"});
     ASSERT_EQ(tell("write DM:100 8"), "ok");
-    writeRecipe("DM:100 = 1 2\n");
+    writeRecipe("DM:100:2 = 1 2\n");
     const PanelRun write = run("recipe write", {recipe()});
     EXPECT_EQ(write.code, 1);
     EXPECT_EQ(write.out, "DM:100:2 = 8 0\n");
@@ -221,7 +221,7 @@ TEST_F(PanelRecipeTest, refusedWriteShowsWhatThePlcHolds)
 TEST_F(PanelRecipeTest, withoutAPlc)
 {
     start({"--fault", "refuse"});
-    writeRecipe("DM:100 = 1 2\n");
+    writeRecipe("DM:100:2 = 1 2\n");
     expectNoLink(run("recipe read", {recipe(), "--give-up", "0.1"}), noAnswer(100));
     expectNoLink(run("recipe write", {recipe(), "--give-up", "0.1"}),
                  "not sent: DM:100:2: no answer in time\n" + noAnswer(100));
@@ -233,7 +233,7 @@ class PanelRecipeCutTest : public PanelRecipeTest {
 protected:
     void begin(const std::string &command)
     {
-        writeRecipe("DM:0 = 1 2 3 4\n");
+        writeRecipe("DM:0:4 = 1 2 3 4\n");
         Words all = {"recipe", command, played.host(), recipe(), "--words-per-frame", "2"};
         panel = startPanel(all);
         connect();

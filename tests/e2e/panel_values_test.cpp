@@ -86,7 +86,7 @@ TEST_F(PanelValuesTest, whatDoesNotFitIsRefusedBeforeAnythingIsSent)
 TEST_F(PanelValuesTest, dryRunShowsTheFramesAndSendsNothing)
 {
     start();
-    const PanelRun dry = run("write", {"DM:100/f32=1.5", "CIO_bit:5.3=1,0", "C:5=258", "DM:300=1,2,3", "--dry-run",
+    const PanelRun dry = run("write", {"DM:100/f32=1.5", "CIO_bit:5.3:2=1,0", "C:5=258", "DM:300:3=1,2,3", "--dry-run",
                                        "--words-per-frame", "2"});
     EXPECT_EQ(dry.code, 0);
     EXPECT_EQ(dry.out, "DM:100/f32 = 1.5\n"

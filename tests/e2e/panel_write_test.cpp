@@ -7,7 +7,7 @@ class PanelWriteTest : public PanelTest {};
 TEST_F(PanelWriteTest, wordsAndBitsAreReadBack)
 {
     start();
-    const PanelRun write = run("write", {"DM:0=471,0,4,500,447", "CIO_bit:0.14=1,0,1", "HR:7:2=1,2"});
+    const PanelRun write = run("write", {"DM:0:5=471,0,4,500,447", "CIO_bit:0.14:3=1,0,1", "HR:7:2=1,2"});
     EXPECT_EQ(write.code, 0);
     EXPECT_EQ(write.out, "DM:0:5 = 471 0 4 500 447\nCIO_bit:0.14:3 = 1 0 1\nHR:7:2 = 1 2\n");
     EXPECT_EQ(write.err, connectedLine());
@@ -19,7 +19,7 @@ TEST_F(PanelWriteTest, wordsAndBitsAreReadBack)
 TEST_F(PanelWriteTest, limitsOfWords)
 {
     start();
-    const PanelRun write = run("write", {"DM:0=0,65535,-32768,0xFFFF,0x0,-1,32767"});
+    const PanelRun write = run("write", {"DM:0:7=0,65535,-32768,0xFFFF,0x0,-1,32767"});
     EXPECT_EQ(write.code, 0);
     EXPECT_EQ(write.out, "DM:0:7 = 0 65535 32768 65535 0 65535 32767\n");
     EXPECT_EQ(tell("read DM:0:7"), "ok 0 65535 32768 65535 0 65535 32767");
@@ -35,23 +35,33 @@ TEST_F(PanelWriteTest, valuesThatNoWordOrBitHolds)
     for (const char *value : {"2", "-1", "on", ""})
         expectRefused(arguments("write", {std::string("DM_bit:0.0=") + value}),
                       std::string("fins_panel: 'DM_bit:0.0=") + value + "' is not a bit value; use 0 or 1");
-    expectRefused(arguments("write", {"DM:0=1,,2"}),
-                  "fins_panel: 'DM:0=' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF");
+    expectRefused(arguments("write", {"DM:0:3=1,,2"}),
+                  "fins_panel: 'DM:0:3=' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF");
     expectRefused(arguments("write", {"DM:0"}),
                   "fins_panel: 'DM:0' is not a write; use ITEM=VALUE[,VALUE...], such as DM:100=5");
-    expectRefused(arguments("write", {"DM:0:3=1,2"}), "fins_panel: 'DM:0:3' holds 3 values, and 2 are given; write as many as it holds");
-    expectRefused(arguments("write", {"DM:0:1=1,2"}), "fins_panel: 'DM:0:1' holds 1 value, and 2 are given; write as many as it holds");
+    expectRefused(arguments("write", {"DM:0:3=1,2"}),
+                  "fins_panel: 'DM:0:3' holds 3 values, and 2 are given; write as many as it holds");
+    expectRefused(arguments("write", {"DM:0:1=1,2"}),
+                  "fins_panel: 'DM:0:1' holds 1 value, and 2 are given; write as many as it holds");
+    expectRefused(arguments("write", {"DM:950=50,5"}),
+                  "fins_panel: 'DM:950' is one value, and 2 are given; write DM:950:2 for as many, or a decimal number "
+                  "with a point");
+    expectRefused(arguments("watch", {"DM:950", "--write", "DM:950=50,5"}),
+                  "fins_panel: 'DM:950' is one value, and 2 are given; write DM:950:2 for as many, or a decimal number "
+                  "with a point");
+    expectRefused(arguments("watch", {"DM:950", "--write", "DM:950:2=5"}),
+                  "fins_panel: 'DM:950:2' holds 2 values, and 1 is given; write as many as it holds");
     EXPECT_EQ(tell("stats"), "ok connections=0 requests=0 replies=0");
 }
 
 TEST_F(PanelWriteTest, overlappingWritesAreRefused)
 {
     start();
-    expectRefused(arguments("write", {"DM:0=1,2", "DM:1=3"}),
+    expectRefused(arguments("write", {"DM:0:2=1,2", "DM:1=3"}),
                   "fins_panel: DM:0:2 and DM:1 overlap; name every word and bit once");
     expectRefused(arguments("write", {"DM_bit:1.15=1", "DM:1=3"}),
                   "fins_panel: DM:1 and DM_bit:1.15 overlap; name every word and bit once");
-    EXPECT_EQ(run("write", {"DM:0=1,2", "DM:2=3", "DM_bit:3.0=1", "DM_bit:3.1=0"}).code, 0);
+    EXPECT_EQ(run("write", {"DM:0:2=1,2", "DM:2=3", "DM_bit:3.0=1", "DM_bit:3.1=0"}).code, 0);
     EXPECT_EQ(tell("read DM:0:4"), "ok 1 2 3 1");
 }
 
@@ -59,7 +69,7 @@ TEST_F(PanelWriteTest, bitsOnSharedWords)
 {
     start();
     ASSERT_EQ(tell("write WR:10 32769"), "ok");
-    const PanelRun write = run("write", {"WR_bit:10.15=0", "WR_bit:10.3=1", "WR_bit:10.4=1,1"});
+    const PanelRun write = run("write", {"WR_bit:10.15=0", "WR_bit:10.3=1", "WR_bit:10.4:2=1,1"});
     EXPECT_EQ(write.code, 0);
     EXPECT_EQ(write.out, "WR_bit:10.15 = 0\nWR_bit:10.3 = 1\nWR_bit:10.4:2 = 1 1\n");
     EXPECT_EQ(tell("read WR:9:3"), "ok 0 57 0");
@@ -96,7 +106,7 @@ TEST_F(PanelWriteTest, framesOnTheWire)
 TEST_F(PanelWriteTest, longWritesGoInSeveralFrames)
 {
     start({"--trace"});
-    EXPECT_EQ(run("write", {"DM:10=1,2,3,4,5", "--words-per-frame", "2"}).out, "DM:10:5 = 1 2 3 4 5\n");
+    EXPECT_EQ(run("write", {"DM:10:5=1,2,3,4,5", "--words-per-frame", "2"}).out, "DM:10:5 = 1 2 3 4 5\n");
     EXPECT_EQ(tell("read DM:9:7"), "ok 0 1 2 3 4 5 0");
     Words writes;
     const Words frames = endAndCollect()[1];
@@ -118,7 +128,7 @@ TEST_F(PanelWriteTest, theLongestFrame)
         values += "," + std::to_string(i);
         held += " " + std::to_string(i);
     }
-    const PanelRun write = run("write", {"DM:0=" + values, "--words-per-frame", "114"});
+    const PanelRun write = run("write", {"DM:0:115=" + values, "--words-per-frame", "114"});
     EXPECT_EQ(write.code, 0) << write.err;
     EXPECT_EQ(write.out, "DM:0:115 =" + held + "\n");
     EXPECT_EQ(tell("read DM:0:115"), "ok" + held);
@@ -250,7 +260,7 @@ TEST_F(PanelUnconfirmedWriteTest, hasNotReachedThePlc)
 TEST(PanelWrite, acknowledgedButNotHeld)
 {
     PlayedPlc plc;
-    const auto panel = startPanel({"write", plc.host(), "DM:0=5,6"});
+    const auto panel = startPanel({"write", plc.host(), "DM:0:2=5,6"});
     const auto link = plc.accept();
     link->exchangeNodes();
     EXPECT_EQ(link->command(), plainHex("0101 82 0000 00 0002"));

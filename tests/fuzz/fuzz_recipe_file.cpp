@@ -14,7 +14,7 @@ enum { WORDS_MOST = 65536, LAST_ADDRESS = 32767 };
 std::vector<RecipeEntry> read(const DriverLibrary &library, const std::string &text, bool needValues)
 {
     std::istringstream stream(text);
-    return readRecipe(library, stream, "mix.rcp", needValues);
+    return readRecipe(TagBook(library), stream, "mix.rcp", needValues);
 }
 
 void checkEntries(const std::vector<RecipeEntry> &entries, bool needValues)

@@ -170,20 +170,53 @@ TEST(Tags, ATagCanBeSeenInAnotherType)
     EXPECT_EQ(refusal(book, "Pump/u16"), "'Pump/u16': a bit has no data type; write Pump");
 }
 
-TEST(Tags, TakesTheCountFromTheValues)
+TEST(Tags, SeveralValuesNeedACount)
+{
+    const TagBook book(builtDriver());
+    EXPECT_EQ(refusal(book, "DM:950", {"50", "5"}),
+              "'DM:950' is one value, and 2 are given; write DM:950:2 for as many, or a decimal number with a point");
+    EXPECT_EQ(refusal(book, "DM:0/u32", {"1", "2", "3"}),
+              "'DM:0/u32' is one value, and 3 are given; write DM:0:3/u32 for as many, or a decimal number with a "
+              "point");
+    EXPECT_EQ(refusal(book, "CIO_bit:0.1", {"1", "0"}),
+              "'CIO_bit:0.1' is one value, and 2 are given; write CIO_bit:0.1:2 for as many, or a decimal number with a "
+              "point");
+    EXPECT_EQ(refusal(book, "DM:32767:2", {"1", "2"}),
+              "'DM:32767:2' lies outside the range 0 to 32767, written ddddd");
+    EXPECT_EQ(refusal(book, "DM:950:1", {"50", "5"}),
+              "'DM:950:1' holds 1 value, and 2 are given; write as many as it holds");
+    Bytes bytes;
+    EXPECT_EQ(book.resolveWithValues("DM:950:2", Access::WRITE, {"50", "5"}, bytes).name, "DM:950:2");
+    EXPECT_EQ(bytes, (Bytes{50, 0, 5, 0}));
+    EXPECT_EQ(book.resolveWithValues("DM:0:2/u32", Access::WRITE, {"1", "2"}, bytes).name, "DM:0:2/u32");
+    EXPECT_EQ(bytes, (Bytes{1, 0, 0, 0, 2, 0, 0, 0}));
+    EXPECT_EQ(book.resolveWithValues("CIO_bit:0.1:2", Access::WRITE, {"1", "0"}, bytes).name, "CIO_bit:0.1:2");
+    EXPECT_EQ(bytes, (Bytes{1, 0}));
+    EXPECT_NE(refusal(book, "Level", {"1"}), "");
+}
+
+TEST(Tags, AStringWithoutCountHasTheWordsThatItNeeds)
 {
     const TagBook book(builtDriver());
     Bytes bytes;
-    EXPECT_EQ(book.resolveWithValues("DM:0/u32", Access::WRITE, {"1", "2"}, bytes).name, "DM:0:2/u32");
-    EXPECT_EQ(bytes, (Bytes{1, 0, 0, 0, 2, 0, 0, 0}));
     EXPECT_EQ(book.resolveWithValues("DM:0/string", Access::WRITE, {"ABC"}, bytes).name, "DM:0:2/string");
     EXPECT_EQ(bytes, (Bytes{'B', 'A', 0, 'C'}));
     EXPECT_EQ(book.resolveWithValues("DM:0:3/string", Access::WRITE, {"AB"}, bytes).name, "DM:0:3/string");
     EXPECT_EQ(bytes.size(), 6u);
-    EXPECT_EQ(book.resolveWithValues("CIO_bit:0.1", Access::WRITE, {"1", "0"}, bytes).name, "CIO_bit:0.1:2");
-    EXPECT_EQ(bytes, (Bytes{1, 0}));
-    EXPECT_NE(usageError([&] { book.resolveWithValues("DM:32767", Access::WRITE, {"1", "2"}, bytes); }), "");
-    EXPECT_NE(usageError([&] { book.resolveWithValues("Level", Access::WRITE, {"1"}, bytes); }), "");
+}
+
+TEST(Tags, ReadsAWriteOfTheCommandLine)
+{
+    const TagBook book = project();
+    EXPECT_EQ(book.resolveWrite("DM:950:2=50,5").data, (Bytes{50, 0, 5, 0}));
+    EXPECT_EQ(book.resolveWrite("Level=12.3").tag.name, "Level");
+    EXPECT_EQ(book.resolveWrite("Name=A,=B").data, (Bytes{',', 'A', 'B', '=', 0, 0}));
+    EXPECT_EQ(usageError([&] { book.resolveWrite("Level=12,3"); }),
+              "'Level' holds 1 value, and 2 are given; write as many as it holds");
+    EXPECT_EQ(usageError([&] { book.resolveWrite("DM:0=1,"); }),
+              "'DM:0' is one value, and 2 are given; write DM:0:2 for as many, or a decimal number with a point");
+    EXPECT_EQ(usageError([&] { book.resolveWrite("DM:0"); }),
+              "'DM:0' is not a write; use ITEM=VALUE[,VALUE...], such as DM:100=5");
 }
 
 TEST(Tags, EncodesInTheFormOfTheTag)
@@ -225,8 +258,10 @@ TEST(Tags, KeepsTheLimitsInAnotherType)
     EXPECT_EQ(refusal(book, "Counts/hex", {"0", "0", "8"}),
               "'Counts/hex' makes it 8, which is above the tag's max of 7; write 7 or less");
     // 0x7FC00000 is no number, 0x7F800000 infinite: neither is -0.5 or more.
-    EXPECT_EQ(refusal(book, "Heat/u32", {"0x7FC00000"}), "'Heat/u32' makes it nan, which is no number; write -0.5 or more");
-    EXPECT_EQ(refusal(book, "Heat/u32", {"0x7F800000"}), "'Heat/u32' makes it inf, which is no number; write -0.5 or more");
+    EXPECT_EQ(refusal(book, "Heat/u32", {"0x7FC00000"}),
+              "'Heat/u32' makes it nan, which is no number; write -0.5 or more");
+    EXPECT_EQ(refusal(book, "Heat/u32", {"0x7F800000"}),
+              "'Heat/u32' makes it inf, which is no number; write -0.5 or more");
     EXPECT_EQ(refusal(book, "Digits/hex", {"0x000A"}),
               "'Digits/hex' makes it no-bcd:0x000A, which is no number; write 50 or less");
     EXPECT_EQ(refusal(book, "DM:3", {"5000"}), "") << "an address is no tag";

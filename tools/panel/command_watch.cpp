@@ -18,7 +18,7 @@
 
 namespace {
 
-using Writes = std::vector<std::pair<Tag, std::vector<quint8>>>;
+using Writes = std::vector<TagWrite>;
 
 // The writes that go out once, as soon as the link is up.
 class WatchWrites {
@@ -58,23 +58,6 @@ private:
     WriteReport report_;
     bool        settled_ = false;
 };
-
-Writes parseWrites(const TagBook &book, const std::vector<std::string> &texts)
-{
-    Writes writes;
-    std::vector<Item> items;
-    for (const std::string &text : texts) {
-        const std::size_t equals = text.find('=');
-        if (equals == std::string::npos)
-            throw UsageError("'" + text + "' is no write; use ITEM=VALUE");
-        std::vector<quint8> data;
-        const Tag tag = book.resolveWithValues(text.substr(0, equals), Access::WRITE, {text.substr(equals + 1)}, data);
-        writes.emplace_back(tag, data);
-        items.push_back(tag.item);
-    }
-    refuseOverlaps(items);
-    return writes;
-}
 
 // The lines of one exchange go out together.
 void printLines(Runtime &runtime, WatchValues &values, LineFormat format)
@@ -128,8 +111,8 @@ int exitCode(Runtime &runtime, const WatchValues &values, const WatchOptions &op
 std::vector<Item> writtenItems(const Writes &writes)
 {
     std::vector<Item> items;
-    for (const auto &write : writes)
-        items.push_back(write.first.item);
+    for (const TagWrite &write : writes)
+        items.push_back(write.tag.item);
     return items;
 }
 
@@ -140,7 +123,7 @@ int runWatch(const DriverLibrary &library, const LinkOptions &link, const WatchO
     const TagBook own(library);
     const TagBook &book = options.book ? *options.book : own;
     const std::vector<Tag> tags = book.resolveAll(options.items, Access::READ);
-    const Writes toWrite = parseWrites(book, options.writes);
+    const Writes toWrite = book.resolveWrites(options.writes);
     Runtime runtime(library, link);
     WatchWrites writes(runtime, options.keepGoing, toWrite);
     WatchValues values(runtime, tags, writtenItems(toWrite), [&] { return writes.openItems(); });

@@ -7,57 +7,14 @@
 #include "write_queue.h"
 #include "write_report.h"
 
-#include <algorithm>
 #include <iostream>
 
 namespace {
 
-struct Write {
-    Tag                 tag;
-    std::vector<quint8> data;
-};
-
-std::vector<std::string> splitAtCommas(const std::string &text)
-{
-    std::vector<std::string> parts;
-    for (std::size_t begin = 0; begin <= text.size();) {
-        const std::size_t comma = std::min(text.find(',', begin), text.size());
-        parts.push_back(text.substr(begin, comma - begin));
-        begin = comma + 1;
-    }
-    return parts;
-}
-
-Write parseWrite(const TagBook &book, const std::string &text)
-{
-    const std::size_t equals = text.find('=');
-    if (equals == std::string::npos)
-        throw UsageError("'" + text + "' is not a write; use ITEM=VALUE[,VALUE...], such as DM:100=5");
-    const std::string name = text.substr(0, equals);
-    std::vector<std::string> values = {text.substr(equals + 1)};
-    if (book.formatFor(name).type != DataType::STRING)
-        values = splitAtCommas(values.front());
-    Write write;
-    write.tag = book.resolveWithValues(name, Access::WRITE, values, write.data);
-    return write;
-}
-
-std::vector<Write> parseWrites(const TagBook &book, const std::vector<std::string> &texts)
-{
-    std::vector<Write> writes;
-    std::vector<Item> items;
-    for (const std::string &text : texts) {
-        writes.push_back(parseWrite(book, text));
-        items.push_back(writes.back().tag.item);
-    }
-    refuseOverlaps(items);
-    return writes;
-}
-
-int showFrames(const TagBook &book, const LinkOptions &link, const std::vector<Write> &writes)
+int showFrames(const TagBook &book, const LinkOptions &link, const std::vector<TagWrite> &writes)
 {
     DryRun dryRun(book.library(), link);
-    for (const Write &write : writes) {
+    for (const TagWrite &write : writes) {
         std::cout << write.tag.name << " = " << shownValue(write.tag.format, write.data) << '\n';
         for (const std::string &line : dryRun.write(write.tag.item, write.data))
             std::cout << "  " << line << '\n';
@@ -92,7 +49,7 @@ std::string whyNotSent(const WriteQueue &queue, const FreshValues &fresh)
 
 int runWrite(const TagBook &book, const LinkOptions &link, Millis giveUp, const WriteOptions &options)
 {
-    const std::vector<Write> writes = parseWrites(book, options.writes);
+    const std::vector<TagWrite> writes = book.resolveWrites(options.writes);
     if (options.dryRun)
         return showFrames(book, link, writes);
     if (options.confirm)

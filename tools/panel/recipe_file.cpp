@@ -50,19 +50,11 @@ static std::string withoutComment(const std::string &line)
 
 RecipeEntry makeEntry(const TagBook &tags, const std::string &name, const std::vector<std::string> &texts)
 {
-    std::string shown = name;
-    const bool isItem = tags.find(name.substr(0, name.find('/'))) == nullptr;
-    if (isItem && !texts.empty() && name.find(':') == name.rfind(':') && name.find('/') == std::string::npos)
-        shown += ":" + std::to_string(texts.size());
-    if (isBitType(QString::fromStdString(name.substr(0, name.find(':'))))) {
-        tags.resolve(shown, Access::WRITE);
-        throw UsageError("'" + shown + "' is a bit; recipes hold words");
-    }
     RecipeEntry entry;
     const Tag tag = texts.empty() ? tags.resolve(name, Access::WRITE)
                                   : tags.resolveWithValues(name, Access::WRITE, texts, entry.values);
     if (tag.item.isBit)
-        throw UsageError("'" + shown + "' is a bit; recipes hold words");
+        throw UsageError("'" + name + "' is a bit; recipes hold words");
     entry.item   = tag.item;
     entry.name   = tag.name;
     entry.format = tag.format;
@@ -140,12 +132,6 @@ std::vector<RecipeEntry> readRecipe(const TagBook &tags, std::istream &input, co
     if (overlap < entries.size())
         throw UsageError(name + ":" + std::to_string(lineOf[overlap]) + ": " + reason);
     return entries;
-}
-
-std::vector<RecipeEntry> readRecipe(const DriverLibrary &library, std::istream &input, const std::string &name,
-                                    bool needValues)
-{
-    return readRecipe(TagBook(library), input, name, needValues);
 }
 
 std::string entryName(const RecipeEntry &entry)

@@ -12,7 +12,7 @@
 //   VARIABLE [= VALUE VALUE ...]
 //
 // VARIABLE is a tag, or an item TYPE:ADDRESS[:COUNT] with an optional data type behind a slash. The types are word
-// types. COUNT may be left out where values are given. A text stands between quotes.
+// types. A string without COUNT has the words that it needs. A text stands between quotes.
 
 struct RecipeEntry {
     Item                item;
@@ -27,8 +27,6 @@ RecipeEntry makeEntry(const TagBook &tags, const std::string &name, const std::v
 /// Reads a recipe; with `needValues` every line must have its values. Throws UsageError, which begins with `name` and
 /// the line's number. Variables that overlap, and a recipe without variables, are refused.
 std::vector<RecipeEntry> readRecipe(const TagBook &tags, std::istream &input, const std::string &name, bool needValues);
-std::vector<RecipeEntry> readRecipe(const DriverLibrary &library, std::istream &input, const std::string &name,
-                                    bool needValues);
 
 /// The line of one variable, as readRecipe reads it.
 std::string recipeLine(const RecipeEntry &entry);

@@ -2,6 +2,7 @@
 
 #include "values.h"
 
+#include <algorithm>
 #include <cctype>
 #include <charconv>
 #include <cmath>
@@ -47,11 +48,6 @@ static void checkLimits(const Tag &tag, const std::string &text, const std::vect
         throw UsageError("'" + text + "' makes it " + withUnit(value, format) + ", which is " + broken + "; write "
                          + allowedText(tag));
     }
-}
-
-static std::string givenText(std::size_t count)
-{
-    return std::to_string(count) + (count == 1 ? " is given" : " are given");
 }
 
 static std::vector<quint8> encodeFor(const std::string &text, const ValueFormat &format,
@@ -151,29 +147,82 @@ Tag TagBook::resolve(const std::string &text, Access access) const
     return itemTag(parts, formatOf(parts), access);
 }
 
+// Values that nobody counted may be one with a decimal comma.
+static void checkCount(const Tag &tag, const std::string &text, bool hasCount, std::size_t given)
+{
+    const std::size_t held = static_cast<std::size_t>(tag.valueCount());
+    if (given == held)
+        return;
+    const std::string number = std::to_string(given);
+    if (!hasCount)
+        throw UsageError("'" + text + "' is one value, and " + number + " are given; write "
+                         + std::string(text).insert(std::min(text.find('/'), text.size()), ":" + number)
+                         + " for as many, or a decimal number with a point");
+    throw UsageError("'" + text + "' holds " + counted(held, "value") + ", and " + number
+                     + (given == 1 ? " is" : " are") + " given; write as many as it holds");
+}
+
 Tag TagBook::resolveWithValues(const std::string &text, Access access, const std::vector<std::string> &texts,
                                std::vector<quint8> &bytes) const
 {
     Parts parts = split(text);
-    const Tag *named = find(parts.base);
-    const bool hasCount = named != nullptr || parts.base.find(':') != parts.base.rfind(':');
-    if (hasCount || parts.base.find(':') == std::string::npos) {
-        Tag tag = resolve(text, access);
-        if (named && named->readOnly)
-            throw UsageError("'" + text + "' can only be read: the access of the tag is r");
-        bytes = encodeFor(text, tag.format, texts, tag.item.count);
-        if (bytes.size() != tag.item.byteSize())
-            throw UsageError("'" + text + "' holds " + counted(static_cast<std::size_t>(tag.valueCount()), "value")
-                             + ", and " + givenText(texts.size()) + "; write as many as it holds");
-        if (named)
-            checkLimits(*named, text, texts, bytes);
-        return tag;
+    const Tag *named    = find(parts.base);
+    const bool isItem   = !named && parts.base.find(':') != std::string::npos;
+    const bool hasCount = !isItem || parts.base.find(':') != parts.base.rfind(':');
+    if (!hasCount) {
+        const ValueFormat format = formatOf(parts);
+        if (format.type == DataType::STRING) {
+            bytes = encodeFor(text, format, texts, 0);
+            parts.base += ":" + std::to_string(bytes.size() / 2);
+            return itemTag(parts, format, access);
+        }
     }
-    const ValueFormat format = formatOf(parts);
-    bytes = encodeFor(text, format, texts, 0);
-    const std::size_t count = format.type == DataType::STRING ? bytes.size() / 2 : texts.size();
-    parts.base += ":" + std::to_string(count);
-    return itemTag(parts, format, access);
+    Tag tag = resolve(text, access);
+    if (named && named->readOnly)
+        throw UsageError("'" + text + "' can only be read: the access of the tag is r");
+    if (tag.format.type != DataType::STRING)
+        checkCount(tag, text, hasCount, texts.size());
+    bytes = encodeFor(text, tag.format, texts, tag.item.count);
+    if (named)
+        checkLimits(*named, text, texts, bytes);
+    return tag;
+}
+
+static std::vector<std::string> splitAtCommas(const std::string &text)
+{
+    std::vector<std::string> parts;
+    for (std::size_t begin = 0; begin <= text.size();) {
+        const std::size_t comma = std::min(text.find(',', begin), text.size());
+        parts.push_back(text.substr(begin, comma - begin));
+        begin = comma + 1;
+    }
+    return parts;
+}
+
+TagWrite TagBook::resolveWrite(const std::string &text) const
+{
+    const std::size_t equals = text.find('=');
+    if (equals == std::string::npos)
+        throw UsageError("'" + text + "' is not a write; use ITEM=VALUE[,VALUE...], such as DM:100=5");
+    const std::string name = text.substr(0, equals);
+    std::vector<std::string> values = {text.substr(equals + 1)};
+    if (formatFor(name).type != DataType::STRING)
+        values = splitAtCommas(values.front());
+    TagWrite write;
+    write.tag = resolveWithValues(name, Access::WRITE, values, write.data);
+    return write;
+}
+
+std::vector<TagWrite> TagBook::resolveWrites(const std::vector<std::string> &texts) const
+{
+    std::vector<TagWrite> writes;
+    std::vector<Item> items;
+    for (const std::string &text : texts) {
+        writes.push_back(resolveWrite(text));
+        items.push_back(writes.back().tag.item);
+    }
+    refuseOverlaps(items);
+    return writes;
 }
 
 ValueFormat TagBook::formatFor(const std::string &text) const

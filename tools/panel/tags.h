@@ -26,6 +26,12 @@ struct Tag {
     qint32 valueCount() const { return item.count / wordsPerValue(format.type); }
 };
 
+/// A value for a tag or item, as bytes.
+struct TagWrite {
+    Tag                 tag;
+    std::vector<quint8> data;
+};
+
 class TagBook {
 public:
     explicit TagBook(const DriverLibrary &library) : library_(library) {}
@@ -49,11 +55,17 @@ public:
     /// The tag or item that `text` names. Throws UsageError.
     Tag resolve(const std::string &text, Access access) const;
 
-    /// The same with the bytes of its values. An item without COUNT gets the count of the texts, a string the words
-    /// that it needs. All that is to be written passes here: a tag's right and limits hold, also where its words are
-    /// named in another data type, and not for an item of the same address.
+    /// The same with the bytes of its values, as many as it holds: one without COUNT, and of a string as many words as
+    /// it needs. All that is to be written passes here: a tag's right and limits hold, also where its words are named
+    /// in another data type, and not for an item of the same address.
     Tag resolveWithValues(const std::string &text, Access access, const std::vector<std::string> &texts,
                           std::vector<quint8> &bytes) const;
+
+    /// The same for ITEM=VALUE[,VALUE...]; a string is all that stands behind the =.
+    TagWrite resolveWrite(const std::string &text) const;
+
+    /// The same for several, which share no word or bit.
+    std::vector<TagWrite> resolveWrites(const std::vector<std::string> &texts) const;
 
     /// The form in which the values of the tag or item are written. Throws UsageError.
     ValueFormat formatFor(const std::string &text) const;
