@@ -74,10 +74,19 @@ TEST(Items, RefusesAddressesWithTheDriversRangeAndNotation)
     EXPECT_EQ(refusal("DM:-1"), "'DM:-1' lies outside the range 0 to 32767, written ddddd");
     EXPECT_EQ(refusal("AR_bit:447.15"),
               "'AR_bit:447.15' lies outside the range 448.0 to 959.15, written ddd.DD (DD:0~15)");
-    EXPECT_EQ(refusal("DM_bit:10.05"),
-              "'DM_bit:10.05': the address is malformed; the range is 0.0 to 32767.15, written ddddd.DD (DD:0~15)");
+    EXPECT_EQ(refusal("DM_bit:10.16"),
+              "'DM_bit:10.16': the address is malformed; the range is 0.0 to 32767.15, written ddddd.DD (DD:0~15)");
     EXPECT_EQ(refusal("DM:abc"), "'DM:abc': the address is malformed; the range is 0 to 32767, written ddddd");
     EXPECT_EQ(refusal("DM:"), "'DM:': the address is malformed; the range is 0 to 32767, written ddddd");
+}
+
+TEST(Items, SaysThatBits0To9HaveOneDigit)
+{
+    EXPECT_EQ(refusal("CIO_bit:10.05"), "'CIO_bit:10.05': bits 0 to 9 have one digit; write 10.5");
+    EXPECT_EQ(refusal("DM_bit:0.00:2"), "'DM_bit:0.00:2': bits 0 to 9 have one digit; write 0.0");
+    for (const char *text : {"CIO_bit:10.005", "CIO_bit:10.1x", "CIO_bit:10", "CIO:10.05"})
+        EXPECT_NE(refusal(text).find("the address is malformed"), std::string::npos) << text;
+    EXPECT_EQ(refusal("CIO_bit:10.10"), "");
 }
 
 TEST(Items, RefusesUnknownTypesThatTheDriverLetsPass)
@@ -105,14 +114,6 @@ TEST(Items, AllTypesCanBeWritten)
 {
     EXPECT_EQ(refusal("DM:1", Access::WRITE), "");
     EXPECT_EQ(refusal("CIO_bit:1.1", Access::WRITE), "");
-}
-
-TEST(Items, ParsesAListInItsOrder)
-{
-    const std::vector<Item> items = parseItems(builtDriver(), {"DM:7", "CIO:3"}, Access::READ);
-    ASSERT_EQ(items.size(), 2u);
-    EXPECT_EQ(itemText(items[0]), "DM:7");
-    EXPECT_EQ(itemText(items[1]), "CIO:3");
 }
 
 TEST(Items, WritesItemsAsTheyAreRead)

@@ -1,6 +1,7 @@
 #include "poll_plan.h"
 
 #include "panel_fixture.h"
+#include "tags.h"
 
 namespace {
 
@@ -15,7 +16,7 @@ class PollPlanTest : public testing::Test {
 protected:
     void watch(const std::vector<std::string> &texts)
     {
-        plan.set(parseItems(builtDriver(), texts, Access::READ));
+        plan.set(itemsOf(TagBook(builtDriver()).resolveAll(texts, Access::READ)));
     }
 
     std::string polled(qint32 wordsPerFrame = 64) const

@@ -182,8 +182,7 @@ TEST_F(ProjectTest, ReportsEveryProblemOfTags)
                   "p.toml:4:5: 'type' is missing; add it, such as type = \"DM\"",
                   "p.toml:5:30: 'address' is not an address; write a word as a number, and a bit as a text such as "
                   "\"10.5\"",
-                  "p.toml:6:35: 'CIO_bit:0.05': the address is malformed; the range is 0.0 to 6143.15, written "
-                  "ddddd.DD (DD:0~15)",
+                  "p.toml:6:35: 'CIO_bit:0.05': bits 0 to 9 have one digit; write 0.5",
                   "p.toml:6:50: a bit has no data type; remove 'data'",
                   "p.toml:7:40: there is no data type 'f16'; the data types are u16, s16, u32, s32, u64, s64, f32, "
                   "f64, bcd16, bcd32, hex, bits, string",
@@ -329,7 +328,8 @@ TEST_F(ProjectTest, ReportsEveryProblemOfRecipes)
 
 TEST_F(ProjectTest, ReportsRecipesThatBreakLimitsAndRights)
 {
-    EXPECT_EQ(read("[tags]\nSetPoint = { type = \"DM\", address = 3, scale = 0.1, unit = \"%\", min = 0, max = 100 }\n"
+    EXPECT_EQ(read("[tags]\n"
+                   "SetPoint = { type = \"DM\", address = 3, scale = 0.1, unit = \"%\", min = 0, max = 100 }\n"
                    "Level = { type = \"DM\", address = 0, access = \"r\" }\n"
                    "[recipes.A]\nvariables = [\"Level\"]\n"
                    "[recipes.B.values]\n"

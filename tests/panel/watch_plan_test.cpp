@@ -2,6 +2,7 @@
 
 #include "low_memory.h"
 #include "panel_fixture.h"
+#include "tags.h"
 
 #include <algorithm>
 
@@ -9,7 +10,7 @@ namespace {
 
 std::vector<Item> items(const std::vector<std::string> &texts)
 {
-    return parseItems(builtDriver(), texts, Access::READ);
+    return itemsOf(TagBook(builtDriver()).resolveAll(texts, Access::READ));
 }
 
 std::string planText(const std::vector<std::string> &texts, qint32 wordsPerFrame)

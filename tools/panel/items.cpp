@@ -1,14 +1,10 @@
 #include "items.h"
 
-#include "exit_codes.h"
 #include "values.h"
 
 #include <algorithm>
 #include <limits>
 #include <tuple>
-
-// Far more than any area holds, and small enough for sums of an address and a count.
-static const long COUNT_LIMIT = 1000000;
 
 static const int ACCESS_READ  = 0;
 static const int ACCESS_WRITE = 1;
@@ -71,6 +67,15 @@ static qint32 checkAddress(const DriverLibrary &library, const std::string &text
     return result == CHECK_VALID && wraps ? static_cast<qint32>(CHECK_OUT_OF_RANGE) : result;
 }
 
+// The address of a bit from 0 to 9 that is written with two digits, as in 10.05, with one; "" for any other.
+static std::string withOneDigit(const std::string &address)
+{
+    const std::size_t point = address.find('.');
+    if (point == std::string::npos || address.size() != point + 3 || address[point + 1] != '0')
+        return "";
+    return address.substr(0, point + 1) + address.substr(point + 2);
+}
+
 Item parseItem(const DriverLibrary &library, const std::string &text, Access access, qint32 unit)
 {
     const std::size_t first  = text.find(':');
@@ -88,8 +93,9 @@ Item parseItem(const DriverLibrary &library, const std::string &text, Access acc
     QList<QString> fields;
     library.getRegDiscription(item.regType, fields);
     if (fields.size() <= FIELD_MAXIMUM)
-        throw UsageError("'" + text + "': there is no register type '" + text.substr(0, first) + "'; the types are "
-                         + typeNames(library));
+        throw UnknownTypeError("'" + text + "': there is no register type '" + text.substr(0, first)
+                               + "'; the types are " + typeNames(library));
+    const std::string oneDigit = item.isBit ? withOneDigit(address) : "";
     const qint32 result = checkAddress(library, address, access, item);
     switch (result) {
     case CHECK_VALID:
@@ -97,21 +103,14 @@ Item parseItem(const DriverLibrary &library, const std::string &text, Access acc
     case CHECK_OUT_OF_RANGE:
         throw UsageError("'" + text + "' lies outside the range " + rangeText(fields));
     case CHECK_MALFORMED:
+        if (!oneDigit.empty())
+            throw UsageError("'" + text + "': bits 0 to 9 have one digit; write " + oneDigit);
         throw UsageError("'" + text + "': the address is malformed; the range is " + rangeText(fields));
     case CHECK_NOT_WRITABLE:
         throw UsageError("'" + text + "': this register type cannot be written");
     default:
         throw UsageError("'" + text + "': the driver refuses the address with code " + std::to_string(result));
     }
-}
-
-std::vector<Item> parseItems(const DriverLibrary &library, const std::vector<std::string> &texts, Access access)
-{
-    std::vector<Item> items;
-    items.reserve(texts.size());
-    for (const std::string &text : texts)
-        items.push_back(parseItem(library, text, access));
-    return items;
 }
 
 // The item as bits of its word type: first and one past the last.

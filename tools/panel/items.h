@@ -2,6 +2,7 @@
 #define PANEL_ITEMS_H
 
 #include "driver_library.h"
+#include "exit_codes.h"
 
 #include <string>
 #include <vector>
@@ -25,10 +26,17 @@ struct Item {
 
 enum class Access { READ, WRITE };
 
+/// The most that a COUNT may be: far more than any area holds, and small enough for sums of an address and a count.
+constexpr long COUNT_LIMIT = 1000000;
+
+/// The register type of an item is none of the driver's.
+struct UnknownTypeError : UsageError {
+    using UsageError::UsageError;
+};
+
 /// Throws UsageError, which says what is wrong and, where the driver gives them, the type's range and notation.
 /// COUNT counts pieces of `unit` words, or bits; without it the item is one such piece.
 Item parseItem(const DriverLibrary &library, const std::string &text, Access access, qint32 unit = 1);
-std::vector<Item> parseItems(const DriverLibrary &library, const std::vector<std::string> &texts, Access access);
 
 /// True if a word holds part of both.
 bool shareWord(const Item &a, const Item &b);

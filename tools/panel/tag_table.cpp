@@ -6,9 +6,6 @@
 
 namespace {
 
-// More digits of an address or count than any area needs; the driver judges the value.
-const long COUNT_LIMIT = 1000000;
-
 class TagReader {
 public:
     TagReader(const DataNode &table, const std::string &file, const TagBook &book, Problems &problems)
@@ -162,9 +159,11 @@ bool TagReader::readItem(const std::string &regType, Tag &tag)
         const std::string item = regType + ":" + text + (count > 1 ? ":" + std::to_string(count) : "");
         tag.item = parseItem(book_.library(), item, Access::WRITE, wordsPerValue(tag.format.type));
         return true;
+    } catch (const UnknownTypeError &error) {
+        reader_.report(*table_.find("type"), error.what());
+        return false;
     } catch (const UsageError &error) {
-        const bool knownType = std::string(error.what()).find("no register type") == std::string::npos;
-        reader_.report(knownType ? *address : *table_.find("type"), error.what());
+        reader_.report(*address, error.what());
         return false;
     }
 }
