@@ -1,12 +1,13 @@
 #include "problems.h"
 
+#include "common/file_reader.h"
 #include "exit_codes.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
 #include <tuple>
+
+// Ten times the longest recipe, and as many tags as nobody has.
+static const std::size_t FILE_MOST_BYTES = 2 * 1024 * 1024;
 
 void Problems::add(const std::string &file, Place place, const std::string &text)
 {
@@ -42,15 +43,8 @@ void Problems::refuse(const std::string &hint) const
 
 std::string readFile(const std::string &file)
 {
-    errno = 0;
-    std::ifstream input(file, std::ios::binary);
-    if (!input)
-        throw UsageError(file + ": " + std::strerror(errno));
-    std::string text;
-    char part[4096];
-    while (input.read(part, sizeof part) || input.gcount() > 0)
-        text.append(part, static_cast<std::size_t>(input.gcount()));
-    if (input.bad())
-        throw UsageError(file + ": cannot be read");
-    return text;
+    const FileContent content = readWholeFile(file, FILE_MOST_BYTES);
+    if (!content.problem.empty())
+        throw UsageError(file + ": " + content.problem);
+    return content.text;
 }

@@ -33,7 +33,7 @@ private:
     std::vector<Entry> lines_;
 };
 
-/// Reads a whole file. Throws UsageError, which names the file and the reason.
+/// Reads a whole file of 2 MiB at most. Throws UsageError, which names the file and the reason.
 std::string readFile(const std::string &file);
 
 #endif
