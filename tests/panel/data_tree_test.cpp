@@ -84,16 +84,6 @@ TEST(CsvTree, LeavesMalformedRecordsOut)
     EXPECT_EQ(csv("\"a\"x\n1\n", problems).children.size(), 0u);
 }
 
-TEST(CsvTree, QuotesWhereItHasTo)
-{
-    EXPECT_EQ(csvField("plain text"), "plain text");
-    EXPECT_EQ(csvField(""), "");
-    EXPECT_EQ(csvField("a,b"), "\"a,b\"");
-    EXPECT_EQ(csvField("say \"hi\""), "\"say \"\"hi\"\"\"");
-    EXPECT_EQ(csvField("a\nb"), "\"a\nb\"");
-    EXPECT_EQ(csvField("a\rb"), "\"a\rb\"");
-}
-
 TEST(TomlTree, KeepsKindsOrderAndPlaces)
 {
     Problems problems;

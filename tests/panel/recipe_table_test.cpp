@@ -79,7 +79,8 @@ TEST_F(RecipeTableTest, ReadsText)
     EXPECT_EQ(load("r.txt", "DM:0/f32 = 1.5\nDM:2:2/string = \"A #1\" # a text\nDM:5:3/string = \"\\\"\\\\\"\n"),
               "DM:0/f32 = 1.5\nDM:2:2/string = \"A #1\"\nDM:5:3/string = \"\\\"\\\\\"\n");
     EXPECT_EQ(load("r.txt", "DM:0/string = \"A\n"), "r.txt:1: the quote is not closed; end the text with another \"");
-    EXPECT_EQ(load("r.txt", "DM:0:2/f32 = 1\n"), "r.txt:1: 'DM:0:2/f32' holds 2 values, and 1 is given; write as many as it holds");
+    EXPECT_EQ(load("r.txt", "DM:0:2/f32 = 1\n"),
+              "r.txt:1: 'DM:0:2/f32' holds 2 values, and 1 is given; write as many as it holds");
     EXPECT_EQ(load("r.txt", "DM:0/f32 = 1e39\n"),
               "r.txt:1: 'DM:0/f32=1e39' does not fit f32; use a decimal number whose size fits f32");
     EXPECT_EQ(load("r.txt", "DM:0 = 1\nDM:1 = 2\nDM:2 = 3\nDM:1 = 4\nDM:0 = 5\n"),
@@ -116,6 +117,15 @@ TEST(RecipeTable, WritesCsv)
 {
     EXPECT_EQ(recipeFileText("a.csv", {entry("DM:1:2", {"1", "2"}), entry("DM:5:3/string", {"A, \\\"B"})}),
               "variable,value\nDM:1:2,1 2\nDM:5:3/string,\"A, \\\"\"B\"\n");
+}
+
+// A text of the PLC that is no formula in a spreadsheet, and is the same when it is read again.
+TEST_F(RecipeTableTest, WritesTextsOfCsvAsTexts)
+{
+    const std::string csv = recipeFileText("r.csv", {entry("DM:0:2/string", {"=1+1"}), entry("DM:5:2/string", {"'=x"}),
+                                                     entry("DM:9/s16", {"-5"})});
+    EXPECT_EQ(csv, "variable,value\nDM:0:2/string,'=1+1\nDM:5:2/string,''=x\nDM:9/s16,-5\n");
+    EXPECT_EQ(load("r.csv", csv), "DM:0:2/string = \"=1+1\"\nDM:5:2/string = \"'=x\"\nDM:9/s16 = -5\n");
 }
 
 TEST(DifferenceTable, HasARowForEachValueThatDiffers)

@@ -87,6 +87,15 @@ TEST(WatchLines, csv_quotes_what_needs_it)
               "2026-03-01T08:15:30.007Z,Level,DM:100,change,\"a\nb\",\"\"\"a\"\"\",\"m,s\",good");
 }
 
+TEST(WatchLines, csv_texts_are_no_formulas)
+{
+    const WatchedValue shown = value("=1+1", DataType::STRING, "@m");
+    EXPECT_EQ(eventLine(LineFormat::CSV, {WatchEvent::CHANGE, shown, "+1"}, TIME),
+              "2026-03-01T08:15:30.007Z,Level,DM:100,change,'+1,'=1+1,'@m,good");
+    EXPECT_EQ(eventLine(LineFormat::CSV, {WatchEvent::CHANGE, value("-5", DataType::S16), "-4"}, TIME),
+              "2026-03-01T08:15:30.007Z,Level,DM:100,change,-4,-5,,good");
+}
+
 TEST(WatchLines, every_quality_has_its_name)
 {
     WatchedValue shown = value("42");

@@ -165,13 +165,3 @@ DataNode parseCsv(const std::string &text, const std::string &file, Problems &pr
     }
     return rows;
 }
-
-std::string csvField(const std::string &text)
-{
-    if (text.find_first_of(",\"\r\n") == std::string::npos)
-        return text;
-    std::string quoted = "\"";
-    for (const char c : text)
-        quoted += c == '"' ? "\"\"" : std::string(1, c);
-    return quoted + '"';
-}

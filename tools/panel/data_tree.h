@@ -40,9 +40,6 @@ DataNode parseToml(const std::string &text, const std::string &file, Problems &p
 /// LF or CR LF; empty lines and a byte-order mark are skipped. Every malformed record becomes a problem.
 DataNode parseCsv(const std::string &text, const std::string &file, Problems &problems);
 
-/// The field as it stands in a CSV file, quoted where it has to be.
-std::string csvField(const std::string &text);
-
 /// The text as a basic string of TOML, with its quotes.
 std::string tomlString(const std::string &text);
 

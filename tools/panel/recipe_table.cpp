@@ -1,5 +1,6 @@
 #include "recipe_table.h"
 
+#include "csv_text.h"
 #include "exit_codes.h"
 #include "table_reader.h"
 
@@ -71,7 +72,7 @@ bool EntryReader::readTexts(const std::string &name, const DataNode &node, std::
         return true;
     }
     if (node.kind == NodeKind::CELL) {
-        texts.push_back(node.text);
+        texts.push_back(textOfCell(node.text));
         return true;
     }
     bool sound = true;
@@ -181,7 +182,7 @@ std::size_t storedCount(const RecipeEntry &entry)
     return entry.values.size() / 2 / static_cast<std::size_t>(wordsPerValue(entry.format.type));
 }
 
-std::string tomlText(const std::vector<RecipeEntry> &entries)
+std::string tomlLines(const std::vector<RecipeEntry> &entries)
 {
     std::string text = "[values]\n";
     for (const RecipeEntry &entry : entries) {
@@ -194,14 +195,15 @@ std::string tomlText(const std::vector<RecipeEntry> &entries)
     return text;
 }
 
-std::string csvText(const std::vector<RecipeEntry> &entries)
+std::string csvLines(const std::vector<RecipeEntry> &entries)
 {
     std::string text = "variable,value\n";
     for (const RecipeEntry &entry : entries) {
         std::string values;
         for (std::size_t i = 0; i < storedCount(entry); ++i)
             values += (i > 0 ? " " : "") + storedText(entry, i);
-        text += csvField(entryName(entry)) + "," + csvField(values) + "\n";
+        text += csvField(entryName(entry)) + ","
+                + (entry.format.type == DataType::STRING ? csvText(values) : csvField(values)) + "\n";
     }
     return text;
 }
@@ -278,9 +280,9 @@ void requireValues(const Recipe &recipe)
 std::string recipeFileText(const std::string &file, const std::vector<RecipeEntry> &entries)
 {
     if (endsWith(file, ".toml"))
-        return tomlText(entries);
+        return tomlLines(entries);
     if (endsWith(file, ".csv"))
-        return csvText(entries);
+        return csvLines(entries);
     std::string text;
     for (const RecipeEntry &entry : entries)
         text += recipeLine(entry) + '\n';

@@ -1,5 +1,7 @@
 #include "watch_lines.h"
 
+#include "csv_text.h"
+
 #include <nlohmann/json.hpp>
 
 #include <charconv>
@@ -75,16 +77,6 @@ static std::string jsonLine(const WatchEvent &event, SystemTime time)
     return line.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-static std::string csvField(const std::string &text)
-{
-    if (text.find_first_of(",\"\r\n") == std::string::npos)
-        return text;
-    std::string quoted = "\"";
-    for (const char c : text)
-        quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
-    return quoted + "\"";
-}
-
 std::string csvHead()
 {
     return "time,tag,item,event,old,value,unit,quality";
@@ -93,8 +85,11 @@ std::string csvHead()
 static std::string csvLine(const WatchEvent &event, SystemTime time)
 {
     const WatchedValue &value = event.value;
-    return timeText(time) + "," + csvField(value.name) + "," + itemText(value.item) + "," + eventName(event.kind) + ","
-           + csvField(event.old) + "," + csvField(value.text) + "," + csvField(value.format.unit) + ","
+    const auto cell = [&](const std::string &text) {
+        return value.format.type == DataType::STRING ? csvText(text) : csvField(text);
+    };
+    return timeText(time) + "," + csvText(value.name) + "," + itemText(value.item) + "," + eventName(event.kind) + ","
+           + cell(event.old) + "," + cell(value.text) + "," + csvText(value.format.unit) + ","
            + qualityText(value.quality);
 }
 
