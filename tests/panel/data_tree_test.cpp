@@ -52,7 +52,6 @@ TEST(CsvTree, ReadsRecordsWithPlaces)
 TEST(CsvTree, ReadsQuotedFields)
 {
     EXPECT_EQ(csvText("a,b\n\"1,2\",\"say \"\"hi\"\"\"\n"), "a=1,2@2:1 b=say \"hi\"@2:7 | ");
-    EXPECT_EQ(csvText("a,b\n\"1\n2\",3\n4,5\n"), "a=1\n2@2:1 b=3@3:4 | a=4@4:1 b=5@4:3 | ");
     EXPECT_EQ(csvText("\"a\"\n\"\"\n"), "a=@2:1 | ");
     EXPECT_EQ(csvText("a\n\"x\""), "a=x@2:1 | ");
 }
@@ -82,6 +81,33 @@ TEST(CsvTree, LeavesMalformedRecordsOut)
     Lines problems;
     EXPECT_EQ(csv("a,b\n1\n1,2\n\"1\"x,2\n", problems).children.size(), 1u);
     EXPECT_EQ(csv("\"a\"x\n1\n", problems).children.size(), 0u);
+}
+
+// More than 64 columns are none of ours, and are not kept.
+TEST(CsvTree, LimitsItsColumns)
+{
+    std::string many = "c0";
+    for (int i = 1; i < 64; ++i)
+        many += ",c" + std::to_string(i);
+    EXPECT_EQ(csvProblems(many + "\n"), Lines());
+    // 10 names of two characters, 54 of three, and a comma behind each: the next begins at column 3 * 10 + 4 * 54 + 1.
+    EXPECT_EQ(csvProblems(many + ",d\n"),
+              (Lines{"tags.csv:1:247: the header has more than 64 columns; name each that is needed once"}));
+    EXPECT_EQ(csvProblems(std::string(120000, ',') + "\n"),
+              (Lines{"tags.csv:1:65: the header has more than 64 columns; name each that is needed once"}));
+    EXPECT_EQ(csvProblems("a,b\n" + std::string(99, ',') + "\n"),
+              (Lines{"tags.csv:2:1: the record has 100 fields, and the header 2; write one field for each column"}));
+}
+
+TEST(CsvTree, RefusesControlCharacters)
+{
+    EXPECT_EQ(csvProblems("a,b\n1,\xC3\xBC\x1B[2J\n\"\n"),
+              (Lines{"tags.csv:2:4: U+001B is a control character; remove it"}));
+    EXPECT_EQ(csvProblems("a,b\n1,2\n3,\xFF\n"), (Lines{"tags.csv:3:3: this is not UTF-8; save the file as UTF-8"}));
+    EXPECT_EQ(csvProblems("a,b\n\"1\n2\",3\n4,\"5\t\"\n"),
+              (Lines{"tags.csv:2:1: U+000A is a control character; remove it",
+                     "tags.csv:4:3: U+0009 is a control character; remove it"}));
+    EXPECT_EQ(csvProblems("\"a\nb\"\n1\n"), (Lines{"tags.csv:1:1: U+000A is a control character; remove it"}));
 }
 
 TEST(TomlTree, KeepsKindsOrderAndPlaces)
@@ -122,6 +148,38 @@ TEST(TomlTree, ReportsASyntaxErrorAtItsPlace)
     EXPECT_EQ(problems.lines()[0].find("p.toml:2:5: this is not TOML: "), 0u) << problems.lines()[0];
 }
 
+// As such, and as an escape.
+TEST(TomlTree, RefusesControlCharacters)
+{
+    const auto problemsOf = [](const std::string &text) {
+        Problems problems;
+        EXPECT_TRUE(parseToml(text, "p.toml", problems).keys.empty());
+        return problems.lines();
+    };
+    EXPECT_EQ(problemsOf("a = 1\nb = \"\xC2\x9B\"\n"), (Lines{"p.toml:2:6: U+009B is a control character; remove it"}));
+    EXPECT_EQ(problemsOf("a = 1\nb = { c = \"\\u001b[2J\" }\n\"d\\n\" = [\"\\u202e\"]\n"),
+              (Lines{"p.toml:2:11: U+001B is a control character; remove it",
+                     "p.toml:3:1: U+000A is a control character; remove it",
+                     "p.toml:3:10: U+202E is a control character; remove it"}));
+    EXPECT_EQ(problemsOf("a = \"\xC0\x80\"\n"), (Lines{"p.toml:1:6: this is not UTF-8; save the file as UTF-8"}));
+    // The parser names the key, and what it names reaches the terminal.
+    const Lines twice = problemsOf("\"\\u001b\" = 1\n\"\\u001b\" = 2\n");
+    ASSERT_EQ(twice.size(), 1u);
+    EXPECT_EQ(twice[0].find("p.toml:2:"), 0u) << twice[0];
+    EXPECT_EQ(twice[0].find('\x1B'), std::string::npos);
+}
+
+// What the parser would overflow the stack with is not handed to it.
+TEST(TomlTree, RefusesKeysOfManyParts)
+{
+    std::string key = "a";
+    for (int i = 0; i < 15156; ++i)
+        key += ".a";
+    Problems problems;
+    parseToml("b = 1\n" + key + " = 1\n", "p.toml", problems);
+    EXPECT_EQ(problems.lines(), (Lines{"p.toml:2:64: a key of more than 32 parts; use fewer points"}));
+}
+
 // These make the parser itself give up.
 TEST(TomlTree, ReportsBrokenSyntaxInItsLine)
 {
@@ -143,7 +201,7 @@ TEST(TomlTree, WritesTextsAndKeysAsTheyAreRead)
     EXPECT_EQ(tomlKey("DM:100:2"), "\"DM:100:2\"");
     EXPECT_EQ(tomlKey("a.b"), "\"a.b\"");
     EXPECT_EQ(tomlKey(""), "\"\"");
-    for (const std::string &text : {std::string("\x01\x1F \"\\\xC3\xBC"), std::string()}) {
+    for (const std::string &text : {std::string(" \"\\\xC3\xBC"), std::string()}) {
         Problems problems;
         const DataNode root = parseToml("a = " + tomlString(text) + "\n", "p.toml", problems);
         ASSERT_FALSE(problems.any());
@@ -172,5 +230,5 @@ TEST(Problems, AreSortedByPlace)
 TEST(Problems, AFileThatCannotBeReadIsNamed)
 {
     EXPECT_EQ(usageError([] { readFile("/no/such/file"); }), "/no/such/file: No such file or directory");
-    EXPECT_EQ(usageError([] { readFile("/"); }), "/: cannot be read");
+    EXPECT_EQ(usageError([] { readFile("/"); }), "/: is not a regular file; name a file of text");
 }

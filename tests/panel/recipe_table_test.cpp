@@ -128,6 +128,15 @@ TEST_F(RecipeTableTest, WritesTextsOfCsvAsTexts)
     EXPECT_EQ(load("r.csv", csv), "DM:0:2/string = \"=1+1\"\nDM:5:2/string = \"'=x\"\nDM:9/s16 = -5\n");
 }
 
+TEST_F(RecipeTableTest, RefusesControlCharacters)
+{
+    const std::string what = " U+001B is a control character; remove it";
+    EXPECT_EQ(load("r.txt", "DM:0 = 1\nDM:1/string = \"\x1B\"\n"), "r.txt:2:16:" + what);
+    EXPECT_EQ(load("r.csv", "variable,value\nDM:1/string,\x1B\n"), "r.csv:2:13:" + what);
+    EXPECT_EQ(load("r.toml", "comment = \"\\u001b\"\n[values]\n\"DM:0\" = 1\n"), "r.toml:1:11:" + what);
+    EXPECT_EQ(load("r.txt", "DM:0 = 1 # \xFF\n"), "r.txt:1:12: this is not UTF-8; save the file as UTF-8");
+}
+
 TEST(DifferenceTable, HasARowForEachValueThatDiffers)
 {
     EXPECT_EQ(differences(entry("DM:5:3", {"1", "2", "3"}), bytes("DM:5:3", {"1", "2", "3"})), Rows());

@@ -1,8 +1,13 @@
 #include "data_tree.h"
 
+#include "text_check.h"
+
 #include <algorithm>
 
 namespace {
+
+// More than any file has: what names more is none.
+const std::size_t COLUMNS_MOST = 64;
 
 struct Field {
     std::string text;
@@ -19,8 +24,12 @@ public:
             at_ = 3;
     }
 
-    // Returns false at the end of the file. `sound` tells whether the record is well formed.
+    // Returns false at the end of the file. `sound` tells whether the record is well formed. Of a record with too many
+    // fields, `fields` holds one more than is allowed.
     bool readRecord(std::vector<Field> &fields, bool &sound);
+
+    // The fields of the latest record.
+    std::size_t fieldCount() const { return fieldCount_; }
 
 private:
     bool atEnd() const { return at_ >= text_.size(); }
@@ -34,6 +43,7 @@ private:
     const std::string &file_;
     Problems          &problems_;
     std::size_t        at_ = 0;
+    std::size_t        fieldCount_ = 0;
     Place              place_{1, 1};
 };
 
@@ -102,10 +112,11 @@ bool CsvReader::readRecord(std::vector<Field> &fields, bool &sound)
         return false;
     fields.clear();
     sound = true;
-    for (;;) {
+    for (fieldCount_ = 1;; ++fieldCount_) {
         Field field;
         sound = readField(field) && sound;
-        fields.push_back(field);
+        if (fieldCount_ <= COLUMNS_MOST + 1)
+            fields.push_back(field);
         if (atLineEnd())
             break;
         step(); // the comma
@@ -114,9 +125,27 @@ bool CsvReader::readRecord(std::vector<Field> &fields, bool &sound)
     return true;
 }
 
-bool checkHeader(const std::vector<Field> &header, const std::string &file, Problems &problems)
+// A field may be a text of several lines; what it is shown in has one.
+bool checkFields(const std::vector<Field> &fields, const std::string &file, Problems &problems)
 {
     bool sound = true;
+    for (const Field &field : fields) {
+        if (const std::optional<BadCharacter> bad = findBadCharacter(field.text)) {
+            problems.add(file, field.place, bad->what);
+            sound = false;
+        }
+    }
+    return sound;
+}
+
+bool checkHeader(const std::vector<Field> &header, const std::string &file, Problems &problems)
+{
+    if (header.size() > COLUMNS_MOST) {
+        problems.add(file, header.back().place, "the header has more than " + std::to_string(COLUMNS_MOST)
+                                                    + " columns; name each that is needed once");
+        return false;
+    }
+    bool sound = checkFields(header, file, problems);
     for (std::size_t i = 0; i < header.size(); ++i) {
         const auto same = [&](const Field &other) { return other.text == header[i].text; };
         const auto end  = header.begin() + static_cast<std::ptrdiff_t>(i);
@@ -134,6 +163,8 @@ DataNode parseCsv(const std::string &text, const std::string &file, Problems &pr
 {
     DataNode rows;
     rows.kind = NodeKind::ARRAY;
+    if (!checkCharacters(text, file, problems))
+        return rows;
     CsvReader reader(text, file, problems);
     std::vector<Field> header;
     std::vector<Field> fields;
@@ -145,12 +176,13 @@ DataNode parseCsv(const std::string &text, const std::string &file, Problems &pr
     if (!checkHeader(header, file, problems) || !sound)
         return rows;
     while (reader.readRecord(fields, sound)) {
-        if (fields.size() != header.size()) {
-            problems.add(file, fields.front().place, "the record has " + std::to_string(fields.size()) + " fields, and "
-                         "the header " + std::to_string(header.size()) + "; write one field for each column");
+        if (reader.fieldCount() != header.size()) {
+            problems.add(file, fields.front().place, "the record has " + std::to_string(reader.fieldCount())
+                         + " fields, and the header " + std::to_string(header.size())
+                         + "; write one field for each column");
             continue;
         }
-        if (!sound)
+        if (!sound || !checkFields(fields, file, problems))
             continue;
         DataNode row;
         row.place = fields.front().place;

@@ -33,11 +33,12 @@ struct DataNode {
     void append(const std::string &key, Place keyPlace, const DataNode &child);
 };
 
-/// Parses TOML. A syntax error becomes a problem, and the table is then empty.
+/// Parses TOML. A syntax error becomes a problem, and so does a text with control characters; the table is then empty.
 DataNode parseToml(const std::string &text, const std::string &file, Problems &problems);
 
 /// Parses CSV as in RFC 4180, with a header line: an array of tables whose keys are the header's names. Lines end with
-/// LF or CR LF; empty lines and a byte-order mark are skipped. Every malformed record becomes a problem.
+/// LF or CR LF; empty lines and a byte-order mark are skipped. Every malformed record, and every field with control
+/// characters, becomes a problem.
 DataNode parseCsv(const std::string &text, const std::string &file, Problems &problems);
 
 /// The text as a basic string of TOML, with its quotes.

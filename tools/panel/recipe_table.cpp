@@ -3,6 +3,7 @@
 #include "csv_text.h"
 #include "exit_codes.h"
 #include "table_reader.h"
+#include "text_check.h"
 
 #include <charconv>
 #include <sstream>
@@ -259,7 +260,7 @@ Recipe loadRecipeFile(const TagBook &tags, const std::string &file, bool needVal
         recipe = readRecipeTable(table, file, tags, {}, problems);
     } else if (endsWith(file, ".csv")) {
         recipe = readRows(parseCsv(text, file, problems), file, tags, problems);
-    } else {
+    } else if (checkCharacters(text, file, problems)) {
         recipe = readText(tags, text, file, needValues);
     }
     problems.refuse();

@@ -1,33 +1,17 @@
 #include "data_tree.h"
 
-#include <stdexcept>
-
-// Some malformed files break what the parser asserts, and without assertions it would go on with what is wrong. Here it
-// gives up on the file in every build.
-[[noreturn]] static void giveUpParsing()
-{
-    throw std::logic_error("its syntax is broken");
-}
-
-#undef NDEBUG
-#define TOML_EXCEPTIONS 1
-#define TOML_ASSERT(condition) ((condition) ? static_cast<void>(0) : giveUpParsing())
-#include <toml++/toml.h>
+#include "common/toml_text.h"
+#include "text_check.h"
+#include "values.h"
 
 #include <algorithm>
-#include <charconv>
+#include <tuple>
 
 namespace {
 
 Place placeOf(const toml::source_region &region)
 {
     return {static_cast<int>(region.begin.line), static_cast<int>(region.begin.column)};
-}
-
-std::string floatText(double value)
-{
-    char text[64];
-    return std::string(text, std::to_chars(text, text + sizeof text, value).ptr);
 }
 
 DataNode convert(const toml::node &node);
@@ -69,7 +53,7 @@ DataNode convert(const toml::node &node)
         converted.text = std::to_string(integer->get());
     } else if (const auto *number = node.as_floating_point()) {
         converted.kind = NodeKind::NUMBER;
-        converted.text = floatText(number->get());
+        converted.text = shortestText(number->get());
     } else if (const auto *boolean = node.as_boolean()) {
         converted.kind = NodeKind::BOOLEAN;
         converted.text = boolean->get() ? "true" : "false";
@@ -79,48 +63,37 @@ DataNode convert(const toml::node &node)
     return converted;
 }
 
-bool makesParserGiveUp(const std::string &text)
+// An escape in a text stands for any character.
+bool checkTexts(const DataNode &node, const std::string &file, Problems &problems)
 {
-    try {
-        static_cast<void>(toml::parse(text));
-    } catch (const toml::parse_error &) {
-        return false;
-    } catch (const std::logic_error &) {
-        return true;
-    }
-    return false;
-}
-
-// The line at which the parser gives up: the shortest beginning of the text that makes it do so ends there.
-int brokenLine(const std::string &text)
-{
-    std::vector<std::size_t> ends; // of the lines
-    for (std::size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n', at + 1))
-        ends.push_back(at);
-    std::size_t first = 0;
-    std::size_t last  = ends.size();
-    while (first < last) {
-        const std::size_t middle = (first + last) / 2;
-        if (makesParserGiveUp(text.substr(0, ends[middle])))
-            last = middle;
-        else
-            first = middle + 1;
-    }
-    return static_cast<int>(first) + 1;
+    const auto check = [&](const std::string &text, Place place) {
+        const std::optional<BadCharacter> bad = findBadCharacter(text);
+        if (bad)
+            problems.add(file, place, bad->what);
+        return !bad;
+    };
+    bool sound = node.kind != NodeKind::TEXT || check(node.text, node.place);
+    for (std::size_t i = 0; i < node.keys.size(); ++i)
+        sound = check(node.keys[i], node.keyPlaces[i]) && sound;
+    for (const DataNode &child : node.children)
+        sound = checkTexts(child, file, problems) && sound;
+    return sound;
 }
 
 } // namespace
 
 DataNode parseToml(const std::string &text, const std::string &file, Problems &problems)
 {
-    try {
-        return convert(toml::parse(text, file));
-    } catch (const toml::parse_error &error) {
-        problems.add(file, placeOf(error.source()), "this is not TOML: " + std::string(error.description()));
-    } catch (const std::logic_error &error) {
-        problems.add(file, {brokenLine(text), 1}, std::string("this is not TOML: ") + error.what());
+    if (!checkCharacters(text, file, problems))
+        return DataNode();
+    toml::table parsed;
+    if (const std::optional<TomlProblem> problem = parseTomlText(text, &parsed)) {
+        problems.add(file, {static_cast<int>(problem->line), static_cast<int>(problem->column)},
+                     withoutBadCharacters(problem->text));
+        return DataNode();
     }
-    return DataNode();
+    DataNode root = convert(parsed);
+    return checkTexts(root, file, problems) ? root : DataNode();
 }
 
 std::string tomlString(const std::string &text)
