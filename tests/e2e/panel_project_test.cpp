@@ -1,6 +1,7 @@
 #include "panel_files.h"
 
 #include <set>
+#include <sys/stat.h>
 
 // Project files: tags and settings in every command, and the check of the file.
 
@@ -188,7 +189,27 @@ TEST(PanelImportTagsTest, csvBecomesToml)
     EXPECT_EQ(runPanel({"check-project", files.path("out.toml")}).out,
               files.path("out.toml") + " valid: 2 tags, 0 recipes\n");
     expectRefused({"import-tags", csv, "--output", files.path("none/out.toml")},
-                  "fins_panel: " + files.path("none/out.toml") + ": cannot be written");
+                  "fins_panel: " + files.path("none/out.toml") + ": cannot be written: No such file or directory");
+    expectRefused({"import-tags", csv, "--output", csv},
+                  "fins_panel: " + csv + ": --output would replace a file that is read from; name another one");
+    EXPECT_EQ(files.content("tags.csv").substr(0, 9), "name,type");
+}
+
+// Each is refused in one line, whatever it would take to read it.
+TEST(PanelImportTagsTest, filesThatNeverEnd)
+{
+    const PanelFiles files;
+    for (const char *command : {"import-tags", "check-project"})
+        expectRefused({command, "/dev/zero"}, "fins_panel: /dev/zero: is not a regular file; name a file of text");
+    const std::string pipe = files.path("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    expectRefused({"import-tags", pipe}, "fins_panel: " + pipe + ": is not a regular file; name a file of text");
+    const std::string commas = files.put("commas.csv", std::string(3000000, ','));
+    expectRefused({"import-tags", commas}, "fins_panel: " + commas + ": is larger than 2048 KiB; use smaller files");
+    const PanelRun columns = runPanel({"import-tags", files.put("columns.csv", std::string(120000, ',') + "\n")});
+    EXPECT_EQ(columns.code, 2);
+    EXPECT_EQ(columns.err, files.path("columns.csv") +
+                               ":1:65: the header has more than 64 columns; name each that is needed once\n");
 }
 
 TEST(PanelImportTagsTest, everyErrorWithItsLine)

@@ -100,6 +100,21 @@ TEST_F(PanelRecipeFilesTest, readIntoEveryForm)
     EXPECT_EQ(runPanel({"recipe", "compare", csv, "--project", file}).code, 0);
 }
 
+TEST_F(PanelRecipeFilesTest, theFilesThatAreReadAreNotReplaced)
+{
+    start();
+    const std::string file = project();
+    const std::string csv  = files.put("tags.csv", "name,type,address\nLevel,DM,3\n");
+    const std::string text = files.put("r.txt", "Level\n");
+    const std::string other = files.put("other.toml", "tags = \"tags.csv\"\n[connection]\nhost = \"" + host() + "\"\n");
+    const std::string why = ": --output would replace a file that is read from; name another one";
+    expectRefused({"recipe", "read", "Sweet", "--project", file, "--output", file}, "fins_panel: " + file + why);
+    expectRefused({"recipe", "read", text, "--project", other, "--output", csv}, "fins_panel: " + csv + why);
+    expectRefused({"recipe", "read", text, "--project", other, "--output", text}, "fins_panel: " + text + why);
+    EXPECT_EQ(tell("stats"), "ok connections=0 requests=0 replies=0");
+    EXPECT_EQ(files.content("r.txt"), "Level\n");
+}
+
 TEST_F(PanelRecipeFilesTest, filesWithoutAProject)
 {
     start();

@@ -139,7 +139,7 @@ TEST_F(PanelRecipeTest, outputThatCannotBeWritten)
     const PanelRun read = run("recipe read", {recipe(), "--output", files.path("none/output.txt")});
     EXPECT_EQ(read.code, 2);
     EXPECT_EQ(read.out, "");
-    EXPECT_EQ(linesOf(read.err).back(), "fins_panel: " + files.path() + "none/output.txt: cannot be written");
+    EXPECT_EQ(linesOf(read.err).back(), "fins_panel: " + files.path() + "none/output.txt: cannot be written: No such file or directory");
 }
 
 TEST_F(PanelRecipeTest, fileThatCannotBeRead)

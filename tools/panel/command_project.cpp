@@ -1,11 +1,11 @@
 #include "commands.h"
 
 #include "exit_codes.h"
+#include "output_file.h"
 #include "project.h"
 #include "tag_table.h"
 #include "values.h"
 
-#include <fstream>
 #include <iostream>
 
 static int sayProblems(const Problems &problems)
@@ -29,6 +29,7 @@ int runCheckProject(const DriverLibrary &library, const std::string &file)
 
 int runImportTags(const DriverLibrary &library, const std::string &file, const std::string &output)
 {
+    refuseInputs(output, {file});
     TagBook book(library);
     Problems problems;
     readTagFile(file, book, problems);
@@ -41,9 +42,6 @@ int runImportTags(const DriverLibrary &library, const std::string &file, const s
         std::cout << text;
         return EXIT_DONE;
     }
-    std::ofstream out(output);
-    out << text << std::flush;
-    if (!out)
-        throw UsageError(output + ": cannot be written");
+    replaceFile(output, text);
     return EXIT_DONE;
 }

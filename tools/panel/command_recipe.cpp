@@ -5,12 +5,12 @@
 #include "dry_run.h"
 #include "exit_codes.h"
 #include "fresh_values.h"
+#include "output_file.h"
 #include "progress_bar.h"
 #include "recipe_transfer.h"
 #include "values.h"
 #include "write_report.h"
 
-#include <fstream>
 #include <iostream>
 #include <memory>
 
@@ -29,6 +29,17 @@ Recipe findRecipe(const TagBook &book, const RecipeOptions &options, bool needVa
     if (needValues)
         requireValues(*named);
     return *named;
+}
+
+// The files that the recipe and its tags were read from.
+std::vector<std::string> inputsOf(const RecipeOptions &options)
+{
+    std::vector<std::string> inputs;
+    if (options.project)
+        inputs = options.project->files;
+    if (!options.project || !options.project->findRecipe(options.file))
+        inputs.push_back(options.file);
+    return inputs;
 }
 
 // The entries with the values that the latest read has brought.
@@ -174,10 +185,7 @@ int giveOut(const std::vector<RecipeEntry> &held, const std::string &output)
         std::cout << recipeFileText("", held);
         return EXIT_DONE;
     }
-    std::ofstream file(output);
-    file << recipeFileText(output, held) << std::flush;
-    if (!file)
-        throw UsageError(output + ": cannot be written");
+    replaceFile(output, recipeFileText(output, held));
     return EXIT_DONE;
 }
 
@@ -226,6 +234,7 @@ int runRecipe(const TagBook &book, const LinkOptions &link, Millis giveUp, const
 {
     const bool isWrite = options.task == RecipeTask::WRITE;
     const Recipe recipe = findRecipe(book, options, options.task != RecipeTask::READ);
+    refuseInputs(options.output, inputsOf(options));
     if (isWrite && options.dryRun)
         return showFrames(book, link, recipe);
     if (isWrite && options.confirm)

@@ -15,7 +15,8 @@ public:
     ProjectReader(const std::string &file, TagBook &tags, Problems &problems)
         : file_(file), tags_(tags), problems_(problems)
     {
-        project_.file = file;
+        project_.file  = file;
+        project_.files = {file};
     }
 
     Project read(const DataNode &root);
@@ -122,6 +123,7 @@ void ProjectReader::readTags(const DataNode *node)
     }
     const bool isAbsolute = node->text.compare(0, 1, "/") == 0;
     const std::string folder = isAbsolute ? "" : file_.substr(0, file_.rfind('/') + 1);
+    project_.files.push_back(folder + node->text);
     try {
         brokenTags_ = readTagFile(folder + node->text, tags_, problems_);
     } catch (const UsageError &error) {

@@ -20,6 +20,7 @@
 
 struct Project {
     std::string         file;
+    std::vector<std::string> files; // all that it was read from
     std::string         host; // as the positional argument of a command; empty: not given
     std::optional<long> timeoutMs;
     std::optional<long> station;
