@@ -1,6 +1,9 @@
 #include "plc_fixture.h"
 #include "support/temporary_file.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 // Project files: the memory and the settings that the simulator starts with, and what is said of bad ones.
 
 class PlcProjectTest : public PlcTest {
@@ -210,17 +213,21 @@ TEST_F(PlcProjectTest, whatBreaksTheParser)
 
 TEST_F(PlcProjectTest, filesThatNeverEnd)
 {
-    Process failing({FINS_PLC_PATH, "--project", "/dev/zero"});
-    EXPECT_EQ(failing.wait(), 2);
-    EXPECT_EQ(failing.errors(), "fins_plc: /dev/zero:1:1: the file is larger than 4 MiB; keep what belongs together in "
-                                "smaller files\n");
+    const std::string pipe = file.path() + ".pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    for (const std::string &name : {pipe, std::string("/dev/zero")}) {
+        Process failing({FINS_PLC_PATH, "--project", name});
+        EXPECT_EQ(failing.wait(), 2);
+        EXPECT_EQ(failing.errors(), "fins_plc: " + name + ": is not a regular file; name a file of text\n");
+    }
+    unlink(pipe.c_str());
 }
 
 TEST_F(PlcProjectTest, noFile)
 {
     Process failing({FINS_PLC_PATH, "--project", "/nonexistent/plc.toml"});
     EXPECT_EQ(failing.wait(), 2);
-    EXPECT_EQ(failing.errors(), "fins_plc: /nonexistent/plc.toml: cannot be read: No such file or directory\n");
+    EXPECT_EQ(failing.errors(), "fins_plc: /nonexistent/plc.toml: No such file or directory\n");
 }
 
 TEST_F(PlcProjectTest, checkProjectSaysThatNothingIsWrong)

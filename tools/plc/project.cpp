@@ -1,14 +1,11 @@
 #include "project.h"
 
+#include "common/file_reader.h"
 #include "profile.h"
 #include "project_memory.h"
 #include "settings.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
-#include <iterator>
 #include <tuple>
 
 namespace plc {
@@ -126,17 +123,10 @@ std::vector<std::string> parseProject(const std::string &text, const std::string
 
 std::vector<std::string> loadProject(const std::string &file, Options *options)
 {
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream)
-        return {file + ": cannot be read: " + std::strerror(errno)};
-    std::string text;
-    char buffer[65536];
-    // One piece more than may be parsed is enough to be told so; a device that never ends is not read on.
-    while (text.size() <= TOML_MAX_BYTES && (stream.read(buffer, sizeof buffer) || stream.gcount() > 0))
-        text.append(buffer, static_cast<std::size_t>(stream.gcount()));
-    if (stream.bad())
-        return {file + ": cannot be read: " + std::strerror(errno)};
-    return parseProject(text, file, options);
+    const FileContent content = readWholeFile(file, TOML_MAX_BYTES);
+    if (!content.problem.empty())
+        return {file + ": " + content.problem};
+    return parseProject(content.text, file, options);
 }
 
 std::string projectHelp()
