@@ -1,21 +1,13 @@
 #include "dry_run.h"
 
 #include "change_feed.h"
+#include "fins_layout.h"
 #include "recipe_transfer.h"
 #include "reply_judge.h"
 #include "watch_plan.h"
 
 #include <algorithm>
 #include <cstdio>
-
-// Memory Area Write: offset, size in bytes, field. Big-endian.
-enum {
-    MEM_AREA  = 28, // 1
-    MEM_WORD  = 29, // 2
-    MEM_BIT   = 31, // 1
-    MEM_COUNT = 32, // 2
-    MEM_DATA  = 34
-};
 
 static const qint32 REQUEST_ID_WRITE = 2;
 
@@ -65,8 +57,8 @@ bool DryRun::exchange(std::vector<std::string> &lines)
     if (requestKind(request.frame, size) == RequestKind::WRITE)
         lines.push_back(writeFrameText(request));
     QByteArray reply(std::max<qint32>(request.rcvLen, 0), '\0');
-    if (carriesFins(request.frame, size) && reply.size() > FRAME_SID)
-        reply.replace(FRAME_SID, 1, QByteArray(1, static_cast<char>(request.frame[FRAME_SID])));
+    if (carriesFins(request.frame, size) && reply.size() > FINS_SID)
+        reply.replace(FINS_SID, 1, QByteArray(1, static_cast<char>(request.frame[FINS_SID])));
     QString info;
     library_.dealRcvFrame(reply, info);
     return true;

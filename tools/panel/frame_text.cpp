@@ -1,42 +1,12 @@
 #include "frame_text.h"
 
 #include "fins_codes.h"
+#include "fins_layout.h"
 
 #include <algorithm>
 #include <cstdio>
 
 namespace {
-
-// Offset, size in bytes, field. Big-endian.
-enum {
-    TCP_MAGIC    = 0,  // 4  "FINS"
-    TCP_LENGTH   = 4,  // 4  number of bytes behind this field
-    TCP_COMMAND  = 8,  // 4
-    TCP_ERROR    = 12, // 4
-    TCP_SIZE     = 16,
-    CLIENT_NODE  = 16, // 4  handshake
-    SERVER_NODE  = 20, // 4  handshake, reply only
-    FINS_ICF     = 16, // 1
-    FINS_RSV     = 17, // 1
-    FINS_GCT     = 18, // 1
-    FINS_DNA     = 19, // 1
-    FINS_DA1     = 20, // 1
-    FINS_DA2     = 21, // 1
-    FINS_SNA     = 22, // 1
-    FINS_SA1     = 23, // 1
-    FINS_SA2     = 24, // 1
-    FINS_SID     = 25, // 1
-    FINS_COMMAND = 26, // 2  MRC, SRC
-    FINS_END     = 28, // 2  reply: end code
-    REPLY_DATA   = 30, // n  reply
-    MEM_AREA     = 28, // 1  request: memory area
-    MEM_WORD     = 29, // 2
-    MEM_BIT      = 31, // 1
-    MEM_COUNT    = 32, // 2
-    MEM_DATA     = 34, // n
-    RUN_PROGRAM  = 28, // 2
-    RUN_MODE     = 30  // 1
-};
 
 enum { MEMORY_READ = 0x0101, MEMORY_WRITE = 0x0102, RUN = 0x0401 };
 
@@ -75,7 +45,7 @@ public:
     }
 
     bool isFins() const { return has(FINS_COMMAND, 2) && get(TCP_COMMAND, 4) == 2; }
-    bool isReply() const { return (get(FINS_ICF, 1) & 0x40) != 0; }
+    bool isReply() const { return (get(FINS_ICF, 1) & ICF_RESPONSE) != 0; }
     unsigned command() const { return get(FINS_COMMAND, 2); }
 
 private:

@@ -1,22 +1,11 @@
 #include "reply_assembler.h"
 
+#include "fins_layout.h"
+
 #include <algorithm>
 #include <cstring>
 
-// FINS/TCP header: offset, size in bytes, field. Big-endian.
-enum {
-    TCP_MAGIC   = 0, // 4  "FINS"
-    TCP_LENGTH  = 4, // 4  number of bytes behind this field
-    TCP_COMMAND = 8, // 4  a reply's command; the error code (4) follows
-    TCP_SIZE    = 16
-};
-
 static const std::uint8_t MAGIC[TCP_LENGTH] = {'F', 'I', 'N', 'S'};
-
-static std::uint32_t get32(const std::uint8_t *at)
-{
-    return std::uint32_t(at[0]) << 24 | std::uint32_t(at[1]) << 16 | std::uint32_t(at[2]) << 8 | at[3];
-}
 
 ReplyAssembler::ReplyAssembler()
     : buffer_(REPLY_LIMIT + TCP_SIZE), used_(0), owed_(0), state_(AssemblyState::INCOMPLETE), frontSize_(0)

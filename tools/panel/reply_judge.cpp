@@ -1,33 +1,14 @@
 #include "reply_judge.h"
 
 #include "fins_codes.h"
-
-// Offset, size in bytes, field. Big-endian.
-enum {
-    TCP_COMMAND    = 8,  // 4  1: node addresses of the server, 2: a FINS frame
-    TCP_ERROR_CODE = 12, // 4
-    TCP_SIZE       = 16,
-    HANDSHAKE_SIZE = 24,
-    FINS_COMMAND   = 26, // 2  MRC, SRC
-    FINS_REPLY_SIZE = 30 // a reply without data ends here
-};
+#include "fins_layout.h"
 
 static const std::uint32_t TCP_NODE_ADDRESSES = 1;
 static const std::uint32_t TCP_FINS_FRAME     = 2;
 
-static std::uint16_t get16(const std::uint8_t *at)
-{
-    return static_cast<std::uint16_t>(at[0] << 8 | at[1]);
-}
-
-static std::uint32_t get32(const std::uint8_t *at)
-{
-    return static_cast<std::uint32_t>(get16(at)) << 16 | get16(at + 2);
-}
-
 bool carriesFins(const std::uint8_t *frame, std::size_t size)
 {
-    return size >= FRAME_END_CODE && get32(frame + TCP_COMMAND) == TCP_FINS_FRAME;
+    return size >= FINS_SIZE && get32(frame + TCP_COMMAND) == TCP_FINS_FRAME;
 }
 
 RequestKind requestKind(const std::uint8_t *request, std::size_t size)
@@ -51,17 +32,17 @@ Judgement judgeReply(const std::uint8_t *request, std::size_t requestSize, const
 {
     if (size < TCP_SIZE)
         return {Verdict::NO_ANSWER, 0};
-    if (const std::uint32_t error = get32(reply + TCP_ERROR_CODE))
+    if (const std::uint32_t error = get32(reply + TCP_ERROR))
         return {Verdict::TCP_ERROR, error};
     if (requestKind(request, requestSize) == RequestKind::HANDSHAKE)
         return judgeHandshake(reply, size);
-    if (get32(reply + TCP_COMMAND) != TCP_FINS_FRAME || size < FINS_REPLY_SIZE)
+    if (get32(reply + TCP_COMMAND) != TCP_FINS_FRAME || size < REPLY_DATA)
         return {Verdict::NO_ANSWER, 0};
-    if (reply[FRAME_SID] != request[FRAME_SID])
+    if (reply[FINS_SID] != request[FINS_SID])
         return {Verdict::NO_ANSWER, 0};
     if (get16(reply + FINS_COMMAND) != get16(request + FINS_COMMAND))
         return {Verdict::NO_ANSWER, 0};
-    const std::uint16_t endCode = get16(reply + FRAME_END_CODE);
+    const std::uint16_t endCode = get16(reply + FINS_END);
     if (!isNormalEnd(endCode))
         return {Verdict::REFUSED, endCode};
     return {Verdict::GOOD, 0};

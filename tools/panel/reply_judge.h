@@ -27,14 +27,6 @@ struct Judgement {
     std::uint32_t code;
 };
 
-/// Offsets of a reply that others look at too.
-enum {
-    REPLY_CLIENT_NODE = 19, // 1  handshake: this node
-    REPLY_SERVER_NODE = 23, // 1  handshake: the PLC's node
-    FRAME_SID         = 25, // 1  service ID of a command and of its reply
-    FRAME_END_CODE    = 28  // 2  MRES, SRES of a reply
-};
-
 RequestKind requestKind(const std::uint8_t *request, std::size_t size);
 
 /// `size` is 0 when no reply came. The checks are in the order of the bytes.

@@ -3,6 +3,7 @@
 #include "change_feed.h"
 #include "exit_codes.h"
 #include "fins_codes.h"
+#include "fins_layout.h"
 #include "stop_flag.h"
 #include "trace.h"
 #include "watch_plan.h"
@@ -197,9 +198,9 @@ void Runtime::exchange()
         return;
     }
     // A request that the driver holds on to keeps its service ID; every other one has the next.
-    if (inFlight_ && request_.frame[FRAME_SID] == lastSid_)
+    if (inFlight_ && request_.frame[FINS_SID] == lastSid_)
         ++statistics_.retries;
-    lastSid_ = request_.frame[FRAME_SID];
+    lastSid_ = request_.frame[FINS_SID];
     inFlight_ = true;
     const std::size_t size = static_cast<std::size_t>(std::clamp<qint32>(request_.sendLen, 0, VALUE_BUFFER_SIZE));
     const RequestKind kind = requestKind(request_.frame, size);
@@ -289,8 +290,8 @@ bool Runtime::startModeChange(const Judgement &judgement)
         return false;
     reply_.resize(static_cast<int>(link_.replySize()));
     std::memcpy(reply_.data(), link_.reply(), link_.replySize());
-    reply_[FRAME_END_CODE]     = static_cast<char>(plainEndCode(endCode) >> 8);
-    reply_[FRAME_END_CODE + 1] = static_cast<char>(plainEndCode(endCode) & 0xFF);
+    reply_[FINS_END]     = static_cast<char>(plainEndCode(endCode) >> 8);
+    reply_[FINS_END + 1] = static_cast<char>(plainEndCode(endCode) & 0xFF);
     return library_.dealRcvFrame(reply_, info_) == DEAL_REJECTED;
 }
 
@@ -308,8 +309,8 @@ void Runtime::noteNodes()
 {
     state_.on(LinkEvent::HANDSHAKE_ACCEPTED, Clock::now());
     nodes_ = QByteArray(reply_.constData(), reply_.size()); // leaves the reply its reserved room
-    clientNode_ = link_.reply()[REPLY_CLIENT_NODE];
-    serverNode_ = link_.reply()[REPLY_SERVER_NODE];
+    clientNode_ = link_.reply()[CLIENT_NODE + 3];
+    serverNode_ = link_.reply()[SERVER_NODE + 3];
     messages_.say("connected to " + peer() + ": this node " + std::to_string(clientNode_) + ", PLC node "
                   + std::to_string(serverNode_));
 }

@@ -1,5 +1,6 @@
 #include "tcp_link.h"
 
+#include "fins_layout.h"
 #include "reply_judge.h"
 #include "stop_flag.h"
 
@@ -190,9 +191,9 @@ ExchangeStatus TcpLink::exchange(const std::uint8_t *request, std::size_t size, 
         return sent;
     const ExchangeStatus status = receiveReply(request, size, start);
     const bool answered = status == ExchangeStatus::REPLY && carriesFins(reply(), replySize())
-                          && carriesFins(request, size) && reply()[FRAME_SID] == request[FRAME_SID];
+                          && carriesFins(request, size) && reply()[FINS_SID] == request[FINS_SID];
     if (!answered && carriesFins(request, size))
-        late_.unanswered(request[FRAME_SID]);
+        late_.unanswered(request[FINS_SID]);
     return status;
 }
 
@@ -299,7 +300,7 @@ bool TcpLink::awaitUntil(TimePoint deadline)
 bool TcpLink::isLate(const std::uint8_t *request, std::size_t size)
 {
     return carriesFins(request, size) && carriesFins(reply(), replySize())
-           && reply()[FRAME_SID] != request[FRAME_SID] && late_.settle(reply()[FRAME_SID]);
+           && reply()[FINS_SID] != request[FINS_SID] && late_.settle(reply()[FINS_SID]);
 }
 
 ExchangeStatus TcpLink::lost(const std::string &reason)
