@@ -22,6 +22,10 @@ enum {
     NODE_CLIENT   = 16, // 4
     NODE_SERVER   = 20, // 4
     NODE_SIZE     = 24,
+    FINS_ICF      = 16, // 1  information control field
+    FINS_TO       = 19, // 3  network, node and unit
+    FINS_FROM     = 22, // 3
+    FINS_SID      = 25, // 1  service ID
     FINS_COMMAND  = 26, // 2  MRC, SRC
     FINS_END_CODE = 28, // 2  of a reply
     READ_DATA     = 30, // n  of a reply
@@ -102,6 +106,9 @@ Answer answerFins(int changingWords)
             return 0;
         const std::size_t count = std::min<std::size_t>(get16(request + READ_COUNT), 999);
         std::copy(request + TCP_SIZE, request + FINS_END_CODE, reply + TCP_SIZE);
+        reply[FINS_ICF] = 0xC0; // a response
+        std::copy(request + FINS_FROM, request + FINS_SID, reply + FINS_TO);
+        std::copy(request + FINS_TO, request + FINS_FROM, reply + FINS_FROM);
         put16(reply + FINS_END_CODE, 0);
         put16(reply + TCP_LENGTH + 2, READ_DATA + 2 * count - TCP_COMMAND);
         putWords(reply + READ_DATA, count, changingWords, ++value);
