@@ -137,6 +137,19 @@ TEST_F(LinkCommandTest, another_protocol)
                       + " does not speak FINS/TCP; it began with 48 54 54 50 'HTTP'");
 }
 
+TEST_F(LinkCommandTest, unusable_node_addresses)
+{
+    PlayedPlc played;
+    const std::unique_ptr<Process> panel = startPanel({"link", played.host()});
+    const std::unique_ptr<PlayedLink> link = played.accept();
+    link->receive(20);
+    link->send(nodeReply(7, 0, 7));
+    const int code = panel->wait();
+    expectProblem({code, panel->output(), panel->errors()},
+                  "the connection is made, but there are no node addresses: this node and the PLC's are to be the "
+                  "same, 7");
+}
+
 class LinkErrorTest : public ::testing::TestWithParam<std::pair<unsigned, const char *>> {};
 
 TEST_P(LinkErrorTest, is_said_in_words)

@@ -104,6 +104,16 @@ TEST(Diagnosis, half_a_reply_before_and_after_the_node_address)
     }
 }
 
+TEST(Diagnosis, unusable_node_addresses)
+{
+    const Diagnosis unusable = of(LinkFailure::BAD_NODES, LinkPhase::HANDSHAKING,
+                                  "no node addresses: this node is to be 0, a node is 1 to 254");
+    EXPECT_EQ(unusable.problem, "the connection is made, but there are no node addresses: this node is to be 0, a node "
+                                "is 1 to 254");
+    EXPECT_EQ(unusable.remedies.front(),
+              "set the unit to assign node addresses by itself, for the range of its network");
+}
+
 TEST(Diagnosis, closed_before_and_after_the_node_address)
 {
     EXPECT_EQ(of(LinkFailure::CLOSED, LinkPhase::HANDSHAKING, "reset").problem,

@@ -55,6 +55,14 @@ static Diagnosis diagnoseTcpError(const LinkTrouble &trouble)
             {tcpErrorHint(trouble.tcpError)}};
 }
 
+static Diagnosis diagnoseNodes(const LinkTrouble &trouble, const Peer &peer)
+{
+    return {"the connection is made, but there are " + trouble.text,
+            {"set the unit to assign node addresses by itself, for the range of its network",
+             "check the node address of the PLC's Ethernet unit: 1 to 254, and no other's",
+             "fins_panel link " + peer.host + ":" + peer.port + " --trace=full     shows the addresses"}};
+}
+
 static Diagnosis diagnoseStranger(const Peer &peer, const std::string &stray)
 {
     const std::string what = stray.empty() ? "" : "; it began with " + strayText(stray);
@@ -104,6 +112,8 @@ Diagnosis diagnose(const LinkTrouble &trouble, const Peer &peer, const std::stri
         return diagnoseConnect(trouble, peer);
     if (trouble.failure == LinkFailure::TCP_ERROR)
         return diagnoseTcpError(trouble);
+    if (trouble.failure == LinkFailure::BAD_NODES)
+        return diagnoseNodes(trouble, peer);
     if (trouble.failure == LinkFailure::WRONG_PROTOCOL && trouble.phase == LinkPhase::HANDSHAKING)
         return diagnoseStranger(peer, stray);
     return diagnoseExchange(trouble, peer);

@@ -219,7 +219,7 @@ void Runtime::exchange()
         return;
     }
     if (judgement.verdict != Verdict::GOOD)
-        problem_ = replySize == 0 ? link_.problem() : "the reply does not answer the request";
+        problem_ = replySize == 0 ? link_.problem() : flawText(judgement.flaw, request_.frame, link_.reply());
     handOver(kind, judgement);
 }
 
@@ -234,7 +234,7 @@ void Runtime::handOver(RequestKind kind, const Judgement &judgement)
         return;
     }
     if (kind == RequestKind::HANDSHAKE && judgement.verdict != Verdict::GOOD) {
-        lose("no node addresses: " + problem_, failure);
+        lose("no node addresses: " + problem_, judgement.flaw == Flaw::NODES ? LinkFailure::BAD_NODES : failure);
         return;
     }
     if (judgement.verdict == Verdict::REFUSED)

@@ -34,6 +34,7 @@ enum class LinkFailure {
     SILENCE,         // no reply in time
     CUT_REPLY,       // part of a reply came in time, the rest did not
     WRONG_PROTOCOL,  // what came is no FINS/TCP reply
+    BAD_NODES,       // the node addresses that the PLC gives cannot be used; only the runtime sees this
     TCP_ERROR,       // the reply's FINS/TCP header refuses; only the runtime sees this
     OTHER
 };
