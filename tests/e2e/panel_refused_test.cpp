@@ -126,18 +126,86 @@ TEST_F(PanelRefusedTest, everythingRefused)
     EXPECT_EQ(tell("stats").find("ok connections=1 "), 0u);
 }
 
-// A single refusal is tried again at once, like a missing reply.
-TEST_F(PanelRefusedTest, lessRefusalsThanTheLimitLeaveNothingOut)
+// A PLC that is busy is asked again at once, as after a missing reply.
+TEST_F(PanelRefusedTest, aBusyPlcLeavesNothingOut)
 {
     start();
     const auto panel = watch({"DM:0", "--interval", "1", "--json", "--retries", "3"});
     EXPECT_EQ(eventOf(panel->readLine()), event("DM:0", "first", "null", "0", "good"));
-    ASSERT_EQ(tell("fault end-code=2201#2"), "ok");
-    EXPECT_EQ(eventOf(panel->readLine()), event("DM:0", "quality", "0", "0", "refused"));
-    EXPECT_EQ(eventOf(panel->readLine()), event("DM:0", "quality", "0", "0", "good"));
+    ASSERT_EQ(tell("fault end-code=0204#2"), "ok");
+    ASSERT_EQ(tell("write DM:0 1"), "ok");
+    EXPECT_EQ(eventOf(panel->readLine()), event("DM:0", "change", "0", "1", "good"));
+    ASSERT_EQ(tell("fault end-code=0204#3"), "ok");
+    EXPECT_EQ(eventOf(panel->readLine()), event("DM:0", "quality", "1", "1", "refused"));
     EXPECT_EQ(interrupt(*panel), 0);
     EXPECT_EQ(withoutHints(panel->errors()),
-              connectedLine() + "the PLC refuses to read DM:0: 2201 (not possible during execution)\n");
+              connectedLine() + "the PLC refuses to read DM:0: 0204 (the destination node is busy)\n");
+}
+
+// ---- Blocks of which only a part is refused; the small profile's DM ends at 2047 ----------------------------------
+
+// Items that the driver reads in one request.
+TEST_F(PanelRefusedTest, neighboursAreRead)
+{
+    startSmall();
+    ASSERT_EQ(tell("write DM:2040 7"), "ok");
+    const PanelRun ended = run("read", {"DM:2040", "DM:2050"});
+    EXPECT_EQ(ended.code, 1);
+    EXPECT_EQ(ended.out, "DM:2040 = 7\n");
+    EXPECT_EQ(ended.err,
+              connectedLine() + "the PLC refuses to read DM:2050: 1103 (the first address is out of range)\n");
+    EXPECT_EQ(tell("stats").find("ok connections=1 requests=4 "), 0u); // node addresses, the block, its halves
+}
+
+// The node addresses, the block of 64 words, and two requests for each of six halvings.
+TEST_F(PanelRefusedTest, oneWordOf64IsFoundWithTwelveRequestsMore)
+{
+    startSmall();
+    ASSERT_EQ(tell("write DM:2047 9"), "ok");
+    Words items;
+    for (int word = 1985; word <= 2048; ++word)
+        items.push_back("DM:" + std::to_string(word));
+    const PanelRun ended = run("read", items);
+    EXPECT_EQ(ended.code, 1);
+    EXPECT_EQ(linesOf(ended.out).size(), 63u);
+    EXPECT_EQ(linesOf(ended.out).back(), "DM:2047 = 9");
+    EXPECT_EQ(ended.err,
+              connectedLine() + "the PLC refuses to read DM:2048: 1103 (the first address is out of range)\n");
+    EXPECT_EQ(tell("stats").find("ok connections=1 requests=14 "), 0u) << tell("stats");
+}
+
+TEST_F(PanelRefusedTest, aValueWithARefusedWordIsRefused)
+{
+    startSmall();
+    ASSERT_EQ(tell("write DM:2045 1 2 3"), "ok");
+    const PanelRun ended = run("read", {"DM:2045/u32", "DM:2047/u32"});
+    EXPECT_EQ(ended.code, 1);
+    EXPECT_EQ(ended.out, "DM:2045/u32 = 131073\n");
+    EXPECT_EQ(ended.err,
+              connectedLine() + "the PLC refuses to read DM:2048: 1103 (the first address is out of range)\n");
+}
+
+TEST_F(PanelRefusedTest, wordsThatTouchAreSaidOnce)
+{
+    startSmall();
+    const auto panel = watch({"DM:2046:5", "--interval", "1", "--json"});
+    Words events;
+    for (int i = 0; i < 5; ++i)
+        events.push_back(eventOf(panel->readLine()));
+    std::sort(events.begin(), events.end());
+    EXPECT_EQ(events, (Words{event("DM:2046", "first", "null", "0", "good"),
+                             event("DM:2047", "first", "null", "0", "good"),
+                             event("DM:2048", "quality", "null", "null", "refused"),
+                             event("DM:2049", "quality", "null", "null", "refused"),
+                             event("DM:2050", "quality", "null", "null", "refused")}));
+    ASSERT_EQ(tell("write DM:2047 5"), "ok");
+    EXPECT_EQ(eventOf(panel->readLine()), event("DM:2047", "change", "0", "5", "good"));
+    EXPECT_EQ(interrupt(*panel), 0);
+    EXPECT_EQ(panel->output(), "");
+    EXPECT_EQ(panel->errors(),
+              connectedLine() + "the PLC refuses to read DM:2048:3: 1103 (the first address is out of range)\n"
+                                "hint: this PLC has less memory than the largest one; compare the address with its "
+                                "manual\n");
 }
 
 // ---- Against a PLC that the test plays ---------------------------------------------------------------------------
@@ -205,6 +273,38 @@ TEST_F(PanelPlayedRefusalTest, aRefusedBlockIsNotAskedForBeforeItsTime)
         link->answer("0101 0000 0007");
     }
     EXPECT_EQ(interrupt(*panel), 0);
+}
+
+// A hole in the middle of a block: it is found, and no request covers it any more.
+TEST_F(PanelPlayedRefusalTest, aHoleIsLeftOut)
+{
+    startWatch({"DM:0:2", "DM:3", "DM:9", "--retry-refused", "3600"}, 3);
+    const auto serve = [this] {
+        const std::string command = link->command();
+        const auto first = std::stoul(command.substr(6, 4), nullptr, 16);
+        const auto count = std::stoul(command.substr(12, 4), nullptr, 16);
+        std::string data;
+        for (std::size_t word = first; word < first + count; ++word)
+            data += hexNumber(100 + word, 4);
+        link->answer(first <= 3 && 3 < first + count ? "0101 1103" : "0101 0000" + data);
+        return command.substr(6, 4) + " " + command.substr(12, 4);
+    };
+    Words asked;
+    for (int i = 0; i < 5; ++i)
+        asked.push_back(serve());
+    EXPECT_EQ(asked, (Words{"0000 000A", "0000 0002", "0003 0007", "0003 0001", "0009 0001"}));
+    Words lines;
+    for (int i = 0; i < 3; ++i)
+        lines.push_back(nextChange(*panel));
+    EXPECT_EQ(lines, (Words{"DM:0 - 100", "DM:1 - 101", "DM:9 - 109"}));
+    std::map<std::string, int> polls;
+    for (int i = 0; i < 20; ++i)
+        ++polls[serve()];
+    EXPECT_EQ(polls, (std::map<std::string, int>{{"0000 0002", 10}, {"0009 0001", 10}}));
+    EXPECT_EQ(interrupt(*panel), 0);
+    EXPECT_EQ(withoutHints(panel->errors()),
+              "connected to " + played.host() + ": this node 239, PLC node 1\n"
+              "the PLC refuses to read DM:3: 1103 (the first address is out of range)\n");
 }
 
 // The driver would take a refused reply of the right length for data.
@@ -275,10 +375,8 @@ TEST_F(PanelPlayedRefusalTest, silenceLeavesRefusedValuesRefused)
     startWatch({"DM:0", "HR:0", "--retry-refused", "3600", "--csv", "--timeout", "50"}, 100);
     EXPECT_EQ(link->command(), plainHex("0101 82 0000 00 0001"));
     link->answer("0101 0000 0007");
-    for (int i = 0; i < 100; ++i) {
-        EXPECT_EQ(link->command(), plainHex("0101 B2 0000 00 0001"));
-        link->answer("0101 1101");
-    }
+    EXPECT_EQ(link->command(), plainHex("0101 B2 0000 00 0001"));
+    link->answer("0101 1101");
     EXPECT_EQ(link->command(), plainHex("0101 82 0000 00 0001"));
     EXPECT_EQ(link->command(), plainHex("0101 82 0000 00 0001"));
     link->answer("0101 0000 0008");

@@ -55,7 +55,7 @@ TEST(WatchPlan, CutsLongItemsToFrames)
 
 TEST(WatchPlan, SplitsItemsThatShareWords)
 {
-    EXPECT_EQ(planText({"DM:100:3", "DM:101"}, 64), "DM:100 DM:101 DM:102 DM:101");
+    EXPECT_EQ(planText({"DM:100:3", "DM:101"}, 64), "DM:100 DM:101 DM:101 DM:102");
     EXPECT_EQ(planText({"DM:100:2", "DM:102"}, 64), "DM:100:2 DM:102");
     EXPECT_EQ(planText({"DM:100:2", "DM_bit:101.15:3"}, 64), "DM:100 DM:101 DM_bit:101.15 DM_bit:102.0:2");
     EXPECT_EQ(planText({"DM:100:2", "HR:100:2"}, 64), "DM:100:2 HR:100:2");
@@ -64,7 +64,7 @@ TEST(WatchPlan, SplitsItemsThatShareWords)
 TEST(WatchPlan, SeesSharedWordsBehindAShorterItem)
 {
     EXPECT_EQ(planText({"DM:0:9", "DM:1", "DM:5:2"}, 64),
-              "DM:0 DM:1 DM:2 DM:3 DM:4 DM:5 DM:6 DM:7 DM:8 DM:1 DM:5 DM:6");
+              "DM:0 DM:1 DM:1 DM:2 DM:3 DM:4 DM:5 DM:5 DM:6 DM:6 DM:7 DM:8");
 }
 
 TEST(WatchPlan, FillsInTagAndKind)

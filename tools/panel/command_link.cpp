@@ -78,6 +78,7 @@ private:
     std::vector<Item> answered_; // of these, the ones that the PLC lets read
     Judgement         judgement_{Verdict::NO_ANSWER, 0}; // of the latest read
     FRAME_PRO         read_{};                           // the latest read
+    bool              isLeftOut_ = false;                // since the PLC refuses it
     std::size_t       refused_ = 0;
     bool              isLost_  = false;
 };
@@ -88,12 +89,14 @@ void LinkCheck::note(const Exchange &exchange)
         return;
     judgement_ = exchange.judgement;
     read_      = exchange.request;
+    isLeftOut_ = exchange.leftOut;
 }
 
 // Returns false if the link is lost.
 bool LinkCheck::step()
 {
     judgement_ = {Verdict::NO_ANSWER, 0};
+    isLeftOut_ = false;
     isLost_    = false;
     runtime_.step(TimePoint::max());
     return !stopRequested() && !isLost_;
@@ -134,11 +137,10 @@ bool LinkCheck::readAreas()
     while (!awaited.complete()) {
         if (!step())
             return false;
-        const bool refused = judgement_.verdict == Verdict::REFUSED;
-        if (judgement_.verdict != Verdict::GOOD && !refused)
+        if (judgement_.verdict != Verdict::GOOD && !isLeftOut_)
             continue;
         if (awaited.settle(read_.regType, read_.address, read_.count) > 0)
-            printArea(refused);
+            printArea(isLeftOut_);
     }
     return true;
 }

@@ -160,6 +160,12 @@ std::string endCodeText(std::uint16_t endCode)
     return codeText(findCode(END_CODES, code), code, "%04X");
 }
 
+bool isPassing(std::uint16_t endCode)
+{
+    const CodeText *row = findCode(END_CODES, withoutFlags(endCode));
+    return row && row->hint == REPEAT;
+}
+
 std::string endCodeHint(std::uint16_t endCode)
 {
     const CodeText *row = findCode(END_CODES, withoutFlags(endCode));

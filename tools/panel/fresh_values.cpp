@@ -19,11 +19,10 @@ void FreshValues::restart()
 
 void FreshValues::note(const Exchange &exchange)
 {
-    const bool refused = exchange.judgement.verdict == Verdict::REFUSED;
-    if (exchange.kind != RequestKind::READ || !(exchange.accepted || refused))
+    if (exchange.kind != RequestKind::READ || !(exchange.accepted || exchange.leftOut))
         return;
     const FRAME_PRO &request = exchange.request;
-    if (awaited_.settle(request.regType, request.address, request.count) > 0 && refused)
+    if (awaited_.settle(request.regType, request.address, request.count) > 0 && exchange.leftOut)
         refused_.push_back({request.regType, request.address, request.count, false});
 }
 

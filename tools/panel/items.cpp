@@ -150,6 +150,14 @@ std::vector<Item> cutItem(const Item &item, qint32 limit)
     return pieces;
 }
 
+Item wordsOf(const Item &item, qint32 first, qint32 end)
+{
+    const qint32 unit = item.isBit ? 16 : 1;
+    const qint32 from = std::max(item.address, first * unit);
+    const qint32 to   = std::min(item.address + item.count, end * unit);
+    return {item.regType, from, to - from, item.isBit};
+}
+
 std::string addressText(const QString &regType, qint32 address)
 {
     std::string text = regType.toStdString() + ":";

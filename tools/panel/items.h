@@ -47,6 +47,9 @@ void refuseOverlaps(const std::vector<Item> &items);
 /// `item` in pieces of at most `limit` words, or bits for a bit type.
 std::vector<Item> cutItem(const Item &item, qint32 limit);
 
+/// The part of `item` that lies in the words from `first` up to `end`; some of it has to.
+Item wordsOf(const Item &item, qint32 first, qint32 end);
+
 /// "DM:100", "DM_bit:100.5"; itemText adds the count where it is not 1.
 std::string addressText(const QString &regType, qint32 address);
 std::string itemText(const QString &regType, qint32 address, qint32 count);

@@ -32,9 +32,9 @@ static const qint32 MODE_CHANGE_RETRIES = 2;
 
 Runtime::Runtime(const DriverLibrary &library, const LinkOptions &options)
     : library_(library), options_(options), link_(options.timeout), state_(Clock::now()), plan_(options.refusedPause),
-      request_(), hasSwitched_(false), needsNodes_(false), inFlight_(false), lastSid_(0), wasOnline_(false), writesSincePoll_(0),
-      statistics_(options.statistics ? *options.statistics : ownStatistics_), answering_(false), clientNode_(0),
-      serverNode_(0), roundTrip_(0)
+      request_(), hasSwitched_(false), needsNodes_(false), inFlight_(false), isPoll_(false), lastSid_(0),
+      wasOnline_(false), writesSincePoll_(0), statistics_(options.statistics ? *options.statistics : ownStatistics_),
+      answering_(false), clientNode_(0), serverNode_(0), roundTrip_(0)
 {
     if (options_.allowModeChange && options_.retries < MODE_CHANGE_RETRIES)
         throw UsageError("--allow-mode-change needs --retries 2 or more: with 1 the driver drops the link instead");
@@ -67,15 +67,22 @@ void Runtime::setWordsPerFrame(qint32 wordsPerFrame)
 
 void Runtime::watch(const std::vector<Item> &items)
 {
-    plan_.set(items);
+    plan_.set(items, options_.wordsPerFrame);
     handOverPlan();
+}
+
+void Runtime::beginTurn()
+{
+    if (plan_.hasNextTurn(plan_.leavesAnyOut() ? Clock::now() : TimePoint()))
+        handOverPlan();
 }
 
 // The job that meets the node addresses is a read, and comes again with the next cycle.
 void Runtime::handOverPlan()
 {
-    QList<KEY_ADDRESS> plan = plan_.addresses(options_.wordsPerFrame);
-    library_.addrMerge(plan);
+    QList<KEY_ADDRESS> turn = plan_.nextTurn();
+    library_.addrMerge(turn);
+    plan_.begin(turn);
     handOverNodes();
 }
 
@@ -88,21 +95,59 @@ void Runtime::handOverNodes()
     needsNodes_ = false;
 }
 
-// The driver has just closed the refused read, and its link with it: no job is running.
-void Runtime::leaveOut()
+// The PLC's refusal is its answer. The driver is not shown it, but told of missing replies until it closes the read,
+// and its link with it: no job is running then.
+void Runtime::refuseRead(const Judgement &judgement)
 {
-    plan_.leaveOut(polledBlock(), Clock::now());
+    const auto endCode = static_cast<std::uint16_t>(judgement.code);
+    const bool isRepeated = isPassing(endCode);
+    qint32 result = DEAL_REJECTED;
+    reply_.resize(0);
+    do {
+        result = library_.dealRcvFrame(reply_, info_);
+    } while (result == DEAL_REJECTED && !isRepeated);
+    const bool isClosed = result == DEAL_DROPPED;
+    const bool leftOut = isClosed && (!isPoll_ || plan_.refuse(polledBlock(), endCode, !isRepeated, Clock::now()));
+    Exchange exchange = {request_, RequestKind::READ, judgement, false};
+    exchange.leftOut = leftOut;
+    for (const auto &call : exchangeCalls_)
+        call(exchange);
+    if (!isClosed)
+        return;
+    inFlight_ = false;
     state_.on(LinkEvent::NODES_FORGOTTEN, sentAt_);
     needsNodes_ = true;
     handOverPlan();
+    sayRefusedReads();
+}
+
+static std::string readRefusalText(const Item &block)
+{
+    return "the PLC refuses to read " + itemText(block) + ": ";
 }
 
 void Runtime::noteRead()
 {
-    if (!plan_.noteRead(polledBlock()))
-        return;
-    saidRefusals_.forget(refusalText(RequestKind::READ));
-    messages_.say(itemText(polledBlock()) + " can be read again");
+    for (const Item &block : plan_.noteRead(polledBlock())) {
+        saidRefusals_.forget(readRefusalText(block));
+        messages_.say(itemText(block) + " can be read again");
+    }
+    sayRefusedReads();
+}
+
+// Of what is refused again and again it is said once, and the hint follows the last one that it is for.
+void Runtime::sayRefusedReads()
+{
+    std::vector<PollPlan::Refusal> fresh;
+    for (const PollPlan::Refusal &refusal : plan_.takeRefusals()) {
+        if (saidRefusals_.isNew(readRefusalText(refusal.block) + endCodeText(refusal.endCode)))
+            fresh.push_back(refusal);
+    }
+    for (std::size_t i = 0; i < fresh.size(); ++i) {
+        const std::uint16_t endCode = fresh[i].endCode;
+        const bool isLast = i + 1 == fresh.size() || fresh[i + 1].endCode != endCode;
+        messages_.say(readRefusalText(fresh[i].block) + endCodeText(endCode), isLast ? endCodeHint(endCode) : "");
+    }
 }
 
 // The driver has nothing to send: everything is refused.
@@ -148,8 +193,8 @@ void Runtime::connect()
 ExchangeStatus Runtime::transfer(RequestKind kind, std::size_t size)
 {
     // Recipe frames carry the number of an earlier request.
-    const bool isPoll = request_.requestId == REQUEST_ID_POLL && kind == RequestKind::READ;
-    if (isPoll && writesSincePoll_ > 0 && !recipeRunning())
+    isPoll_ = request_.requestId == REQUEST_ID_POLL && kind == RequestKind::READ && !recipeRunning();
+    if (isPoll_)
         writesSincePoll_ = 0;
     ++statistics_.requests;
     if (kind == RequestKind::WRITE || kind == RequestKind::MODE_CHANGE) {
@@ -189,10 +234,8 @@ void Runtime::count(ExchangeStatus status, const Judgement &judgement)
 
 void Runtime::exchange()
 {
-    if (!inFlight_ && plan_.leavesAnyOut() && plan_.isDue(Clock::now())) {
-        plan_.putBack();
-        handOverPlan();
-    }
+    if (!inFlight_ && plan_.turnIsOver())
+        beginTurn();
     if (library_.getSendFrame(&request_) == 0) {
         idle();
         return;
@@ -237,21 +280,17 @@ void Runtime::handOver(RequestKind kind, const Judgement &judgement)
         lose("no node addresses: " + problem_, judgement.flaw == Flaw::NODES ? LinkFailure::BAD_NODES : failure);
         return;
     }
-    if (judgement.verdict == Verdict::REFUSED)
-        sayRefusal(kind, judgement);
-    const bool answered = judgement.verdict == Verdict::GOOD || judgement.verdict == Verdict::REFUSED;
-    if (kind == RequestKind::MODE_CHANGE && answered) {
-        endModeChange(judgement);
+    if (judgement.verdict == Verdict::REFUSED) {
+        refuse(kind, judgement);
         return;
     }
-    if (kind == RequestKind::WRITE && judgement.verdict == Verdict::REFUSED) {
-        refuseWrite(judgement);
+    if (kind == RequestKind::MODE_CHANGE && judgement.verdict == Verdict::GOOD) {
+        endModeChange(judgement);
         return;
     }
     const std::size_t size = judgement.verdict == Verdict::GOOD ? link_.replySize() : 0;
     reply_.resize(static_cast<int>(size));
     std::memcpy(reply_.data(), link_.reply(), size);
-    const bool isRefusedPoll = judgement.verdict == Verdict::REFUSED && kind == RequestKind::READ && !recipeRunning();
     const qint32 result = library_.dealRcvFrame(reply_, info_);
     if (result == DEAL_ACCEPTED)
         accepted(kind);
@@ -264,11 +303,22 @@ void Runtime::handOver(RequestKind kind, const Judgement &judgement)
     if (result != DEAL_DROPPED)
         return;
     inFlight_ = false; // the driver has closed the job itself
-    if (isRefusedPoll)
-        leaveOut();
+    lose(problem_ + (options_.retries > 1 ? ", " + std::to_string(options_.retries) + " times in a row" : ""), failure);
+}
+
+// The PLC answers with an end code. What is refused in the end is said elsewhere: of reads by sayRefusedReads(), of
+// writes and mode changes by who ordered them.
+void Runtime::refuse(RequestKind kind, const Judgement &judgement)
+{
+    const std::string code = endCodeText(static_cast<std::uint16_t>(judgement.code));
+    problem_ = "the PLC refuses " + code;
+    statistics_.noteError(refusalText(kind) + code);
+    if (kind == RequestKind::MODE_CHANGE)
+        endModeChange(judgement);
+    else if (kind == RequestKind::WRITE)
+        refuseWrite(judgement);
     else
-        lose(problem_ + (options_.retries > 1 ? ", " + std::to_string(options_.retries) + " times in a row" : ""),
-             failure);
+        refuseRead(judgement);
 }
 
 void Runtime::refuseWrite(const Judgement &judgement)
@@ -324,6 +374,8 @@ void Runtime::accepted(RequestKind kind)
         state_.on(LinkEvent::READ_ACCEPTED, sentAt_);
         wasOnline_ = true;
         statistics_.wordsRead += static_cast<unsigned long>(request_.count);
+        if (isPoll_)
+            plan_.countPoll();
         if (plan_.awaitsAny())
             noteRead();
     } else if (kind == RequestKind::WRITE) {
@@ -340,17 +392,6 @@ std::string Runtime::refusalText(RequestKind kind) const
            + itemText(request_.regType, request_.address, request_.count) + ": ";
 }
 
-// A refusal that comes again and again is said once. What became of writes and mode changes says who ordered them.
-void Runtime::sayRefusal(RequestKind kind, const Judgement &judgement)
-{
-    const std::string code = endCodeText(static_cast<std::uint16_t>(judgement.code));
-    problem_ = "the PLC refuses " + code;
-    const std::string text = refusalText(kind);
-    statistics_.noteError(text + code);
-    if (kind == RequestKind::READ && saidRefusals_.isNew(text + code))
-        messages_.say(text + code, endCodeHint(static_cast<std::uint16_t>(judgement.code)));
-}
-
 // Counts what was rejected for another reason than an end code.
 void Runtime::noteRejection(const Judgement &judgement)
 {
@@ -358,8 +399,7 @@ void Runtime::noteRejection(const Judgement &judgement)
         ++statistics_.wrong;
         answering_ = false;
     }
-    if (judgement.verdict != Verdict::REFUSED)
-        statistics_.noteError(problem_);
+    statistics_.noteError(problem_);
 }
 
 // Closes the job in progress as failed and makes the driver start with the handshake: only the driver itself can drop

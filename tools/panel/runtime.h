@@ -26,8 +26,9 @@
 // link is online and no request is in flight, so that it becomes the next job; and when the link is lost, the driver is
 // told of missing replies until it has closed that job and become unconnected.
 //
-// A poll read that the PLC refuses as often as `retries` says is left out of the plan for a while. The driver closes
-// such a read only together with its link, so it gets the node addresses of the connection, which stands, once more.
+// A read that the PLC refuses is an answer, and is not repeated: the driver is told of missing replies until it closes
+// the read. It does so only together with its link, so it then gets the node addresses of the connection, which stands,
+// once more. Only where the PLC is said to be busy the read is sent again, as often as `retries` says.
 //
 // A write that the PLC refuses is closed in the same way, so that nothing behind it goes out by itself. Where the PLC's
 // operating mode is the reason the driver would put a RUN command before the write and send both. Its RUN command goes
@@ -59,6 +60,7 @@ struct Exchange {
     Judgement        judgement; // of the reply as it was received
     bool             accepted;  // by the driver
     bool             switches = false; // a write was refused for the operating mode, and the PLC is asked for another
+    bool             leftOut = false; // a read that the PLC refuses in the end: it is not tried by halves
 };
 
 /// Why the link is not up, as of the last attempt or loss.
@@ -79,6 +81,9 @@ public:
 
     /// True if a word of the item is left out of the poll, since the PLC refuses to read it.
     bool leavesOut(const Item &item) const { return plan_.leavesOut(item); }
+
+    /// False while parts of refused blocks are tried, and while the poll makes up for what that has broken off.
+    bool isSteady() const { return plan_.isSteady(); }
 
     /// The words of one request from now on, between two steps. Queues, poll and data image of the driver are emptied:
     /// watch() has to follow.
@@ -154,12 +159,14 @@ private:
     [[gnu::cold]] void configure();
     [[gnu::cold]] void connect();
     [[gnu::cold]] void handOverPlan();
-    [[gnu::cold]] void leaveOut();
+    void beginTurn();
+    [[gnu::cold]] void refuseRead(const Judgement &judgement);
     [[gnu::cold]] void noteRead();
+    [[gnu::cold]] void sayRefusedReads();
     [[gnu::cold]] void noteNodes();
     [[gnu::cold]] void idle();
     [[gnu::cold]] std::string refusalText(RequestKind kind) const;
-    [[gnu::cold]] void sayRefusal(RequestKind kind, const Judgement &judgement);
+    [[gnu::cold]] void refuse(RequestKind kind, const Judgement &judgement);
     [[gnu::cold]] void noteRejection(const Judgement &judgement);
     [[gnu::cold]] void makeUnconnected();
     [[gnu::cold]] void closeJob();
@@ -184,6 +191,7 @@ private:
     bool                 needsNodes_;     // the driver has forgotten them, though the connection stands
     QString              info_;
     bool                 inFlight_;       // the driver still holds a request that awaits its reply
+    bool                 isPoll_;         // the request is one of the cyclic poll
     std::uint8_t         lastSid_;         // the service ID of the request before
     bool                 wasOnline_;
     int                  writesSincePoll_;

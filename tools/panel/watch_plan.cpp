@@ -20,20 +20,6 @@ static std::vector<Item> cutToFrames(const std::vector<Item> &items, qint32 word
     return pieces;
 }
 
-// `piece` in parts that each lie in one word.
-static std::vector<Item> splitAtWords(const Item &piece)
-{
-    std::vector<Item> parts;
-    if (!piece.isBit)
-        return cutItem(piece, 1);
-    for (qint32 at = piece.address; at < piece.address + piece.count;) {
-        const qint32 next = std::min(piece.address + piece.count, (at / 16 + 1) * 16);
-        parts.push_back({piece.regType, at, next - at, true});
-        at = next;
-    }
-    return parts;
-}
-
 static bool lessByWord(const Item &a, const Item &b)
 {
     return std::make_tuple(a.wordType(), a.firstWord(), a.endWord())
@@ -67,31 +53,40 @@ static QString literalName(const QString &regType)
     return found == std::end(NAMES) ? regType : *found;
 }
 
-static void append(QList<KEY_ADDRESS> &plan, const Item &item)
-{
-    KEY_ADDRESS address;
-    address.requestTag = VARIABLE_TAG;
-    address.regType    = literalName(item.regType);
-    address.address    = item.address;
-    address.count      = item.count;
-    address.dataKind   = item.isBit ? -1 : 0;
-    std::fill(address.data, address.data + VALUE_BUFFER_SIZE, quint8(0));
-    plan.append(address);
-}
-
-QList<KEY_ADDRESS> planWatch(const std::vector<Item> &items, qint32 wordsPerFrame)
+std::vector<Item> planPieces(const std::vector<Item> &items, qint32 wordsPerFrame)
 {
     std::vector<Item> pieces = cutToFrames(items, wordsPerFrame);
     std::sort(pieces.begin(), pieces.end(), lessByWord);
     const std::vector<bool> shared = findShared(pieces);
-    QList<KEY_ADDRESS> plan;
+    std::vector<Item> parts;
     for (std::size_t i = 0; i < pieces.size(); ++i) {
-        if (!shared[i]) {
-            append(plan, pieces[i]);
-            continue;
-        }
-        for (const Item &part : splitAtWords(pieces[i]))
-            append(plan, part);
+        const Item &piece = pieces[i];
+        if (!shared[i])
+            parts.push_back(piece);
+        for (qint32 word = piece.firstWord(); shared[i] && word < piece.endWord(); ++word)
+            parts.push_back(wordsOf(piece, word, word + 1));
     }
-    return plan;
+    std::stable_sort(parts.begin(), parts.end(), lessByWord);
+    return parts;
+}
+
+QList<KEY_ADDRESS> toAddresses(const std::vector<Item> &pieces)
+{
+    QList<KEY_ADDRESS> addresses;
+    for (const Item &piece : pieces) {
+        KEY_ADDRESS address;
+        address.requestTag = VARIABLE_TAG;
+        address.regType    = literalName(piece.regType);
+        address.address    = piece.address;
+        address.count      = piece.count;
+        address.dataKind   = piece.isBit ? -1 : 0;
+        std::fill(address.data, address.data + VALUE_BUFFER_SIZE, quint8(0));
+        addresses.append(address);
+    }
+    return addresses;
+}
+
+QList<KEY_ADDRESS> planWatch(const std::vector<Item> &items, qint32 wordsPerFrame)
+{
+    return toAddresses(planPieces(items, wordsPerFrame));
 }

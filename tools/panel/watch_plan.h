@@ -11,9 +11,15 @@
 /// under the tag of their first item only.
 constexpr qint32 VARIABLE_TAG = 1;
 
-/// The items for intf_addrMerge. No item is longer than `wordsPerFrame` words, since the driver never cuts one. Where
-/// items share words they are handed over word by word: of two items of which one lies inside the other, the driver
+/// The items in pieces, sorted by their words. No piece is longer than `wordsPerFrame` words, since the driver never
+/// cuts one. Where items share words the pieces are words: of two items of which one lies inside the other, the driver
 /// would poll the words only up to the end of the inner one.
+std::vector<Item> planPieces(const std::vector<Item> &items, qint32 wordsPerFrame);
+
+/// The pieces for intf_addrMerge.
+QList<KEY_ADDRESS> toAddresses(const std::vector<Item> &pieces);
+
+/// Both at once.
 QList<KEY_ADDRESS> planWatch(const std::vector<Item> &items, qint32 wordsPerFrame);
 
 #endif

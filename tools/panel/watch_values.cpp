@@ -78,7 +78,7 @@ void WatchValues::noteExchange(const Exchange &exchange)
     const bool isRead = exchange.kind == RequestKind::READ;
     if (isRead && exchange.accepted)
         noteFresh(block);
-    else if (isRead && exchange.judgement.verdict == Verdict::REFUSED)
+    else if (isRead && exchange.leftOut)
         noteRefused(block);
     noteChanges();
 }

@@ -19,8 +19,8 @@ WatchView::WatchView(Runtime &runtime, const WatchValues &values)
     runtime.messages().redirect([this](const Message &message) { recent_.add(message); });
     runtime.onTick([this] { tick(); });
     runtime.onExchange([this](const Exchange &exchange) {
-        if (exchange.judgement.verdict == Verdict::REFUSED)
-            cycle_.restart(); // the block may be the one with which the cycle began, and be left out now
+        if (exchange.judgement.verdict == Verdict::REFUSED || !runtime_.isSteady())
+            cycle_.restart(); // the block with which the cycle began may not be polled as it was
         else if (exchange.kind == RequestKind::READ && exchange.judgement.verdict != Verdict::NO_ANSWER)
             cycle_.note(exchange.request.regType, exchange.request.address, Clock::now());
     });
