@@ -206,6 +206,42 @@ TEST_F(PanelRecipeTest, refusedBlock)
     }
 }
 
+// The small profile's DM ends at 2047.
+TEST_F(PanelRecipeTest, whatIsNotRefusedIsRead)
+{
+    start({"--profile", "small"});
+    ASSERT_EQ(tell("write DM:2040 1 2"), "ok");
+    ASSERT_EQ(tell("write HR:0 7"), "ok");
+    writeRecipe("DM:2040:2 = 1 2\nDM:2046:4 = 1 2 3 4\nHR:0 = 7\n");
+    const std::string refusal = "the PLC refuses to read DM:2048:2: 1103 (the first address is out of range)\n"
+                                "refused (1 of 3 variables): DM:2046:4\n";
+    const PanelRun read = run("recipe read", {recipe()});
+    EXPECT_EQ(read.code, 1);
+    EXPECT_EQ(read.out, "DM:2040:2 = 1 2\nHR:0 = 7\n");
+    EXPECT_EQ(read.err, connectedLine() + refusal);
+    EXPECT_EQ(tell("stats").find("ok connections=1 "), 0u);
+    const PanelRun toFile = run("recipe read", {recipe(), "--output", output()});
+    EXPECT_EQ(toFile.code, 1);
+    EXPECT_EQ(contentOf(output()), "DM:2040:2 = 1 2\nHR:0 = 7\n");
+    const PanelRun compared = run("recipe compare", {recipe()});
+    EXPECT_EQ(compared.code, 1);
+    EXPECT_EQ(compared.out, "no difference: 2 variables as in the recipe\n");
+    EXPECT_NE(compared.err.find(refusal), std::string::npos) << compared.err;
+}
+
+// The word by which the link is proved.
+TEST_F(PanelRecipeTest, theFirstWordIsRefused)
+{
+    start({"--profile", "small"});
+    ASSERT_EQ(tell("write DM:0 7"), "ok");
+    writeRecipe("CIO:290\nDM:0\n");
+    const PanelRun read = run("recipe read", {recipe()});
+    EXPECT_EQ(read.code, 1);
+    EXPECT_EQ(read.out, "DM:0 = 7\n");
+    EXPECT_EQ(read.err, connectedLine() + "the PLC refuses to read CIO:290: 1103 (the first address is out of range)\n"
+                                          "refused (1 of 2 variables): CIO:290\n");
+}
+
 TEST_F(PanelRecipeTest, refusedWriteShowsWhatThePlcHolds)
 {
     start({"--refuse-writes-in-run=2102"});

@@ -62,6 +62,25 @@ std::unique_ptr<ProgressBar> showProgress(RecipeTransfer &transfer, const Runtim
     return bar;
 }
 
+// The entries that the latest read has brought; names the others.
+std::vector<RecipeEntry> readEntries(Runtime &runtime, const RecipeTransfer &transfer,
+                                     const std::vector<RecipeEntry> &entries)
+{
+    std::vector<RecipeEntry> read;
+    std::string refused;
+    for (const RecipeEntry &entry : entries) {
+        if (transfer.refused(entry.item))
+            refused += " " + entryName(entry);
+        else
+            read.push_back(entry);
+    }
+    runtime.messages().finish();
+    if (!refused.empty())
+        std::cerr << "refused (" << entries.size() - read.size() << " of " << counted(entries.size(), "variable")
+                  << "):" << refused << std::endl;
+    return read;
+}
+
 TransferEnd readWithBar(RecipeTransfer &transfer, const Runtime &runtime, const Recipe &recipe, TimePoint end)
 {
     const std::unique_ptr<ProgressBar> bar = showProgress(transfer, runtime, recipe, "reading");
@@ -207,10 +226,12 @@ int readRecipe(Runtime &runtime, const Recipe &recipe, Millis giveUp, const Reci
     const TransferEnd end = readWithBar(transfer, runtime, recipe, Clock::now() + giveUp);
     if (end == TransferEnd::NO_LINK)
         return noAnswer(runtime, giveUp);
-    if (end == TransferEnd::REFUSED)
+    const std::vector<RecipeEntry> wanted = readEntries(runtime, transfer, recipe.entries);
+    if (wanted.empty())
         return EXIT_REFUSED;
-    const std::vector<RecipeEntry> held = heldEntries(transfer, recipe.entries);
-    return options.task == RecipeTask::COMPARE ? showComparison(recipe.entries, held) : giveOut(held, options.output);
+    const std::vector<RecipeEntry> held = heldEntries(transfer, wanted);
+    const int code = options.task == RecipeTask::COMPARE ? showComparison(wanted, held) : giveOut(held, options.output);
+    return wanted.size() == recipe.entries.size() ? code : static_cast<int>(EXIT_REFUSED);
 }
 
 int showFrames(const TagBook &book, const LinkOptions &link, const Recipe &recipe)

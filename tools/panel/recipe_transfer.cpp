@@ -1,7 +1,6 @@
 #include "recipe_transfer.h"
 
 #include "exit_codes.h"
-#include "fresh_values.h"
 #include "watch_plan.h"
 
 #include <algorithm>
@@ -32,16 +31,15 @@ void fillRecipeBuffer(LowMemory &memory, const std::vector<RecipeEntry> &pieces,
 }
 
 RecipeTransfer::RecipeTransfer(Runtime &runtime, const std::vector<RecipeEntry> &entries)
-    : runtime_(runtime), pieces_(layOutRecipe(entries, runtime.options().wordsPerFrame)), doneWords_(0), totalWords_(0),
-      kind_(RequestKind::READ), running_(false), lost_(false), refused_(false), switched_(false)
+    : runtime_(runtime), pieces_(layOutRecipe(entries, runtime.options().wordsPerFrame)),
+      probe_(pieces_.front().item), polled_(nullptr), doneWords_(0), totalWords_(0), kind_(RequestKind::READ),
+      running_(false), lost_(false), refused_(false), switched_(false)
 {
     planRecipe(runtime.library(), pieces_, runtime.options().station);
     for (const RecipeEntry &piece : pieces_)
         totalWords_ += static_cast<std::size_t>(piece.item.count);
-    // The link is proved by polling one word of the recipe.
-    Item probe = pieces_.front().item;
-    probe.count = 1;
-    runtime.watch({probe});
+    probe_.count = 1;
+    runtime.watch({probe_});
     runtime.onLost([this] { lost_ = true; });
     runtime.onExchange([this](const Exchange &exchange) { note(exchange); });
 }
@@ -49,16 +47,27 @@ RecipeTransfer::RecipeTransfer(Runtime &runtime, const std::vector<RecipeEntry> 
 void RecipeTransfer::note(const Exchange &exchange)
 {
     const bool isModeChange = exchange.kind == RequestKind::MODE_CHANGE;
-    if (exchange.judgement.verdict == Verdict::REFUSED && !exchange.switches)
+    const bool isRefused = exchange.judgement.verdict == Verdict::REFUSED && !exchange.switches;
+    if (exchange.kind == RequestKind::READ ? exchange.leftOut : isRefused)
         refused_ = true;
     else if (isModeChange && exchange.accepted)
         switched_ = true;
     if (!running_ || !exchange.accepted || exchange.kind != kind_)
         return;
     const FRAME_PRO &request = exchange.request;
+    if (kind_ == RequestKind::READ)
+        unread_.settle(request.regType, request.address, request.count);
     doneWords_ += static_cast<std::size_t>(request.count);
     if (progress_)
         progress_(doneWords_, totalWords_);
+}
+
+std::vector<Item> RecipeTransfer::items() const
+{
+    std::vector<Item> items;
+    for (const RecipeEntry &piece : pieces_)
+        items.push_back(piece.item);
+    return items;
 }
 
 TransferEnd RecipeTransfer::write(TimePoint giveUp)
@@ -75,15 +84,32 @@ TransferEnd RecipeTransfer::read(TimePoint giveUp)
 {
     fillRecipeBuffer(runtime_.memory(), pieces_, false);
     kind_ = RequestKind::READ;
+    unread_.expect(items());
+    polled_ = nullptr;
     TransferEnd end = TransferEnd::CUT_OFF;
     while (end == TransferEnd::CUT_OFF)
         end = run(RECIPE_READ_FLAG, giveUp);
-    return end;
+    return end == TransferEnd::REFUSED ? poll(giveUp) : end;
+}
+
+// The driver gives up a transfer for one word that is refused. The poll leaves out that word alone.
+TransferEnd RecipeTransfer::poll(TimePoint giveUp)
+{
+    running_ = false;
+    std::vector<Item> unread;
+    for (const Item &item : items()) {
+        if (unread_.awaits(item))
+            unread.push_back(item);
+    }
+    polled_ = &polls_.emplace_back(runtime_, unread);
+    if (!stepUntil(runtime_, giveUp, [this] { return polled_->complete(); }))
+        return TransferEnd::NO_LINK;
+    return polled_->anyRefused() ? TransferEnd::REFUSED : TransferEnd::DONE;
 }
 
 TransferEnd RecipeTransfer::run(std::size_t flag, TimePoint giveUp)
 {
-    refused_  = false;
+    refused_  = runtime_.leavesOut(probe_);
     running_  = false;
     switched_ = false;
     if (!stepUntil(runtime_, giveUp, [this] { return refused_ || runtime_.canWrite(); }))
@@ -104,6 +130,8 @@ TransferEnd RecipeTransfer::run(std::size_t flag, TimePoint giveUp)
 
 std::vector<quint8> RecipeTransfer::values(const Item &item)
 {
+    if (polled_)
+        return runtime_.values(item);
     const quint8 *from = buffer();
     for (const RecipeEntry &piece : pieces_) {
         if (piece.item.regType == item.regType && piece.item.address == item.address)

@@ -1,9 +1,12 @@
 #ifndef PANEL_RECIPE_TRANSFER_H
 #define PANEL_RECIPE_TRANSFER_H
 
+#include "coverage.h"
+#include "fresh_values.h"
 #include "recipe_file.h"
 #include "runtime.h"
 
+#include <deque>
 #include <functional>
 
 // Moves the words of a recipe between the recipe buffer and the PLC. In the buffer they lie in the order of their
@@ -11,7 +14,7 @@
 
 enum class TransferEnd {
     DONE,
-    REFUSED, // the PLC refused a block; what is behind it was not sent
+    REFUSED, // the PLC refused to write a block, and what is behind it was not sent; or to read some words
     CUT_OFF, // the link was lost: some blocks may have been written, others not
     NO_LINK  // not in time, or the program is asked to end
 };
@@ -36,19 +39,28 @@ public:
     /// Writes the values of the entries, once; again from the start after a change of the PLC's operating mode.
     TransferEnd write(TimePoint giveUp);
 
-    /// Reads all words, anew after a lost link. Never ends with CUT_OFF.
+    /// Reads all words, anew after a lost link; if the PLC refuses some, all others. Never ends with CUT_OFF.
     TransferEnd read(TimePoint giveUp);
+
+    /// True if the latest read was refused a word of the item.
+    bool refused(const Item &item) const { return polled_ && polled_->refused(item); }
 
     /// The words that the latest read has brought.
     std::vector<quint8> values(const Item &item);
 
 private:
     TransferEnd run(std::size_t flag, TimePoint giveUp);
+    TransferEnd poll(TimePoint giveUp);
+    std::vector<Item> items() const;
     void note(const Exchange &exchange);
     quint8 *buffer() { return reinterpret_cast<quint8 *>(runtime_.memory().recipeBuffer()); }
 
     Runtime                       &runtime_;
     const std::vector<RecipeEntry> pieces_;      // as they lie in the buffer
+    Item                           probe_;       // one word of the recipe, whose poll proves the link
+    Coverage                       unread_;      // words that the read has not brought
+    std::deque<FreshValues>        polls_;       // in place of the driver's transfers; the runtime calls back into all
+    const FreshValues             *polled_;      // the poll of the latest read, or null
     std::function<void(std::size_t, std::size_t)> progress_;
     std::size_t                    doneWords_;
     std::size_t                    totalWords_;
