@@ -208,6 +208,17 @@ TEST_F(PanelRefusedTest, wordsThatTouchAreSaidOnce)
                                 "manual\n");
 }
 
+// What is written while the poll takes turns is shown as any other change.
+TEST_F(PanelRefusedTest, aWriteDuringTheSearchIsShown)
+{
+    startSmall();
+    const auto panel = watch({"DM:2020", "DM:2030", "DM:2040", "DM:2050", "--interval", "1", "--write", "DM:2030=6",
+                              "--write", "DM:2020=5"});
+    EXPECT_EQ(nextChange(*panel), "DM:2020 - 0");
+    panel->waitForLine("DM:2020 0 5");
+    EXPECT_EQ(interrupt(*panel), 0);
+}
+
 // ---- Against a PLC that the test plays ---------------------------------------------------------------------------
 
 class PanelPlayedRefusalTest : public ::testing::Test {
