@@ -212,7 +212,7 @@ TEST(FinsCodes, TheFlagsOfANormalEndAreNoError)
 // With these the same request may succeed a moment later.
 TEST(FinsCodes, TellsWhatPasses)
 {
-    for (const int code : {0x0001, 0x0102, 0x0103, 0x0104, 0x0204, 0x0205, 0x110A, 0x2605, 0x4001, 0x8244})
+    for (const int code : {0x0001, 0x0102, 0x0103, 0x0104, 0x0204, 0x0205, 0x110A, 0x2605, 0x4001, 0x0244, 0x8000, 0x9103})
         EXPECT_TRUE(isPassing(static_cast<std::uint16_t>(code))) << code;
     for (const int code : {0x0000, 0x0101, 0x0203, 0x1101, 0x1103, 0x1104, 0x110B, 0x2201, 0x3001, 0x7777})
         EXPECT_FALSE(isPassing(static_cast<std::uint16_t>(code))) << code;

@@ -163,7 +163,7 @@ std::string endCodeText(std::uint16_t endCode)
 bool isPassing(std::uint16_t endCode)
 {
     const CodeText *row = findCode(END_CODES, withoutFlags(endCode));
-    return row && row->hint == REPEAT;
+    return (endCode & RELAY_ERROR) != 0 || (row && row->hint == REPEAT);
 }
 
 std::string endCodeHint(std::uint16_t endCode)

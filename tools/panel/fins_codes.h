@@ -17,7 +17,7 @@ std::uint16_t plainEndCode(std::uint16_t endCode);
 /// True if the command was refused since the CPU unit is in PROGRAM, DEBUG or RUN mode.
 bool isModeEndCode(std::uint16_t endCode);
 
-/// True if the same request may well succeed a moment later: the network or the PLC is busy.
+/// True if the same request may well succeed a moment later: the network or the PLC is busy, or a relay has failed.
 bool isPassing(std::uint16_t endCode);
 
 /// "1103 (address range error)", or the number alone if the code is not a known one. The flags are left out.
