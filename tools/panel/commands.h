@@ -68,6 +68,9 @@ int runCheckProject(const DriverLibrary &library, const std::string &file);
 int runImportTags(const DriverLibrary &library, const std::string &file, const std::string &output);
 int runRecipeList(const Project *project);
 int runRecipeShow(const TagBook &book, const RecipeOptions &options);
+
+/// Lists the names of the project's tags, or of its recipes, one a line.
+int runComplete(const TagBook &book, const Project &project, bool recipes);
 int runTypes(const DriverLibrary &library);
 int runCopies(const DriverLibrary &library, const std::string &item, long count, long step);
 

@@ -2,7 +2,7 @@
 
 #include "exit_codes.h"
 #include "host.h"
-#include "runtime.h"
+#include "settings.h"
 #include "table_reader.h"
 #include "tag_table.h"
 
@@ -28,7 +28,7 @@ private:
     void readDefaults(const DataNode &table);
     void readTags(const DataNode *node);
     void readRecipes(const DataNode &table);
-    void readOptional(TableReader &reader, const char *key, long minimum, long maximum, std::optional<long> &value);
+    static void readSetting(TableReader &reader, const Setting &setting, std::optional<long> &value);
 
     const std::string    &file_;
     TagBook              &tags_;
@@ -49,11 +49,11 @@ const DataNode &ProjectReader::section(TableReader &reader, const char *key)
     return EMPTY_TABLE;
 }
 
-void ProjectReader::readOptional(TableReader &reader, const char *key, long minimum, long maximum,
-                                 std::optional<long> &value)
+void ProjectReader::readSetting(TableReader &reader, const Setting &setting, std::optional<long> &value)
 {
+    const long minimum = static_cast<long>(setting.minimum);
     long number = minimum - 1;
-    if (reader.whole(key, minimum, maximum, number) && number >= minimum)
+    if (reader.whole(setting.key, minimum, static_cast<long>(setting.maximum), number) && number >= minimum)
         value = number;
 }
 
@@ -62,8 +62,8 @@ void ProjectReader::readConnection(const DataNode &table)
     TableReader reader(table, file_, problems_);
     std::optional<long> port;
     const bool isText = reader.text("host", project_.host);
-    readOptional(reader, "port", 1, 65535, port);
-    readOptional(reader, "timeout_ms", 10, 60000, project_.timeoutMs);
+    readSetting(reader, settings::PORT, port);
+    readSetting(reader, settings::TIMEOUT, project_.timeoutMs);
     reader.refuseOthers();
     const DataNode *host = table.find("host");
     if (!host || !isText)
@@ -87,10 +87,10 @@ void ProjectReader::readConnection(const DataNode &table)
 void ProjectReader::readDriver(const DataNode &table)
 {
     TableReader reader(table, file_, problems_);
-    readOptional(reader, "station", 0, 255, project_.station);
-    readOptional(reader, "retries", 1, 100, project_.retries);
-    readOptional(reader, "words_per_frame", 1, WRITE_WORDS_LIMIT, project_.wordsPerFrame);
-    readOptional(reader, "interval_ms", 0, 60000, project_.intervalMs);
+    readSetting(reader, settings::STATION, project_.station);
+    readSetting(reader, settings::RETRIES, project_.retries);
+    readSetting(reader, settings::WRITE_WORDS, project_.wordsPerFrame);
+    readSetting(reader, settings::INTERVAL, project_.intervalMs);
     reader.yesOrNo("allow_mode_change", project_.allowModeChange);
     reader.refuseOthers();
 }
