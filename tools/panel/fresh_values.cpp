@@ -1,6 +1,8 @@
 #include "fresh_values.h"
 
+#include "diagnosis.h"
 #include "exit_codes.h"
+#include "host.h"
 
 #include <iostream>
 
@@ -40,14 +42,30 @@ std::string endedEarly()
     return stopRequested() ? "interrupted" : "no answer in time";
 }
 
+// What is known of the trouble; "" while there is none, such as before the first reply is due.
+static std::string troubleText(const Runtime &runtime)
+{
+    if (runtime.trouble().failure == LinkFailure::NONE || runtime.phase() == LinkPhase::ONLINE)
+        return "";
+    const LinkOptions &options = runtime.options();
+    const Peer peer = {options.host, options.port, runtime.link().address(), options.timeout};
+    return diagnose(runtime.trouble(), peer, runtime.link().strayBytes()).problem;
+}
+
+static std::string noAnswerText(const Runtime &runtime, Millis giveUp)
+{
+    const std::string host    = hostAndPort(runtime.options().host, runtime.options().port);
+    const std::string trouble = troubleText(runtime);
+    const std::string advice  = "; 'fins_panel link " + host + "' tells what to try";
+    if (runtime.isUnreachable())
+        return trouble + advice + ", --give-up SECONDS keeps trying";
+    return "no answer from " + host + " within " + std::to_string(giveUp.count()) + " ms"
+           + (trouble.empty() ? "" : ": " + trouble) + advice + ", --give-up SECONDS waits longer";
+}
+
 int noAnswer(Runtime &runtime, Millis giveUp)
 {
     runtime.messages().finish();
-    const std::string peer = runtime.options().host + ":" + runtime.options().port;
-    if (stopRequested())
-        std::cerr << "fins_panel: interrupted" << std::endl;
-    else
-        std::cerr << "fins_panel: no answer from " << peer << " within " << giveUp.count()
-                  << " ms; check the address and the cable, or wait longer with --give-up SECONDS" << std::endl;
+    std::cerr << "fins_panel: " << (stopRequested() ? "interrupted" : noAnswerText(runtime, giveUp)) << std::endl;
     return EXIT_NO_LINK;
 }

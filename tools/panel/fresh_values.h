@@ -35,13 +35,13 @@ private:
     std::vector<Item>       refused_; // the refused blocks
 };
 
-/// Steps until `done()` holds, which is also asked before the first step. Returns false at `giveUp` or when the program
-/// is asked to end.
+/// Steps until `done()` holds, which is also asked before the first step. Returns false at `giveUp`, when the PLC proves
+/// unreachable, or when the program is asked to end.
 template <typename Condition>
 bool stepUntil(Runtime &runtime, TimePoint giveUp, Condition done)
 {
     while (!done()) {
-        if (stopRequested() || (giveUp != TimePoint::max() && Clock::now() >= giveUp))
+        if (stopRequested() || runtime.isUnreachable() || (giveUp != TimePoint::max() && Clock::now() >= giveUp))
             return false;
         runtime.step(giveUp);
     }
@@ -51,7 +51,7 @@ bool stepUntil(Runtime &runtime, TimePoint giveUp, Condition done)
 /// Why a command ended before its work was done: "interrupted" or "no answer in time".
 std::string endedEarly();
 
-/// Says in one line that no answer came in time; returns the program's exit code.
+/// Says in one line why no answer came; returns the program's exit code.
 int noAnswer(Runtime &runtime, Millis giveUp);
 
 #endif

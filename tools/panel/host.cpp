@@ -22,6 +22,12 @@ void parseHost(const std::string &text, std::string &host, std::string &port)
         throw UsageError("'" + text + "' is not a host; write HOST or HOST:PORT with a port from 1 to 65535");
 }
 
+std::string hostAndPort(const std::string &host, const std::string &port)
+{
+    const bool isIpv6 = host.find(':') != std::string::npos;
+    return (isIpv6 ? "[" + host + "]" : host) + ":" + port;
+}
+
 // The resolver takes 1 to 30 seconds for each try, and makes two unless told otherwise.
 std::string resolverOptions(Millis timeout)
 {

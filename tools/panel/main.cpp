@@ -2,6 +2,7 @@
 #include "exit_codes.h"
 #include "help_format.h"
 #include "host.h"
+#include "settings.h"
 #include "stop_flag.h"
 #include "suggestion.h"
 
@@ -131,7 +132,10 @@ int run(CLI::App &app, Arguments &arguments)
 {
     Statistics statistics;
     const TimePoint start = Clock::now();
-    prepare(app, givenCommand(app), arguments);
+    CLI::App &command = givenCommand(app);
+    prepare(app, command, arguments);
+    const CLI::Option *giveUp = command.get_option_no_throw(settings::GIVE_UP.option);
+    arguments.link.endsUnreachable = giveUp && giveUp->count() == 0;
     arguments.link.statistics = &statistics;
     arguments.link.roundTrips = arguments.stats;
     arguments.link.trace      = traceMode(arguments.trace);

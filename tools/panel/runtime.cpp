@@ -185,8 +185,17 @@ void Runtime::connect()
     state_.on(LinkEvent::LOST, Clock::now());
     ++statistics_.losses;
     statistics_.noteError("no link to " + peer() + ": " + link_.problem());
-    messages_.say("no link to " + peer() + ": " + link_.problem() + ", retrying in "
-                  + std::to_string(state_.delay().count()) + " ms");
+    if (!isUnreachable())
+        messages_.say("no link to " + peer() + ": " + link_.problem() + ", retrying in "
+                      + std::to_string(state_.delay().count()) + " ms");
+}
+
+bool Runtime::isUnreachable() const
+{
+    const LinkFailure failure = trouble_.failure;
+    const bool isDefinite = failure == LinkFailure::REFUSED || failure == LinkFailure::NOT_RESOLVED
+                            || failure == LinkFailure::UNREACHABLE;
+    return options_.endsUnreachable && isDefinite && trouble_.phase == LinkPhase::WAITING && !wasOnline_;
 }
 
 // Sends the request and awaits its reply.

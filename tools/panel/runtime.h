@@ -43,6 +43,7 @@ struct LinkOptions {
     qint32 wordsPerFrame = 64;
     qint32 retries       = 3;  // rejected or missing replies in a row that drop the link
     qint32 station       = 1;
+    bool endsUnreachable = false; // no second attempt to connect if the first says that there is nothing to connect to
     bool allowModeChange = false; // a write that the operating mode forbids may switch the PLC to MONITOR mode
     Millis refusedPause  = PollPlan::PAUSE; // until a block that the PLC refused is read again
     TraceMode trace      = TraceMode::NONE;
@@ -132,6 +133,9 @@ public:
     const Statistics &statistics() const { return statistics_; }
     const TcpLink &link() const { return link_; }
     const LinkTrouble &trouble() const { return trouble_; }
+
+    /// True if nobody wants another attempt to connect: see LinkOptions::endsUnreachable.
+    bool isUnreachable() const;
 
     /// When the next attempt to connect is due.
     TimePoint retryAt() const { return state_.retryAt(); }
