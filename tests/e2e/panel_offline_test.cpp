@@ -195,9 +195,6 @@ TEST(PanelUsage, badCommandLines)
         Words       arguments;
         std::string culprit;
     } rows[] = {
-        {{}, "subcommand"},
-        {{"look"}, "subcommand"},
-        {{"recipe"}, "subcommand"},
         {{"read"}, "host"},
         {{"read", "127.0.0.1:1"}, "items"},
         {{"write", "127.0.0.1:1"}, "items"},
@@ -207,7 +204,6 @@ TEST(PanelUsage, badCommandLines)
         {{"copies", "DM:0"}, "count"},
         {{"types", "DM"}, "DM"},
         {{"read", "127.0.0.1:1", "DM:0", "--speed", "9"}, "--speed"},
-        {{"read", "127.0.0.1:1", "DM:0", "--timeout", "soon"}, "--timeout"},
         {{"read", "127.0.0.1:1", "DM:0", "--timeout", "9"}, "--timeout"},
         {{"read", "127.0.0.1:1", "DM:0", "--timeout", "60001"}, "--timeout"},
         {{"read", "127.0.0.1:1", "DM:0", "--timeout"}, "--timeout"},

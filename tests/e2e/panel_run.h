@@ -83,6 +83,18 @@ inline std::string changeOf(const std::string &line)
 
 inline std::string nextChange(Process &panel) { return changeOf(panel.readLine()); }
 
+inline std::string nothingListens(int port)
+{
+    return "the host 127.0.0.1 is there, but nothing listens on TCP port " + std::to_string(port);
+}
+
+// The last line of a command that ends without an answer; `why` is the latest trouble.
+inline std::string noAnswerLine(const std::string &host, int ms, const std::string &why)
+{
+    return "fins_panel: no answer from " + host + " within " + std::to_string(ms) + " ms: " + why +
+           "; 'fins_panel link " + host + "' tells what to try, --give-up SECONDS waits longer";
+}
+
 // Ends a `watch` as a user does.
 inline int interrupt(Process &panel)
 {
@@ -145,11 +157,8 @@ protected:
             EXPECT_EQ(line.find(attempt), 0u) << line;
     }
 
-    std::string noAnswer(int ms) const
-    {
-        return "fins_panel: no answer from " + host() + " within " + std::to_string(ms) +
-               " ms; check the address and the cable, or wait longer with --give-up SECONDS\n";
-    }
+    // The end when nobody listens.
+    std::string noAnswer(int ms) const { return noAnswerLine(host(), ms, nothingListens(port)) + "\n"; }
 
     // Ends a simulator that was started with --trace. Returns the frames that it received on each connection.
     std::map<int, Words> endAndCollect()

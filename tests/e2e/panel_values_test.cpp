@@ -77,7 +77,7 @@ TEST_F(PanelValuesTest, whatDoesNotFitIsRefusedBeforeAnythingIsSent)
     expectRefused(arguments("read", {"DM:0/f32-big"}),
                   "fins_panel: 'f32-big' is not a data type; write f32, f32-low or f32-high");
     expectRefused(arguments("read", {"DM:0", "--scale", "0"}),
-                  "fins_panel: --scale is 0; give what one step of the raw number is worth, such as 0.1");
+                  "fins_panel: --scale: '0' is not a number from -1e+15 to 1e+15, not 0; see fins_panel --help");
     expectRefused(arguments("read", {"DM:0", "--as", "hex", "--decimals", "1"}),
                   "fins_panel: --decimals is for numbers; leave it out, or change --as hex");
     EXPECT_EQ(tell("stats"), "ok connections=0 requests=0 replies=0");

@@ -295,9 +295,7 @@ TEST(PanelWrite, openWritesAreNamedAtTheEnd)
     EXPECT_EQ(lines[lines.size() - 3], "unconfirmed: DM:0: no reply to the write, and it was not read back");
     EXPECT_EQ(lines[lines.size() - 2],
               "not sent: HR:0: a write before it was not done; with --keep-going it would be sent all the same");
-    EXPECT_EQ(lines.back(), "fins_panel: no answer from " + plc.host() +
-                                " within 1500 ms; check the address and the cable, or wait longer with --give-up "
-                                "SECONDS");
+    EXPECT_EQ(lines.back(), noAnswerLine(plc.host(), 1500, nothingListens(plc.port)));
 }
 
 // The PLC acknowledges, and then goes away before anything is read back.

@@ -42,3 +42,9 @@ TEST(Host, RefusesWhatIsNoHost)
     for (const char *text : {"", ":9600", "plc:", "plc:0", "plc:65536", "plc:fins", "[::1", "[::1]9600", "[]:1", "::1"})
         EXPECT_NE(usageError([&] { split(text); }).find("is not a host"), std::string::npos) << text;
 }
+
+TEST(Host, IsPutTogetherAsItWasTakenApart)
+{
+    EXPECT_EQ(hostAndPort("plc.line3", "9600"), "plc.line3:9600");
+    EXPECT_EQ(hostAndPort("::1", "9601"), "[::1]:9601");
+}

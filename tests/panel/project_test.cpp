@@ -103,7 +103,7 @@ TEST_F(ProjectTest, ReportsDriverSettingsOutOfRange)
                      "p.toml:4:19: 'words_per_frame' is not a whole number from 1 to 114",
                      "p.toml:5:15: 'interval_ms' is not a whole number from 0 to 60000",
                      "p.toml:6:1: 'speed' is not known here; known are station, retries, words_per_frame, "
-                     "interval_ms"}));
+                     "interval_ms, allow_mode_change"}));
     EXPECT_EQ(read("[driver]\nretries = \"3\"\n"),
               (Lines{"p.toml:2:11: 'retries' is not a whole number from 1 to 100"}));
     EXPECT_EQ(read("[driver]\nretries = 3.0\n").size(), 1u);
