@@ -74,7 +74,7 @@ void addConfirm(CLI::App &command, bool &confirm)
 void addModeChange(CLI::App &command, Arguments &arguments)
 {
     command.add_flag("--allow-mode-change", arguments.link.allowModeChange,
-                     "let the driver switch the PLC to MONITOR mode when a write needs it");
+                     "ask the PLC for MONITOR mode, in which its program runs, when a write needs it");
 }
 
 void addKeepGoing(CLI::App &command, bool &keepGoing)

@@ -20,8 +20,8 @@ const char FOOTER[] =
     "u32, s32, u64, s64, f32, f64, bcd16, bcd32, hex, bits or string; COUNT then counts such values.\n"
     "With --project FILE the names of its tags are items too, and HOST is left out if the file names the PLC.\n"
     "Results go to stdout, messages to stderr.\n"
-    "Exit codes: 0 done; 1 the PLC refused a request or a value differed; 2 bad usage; 3 no link or no answer in time.\n"
-    "Writing moves machines, and the driver may switch the PLC to MONITOR mode when a write needs it.";
+    "Exit codes: 0 done; 1 the PLC refused a request or a value differed; 2 bad usage; 3 no link, no answer in time, or a write that is unconfirmed or was not sent.\n"
+    "Writing moves machines. The PLC's operating mode is changed with --allow-mode-change only.";
 
 TraceMode traceMode(const std::string &name)
 {
