@@ -167,7 +167,7 @@ TEST_F(StatsTest, a_repeated_message_is_counted)
     for (const char *pause : {"100", "200", "400", "800", "1600", "3200", "5000"})
         expected.push_back(failed + ", retrying in " + pause + " ms");
     expected.push_back("(the last message came 1 more time)");
-    expected.push_back(noAnswerLine(closed.host(), 14000, nothingListens(closed.port)));
+    expected.push_back(noAnswerLine(closed.host(), 14000, nothingListens(closed.number())));
     Words lines = linesOf(panel->errors());
     ASSERT_EQ(lines.size(), expected.size() + 7) << panel->errors();
     EXPECT_EQ(Words(lines.begin(), lines.begin() + 9), expected);
