@@ -222,7 +222,7 @@ TEST_F(PanelRecipeTest, whatIsNotRefusedIsRead)
     EXPECT_EQ(tell("stats").find("ok connections=1 "), 0u);
     const PanelRun toFile = run("recipe read", {recipe(), "--output", output()});
     EXPECT_EQ(toFile.code, 1);
-    EXPECT_EQ(contentOf(output()), "DM:2040:2 = 1 2\nHR:0 = 7\n");
+    EXPECT_EQ(files.content("output.txt"), "DM:2040:2 = 1 2\nHR:0 = 7\n");
     const PanelRun compared = run("recipe compare", {recipe()});
     EXPECT_EQ(compared.code, 1);
     EXPECT_EQ(compared.out, "no difference: 2 variables as in the recipe\n");
