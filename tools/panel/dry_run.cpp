@@ -34,11 +34,7 @@ std::string writeFrameText(const FRAME_PRO &request)
 DryRun::DryRun(const DriverLibrary &library, const LinkOptions &options) : library_(library), options_(options)
 {
     installChangeFeed(library_, false);
-    const std::string property = std::to_string(options_.station) + "#0#0#" + std::to_string(options_.retries) + "#"
-                                 + std::to_string(options_.wordsPerFrame);
-    qint32 status = 0;
-    library_.initProperty(LowMemory::address(memory_.sharedBlock()), 0, LowMemory::address(memory_.recipeBuffer()),
-                         &status, property.c_str(), LowMemory::address(memory_.mutex()));
+    initDriver(library_, memory_, options_);
     // The job that meets the missing handshake is never sent: a read goes first.
     QList<KEY_ADDRESS> plan = planWatch({{QString::fromLatin1("DM"), 0, 1, false}}, options_.wordsPerFrame);
     library_.addrMerge(plan);

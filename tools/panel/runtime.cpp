@@ -49,13 +49,18 @@ Runtime::Runtime(const DriverLibrary &library, const LinkOptions &options)
     }
 }
 
+void initDriver(const DriverLibrary &library, const LowMemory &memory, const LinkOptions &options)
+{
+    const std::string property = std::to_string(options.station) + "#0#0#" + std::to_string(options.retries) + "#"
+                                 + std::to_string(options.wordsPerFrame);
+    qint32 status = 0;
+    library.initProperty(LowMemory::address(memory.sharedBlock()), 0, LowMemory::address(memory.recipeBuffer()),
+                         &status, property.c_str(), LowMemory::address(memory.mutex()));
+}
+
 void Runtime::configure()
 {
-    const std::string property = std::to_string(options_.station) + "#0#0#" + std::to_string(options_.retries) + "#"
-                                 + std::to_string(options_.wordsPerFrame);
-    qint32 status = 0;
-    library_.initProperty(LowMemory::address(memory_.sharedBlock()), 0, LowMemory::address(memory_.recipeBuffer()),
-                         &status, property.c_str(), LowMemory::address(memory_.mutex()));
+    initDriver(library_, memory_, options_);
 }
 
 void Runtime::setWordsPerFrame(qint32 wordsPerFrame)

@@ -51,6 +51,9 @@ struct LinkOptions {
     bool roundTrips      = false;     // are measured
 };
 
+/// Gives the driver its memory and the settings of the link.
+void initDriver(const DriverLibrary &library, const LowMemory &memory, const LinkOptions &options);
+
 /// The most words of one write: above it the length byte of the frame wraps.
 constexpr qint32 WRITE_WORDS_LIMIT = 114;
 
