@@ -119,7 +119,7 @@ class Panel(Session):
         values = [1000 + i for i in range(114)]
         written = ",".join(str(value) for value in values)
         data = "".join(f"{value:04x}" for value in values)
-        self.run_panel("write --words-per-frame 114", f"DM:0={written}")
+        self.run_panel("write --words-per-frame 114", f"DM:0:114={written}")
         self.expect([
             "> 0101 sid 1 N->1 icf 80 area 82 0000.00 x114",
             "< 0101 sid 1 1->N icf C0 end 0000 data " + "0000" * 114,

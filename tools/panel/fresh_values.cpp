@@ -4,6 +4,7 @@
 #include "exit_codes.h"
 #include "host.h"
 
+#include <algorithm>
 #include <iostream>
 
 FreshValues::FreshValues(Runtime &runtime, const std::vector<Item> &items) : runtime_(runtime), items_(items)
@@ -43,19 +44,20 @@ std::string endedEarly()
 }
 
 // What is known of the trouble; "" while there is none, such as before the first reply is due.
-static std::string troubleText(const Runtime &runtime)
+static std::string troubleText(const Runtime &runtime, Millis giveUp)
 {
     if (runtime.trouble().failure == LinkFailure::NONE || runtime.phase() == LinkPhase::ONLINE)
         return "";
     const LinkOptions &options = runtime.options();
-    const Peer peer = {options.host, options.port, runtime.link().address(), options.timeout};
+    const Peer peer = {options.host, options.port, runtime.link().address(),
+                       std::min(options.timeout, giveUp)};
     return diagnose(runtime.trouble(), peer, runtime.link().strayBytes()).problem;
 }
 
 static std::string noAnswerText(const Runtime &runtime, Millis giveUp)
 {
     const std::string host    = hostAndPort(runtime.options().host, runtime.options().port);
-    const std::string trouble = troubleText(runtime);
+    const std::string trouble = troubleText(runtime, giveUp);
     const std::string advice  = "; 'fins_panel link " + host + "' tells what to try";
     if (runtime.isUnreachable())
         return trouble + advice + ", --give-up SECONDS keeps trying";

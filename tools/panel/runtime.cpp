@@ -184,8 +184,11 @@ void Runtime::connect()
         state_.on(LinkEvent::CONNECTED, Clock::now());
         return;
     }
-    trouble_ = {link_.failure(), 0, LinkPhase::WAITING, link_.problem()};
-    if (stopRequested() || link_.isOver())
+    // An attempt that the end of the command cuts short tells less than the one before.
+    const bool isCutShort = stopRequested() || link_.isOver();
+    if (!isCutShort || trouble_.failure == LinkFailure::NONE)
+        trouble_ = {link_.failure(), 0, LinkPhase::WAITING, link_.problem()};
+    if (isCutShort)
         return;
     state_.on(LinkEvent::LOST, Clock::now());
     ++statistics_.losses;
