@@ -269,7 +269,7 @@ TEST_F(WatchTableTest, a_held_terminal_does_not_hold_the_poll)
     EXPECT_EQ(tell("write DM:7 12"), "ok");
     shown->type("\021");
     shown->waitUntil([&] { return has(*shown, "DM:7", " 12"); }, "12");
-    EXPECT_EQ(shown->screen.lines.at(29), "q quit");
+    shown->waitUntil([&] { return shown->screen.lines.at(29) == "q quit"; }, "q quit");
     shown->type("q");
     EXPECT_EQ(shown->wait(), 0);
     expectClean(*shown);
