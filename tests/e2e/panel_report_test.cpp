@@ -271,6 +271,18 @@ TEST_F(PanelReportPlayed, AWrittenValueIsGoodWhenItWasRead)
                      "DM:0,DM:0,change,1,5,,good\n");
 }
 
+// Whoever reads the lines goes away while a write waits for its reply.
+TEST_F(PanelReportPlayed, WatchReportsItsWritesWhenNobodyReadsItsLines)
+{
+    begin({"watch", plc.host(), "DM:0", "--write", "DM:1=5", "--timeout", "300", "--for", "60"});
+    panel->closeOutput();
+    EXPECT_EQ(link->command(), plainHex("0101 82 0000 00 0002"));
+    link->answer("0101 0000 0007 0000");
+    const PanelRun run = ended();
+    EXPECT_EQ(run.code, 3);
+    EXPECT_EQ(countOf(run, "not sent: DM:1: interrupted"), 1) << run.err;
+}
+
 // ---- Time limits ---------------------------------------------------------------------------------------------------
 
 // The PLC of these tests says nothing, and the timeout lies far beyond the deadline of every wait of the tests.

@@ -17,8 +17,8 @@ class BenchRun {
 public:
     explicit BenchRun(Runtime &runtime) : runtime_(runtime)
     {
-        runtime.onExchange([this](const Exchange &exchange) { note(exchange); });
-        runtime.onLost([this] { cycle_.restart(); });
+        calls_.push_back(runtime.onExchange([this](const Exchange &exchange) { note(exchange); }));
+        calls_.push_back(runtime.onLost([this] { cycle_.restart(); }));
     }
 
     /// Empty if the program was asked to end, or no cycle was completed before `giveUp`.
@@ -32,6 +32,7 @@ private:
     PollCycle                    cycle_;
     std::optional<std::uint16_t> refusal_;
     bool                         isMeasuring_ = false;
+    std::vector<CallHandle>      calls_;
 };
 
 void BenchRun::note(const Exchange &exchange)

@@ -44,8 +44,8 @@ public:
     LinkCheck(const DriverLibrary &library, const LinkOptions &link) : runtime_(library, link)
     {
         runtime_.messages().redirect([](const Message &) {});
-        runtime_.onLost([this] { isLost_ = true; });
-        runtime_.onExchange([this](const Exchange &exchange) { note(exchange); });
+        calls_.push_back(runtime_.onLost([this] { isLost_ = true; }));
+        calls_.push_back(runtime_.onExchange([this](const Exchange &exchange) { note(exchange); }));
         areas_ = firstWords(library);
         runtime_.watch(areas_);
     }
@@ -81,6 +81,7 @@ private:
     bool              isLeftOut_ = false;                // since the PLC refuses it
     std::size_t       refused_ = 0;
     bool              isLost_  = false;
+    std::vector<CallHandle> calls_;
 };
 
 void LinkCheck::note(const Exchange &exchange)

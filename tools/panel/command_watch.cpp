@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -59,9 +60,11 @@ private:
     bool        settled_ = false;
 };
 
-// The lines of one exchange go out together.
-void printLines(Runtime &runtime, WatchValues &values, LineFormat format)
+// The lines of one exchange go out together. Where nobody reads them any more the program ends, and not by a signal:
+// what became of its writes is still to be said. The lines come as long as the handles last.
+std::vector<CallHandle> printLines(Runtime &runtime, WatchValues &values, LineFormat format)
 {
+    std::signal(SIGPIPE, SIG_IGN);
     if (format == LineFormat::CSV)
         std::cout << csvHead() << std::endl;
     const auto waiting = std::make_shared<std::string>();
@@ -74,9 +77,10 @@ void printLines(Runtime &runtime, WatchValues &values, LineFormat format)
         if (!waiting->empty())
             std::cout << *waiting << std::flush;
         waiting->clear();
+        if (!std::cout)
+            requestStop();
     };
-    runtime.onExchange([print](const Exchange &) { print(); });
-    runtime.onLost(print);
+    return {runtime.onExchange([print](const Exchange &) { print(); }), runtime.onLost(print)};
 }
 
 bool showsTable(const LinkOptions &link, const WatchOptions &options)
@@ -128,10 +132,11 @@ int runWatch(const DriverLibrary &library, const LinkOptions &link, const WatchO
     WatchWrites writes(runtime, options.keepGoing, toWrite);
     WatchValues values(runtime, tags, writtenItems(toWrite), [&] { return writes.openItems(); });
     std::optional<WatchView> view;
+    std::vector<CallHandle> lines;
     if (showsTable(link, options))
         view.emplace(runtime, values);
     else
-        printLines(runtime, values, lineFormat(options.format));
+        lines = printLines(runtime, values, lineFormat(options.format));
     const auto forTime = std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(options.forSeconds));
     const TimePoint end = options.forSeconds > 0 ? Clock::now() + forTime : TimePoint::max();
     stepUntil(runtime, end, [&] {

@@ -9,7 +9,7 @@
 
 FreshValues::FreshValues(Runtime &runtime, const std::vector<Item> &items) : runtime_(runtime), items_(items)
 {
-    runtime.onExchange([this](const Exchange &exchange) { note(exchange); });
+    calls_.push_back(runtime.onExchange([this](const Exchange &exchange) { note(exchange); }));
     restart();
 }
 

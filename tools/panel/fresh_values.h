@@ -9,7 +9,7 @@
 
 class FreshValues {
 public:
-    /// Watches `items` in `runtime`, which calls back into this object: both live until the last step.
+    /// Watches `items` in `runtime`, which outlives this object.
     FreshValues(Runtime &runtime, const std::vector<Item> &items);
     FreshValues(const FreshValues &) = delete;
     FreshValues &operator=(const FreshValues &) = delete;
@@ -33,6 +33,7 @@ private:
     const std::vector<Item> items_;
     Coverage                awaited_;
     std::vector<Item>       refused_; // the refused blocks
+    std::vector<CallHandle> calls_;
 };
 
 /// Steps until `done()` holds, which is also asked before the first step. Returns false at `giveUp`, when the PLC proves

@@ -6,6 +6,7 @@
 #include "stop_flag.h"
 #include "suggestion.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
@@ -169,7 +170,7 @@ int parseAndRun(int argc, char **argv)
     try {
         app.parse(argc, argv);
         const int code = run(app, arguments);
-        return std::cout.flush() ? code : complain("standard output cannot be written", EXIT_REFUSED);
+        return std::cout.flush() ? code : std::max(code, complain("standard output cannot be written", EXIT_REFUSED));
     } catch (const CLI::Success &helpOrVersion) {
         return app.exit(helpOrVersion);
     } catch (const CLI::ParseError &error) {

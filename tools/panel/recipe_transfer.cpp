@@ -32,7 +32,7 @@ void fillRecipeBuffer(LowMemory &memory, const std::vector<RecipeEntry> &pieces,
 
 RecipeTransfer::RecipeTransfer(Runtime &runtime, const std::vector<RecipeEntry> &entries)
     : runtime_(runtime), pieces_(layOutRecipe(entries, runtime.options().wordsPerFrame)),
-      probe_(pieces_.front().item), polled_(nullptr), doneWords_(0), totalWords_(0), kind_(RequestKind::READ),
+      probe_(pieces_.front().item), doneWords_(0), totalWords_(0), kind_(RequestKind::READ),
       running_(false), lost_(false), refused_(false), switched_(false)
 {
     planRecipe(runtime.library(), pieces_, runtime.options().station);
@@ -40,8 +40,8 @@ RecipeTransfer::RecipeTransfer(Runtime &runtime, const std::vector<RecipeEntry> 
         totalWords_ += static_cast<std::size_t>(piece.item.count);
     probe_.count = 1;
     runtime.watch({probe_});
-    runtime.onLost([this] { lost_ = true; });
-    runtime.onExchange([this](const Exchange &exchange) { note(exchange); });
+    calls_.push_back(runtime.onLost([this] { lost_ = true; }));
+    calls_.push_back(runtime.onExchange([this](const Exchange &exchange) { note(exchange); }));
 }
 
 void RecipeTransfer::note(const Exchange &exchange)
@@ -85,7 +85,7 @@ TransferEnd RecipeTransfer::read(TimePoint giveUp)
     fillRecipeBuffer(runtime_.memory(), pieces_, false);
     kind_ = RequestKind::READ;
     unread_.expect(items());
-    polled_ = nullptr;
+    polled_.reset();
     TransferEnd end = TransferEnd::CUT_OFF;
     while (end == TransferEnd::CUT_OFF)
         end = run(RECIPE_READ_FLAG, giveUp);
@@ -101,7 +101,7 @@ TransferEnd RecipeTransfer::poll(TimePoint giveUp)
         if (unread_.awaits(item))
             unread.push_back(item);
     }
-    polled_ = &polls_.emplace_back(runtime_, unread);
+    polled_.emplace(runtime_, unread);
     if (!stepUntil(runtime_, giveUp, [this] { return polled_->complete(); }))
         return TransferEnd::NO_LINK;
     return polled_->anyRefused() ? TransferEnd::REFUSED : TransferEnd::DONE;

@@ -6,8 +6,8 @@
 #include "recipe_file.h"
 #include "runtime.h"
 
-#include <deque>
 #include <functional>
+#include <optional>
 
 // Moves the words of a recipe between the recipe buffer and the PLC. In the buffer they lie in the order of their
 // addresses, without gaps.
@@ -27,7 +27,7 @@ void fillRecipeBuffer(LowMemory &memory, const std::vector<RecipeEntry> &pieces,
 
 class RecipeTransfer {
 public:
-    /// Plans the transfer of `entries` in `runtime`, which calls back into this object: both live until the last step.
+    /// Plans the transfer of `entries` in `runtime`, which outlives this object.
     /// Throws UsageError if the recipe does not fit the buffer.
     RecipeTransfer(Runtime &runtime, const std::vector<RecipeEntry> &entries);
     RecipeTransfer(const RecipeTransfer &) = delete;
@@ -59,8 +59,7 @@ private:
     const std::vector<RecipeEntry> pieces_;      // as they lie in the buffer
     Item                           probe_;       // one word of the recipe, whose poll proves the link
     Coverage                       unread_;      // words that the read has not brought
-    std::deque<FreshValues>        polls_;       // in place of the driver's transfers; the runtime calls back into all
-    const FreshValues             *polled_;      // the poll of the latest read, or null
+    std::optional<FreshValues>     polled_;      // the poll of the latest read, if one was needed
     std::function<void(std::size_t, std::size_t)> progress_;
     std::size_t                    doneWords_;
     std::size_t                    totalWords_;
@@ -69,6 +68,7 @@ private:
     bool                           lost_;        // since the transfer began
     bool                           refused_;     // since the transfer began
     bool                           switched_;    // the transfer was cut off by a change of the PLC's operating mode
+    std::vector<CallHandle>        calls_;
 };
 
 #endif

@@ -115,8 +115,7 @@ void Runtime::refuseRead(const Judgement &judgement)
     const bool leftOut = isClosed && (!isPoll_ || plan_.refuse(polledBlock(), endCode, !isRepeated, Clock::now()));
     Exchange exchange = {request_, RequestKind::READ, judgement, false};
     exchange.leftOut = leftOut;
-    for (const auto &call : exchangeCalls_)
-        call(exchange);
+    exchangeCalls_.tell(exchange);
     if (!isClosed)
         return;
     inFlight_ = false;
@@ -214,10 +213,8 @@ ExchangeStatus Runtime::transfer(RequestKind kind, std::size_t size)
     if (isPoll_)
         writesSincePoll_ = 0;
     ++statistics_.requests;
-    if (kind == RequestKind::WRITE || kind == RequestKind::MODE_CHANGE) {
-        for (const auto &call : orderCalls_)
-            call(request_, kind);
-    }
+    if (kind == RequestKind::WRITE || kind == RequestKind::MODE_CHANGE)
+        orderCalls_.tell(request_, kind);
     const bool traced = options_.trace != TraceMode::NONE;
     if (traced)
         traceFrame(options_.trace, '>', request_.frame, size);
@@ -315,8 +312,7 @@ void Runtime::handOver(RequestKind kind, const Judgement &judgement)
         problem_ = "the driver rejects the reply";
     if (result != DEAL_ACCEPTED)
         noteRejection(judgement);
-    for (const auto &call : exchangeCalls_)
-        call({request_, kind, judgement, result == DEAL_ACCEPTED});
+    exchangeCalls_.tell({request_, kind, judgement, result == DEAL_ACCEPTED});
     if (result != DEAL_DROPPED)
         return;
     inFlight_ = false; // the driver has closed the job itself
@@ -341,8 +337,7 @@ void Runtime::refuse(RequestKind kind, const Judgement &judgement)
 void Runtime::refuseWrite(const Judgement &judgement)
 {
     const bool switches = startModeChange(judgement);
-    for (const auto &call : exchangeCalls_)
-        call({request_, RequestKind::WRITE, judgement, false, switches});
+    exchangeCalls_.tell({request_, RequestKind::WRITE, judgement, false, switches});
     if (!switches)
         closeJob();
 }
@@ -368,8 +363,7 @@ void Runtime::endModeChange(const Judgement &judgement)
     const FRAME_PRO request = request_;
     hasSwitched_ = judgement.verdict == Verdict::GOOD;
     closeJob();
-    for (const auto &call : exchangeCalls_)
-        call({request, RequestKind::MODE_CHANGE, judgement, judgement.verdict == Verdict::GOOD});
+    exchangeCalls_.tell({request, RequestKind::MODE_CHANGE, judgement, judgement.verdict == Verdict::GOOD});
 }
 
 void Runtime::noteNodes()
@@ -470,8 +464,7 @@ void Runtime::lose(const std::string &reason, LinkFailure failure, std::uint32_t
     statistics_.noteError("link to " + peer() + " lost: " + reason);
     messages_.say("link to " + peer() + " lost: " + reason + ", retrying in " + std::to_string(state_.delay().count())
                   + " ms", hint);
-    for (const auto &call : lostCalls_)
-        call();
+    lostCalls_.tell();
 }
 
 bool Runtime::canWrite() const

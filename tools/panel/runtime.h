@@ -1,6 +1,7 @@
 #ifndef PANEL_RUNTIME_H
 #define PANEL_RUNTIME_H
 
+#include "calls.h"
 #include "driver_library.h"
 #include "items.h"
 #include "link_state.h"
@@ -95,11 +96,12 @@ public:
 
     /// Calls that are made during step(): after each exchange, and when a connection has ended and the driver has
     /// closed the job that was in progress.
-    void onExchange(std::function<void(const Exchange &)> call) { exchangeCalls_.push_back(std::move(call)); }
-    void onLost(std::function<void()> call) { lostCalls_.push_back(std::move(call)); }
+    /// They last as long as the handle, which does not outlive the runtime.
+    [[nodiscard]] CallHandle onExchange(Calls<Exchange>::Call call) { return exchangeCalls_.add(std::move(call)); }
+    [[nodiscard]] CallHandle onLost(Calls<>::Call call) { return lostCalls_.add(std::move(call)); }
 
     /// Calls `call` just before a write or a change of the operating mode is sent, each time that it is sent.
-    void onOrder(std::function<void(const FRAME_PRO &, RequestKind)> call) { orderCalls_.push_back(std::move(call)); }
+    [[nodiscard]] CallHandle onOrder(Calls<FRAME_PRO, RequestKind>::Call call) { return orderCalls_.add(std::move(call)); }
 
     /// Calls `tick` several times a second while step() waits for something. It may call none of the driver's
     /// functions but through values().
@@ -213,9 +215,9 @@ private:
     int                  serverNode_;
     TimePoint            sentAt_;          // when the latest request was sent
     Micros               roundTrip_;
-    std::vector<std::function<void(const Exchange &)>> exchangeCalls_;
-    std::vector<std::function<void()>>                 lostCalls_;
-    std::vector<std::function<void(const FRAME_PRO &, RequestKind)>> orderCalls_;
+    Calls<Exchange>              exchangeCalls_;
+    Calls<>                      lostCalls_;
+    Calls<FRAME_PRO, RequestKind> orderCalls_;
 };
 
 #endif

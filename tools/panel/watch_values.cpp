@@ -61,8 +61,8 @@ WatchValues::WatchValues(Runtime &runtime, const std::vector<Tag> &tags, const s
                < std::tie(values_[b].item.regType, values_[b].item.address);
     });
     markPending();
-    runtime.onExchange([this](const Exchange &exchange) { noteExchange(exchange); });
-    runtime.onLost([this] { noteLost(); });
+    calls_.push_back(runtime.onExchange([this](const Exchange &exchange) { noteExchange(exchange); }));
+    calls_.push_back(runtime.onLost([this] { noteLost(); }));
 }
 
 void WatchValues::noteExchange(const Exchange &exchange)

@@ -48,7 +48,7 @@ std::vector<WatchedValue> singleValues(const std::vector<Tag> &tags);
 
 class WatchValues {
 public:
-    /// Watches the tags in `runtime`, which calls back into this object: both live until the last step. `others` are
+    /// Watches the tags in `runtime`, which outlives this object. `others` are
     /// items that are polled, too. `pending` tells, after every exchange, which items have a write that is not settled:
     /// the values that share a word with one are pending, and good again when they were read after that.
     WatchValues(Runtime &runtime, const std::vector<Tag> &tags, const std::vector<Item> &others,
@@ -90,6 +90,7 @@ private:
     std::function<void(const WatchEvent &)> call_;
     unsigned long                           changes_;
     bool                                    silent_;
+    std::vector<CallHandle>                 calls_;
 };
 
 #endif

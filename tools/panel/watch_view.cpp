@@ -18,13 +18,13 @@ WatchView::WatchView(Runtime &runtime, const WatchValues &values)
 {
     runtime.messages().redirect([this](const Message &message) { recent_.add(message); });
     runtime.onTick([this] { tick(); });
-    runtime.onExchange([this](const Exchange &exchange) {
+    calls_.push_back(runtime.onExchange([this](const Exchange &exchange) {
         if (exchange.judgement.verdict == Verdict::REFUSED || !runtime_.isSteady())
             cycle_.restart(); // the block with which the cycle began may not be polled as it was
         else if (exchange.kind == RequestKind::READ && exchange.judgement.verdict != Verdict::NO_ANSWER)
             cycle_.note(exchange.request.regType, exchange.request.address, Clock::now());
-    });
-    runtime.onLost([this] { cycle_.restart(); });
+    }));
+    calls_.push_back(runtime.onLost([this] { cycle_.restart(); }));
 }
 
 WatchView::~WatchView()

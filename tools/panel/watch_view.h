@@ -18,7 +18,7 @@ public:
     static constexpr Millis NEW_FOR{1500};     // a change is highlighted for so long
     static constexpr Millis COURSE_STEP{1000}; // between two characters of a course
 
-    /// Both outlive this object; the runtime takes no step after it.
+    /// Both outlive this object.
     WatchView(Runtime &runtime, const WatchValues &values);
 
     /// Gives the terminal back and says there what was said last.
@@ -51,6 +51,7 @@ private:
     TimePoint          sampleAt_;
     TimePoint          drawAt_;
     std::optional<Terminal> terminal_;
+    std::vector<CallHandle> calls_;
 };
 
 #endif

@@ -5,8 +5,8 @@
 WriteQueue::WriteQueue(Runtime &runtime, bool keepGoing)
     : runtime_(runtime), keepGoing_(keepGoing), inFlight_(false), stopped_(false)
 {
-    runtime.onExchange([this](const Exchange &exchange) { noteReply(exchange); });
-    runtime.onLost([this] { fail(); });
+    calls_.push_back(runtime.onExchange([this](const Exchange &exchange) { noteReply(exchange); }));
+    calls_.push_back(runtime.onLost([this] { fail(); }));
 }
 
 void WriteQueue::add(const Item &item, const std::vector<quint8> &data)

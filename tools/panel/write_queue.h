@@ -11,7 +11,7 @@
 
 class WriteQueue {
 public:
-    /// `runtime` calls back into this object: both live until the last step. The queue stops behind a write that was
+    /// `runtime` outlives this object. The queue stops behind a write that was
     /// refused or whose reply never came, unless it is to keep going.
     WriteQueue(Runtime &runtime, bool keepGoing);
     WriteQueue(const WriteQueue &) = delete;
@@ -44,6 +44,7 @@ private:
     std::deque<Piece> pieces_;   // the first one is in flight, or the next to be handed over
     bool              inFlight_; // with the driver; while the PLC is asked for another mode, too
     bool              stopped_;
+    std::vector<CallHandle> calls_;
 };
 
 #endif

@@ -8,9 +8,9 @@
 WriteReport::WriteReport(Runtime &runtime)
     : runtime_(runtime), mode_(Mode::NOT_ASKED), modeUnknown_(false), isFinished_(false), saysDifferences_(true)
 {
-    runtime.onOrder([this](const FRAME_PRO &request, RequestKind kind) { noteOrder(request, kind); });
-    runtime.onExchange([this](const Exchange &exchange) { noteExchange(exchange); });
-    runtime.onLost([this] { noteLost(); });
+    calls_.push_back(runtime.onOrder([this](const FRAME_PRO &request, RequestKind kind) { noteOrder(request, kind); }));
+    calls_.push_back(runtime.onExchange([this](const Exchange &exchange) { noteExchange(exchange); }));
+    calls_.push_back(runtime.onLost([this] { noteLost(); }));
 }
 
 void WriteReport::add(const std::string &name, const Item &item, const ValueFormat &format,

@@ -37,7 +37,7 @@ public:
         std::optional<std::vector<quint8>> held = std::nullopt; // as read back
     };
 
-    /// `runtime` calls back into this object: both live until the last step.
+    /// `runtime` outlives this object.
     explicit WriteReport(Runtime &runtime);
 
     /// Reports what finish() has not.
@@ -120,6 +120,7 @@ private:
     bool                  modeUnknown_; // the PLC may have been switched
     bool                  isFinished_;
     bool                  saysDifferences_;
+    std::vector<CallHandle> calls_;
 };
 
 #endif
