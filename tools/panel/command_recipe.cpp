@@ -177,12 +177,8 @@ int writeRecipe(Runtime &runtime, const Recipe &recipe, Millis giveUp, const Rec
     TimePoint end = Clock::now() + giveUp;
     if (options.confirm) {
         const std::string reason = askFirst(transfer, runtime, recipe, report, end);
-        if (!reason.empty()) {
-            report.finish(reason);
-            if (reason == endedEarly())
-                noAnswer(runtime, giveUp);
-            return report.exitCode();
-        }
+        if (!reason.empty())
+            return endUnwritten(runtime, report, reason, giveUp);
         end = Clock::now() + giveUp;
     }
     const TransferEnd written = writeWithBar(transfer, runtime, recipe, end);

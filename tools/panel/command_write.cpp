@@ -70,12 +70,8 @@ int runWrite(const TagBook &book, const LinkOptions &link, Millis giveUp, const 
     TimePoint end = Clock::now() + giveUp;
     if (options.confirm) {
         const std::string reason = askFirst(runtime, fresh, report, end);
-        if (!reason.empty()) {
-            report.finish(reason);
-            if (reason == endedEarly())
-                noAnswer(runtime, giveUp);
-            return report.exitCode();
-        }
+        if (!reason.empty())
+            return endUnwritten(runtime, report, reason, giveUp);
         end = Clock::now() + giveUp;
     }
     const bool done = stepUntil(runtime, end, [&] {

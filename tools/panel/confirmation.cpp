@@ -2,6 +2,7 @@
 
 #include "difference_table.h"
 #include "exit_codes.h"
+#include "fresh_values.h"
 
 #include <unistd.h>
 
@@ -23,4 +24,12 @@ bool isConfirmed(const std::vector<WriteReport::Order> &orders, const std::vecto
     std::string answer;
     std::getline(std::cin, answer);
     return answer == "y" || answer == "Y" || answer == "yes";
+}
+
+int endUnwritten(Runtime &runtime, WriteReport &report, const std::string &reason, Millis giveUp)
+{
+    report.finish(reason);
+    if (reason == endedEarly())
+        noAnswer(runtime, giveUp);
+    return report.exitCode();
 }

@@ -11,4 +11,7 @@ void requireTerminal();
 /// Shows a row for each order with `held`, its value in the PLC now, and asks. Anything but y or yes is a no.
 bool isConfirmed(const std::vector<WriteReport::Order> &orders, const std::vector<std::vector<quint8>> &held);
 
+/// Reports that nothing was written, for `reason`; returns the exit code.
+int endUnwritten(Runtime &runtime, WriteReport &report, const std::string &reason, Millis giveUp);
+
 #endif
