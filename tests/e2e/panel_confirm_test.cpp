@@ -1,8 +1,7 @@
-#include "panel_run.h"
+#include "panel_files.h"
 #include "pty_process.h"
 
 #include <algorithm>
-#include <fstream>
 
 // The question before a write, and the reports of a live table.
 
@@ -60,15 +59,13 @@ TEST_F(PanelConfirm, AsksBeforeARecipe)
 {
     start();
     ASSERT_EQ(tell("write DM:0 1 2"), "ok");
-    const std::string path = ::testing::TempDir() + "panel_confirm_" + std::to_string(getpid()) + ".txt";
-    std::ofstream(path) << "DM:0:2 = 1 3\n";
-    const auto shown = onTerminal("recipe write", {path, "--confirm"});
+    const PanelFiles files;
+    const auto shown = onTerminal("recipe write", {files.put("recipe.txt", "DM:0:2 = 1 3\n"), "--confirm"});
     shown->waitForText("write these values? [y/N] ");
     EXPECT_TRUE(shows(*shown, "DM:0:2  1 2  1 3")) << shown->screen.text();
     EXPECT_EQ(tell("read DM:0:2"), "ok 1 2");
     shown->type("yes\n");
     EXPECT_EQ(shown->wait(), 0);
-    unlink(path.c_str());
     EXPECT_EQ(tell("read DM:0:2"), "ok 1 3");
 }
 
