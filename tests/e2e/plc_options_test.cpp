@@ -1,7 +1,6 @@
 #include "plc_fixture.h"
+#include "support/temporary_file.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <fcntl.h>
 
 // The simulator's command line, its start and its end.
@@ -187,15 +186,10 @@ TEST_F(PlcOptionsTest, endOfInputDoesNotEndIt)
 
 TEST_F(PlcOptionsTest, commandsFromAFile)
 {
-    char path[] = "plc_commands_XXXXXX";
-    const int file = mkstemp(path);
-    ASSERT_GE(file, 0);
-    const std::string text = "write DM:0 5\nread DM:0\nquit\n";
-    ASSERT_EQ(write(file, text.data(), text.size()), static_cast<ssize_t>(text.size()));
-    close(file);
-    Process shell({"/bin/sh", "-c", std::string("exec '") + FINS_PLC_PATH + "' --port 0 < " + path});
+    const TemporaryFile file;
+    file.write("write DM:0 5\nread DM:0\nquit\n");
+    Process shell({"/bin/sh", "-c", std::string("exec '") + FINS_PLC_PATH + "' --port 0 < '" + file.path() + "'"});
     EXPECT_EQ(shell.wait(), 0);
-    std::remove(path);
     const std::string output = shell.output();
     EXPECT_EQ(output.substr(output.find('\n') + 1), "ok\nok 5\nok\n");
 }

@@ -1,8 +1,9 @@
 #include "common/file_reader.h"
 
+#include "support/temporary_folder.h"
+
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <fstream>
 
@@ -12,21 +13,8 @@ const char NO_FILE[] = "is not a regular file; name a file of text";
 
 class FileReaderTest : public ::testing::Test {
 protected:
-    void SetUp() override
-    {
-        std::string form = ::testing::TempDir() + "file_reader_XXXXXX";
-        folder = mkdtemp(form.data());
-        file   = folder + "/file";
-    }
-
-    void TearDown() override
-    {
-        unlink(file.c_str());
-        EXPECT_EQ(rmdir(folder.c_str()), 0);
-    }
-
-    std::string folder;
-    std::string file;
+    const TemporaryFolder folder;
+    const std::string     file = folder.path("file");
 };
 
 } // namespace
@@ -52,7 +40,7 @@ TEST_F(FileReaderTest, ReadsAnEmptyFile)
 TEST_F(FileReaderTest, ReadsNoDevicesPipesAndFolders)
 {
     ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
-    for (const std::string &name : {file, folder, std::string("/dev/zero")})
+    for (const std::string &name : {file, folder.path(), std::string("/dev/zero")})
         EXPECT_EQ(readWholeFile(name, 10).problem, NO_FILE) << name;
 }
 

@@ -1,6 +1,7 @@
 #include "output_file.h"
 
 #include "panel_fixture.h"
+#include "support/temporary_folder.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -9,7 +10,6 @@
 #include <csignal>
 #include <dirent.h>
 #include <fstream>
-#include <iterator>
 #include <sys/resource.h>
 
 namespace {
@@ -17,19 +17,6 @@ namespace {
 // A folder for the time of a test.
 class OutputFileTest : public ::testing::Test {
 protected:
-    void SetUp() override
-    {
-        std::string form = ::testing::TempDir() + "panel_output_XXXXXX";
-        folder = std::string(mkdtemp(form.data())) + "/";
-    }
-
-    void TearDown() override
-    {
-        for (const std::string &name : names())
-            unlink((folder + name).c_str());
-        EXPECT_EQ(rmdir(folder.c_str()), 0);
-    }
-
     std::vector<std::string> names() const
     {
         std::vector<std::string> found;
@@ -42,11 +29,7 @@ protected:
         return found;
     }
 
-    std::string content(const std::string &name) const
-    {
-        std::ifstream file(folder + name, std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-    }
+    std::string content(const std::string &name) const { return files.content(name); }
 
     mode_t modeOf(const std::string &name) const
     {
@@ -55,7 +38,8 @@ protected:
         return status.st_mode & 07777;
     }
 
-    std::string folder;
+    const TemporaryFolder files;
+    const std::string     folder = files.path();
 };
 
 } // namespace
