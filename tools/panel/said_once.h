@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <deque>
-#include <set>
 #include <string>
 
 // Remembers what was said, so that it is said once. Of more than KEPT texts the one that was said first is forgotten.
@@ -19,8 +18,7 @@ public:
     void forget(const std::string &start);
 
 private:
-    std::set<std::string>                              said_;
-    std::deque<std::set<std::string>::const_iterator> order_; // of said_, the oldest first
+    std::deque<std::string> said_; // the oldest first
 };
 
 #endif
