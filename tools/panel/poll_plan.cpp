@@ -156,7 +156,7 @@ std::vector<PollPlan::Refusal> PollPlan::takeRefusals()
 {
     if (!suspects_.empty())
         return {};
-    const std::vector<Refusal> refusals = joined(found_, std::numeric_limits<qint32>::max());
+    std::vector<Refusal> refusals = joined(found_, std::numeric_limits<qint32>::max());
     found_.clear();
     return refusals;
 }
