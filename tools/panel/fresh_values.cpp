@@ -7,17 +7,11 @@
 #include <algorithm>
 #include <iostream>
 
-FreshValues::FreshValues(Runtime &runtime, const std::vector<Item> &items) : runtime_(runtime), items_(items)
+FreshValues::FreshValues(Runtime &runtime, const std::vector<Item> &items) : runtime_(runtime)
 {
     calls_.push_back(runtime.onExchange([this](const Exchange &exchange) { note(exchange); }));
-    restart();
-}
-
-void FreshValues::restart()
-{
-    runtime_.watch(items_); // what the PLC refuses is left out of the poll until then
-    refused_.clear();
-    awaited_.expect(items_);
+    runtime.watch(items);
+    awaited_.expect(items);
 }
 
 void FreshValues::note(const Exchange &exchange)

@@ -14,12 +14,9 @@ public:
     FreshValues(const FreshValues &) = delete;
     FreshValues &operator=(const FreshValues &) = delete;
 
-    /// What was read or refused before no longer counts.
-    void restart();
-
     bool complete() const { return awaited_.complete(); }
 
-    /// True if a word of the item was refused since the last restart.
+    /// True if a word of the item was refused.
     bool refused(const Item &item) const;
     bool anyRefused() const { return !refused_.empty(); }
 
@@ -30,7 +27,6 @@ private:
     void note(const Exchange &exchange);
 
     Runtime                &runtime_;
-    const std::vector<Item> items_;
     Coverage                awaited_;
     std::vector<Item>       refused_; // the refused blocks
     std::vector<CallHandle> calls_;
