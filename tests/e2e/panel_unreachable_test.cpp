@@ -32,7 +32,7 @@ TEST_F(PanelUnreachableTest, writesAreCalledNotDone)
     const PanelRun ended = run("write", {"DM:0=1"});
     EXPECT_EQ(ended.code, 3);
     EXPECT_EQ(ended.out, "");
-    EXPECT_EQ(ended.err, "not sent: DM:0: no answer in time\n" + nothingThere());
+    EXPECT_EQ(ended.err, "not sent: DM:0: there is no PLC to connect to\n" + nothingThere());
 }
 
 TEST_F(PanelUnreachableTest, isTriedAgainForAsLongAsTheUserWants)

@@ -149,11 +149,11 @@ void showDifferences(const WriteReport &report)
 }
 
 // Why the variables that were not sent were not.
-std::string whyNotSent(TransferEnd written)
+std::string whyNotSent(const Runtime &runtime, TransferEnd written)
 {
     if (written == TransferEnd::REFUSED)
         return "the PLC refused what was to be written before it";
-    return written == TransferEnd::CUT_OFF ? "the link was lost before" : endedEarly();
+    return written == TransferEnd::CUT_OFF ? "the link was lost before" : endedEarly(runtime);
 }
 
 // Reads and shows what the PLC holds. Returns why nothing is to be written, or "".
@@ -162,7 +162,7 @@ std::string askFirst(RecipeTransfer &transfer, const Runtime &runtime, const Rec
 {
     const TransferEnd read = readWithBar(transfer, runtime, recipe, end);
     if (read != TransferEnd::DONE)
-        return read == TransferEnd::REFUSED ? "the PLC refuses to read what it would replace" : endedEarly();
+        return read == TransferEnd::REFUSED ? "the PLC refuses to read what it would replace" : endedEarly(runtime);
     return isConfirmed(report.orders(), heldBytes(transfer, recipe)) ? "" : "not confirmed";
 }
 
@@ -182,7 +182,7 @@ int writeRecipe(Runtime &runtime, const Recipe &recipe, Millis giveUp, const Rec
         end = Clock::now() + giveUp;
     }
     const TransferEnd written = writeWithBar(transfer, runtime, recipe, end);
-    const std::string reason  = whyNotSent(written);
+    const std::string reason  = whyNotSent(runtime, written);
     TransferEnd read = written == TransferEnd::NO_LINK ? written : TransferEnd::DONE;
     if (!report.settled())
         read = readWithBar(transfer, runtime, recipe, end);

@@ -24,7 +24,8 @@ using Writes = std::vector<TagWrite>;
 // The writes that go out once, as soon as the link is up.
 class WatchWrites {
 public:
-    WatchWrites(Runtime &runtime, bool keepGoing, const Writes &writes) : queue_(runtime, keepGoing), report_(runtime)
+    WatchWrites(Runtime &runtime, bool keepGoing, const Writes &writes)
+        : runtime_(runtime), queue_(runtime, keepGoing), report_(runtime)
     {
         for (const auto &[tag, data] : writes) {
             queue_.add(tag.item, data);
@@ -50,11 +51,12 @@ public:
     /// Reports what is left; returns the exit code of the writes.
     int end()
     {
-        report_.finish(endedEarly());
+        report_.finish(endedEarly(runtime_));
         return report_.exitCode();
     }
 
 private:
+    const Runtime &runtime_;
     WriteQueue  queue_;
     WriteReport report_;
     bool        settled_ = false;

@@ -27,7 +27,7 @@ int showFrames(const TagBook &book, const LinkOptions &link, const std::vector<T
 std::string askFirst(Runtime &runtime, FreshValues &fresh, const WriteReport &report, TimePoint end)
 {
     if (!stepUntil(runtime, end, [&] { return fresh.complete(); }))
-        return endedEarly();
+        return endedEarly(runtime);
     if (fresh.anyRefused())
         return "the PLC refuses to read what it would replace";
     std::vector<std::vector<quint8>> held;
@@ -36,13 +36,13 @@ std::string askFirst(Runtime &runtime, FreshValues &fresh, const WriteReport &re
     return isConfirmed(report.orders(), held) ? "" : "not confirmed";
 }
 
-std::string whyNotSent(const WriteQueue &queue, const FreshValues &fresh)
+std::string whyNotSent(const Runtime &runtime, const WriteQueue &queue, const FreshValues &fresh)
 {
     if (queue.stopped())
         return "a write before it was not done; with --keep-going it would be sent all the same";
     if (fresh.allRefused())
         return "the PLC refuses to read what is to be written, and nothing else proves the link";
-    return endedEarly();
+    return endedEarly(runtime);
 }
 
 } // namespace
@@ -78,7 +78,7 @@ int runWrite(const TagBook &book, const LinkOptions &link, Millis giveUp, const 
         queue.pump();
         return (queue.settled() && report.settled()) || fresh.allRefused();
     });
-    report.finish(whyNotSent(queue, fresh));
+    report.finish(whyNotSent(runtime, queue, fresh));
     if (!done)
         noAnswer(runtime, giveUp);
     return report.exitCode();

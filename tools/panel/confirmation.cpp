@@ -29,7 +29,7 @@ bool isConfirmed(const std::vector<WriteReport::Order> &orders, const std::vecto
 int endUnwritten(Runtime &runtime, WriteReport &report, const std::string &reason, Millis giveUp)
 {
     report.finish(reason);
-    if (reason == endedEarly())
+    if (reason == endedEarly(runtime))
         noAnswer(runtime, giveUp);
     return report.exitCode();
 }

@@ -32,9 +32,11 @@ bool FreshValues::refused(const Item &item) const
     return false;
 }
 
-std::string endedEarly()
+std::string endedEarly(const Runtime &runtime)
 {
-    return stopRequested() ? "interrupted" : "no answer in time";
+    if (stopRequested())
+        return "interrupted";
+    return runtime.isUnreachable() ? "there is no PLC to connect to" : "no answer in time";
 }
 
 // What is known of the trouble; "" while there is none, such as before the first reply is due.

@@ -45,8 +45,8 @@ bool stepUntil(Runtime &runtime, TimePoint giveUp, Condition done)
     return true;
 }
 
-/// Why a command ended before its work was done: "interrupted" or "no answer in time".
-std::string endedEarly();
+/// Why a command ended before its work was done: "interrupted", "no answer in time" and such.
+std::string endedEarly(const Runtime &runtime);
 
 /// Says in one line why no answer came; returns the program's exit code.
 int noAnswer(Runtime &runtime, Millis giveUp);
