@@ -1,8 +1,8 @@
 #include "link/clients.h"
 
-#include "change_feed.h"
-#include "fresh_values.h"
+#include "driver/change_feed.h"
 #include "link/answerer.h"
+#include "session/read_once.h"
 
 #include <arpa/inet.h>
 #include <modbus.h>

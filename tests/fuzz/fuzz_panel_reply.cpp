@@ -1,5 +1,5 @@
 #include "fuzz_input.h"
-#include "reply_assembler.h"
+#include "link/reply_assembler.h"
 
 #include <cstring>
 

@@ -1,5 +1,5 @@
 #include "fuzz_input.h"
-#include "session.h"
+#include "server/session.h"
 
 #include <memory>
 

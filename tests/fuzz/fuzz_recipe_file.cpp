@@ -1,6 +1,6 @@
-#include "exit_codes.h"
+#include "base/exit_codes.h"
 #include "fuzz_input.h"
-#include "recipe_file.h"
+#include "project/recipe_file.h"
 
 #include <sstream>
 

@@ -1,4 +1,4 @@
-#include "driver_library.h"
+#include "driver/driver_library.h"
 
 // The panel's table of driver functions, filled with the functions that are linked in, so that they are instrumented,
 // too. Stands in for the panel's own, which loads the library by its file name.

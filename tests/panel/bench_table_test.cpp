@@ -1,4 +1,4 @@
-#include "bench_table.h"
+#include "commands/bench_table.h"
 
 #include <gtest/gtest.h>
 

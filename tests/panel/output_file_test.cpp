@@ -1,7 +1,9 @@
-#include "output_file.h"
+#include "commands/output_file.h"
 
-#include "panel_fixture.h"
 #include "support/temporary_folder.h"
+#include "support/usage_error.h"
+
+#include <gtest/gtest.h>
 
 #include <fcntl.h>
 #include <sys/stat.h>

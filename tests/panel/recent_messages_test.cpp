@@ -1,4 +1,4 @@
-#include "recent_messages.h"
+#include "watch/recent_messages.h"
 
 #include <gtest/gtest.h>
 

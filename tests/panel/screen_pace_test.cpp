@@ -1,4 +1,4 @@
-#include "screen_pace.h"
+#include "terminal/screen_pace.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "suggestion.h"
+#include "cli/suggestion.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "text_width.h"
+#include "terminal/text_width.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "watch_lines.h"
+#include "watch/watch_lines.h"
 
 #include <gtest/gtest.h>
 

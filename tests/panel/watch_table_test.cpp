@@ -1,4 +1,4 @@
-#include "watch_table.h"
+#include "watch/watch_table.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "screen.h"
+#include "view/screen.h"
 
 #include "plant_fixture.h"
 

@@ -1,4 +1,4 @@
-#include "write_log.h"
+#include "cpu/write_log.h"
 
 #include <gtest/gtest.h>
 

@@ -1,13 +1,13 @@
-#include "console.h"
-#include "error_output.h"
-#include "line_reader.h"
-#include "options.h"
-#include "plant.h"
-#include "profile.h"
-#include "replay.h"
-#include "server.h"
-#include "terminal.h"
-#include "view.h"
+#include "console/console.h"
+#include "console/error_output.h"
+#include "console/line_reader.h"
+#include "options/options.h"
+#include "options/profile.h"
+#include "plants/plant.h"
+#include "recording/replay.h"
+#include "server/server.h"
+#include "view/terminal.h"
+#include "view/view.h"
 
 #include <chrono>
 #include <cerrno>

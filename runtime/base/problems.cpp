@@ -1,0 +1,50 @@
+#include "base/problems.h"
+
+#include "base/exit_codes.h"
+#include "common/file_reader.h"
+
+#include <algorithm>
+#include <tuple>
+
+// Ten times the longest recipe, and as many tags as nobody has.
+static const std::size_t FILE_MOST_BYTES = 2 * 1024 * 1024;
+
+void Problems::add(const std::string &file, Place place, const std::string &text)
+{
+    lines_.push_back({file, place, text});
+}
+
+std::vector<std::string> Problems::lines() const
+{
+    std::vector<Entry> sorted = lines_;
+    std::stable_sort(sorted.begin(), sorted.end(), [](const Entry &a, const Entry &b) {
+        return std::tie(a.file, a.place.line, a.place.column) < std::tie(b.file, b.place.line, b.place.column);
+    });
+    std::vector<std::string> lines;
+    for (const Entry &entry : sorted) {
+        std::string line = entry.file + ":";
+        if (entry.place.line > 0)
+            line += std::to_string(entry.place.line) + ":";
+        if (entry.place.column > 0)
+            line += std::to_string(entry.place.column) + ":";
+        lines.push_back(line + " " + entry.text);
+    }
+    return lines;
+}
+
+void Problems::refuse(const std::string &hint) const
+{
+    if (!any())
+        return;
+    const std::vector<std::string> all = lines();
+    const std::string more = all.size() > 1 ? " (and " + std::to_string(all.size() - 1) + " more" + hint + ")" : "";
+    throw UsageError(all.front() + more);
+}
+
+std::string readFile(const std::string &file)
+{
+    const FileContent content = readWholeFile(file, FILE_MOST_BYTES);
+    if (!content.problem.empty())
+        throw UsageError(file + ": " + content.problem);
+    return content.text;
+}

@@ -1,0 +1,17 @@
+#ifndef RUNTIME_BASE_STOP_FLAG_H
+#define RUNTIME_BASE_STOP_FLAG_H
+
+// SIGINT, SIGTERM and SIGHUP ask the program to end, but for those that it was started to ignore. They interrupt a wait,
+// and the loops look at the flag.
+
+void installStopSignals();
+
+/// True if the signal is ignored, as by a program that was started with nohup: then it has to stay so.
+bool isIgnored(int signal);
+
+bool stopRequested();
+
+/// Asks the program to end, as a signal does.
+void requestStop();
+
+#endif

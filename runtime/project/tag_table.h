@@ -1,0 +1,34 @@
+#ifndef RUNTIME_PROJECT_TAG_TABLE_H
+#define RUNTIME_PROJECT_TAG_TABLE_H
+
+#include "project/document.h"
+#include "values/tags.h"
+
+#include <set>
+
+// Tags as a project file or a CSV file lists them. A tag has
+//
+//   type        register type of the driver, such as "DM" or "CIO_bit"; needed
+//   address     in the driver's notation, such as 100 or "0.5"; needed
+//   count       number of values; of a string the words; 1 by default
+//   data        data type, such as "f32"; 16-bit words without one
+//   word_order  "low" or "high": which word of a number of several words comes first
+//   char_order  "low" or "high": which byte of a word of text comes first
+//   scale, offset, decimals, unit, comment, screen
+//   min, max    of a number as it is shown; a write outside is refused
+//   access      "rw", or "r" for a tag that is never written; "rw" by default
+//
+// and in a CSV file a name.
+
+/// Adds the tags of the table, whose keys are the names, to `book`. Returns the names of those with a problem.
+std::set<std::string> addTags(const DataNode &table, const std::string &file, TagBook &book,
+                              Problems &problems);
+
+/// The same for the rows of a CSV file.
+std::set<std::string> addTagRows(const DataNode &rows, const std::string &file, TagBook &book,
+                                 Problems &problems);
+
+/// The tag as a line of a table [tags] in TOML.
+std::string tagLine(const Tag &tag);
+
+#endif

@@ -1,0 +1,54 @@
+#ifndef RUNTIME_SESSION_READ_ONCE_H
+#define RUNTIME_SESSION_READ_ONCE_H
+
+#include "base/stop_flag.h"
+#include "session/runtime.h"
+#include "values/awaited_words.h"
+
+// Waits until every word of some watched items was read anew, or its read was refused by the PLC.
+
+class FreshValues {
+public:
+    /// Watches `items` in `runtime`, which outlives this object.
+    FreshValues(Runtime &runtime, const std::vector<Item> &items);
+    FreshValues(const FreshValues &) = delete;
+    FreshValues &operator=(const FreshValues &) = delete;
+
+    bool complete() const { return awaited_.complete(); }
+
+    /// True if a word of the item was refused.
+    bool refused(const Item &item) const;
+    bool anyRefused() const { return !refused_.empty(); }
+
+    /// True if all was refused, and no read was accepted before.
+    bool allRefused() const { return complete() && anyRefused() && !runtime_.wasOnline(); }
+
+private:
+    void note(const Exchange &exchange);
+
+    Runtime                &runtime_;
+    Coverage                awaited_;
+    std::vector<Item>       refused_; // the refused blocks
+    std::vector<CallHandle> calls_;
+};
+
+/// Steps until `done()` holds, which is also asked before the first step. Returns false at `giveUp`, when the PLC proves
+/// unreachable, or when the program is asked to end.
+template <typename Condition>
+bool stepUntil(Runtime &runtime, TimePoint giveUp, Condition done)
+{
+    while (!done()) {
+        if (stopRequested() || runtime.isUnreachable() || (giveUp != TimePoint::max() && Clock::now() >= giveUp))
+            return false;
+        runtime.step(giveUp);
+    }
+    return true;
+}
+
+/// Why a command ended before its work was done: "interrupted", "no answer in time" and such.
+std::string endedEarly(const Runtime &runtime);
+
+/// Says in one line why no answer came; returns the program's exit code.
+int noAnswer(Runtime &runtime, Millis giveUp);
+
+#endif

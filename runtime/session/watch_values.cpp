@@ -1,0 +1,199 @@
+#include "session/watch_values.h"
+
+#include <algorithm>
+#include <set>
+#include <tuple>
+
+const char *qualityText(Quality quality)
+{
+    switch (quality) {
+    case Quality::GOOD:          return "good";
+    case Quality::WRITE_PENDING: return "write pending";
+    case Quality::LAST_KNOWN:    return "last known";
+    case Quality::NOT_CONNECTED: return "not connected";
+    case Quality::REFUSED:       return "refused";
+    }
+    return "";
+}
+
+std::vector<WatchedValue> singleValues(const std::vector<Tag> &tags)
+{
+    std::vector<WatchedValue> values;
+    std::set<std::string> names;
+    for (const Tag &tag : tags) {
+        const bool whole   = tag.format.type == DataType::STRING || tag.valueCount() == 1;
+        const bool isNamed = tag.name != itemName(tag.item, tag.format);
+        const qint32 size  = whole ? tag.item.count : wordsPerValue(tag.format.type);
+        for (const Item &item : cutItem(tag.item, size)) {
+            std::string name = isNamed ? tag.name : itemName(item, tag.format);
+            if (isNamed && !whole)
+                name += "[" + std::to_string((item.address - tag.item.address) / size) + "]";
+            if (names.insert(name).second)
+                values.push_back({name, item, tag.format, "", Quality::NOT_CONNECTED, TimePoint(), 0});
+        }
+    }
+    return values;
+}
+
+static Quality unconfirmed(const WatchedValue &value)
+{
+    return value.text.empty() ? Quality::NOT_CONNECTED : Quality::LAST_KNOWN;
+}
+
+WatchValues::WatchValues(Runtime &runtime, const std::vector<Tag> &tags, const std::vector<Item> &others,
+                         std::function<std::vector<Item>()> pending)
+    : runtime_(runtime), values_(singleValues(tags)), pending_(values_.size(), false),
+      pendingItems_(std::move(pending)), anyPending_(!pendingItems_().empty()), changes_(0), silent_(true)
+{
+    std::vector<Item> items = itemsOf(tags);
+    stale_.expect(items);
+    items.insert(items.end(), others.begin(), others.end());
+    installChangeFeed(runtime.library(), true);
+    runtime.watch(items);
+    for (std::size_t i = 0; i < values_.size(); ++i) {
+        const Item &item = values_[i].item;
+        inOrder_.push_back(i);
+        for (qint32 at = item.address; at < item.address + item.count; ++at)
+            byAddress_[{item.regType, at}].push_back(i);
+    }
+    std::stable_sort(inOrder_.begin(), inOrder_.end(), [this](std::size_t a, std::size_t b) {
+        return std::tie(values_[a].item.regType, values_[a].item.address)
+               < std::tie(values_[b].item.regType, values_[b].item.address);
+    });
+    markPending();
+    calls_.push_back(runtime.onExchange([this](const Exchange &exchange) { noteExchange(exchange); }));
+    calls_.push_back(runtime.onLost([this] { noteLost(); }));
+}
+
+void WatchValues::noteExchange(const Exchange &exchange)
+{
+    if (anyPending_)
+        markPending();
+    if (!runtime_.answering()) {
+        noteSilence();
+        return;
+    }
+    silent_ = false;
+    const Item block = {exchange.request.regType, exchange.request.address, exchange.request.count, false};
+    const bool isRead = exchange.kind == RequestKind::READ;
+    if (isRead && exchange.accepted)
+        noteFresh(block);
+    else if (isRead && exchange.leftOut)
+        noteRefused(block);
+    noteChanges();
+}
+
+// What the PLC refuses to read stays refused until it is tried again, or the link is lost.
+void WatchValues::noteSilence()
+{
+    if (silent_)
+        return;
+    silent_ = true;
+    for (WatchedValue &value : values_) {
+        stale_.expect({value.item});
+        if (value.quality != Quality::REFUSED)
+            setQuality(value, unconfirmed(value));
+    }
+}
+
+void WatchValues::noteLost()
+{
+    noteSilence();
+    for (WatchedValue &value : values_) {
+        if (value.quality == Quality::REFUSED)
+            setQuality(value, unconfirmed(value));
+    }
+}
+
+void WatchValues::noteRefused(const Item &block)
+{
+    for (WatchedValue &value : values_) {
+        if (!shareWord(value.item, block))
+            continue;
+        stale_.expect({value.item});
+        setQuality(value, Quality::REFUSED);
+    }
+}
+
+// The driver notifies no first value of 0, so the first values come from the blocks that were read.
+void WatchValues::noteFresh(const Item &block)
+{
+    if (stale_.complete() || stale_.settle(block.regType, block.address, block.count) == 0)
+        return;
+    for (const std::size_t i : inOrder_) {
+        if (!shareWord(values_[i].item, block) || stale_.awaits(values_[i].item))
+            continue;
+        refresh(values_[i], pending_[i] ? Quality::WRITE_PENDING : Quality::GOOD);
+        if (pending_[i])
+            stale_.expect({values_[i].item});
+    }
+}
+
+// A value of which words are still to be read is taken when the last of them has come. So is one with a pending write:
+// the driver notifies what is to be written, too.
+void WatchValues::noteChanges()
+{
+    takeChanges(changed_);
+    for (const Change &change : changed_) {
+        const auto found = byAddress_.find({change.regType, change.address});
+        if (found == byAddress_.end())
+            continue;
+        for (const std::size_t i : found->second) {
+            if (!stale_.awaits(values_[i].item))
+                refresh(values_[i], values_[i].quality);
+        }
+    }
+}
+
+void WatchValues::refresh(WatchedValue &value, Quality quality)
+{
+    const std::string text = decodeValues(value.format, runtime_.values(value.item));
+    if (text == value.text) {
+        setQuality(value, quality);
+        return;
+    }
+    const std::string old = value.text;
+    value.text    = text;
+    value.quality = quality;
+    if (!old.empty()) {
+        value.changedAt = Clock::now();
+        ++value.changes;
+        ++changes_;
+    }
+    if (call_)
+        call_({old.empty() ? WatchEvent::FIRST : WatchEvent::CHANGE, value, old});
+}
+
+void WatchValues::setQuality(WatchedValue &value, Quality quality)
+{
+    if (value.quality == quality)
+        return;
+    value.quality = quality;
+    if (call_)
+        call_({WatchEvent::QUALITY, value, value.text});
+}
+
+// Nobody knows what a written value is until it is read back.
+void WatchValues::markPending()
+{
+    const std::vector<Item> items = pendingItems_();
+    anyPending_ = !items.empty();
+    for (std::size_t i = 0; i < values_.size(); ++i) {
+        WatchedValue &value = values_[i];
+        const bool pending = std::any_of(items.begin(), items.end(),
+                                         [&](const Item &written) { return shareWord(value.item, written); });
+        if (pending == pending_[i])
+            continue;
+        pending_[i] = pending;
+        stale_.expect({value.item});
+        if (pending && value.quality == Quality::GOOD)
+            setQuality(value, Quality::WRITE_PENDING);
+    }
+}
+
+bool WatchValues::refused() const
+{
+    return std::any_of(values_.begin(), values_.end(), [](const WatchedValue &value) {
+        return value.quality == Quality::REFUSED && value.text.empty();
+    });
+}

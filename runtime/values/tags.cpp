@@ -1,0 +1,279 @@
+#include "values/tags.h"
+
+#include "base/numbers.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <cmath>
+
+// "a value from 0 to 100 %", what the limits of the tag allow.
+static std::string allowedText(const Tag &tag)
+{
+    const auto shown = [&](double limit) { return withUnit(shortestText(limit), tag.format); };
+    if (tag.minimum && tag.maximum)
+        return "a value from " + shortestText(*tag.minimum) + " to " + shown(*tag.maximum);
+    return tag.minimum ? shown(*tag.minimum) + " or more" : shown(*tag.maximum) + " or less";
+}
+
+// How the value, as the tag would show it, breaks a limit; "" if it keeps them.
+static std::string brokenLimit(const Tag &tag, const std::string &value)
+{
+    long double number = 0;
+    const char *end = value.data() + value.size();
+    if (std::from_chars(value.data(), end, number).ptr != end || !std::isfinite(number))
+        return "no number";
+    if (tag.minimum && number < *tag.minimum)
+        return "below the tag's min of " + withUnit(shortestText(*tag.minimum), tag.format);
+    if (tag.maximum && number > *tag.maximum)
+        return "above the tag's max of " + withUnit(shortestText(*tag.maximum), tag.format);
+    return "";
+}
+
+// `bytes` are to become the words of `tag`, which the user named `text`, as the tag itself or in another data type.
+static void checkLimits(const Tag &tag, const std::string &text, const std::vector<std::string> &texts,
+                        const std::vector<quint8> &bytes)
+{
+    if (!tag.minimum && !tag.maximum)
+        return;
+    ValueFormat format = tag.format;
+    format.decimals = -1; // every digit counts
+    for (std::size_t i = 0; i < static_cast<std::size_t>(tag.valueCount()); ++i) {
+        const std::string value  = decodeValue(format, bytes, i);
+        const std::string broken = brokenLimit(tag, value);
+        if (broken.empty())
+            continue;
+        if (text == tag.name)
+            throw UsageError("'" + text + "=" + texts[i] + "' is " + broken + "; write " + allowedText(tag));
+        throw UsageError("'" + text + "' makes it " + withUnit(value, format) + ", which is " + broken + "; write "
+                         + allowedText(tag));
+    }
+}
+
+static std::vector<quint8> encodeFor(const std::string &text, const ValueFormat &format,
+                                     const std::vector<std::string> &texts, qint32 words)
+{
+    try {
+        return encodeValues(format, texts, words);
+    } catch (const ValueError &error) {
+        throw error.of(text);
+    }
+}
+
+void TagBook::setDefaults(const ValueFormat &format, const OrderDefaults &orders)
+{
+    format_ = format;
+    orders_ = orders;
+}
+
+bool TagBook::add(const Tag &tag)
+{
+    if (!places_.emplace(tag.name, tags_.size()).second)
+        return false;
+    tags_.push_back(tag);
+    return true;
+}
+
+const Tag *TagBook::find(const std::string &name) const
+{
+    const auto place = places_.find(name);
+    return place == places_.end() ? nullptr : &tags_[place->second];
+}
+
+TagBook::Parts TagBook::split(const std::string &text)
+{
+    const std::size_t slash = text.find('/');
+    if (slash == std::string::npos)
+        return {text, "", false};
+    return {text.substr(0, slash), text.substr(slash + 1), true};
+}
+
+ValueFormat TagBook::formatOf(const Parts &parts) const
+{
+    ValueFormat bit;
+    bit.type = DataType::BIT;
+    const std::string regType = parts.base.substr(0, parts.base.find(':'));
+    const bool isBit = isBitType(QString::fromStdString(regType));
+    if (isBit && parts.hasType)
+        throw UsageError("'" + parts.base + "/" + parts.type + "': a bit has no data type; write " + parts.base);
+    if (isBit)
+        return bit;
+    if (!parts.hasType)
+        return format_;
+    ValueFormat format = parseFormat(parts.type, orders_);
+    if (!isNumeric(format.type))
+        return format;
+    format.scale    = format_.scale;
+    format.offset   = format_.offset;
+    format.decimals = format_.decimals;
+    format.unit     = format_.unit;
+    return format;
+}
+
+// A tag, or its words in the form of another data type, without the scale that belongs to its own.
+Tag TagBook::namedTag(const Tag &tag, const Parts &parts) const
+{
+    if (!parts.hasType)
+        return tag;
+    if (tag.item.isBit)
+        throw UsageError("'" + parts.base + "/" + parts.type + "': a bit has no data type; write " + parts.base);
+    Tag other = tag;
+    other.format = parseFormat(parts.type, orders_);
+    other.name   = tag.name + "/" + formatText(other.format);
+    const qint32 words = wordsPerValue(other.format.type);
+    if (tag.item.count % words != 0)
+        throw UsageError("'" + other.name + "': " + tag.name + " has " + std::to_string(tag.item.count) + " words, and "
+                         + formatText(other.format) + " needs " + std::to_string(words) + " a value");
+    return other;
+}
+
+Tag TagBook::itemTag(const Parts &parts, const ValueFormat &format, Access access) const
+{
+    Tag tag;
+    tag.item   = parseItem(library_, parts.base, access, wordsPerValue(format.type));
+    tag.format = format;
+    tag.name   = itemName(tag.item, format);
+    return tag;
+}
+
+Tag TagBook::resolve(const std::string &text, Access access) const
+{
+    const Parts parts = split(text);
+    if (const Tag *tag = find(parts.base))
+        return namedTag(*tag, parts);
+    if (!source_.empty() && parts.base.find(':') == std::string::npos)
+        throw UsageError("'" + parts.base + "' is neither a tag of " + source_
+                         + " nor an item; write a tag's name, or TYPE:ADDRESS such as DM:100:2");
+    return itemTag(parts, formatOf(parts), access);
+}
+
+// Values that nobody counted may be one with a decimal comma.
+static void checkCount(const Tag &tag, const std::string &text, bool hasCount, std::size_t given)
+{
+    const std::size_t held = static_cast<std::size_t>(tag.valueCount());
+    if (given == held)
+        return;
+    const std::string number = std::to_string(given);
+    if (!hasCount)
+        throw UsageError("'" + text + "' is one value, and " + number + " are given; write "
+                         + std::string(text).insert(std::min(text.find('/'), text.size()), ":" + number)
+                         + " for as many, or a decimal number with a point");
+    throw UsageError("'" + text + "' holds " + counted(held, "value") + ", and " + number
+                     + (given == 1 ? " is" : " are") + " given; write as many as it holds");
+}
+
+Tag TagBook::resolveWithValues(const std::string &text, Access access, const std::vector<std::string> &texts,
+                               std::vector<quint8> &bytes) const
+{
+    Parts parts = split(text);
+    const Tag *named    = find(parts.base);
+    const bool isItem   = !named && parts.base.find(':') != std::string::npos;
+    const bool hasCount = !isItem || parts.base.find(':') != parts.base.rfind(':');
+    if (!hasCount) {
+        const ValueFormat format = formatOf(parts);
+        if (format.type == DataType::STRING) {
+            bytes = encodeFor(text, format, texts, 0);
+            parts.base += ":" + std::to_string(bytes.size() / 2);
+            return itemTag(parts, format, access);
+        }
+    }
+    Tag tag = resolve(text, access);
+    if (named && named->readOnly)
+        throw UsageError("'" + text + "' can only be read: the access of the tag is r");
+    if (tag.format.type != DataType::STRING)
+        checkCount(tag, text, hasCount, texts.size());
+    bytes = encodeFor(text, tag.format, texts, tag.item.count);
+    if (named)
+        checkLimits(*named, text, texts, bytes);
+    return tag;
+}
+
+static std::vector<std::string> splitAtCommas(const std::string &text)
+{
+    std::vector<std::string> parts;
+    for (std::size_t begin = 0; begin <= text.size();) {
+        const std::size_t comma = std::min(text.find(',', begin), text.size());
+        parts.push_back(text.substr(begin, comma - begin));
+        begin = comma + 1;
+    }
+    return parts;
+}
+
+TagWrite TagBook::resolveWrite(const std::string &text) const
+{
+    const std::size_t equals = text.find('=');
+    if (equals == std::string::npos)
+        throw UsageError("'" + text + "' is not a write; use ITEM=VALUE[,VALUE...], such as DM:100=5");
+    const std::string name = text.substr(0, equals);
+    std::vector<std::string> values = {text.substr(equals + 1)};
+    if (formatFor(name).type != DataType::STRING)
+        values = splitAtCommas(values.front());
+    TagWrite write;
+    write.tag = resolveWithValues(name, Access::WRITE, values, write.data);
+    return write;
+}
+
+std::vector<TagWrite> TagBook::resolveWrites(const std::vector<std::string> &texts) const
+{
+    std::vector<TagWrite> writes;
+    std::vector<Item> items;
+    for (const std::string &text : texts) {
+        writes.push_back(resolveWrite(text));
+        items.push_back(writes.back().tag.item);
+    }
+    refuseOverlaps(items);
+    return writes;
+}
+
+ValueFormat TagBook::formatFor(const std::string &text) const
+{
+    const Parts parts = split(text);
+    const Tag *tag = find(parts.base);
+    return tag ? namedTag(*tag, parts).format : formatOf(parts);
+}
+
+std::vector<Tag> TagBook::resolveAll(const std::vector<std::string> &texts, Access access) const
+{
+    std::vector<Tag> tags;
+    tags.reserve(texts.size());
+    for (const std::string &text : texts)
+        tags.push_back(resolve(text, access));
+    return tags;
+}
+
+std::string itemName(const Item &item, const ValueFormat &format)
+{
+    const std::string type = formatText(format);
+    return itemText(item.regType, item.address, item.count / wordsPerValue(format.type))
+           + (type.empty() ? "" : "/" + type);
+}
+
+std::string withUnit(const std::string &text, const ValueFormat &format)
+{
+    return format.unit.empty() ? text : text + " " + format.unit;
+}
+
+std::string shownValue(const ValueFormat &format, const std::vector<quint8> &bytes)
+{
+    return withUnit(decodeValues(format, bytes), format);
+}
+
+bool isTagName(const std::string &text)
+{
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const unsigned char c = static_cast<unsigned char>(text[i]);
+        const bool isLetter = std::isalpha(c) || c == '_' || c >= 0x80;
+        if (!isLetter && (i == 0 || !(std::isdigit(c) || c == '.' || c == '-')))
+            return false;
+    }
+    return !text.empty();
+}
+
+std::vector<Item> itemsOf(const std::vector<Tag> &tags)
+{
+    std::vector<Item> items;
+    items.reserve(tags.size());
+    for (const Tag &tag : tags)
+        items.push_back(tag.item);
+    return items;
+}

@@ -1,0 +1,109 @@
+#ifndef RUNTIME_VALUES_TAGS_H
+#define RUNTIME_VALUES_TAGS_H
+
+#include "values/codec.h"
+#include "values/items.h"
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+// What a user can name on the command line, in a project or in a recipe: a tag of the project by its name, or an item
+// TYPE:ADDRESS[:COUNT], each with an optional data type behind a slash: Level, DM:100:2, DM:100/f32, Level/hex.
+// COUNT counts values of the data type; of a string it counts words, two characters each.
+
+struct Tag {
+    std::string name;    // as results name it, and as it can be typed again
+    Item        item;    // its words, or bits
+    ValueFormat format;
+    std::string comment;
+    std::string screen;  // where the panel shows it
+    std::optional<double> minimum = std::nullopt; // of its values as they are shown; numbers only
+    std::optional<double> maximum = std::nullopt;
+    bool readOnly = false;
+
+    qint32 valueCount() const { return item.count / wordsPerValue(format.type); }
+};
+
+/// A value for a tag or item, as bytes.
+struct TagWrite {
+    Tag                 tag;
+    std::vector<quint8> data;
+};
+
+class TagBook {
+public:
+    explicit TagBook(const DriverLibrary &library) : library_(library) {}
+
+    /// The form of word items that have none of their own, and the orders of a data type named without one.
+    void setDefaults(const ValueFormat &format, const OrderDefaults &orders);
+
+    /// `source` is the file that the tags come from, for messages.
+    void setSource(const std::string &source) { source_ = source; }
+
+    /// Returns false if there is a tag of that name already.
+    bool add(const Tag &tag);
+
+    /// The tag of that name, or null.
+    const Tag *find(const std::string &name) const;
+
+    const std::vector<Tag> &tags() const { return tags_; }
+    const DriverLibrary &library() const { return library_; }
+    const OrderDefaults &orders() const { return orders_; }
+
+    /// The tag or item that `text` names. Throws UsageError.
+    Tag resolve(const std::string &text, Access access) const;
+
+    /// The same with the bytes of its values, as many as it holds: one without COUNT, and of a string as many words as
+    /// it needs. All that is to be written passes here: a tag's right and limits hold, also where its words are named
+    /// in another data type, and not for an item of the same address.
+    Tag resolveWithValues(const std::string &text, Access access, const std::vector<std::string> &texts,
+                          std::vector<quint8> &bytes) const;
+
+    /// The same for ITEM=VALUE[,VALUE...]; a string is all that stands behind the =.
+    TagWrite resolveWrite(const std::string &text) const;
+
+    /// The same for several, which share no word or bit.
+    std::vector<TagWrite> resolveWrites(const std::vector<std::string> &texts) const;
+
+    /// The form in which the values of the tag or item are written. Throws UsageError.
+    ValueFormat formatFor(const std::string &text) const;
+
+    std::vector<Tag> resolveAll(const std::vector<std::string> &texts, Access access) const;
+
+private:
+    struct Parts {
+        std::string base;      // without the data type
+        std::string type;      // behind the slash
+        bool        hasType;
+    };
+    static Parts split(const std::string &text);
+    ValueFormat formatOf(const Parts &parts) const;
+    Tag namedTag(const Tag &tag, const Parts &parts) const;
+    Tag itemTag(const Parts &parts, const ValueFormat &format, Access access) const;
+
+    const DriverLibrary                &library_;
+    std::string                         source_;
+    ValueFormat                         format_;
+    OrderDefaults                       orders_;
+    std::vector<Tag>                    tags_;
+    std::map<std::string, std::size_t>  places_; // of names in tags_
+};
+
+/// "DM:100:2/f32": what names an item of this form on the command line.
+std::string itemName(const Item &item, const ValueFormat &format);
+
+/// `text` with the unit behind it, if it has one.
+std::string withUnit(const std::string &text, const ValueFormat &format);
+
+/// The values in `bytes` as texts, with their unit.
+std::string shownValue(const ValueFormat &format, const std::vector<quint8> &bytes);
+
+/// True for a name that no address, data type, value list or comment can be mistaken for: letters, digits, _ . and -,
+/// where the first is a letter or _. Letters of other alphabets are letters too.
+bool isTagName(const std::string &text);
+
+std::vector<Item> itemsOf(const std::vector<Tag> &tags);
+
+#endif

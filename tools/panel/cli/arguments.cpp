@@ -1,0 +1,100 @@
+#include "cli/arguments.h"
+
+#include "base/exit_codes.h"
+#include "link/host_port.h"
+#include "project/settings.h"
+
+#include <optional>
+
+namespace {
+
+// A setting of the project counts where its option was not given.
+template <typename Value>
+void prefer(CLI::App &command, const Setting &setting, const std::optional<long> &project, Value &value)
+{
+    const CLI::Option *given = command.get_option_no_throw(setting.option);
+    if (project && given && given->count() == 0)
+        value = static_cast<Value>(*project);
+}
+
+// Where the PLC is known without it, the first positional argument is no host but what comes behind it.
+void placeHost(CLI::App &command, Arguments &arguments)
+{
+    const std::string known = arguments.otherHost.empty() ? arguments.project.host : arguments.otherHost;
+    if (!command.get_option_no_throw("host") || known.empty())
+        return;
+    if (arguments.hasHost && command.get_option_no_throw("file")) {
+        if (!arguments.recipe.file.empty())
+            throw UsageError("'" + arguments.recipe.file + "' is one argument too many: the PLC is " + known
+                             + "; give another one with --host");
+        arguments.recipe.file = arguments.host;
+    } else if (arguments.hasHost) {
+        std::vector<std::string> &items = command.get_name() == "watch" ? arguments.watch.items : arguments.items;
+        items.insert(items.begin(), arguments.host);
+    }
+    arguments.host    = known;
+    arguments.hasHost = true;
+}
+
+void requirePositionals(CLI::App &command, const Arguments &arguments)
+{
+    const std::vector<std::string> &items = command.get_name() == "watch" ? arguments.watch.items : arguments.items;
+    if (command.get_option_no_throw("host") && !arguments.hasHost)
+        throw CLI::RequiredError("host");
+    if (command.get_option_no_throw("items") && items.empty())
+        throw CLI::RequiredError("items");
+    if (command.get_option_no_throw("host") && command.get_option_no_throw("file") && arguments.recipe.file.empty())
+        throw CLI::RequiredError("file");
+}
+
+void readProjectFile(Arguments &arguments)
+{
+    Problems problems;
+    arguments.project        = readProject(arguments.projectFile, *arguments.book, problems);
+    arguments.recipe.project = &arguments.project;
+    problems.refuse("; see fins_panel check-project " + arguments.projectFile);
+}
+
+} // namespace
+
+void applyProject(CLI::App &command, Arguments &arguments)
+{
+    if (arguments.projectFile.empty())
+        return;
+    readProjectFile(arguments);
+    const Project &project = arguments.project;
+    prefer(command, settings::TIMEOUT, project.timeoutMs, arguments.timeoutMs);
+    prefer(command, settings::INTERVAL, project.intervalMs, arguments.intervalMs);
+    prefer(command, settings::WRITE_WORDS, project.wordsPerFrame, arguments.link.wordsPerFrame);
+    prefer(command, settings::RETRIES, project.retries, arguments.link.retries);
+    prefer(command, settings::STATION, project.station, arguments.link.station);
+    arguments.link.allowModeChange = arguments.link.allowModeChange || project.allowModeChange;
+}
+
+void placeArguments(CLI::App &command, Arguments &arguments)
+{
+    placeHost(command, arguments);
+    requirePositionals(command, arguments);
+    if (arguments.hasHost)
+        parseHost(arguments.host, arguments.link.host, arguments.link.port);
+}
+
+void setValueDefaults(CLI::App &command, Arguments &arguments)
+{
+    ValueArguments &values = arguments.values;
+    OrderDefaults orders   = arguments.project.orders;
+    parseOrder(values.wordOrder, orders.words);
+    parseOrder(values.characterOrder, orders.characters);
+    ValueFormat format = values.format;
+    if (!values.as.empty()) {
+        const ValueFormat typed = parseFormat(values.as, orders);
+        format.type  = typed.type;
+        format.order = typed.order;
+    }
+    for (const Setting &setting : {settings::SCALE, settings::OFFSET, settings::DECIMALS}) {
+        const CLI::Option *option = command.get_option_no_throw(setting.option);
+        if (option && option->count() > 0 && !isNumeric(format.type))
+            throw UsageError(std::string(setting.option) + " is for numbers; leave it out, or change --as " + values.as);
+    }
+    arguments.book->setDefaults(format, orders);
+}

@@ -1,0 +1,66 @@
+#ifndef PANEL_CLI_ARGUMENTS_H
+#define PANEL_CLI_ARGUMENTS_H
+
+#include "commands/commands.h"
+
+#include <CLI/CLI.hpp>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+// What the user gave on the command line, and how it is settled together with the project: what is the PLC, what an
+// item, and which settings count.
+
+// How values are shown and taken where neither an item nor a tag says it.
+struct ValueArguments {
+    std::string as;
+    std::string wordOrder;
+    std::string characterOrder;
+    ValueFormat format;
+};
+
+struct Arguments {
+    std::function<int(const DriverLibrary &)> action; // of the command that was given
+    std::string              libraryFile;
+    std::string              projectFile;
+    std::string              otherHost;  // in place of the project's
+    ValueArguments           values;
+    std::unique_ptr<DriverLibrary> library;
+    std::unique_ptr<TagBook> book;       // refers to the library
+    Project                  project;
+    std::string              file;       // of check-project and import-tags
+    std::string              output;
+    std::string              host;
+    bool                     hasHost    = false; // an empty host is one too, and wrong
+    long                     timeoutMs  = 1000;
+    long                     intervalMs = 20;
+    double                   giveUp     = 10;
+    double                   retryRefused = std::chrono::duration<double>(PollPlan::PAUSE).count();
+    LinkOptions              link;
+    std::string              trace;
+    bool                     stats      = false;
+    std::vector<std::string> items;
+    WriteOptions             write;
+    WatchOptions             watch;
+    BenchOptions             bench;
+    long                     roundTrips = 100;
+    RecipeOptions            recipe;
+    std::string              copiesItem;
+    long                     copies = 0;
+    long                     step   = 1;
+    std::string              completed; // the kind of names to list
+};
+
+/// Reads the project file, if one was given. Its settings count where their options were not given.
+void applyProject(CLI::App &command, Arguments &arguments);
+
+/// Settles the PLC and the items, and refuses what is missing. Throws UsageError or CLI::RequiredError.
+void placeArguments(CLI::App &command, Arguments &arguments);
+
+/// The form of items that have none of their own. Throws UsageError.
+void setValueDefaults(CLI::App &command, Arguments &arguments);
+
+#endif

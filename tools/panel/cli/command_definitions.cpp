@@ -1,0 +1,251 @@
+#include "cli/command_definitions.h"
+
+#include "cli/command_options.h"
+#include "cli/options.h"
+
+namespace {
+
+Millis millis(double seconds)
+{
+    return std::chrono::duration_cast<Millis>(std::chrono::duration<double>(seconds));
+}
+
+// ---- Commands with a link ----------------------------------------------------------------------------------------
+
+void addLink(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *command = app.add_subcommand("link", "Try the link to a PLC step by step, and say what is wrong with it");
+    addLinkOptions(*command, arguments, settings::READ_WORDS);
+    addSetting(*command, settings::ROUND_TRIPS, arguments.roundTrips);
+    command->callback([&arguments] {
+        arguments.action = [&arguments](const DriverLibrary &library) {
+            return runLink(library, arguments.link, arguments.roundTrips);
+        };
+    });
+}
+
+void addWatchForm(CLI::App &command, Arguments &arguments)
+{
+    CLI::Option *lines = command.add_flag("--lines", "lines on a terminal too, in place of the live table");
+    CLI::Option *json  = command.add_flag("--json", "a JSON object per line");
+    CLI::Option *csv   = command.add_flag("--csv", "comma-separated values");
+    lines->excludes(json)->excludes(csv);
+    json->excludes(csv);
+    command.callback([&arguments, lines, json, csv] {
+        if (*lines)
+            arguments.watch.format = WatchFormat::LINES;
+        if (*json || *csv)
+            arguments.watch.format = *json ? WatchFormat::JSON : WatchFormat::CSV;
+        arguments.action = [&arguments](const DriverLibrary &library) {
+            arguments.link.interval     = Millis(arguments.intervalMs);
+            arguments.link.refusedPause = millis(arguments.retryRefused);
+            arguments.watch.book        = arguments.book.get();
+            return runWatch(library, arguments.link, arguments.watch);
+        };
+    });
+}
+
+void addWatch(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *command = app.add_subcommand("watch",
+                                           "Watch values: a live table on a terminal, else a line for every change");
+    addLinkOptions(*command, arguments, settings::READ_WORDS);
+    addItems(*command, arguments.watch.items,
+             "items to watch; a line is time (UTC), item, old and new value, '-' being the old one of a first value");
+    addSetting(*command, settings::WATCH_FOR, arguments.watch.forSeconds);
+    addSetting(*command, settings::CHANGES, arguments.watch.changes);
+    addSetting(*command, settings::INTERVAL, arguments.intervalMs);
+    addSetting(*command, settings::RETRY_REFUSED, arguments.retryRefused);
+    command->add_option("--write", arguments.watch.writes,
+                        "write this once when the link is up; repeatable")
+        ->allow_extra_args(false)->type_name("ITEM=VALUE");
+    addModeChange(*command, arguments);
+    addKeepGoing(*command, arguments.watch.keepGoing);
+    addWatchForm(*command, arguments);
+}
+
+void addBench(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *command = app.add_subcommand("bench", "Measure the refresh time of a poll for several block sizes");
+    addLinkOptions(*command, arguments, settings::READ_WORDS);
+    addSetting(*command, settings::GIVE_UP, arguments.giveUp);
+    command->add_option("polled", arguments.items, "items to poll; a block of DM from 0 on by default");
+    addSetting(*command, settings::BENCH_WORDS, arguments.bench.words);
+    addSettings(*command, settings::BENCH_SIZES, arguments.bench.sizes);
+    addSetting(*command, settings::BENCH_FOR, arguments.bench.forSeconds);
+    command->callback([&arguments] {
+        arguments.action = [&arguments](const DriverLibrary &library) {
+            arguments.bench.book  = arguments.book.get();
+            arguments.bench.items = arguments.items;
+            return runBench(library, arguments.link, millis(arguments.giveUp), arguments.bench);
+        };
+    });
+}
+
+void addRead(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *command = app.add_subcommand("read", "Read items once: ITEM = VALUE ...");
+    addLinkOptions(*command, arguments, settings::READ_WORDS);
+    addSetting(*command, settings::GIVE_UP, arguments.giveUp);
+    addItems(*command, arguments.items, "items to read");
+    addValueOptions(*command, arguments.values);
+    command->callback([&arguments] {
+        arguments.action = [&arguments](const DriverLibrary &) {
+            return runRead(*arguments.book, arguments.link, millis(arguments.giveUp), arguments.items);
+        };
+    });
+}
+
+void addWrite(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *command = app.add_subcommand("write",
+                                           "Write values and read them back: ITEM = VALUE ... as the PLC holds it");
+    addLinkOptions(*command, arguments, settings::WRITE_WORDS);
+    addSetting(*command, settings::GIVE_UP, arguments.giveUp);
+    addItems(*command, arguments.items, "ITEM=VALUE[,VALUE...]; words -32768 to 65535 or 0x0 to 0xFFFF, bits 0 or 1");
+    addValueOptions(*command, arguments.values);
+    addDryRun(*command, arguments.write.dryRun);
+    addConfirm(*command, arguments.write.confirm);
+    addModeChange(*command, arguments);
+    addKeepGoing(*command, arguments.write.keepGoing);
+    command->callback([&arguments] {
+        arguments.action = [&arguments](const DriverLibrary &) {
+            arguments.write.writes = arguments.items;
+            return runWrite(*arguments.book, arguments.link, millis(arguments.giveUp), arguments.write);
+        };
+    });
+}
+
+// ---- Recipes -----------------------------------------------------------------------------------------------------
+
+void addRecipeTransfer(CLI::App &recipe, Arguments &arguments, RecipeTask task, const char *name, const char *help)
+{
+    CLI::App *command = recipe.add_subcommand(name, help);
+    addLinkOptions(*command, arguments, task == RecipeTask::WRITE ? settings::WRITE_WORDS : settings::READ_WORDS);
+    addSetting(*command, settings::GIVE_UP, arguments.giveUp);
+    command->add_option("file", arguments.recipe.file, "recipe file (text, .toml or .csv), or a recipe of the project");
+    if (task == RecipeTask::READ)
+        command
+            ->add_option("--output", arguments.recipe.output,
+                         "file for the values, in the form of its ending .toml, .csv or any other; standard output by "
+                         "default")
+            ->type_name("FILE");
+    if (task == RecipeTask::WRITE) {
+        addDryRun(*command, arguments.recipe.dryRun);
+        addConfirm(*command, arguments.recipe.confirm);
+        addModeChange(*command, arguments);
+        command->add_flag("--table", arguments.recipe.table, "differences as a table, as on a terminal");
+    }
+    command->callback([&arguments, task] {
+        arguments.action = [&arguments, task](const DriverLibrary &) {
+            arguments.recipe.task = task;
+            return runRecipe(*arguments.book, arguments.link, millis(arguments.giveUp), arguments.recipe);
+        };
+    });
+}
+
+void addRecipe(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *recipe = app.add_subcommand("recipe", "List, show, read, write and compare recipes");
+    recipe->require_subcommand(1);
+    addRecipeTransfer(*recipe, arguments, RecipeTask::READ, "read",
+                      "Read the variables of a recipe; its values may be left out");
+    addRecipeTransfer(*recipe, arguments, RecipeTask::WRITE, "write", "Write a recipe, read it back and compare");
+    addRecipeTransfer(*recipe, arguments, RecipeTask::COMPARE, "compare", "Show where the PLC differs from a recipe");
+    CLI::App *list = recipe->add_subcommand("list", "List the recipes of the project");
+    addProjectOption(*list, arguments);
+    list->callback([&arguments] {
+        arguments.action = [&arguments](const DriverLibrary &) { return runRecipeList(arguments.recipe.project); };
+    });
+    CLI::App *show = recipe->add_subcommand("show", "Show the variables and values of a recipe");
+    addProjectOption(*show, arguments);
+    show->add_option("file", arguments.recipe.file, "recipe file, or a recipe of the project")->required();
+    show->callback([&arguments] {
+        arguments.action = [&arguments](const DriverLibrary &) {
+            return runRecipeShow(*arguments.book, arguments.recipe);
+        };
+    });
+}
+
+// ---- Commands without a link -------------------------------------------------------------------------------------
+
+void addFiles(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *check = app.add_subcommand("check-project", "Check a project file without a PLC, and show every error");
+    check->add_option("file", arguments.file, "project file (TOML)")->required();
+    check->callback([&arguments] {
+        arguments.action = [&arguments](const DriverLibrary &library) {
+            return runCheckProject(library, arguments.file);
+        };
+    });
+    CLI::App *import = app.add_subcommand("import-tags", "Turn a CSV list of tags into the TOML of a project file");
+    import
+        ->add_option("file", arguments.file,
+                     "CSV file; columns name, type, address, and as needed count, data, word_order, char_order, scale, "
+                     "offset, decimals, min, max, unit, access, comment, screen")
+        ->required();
+    import->add_option("--output", arguments.output, "file for the tags; standard output by default")
+        ->type_name("FILE");
+    import->callback([&arguments] {
+        arguments.action = [&arguments](const DriverLibrary &library) {
+            return runImportTags(library, arguments.file, arguments.output);
+        };
+    });
+}
+
+void addCheck(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *check = app.add_subcommand("check", "Check items without a PLC");
+    addProjectOption(*check, arguments);
+    addItems(*check, arguments.items, "items to check");
+    addValueOptions(*check, arguments.values);
+    check->callback([&arguments] {
+        arguments.action = [&arguments](const DriverLibrary &) { return runCheck(*arguments.book, arguments.items); };
+    });
+}
+
+void addLists(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *types = app.add_subcommand("types", "List the register types with their ranges and notations");
+    types->callback([&arguments] { arguments.action = runTypes; });
+    CLI::App *copies = app.add_subcommand("copies", "List the addresses of several copies of a variable");
+    copies->add_option("item", arguments.copiesItem, "TYPE:ADDRESS of the first copy")->required();
+    addSetting(*copies, settings::COPIES, arguments.copies)->required();
+    addSetting(*copies, settings::STEP, arguments.step);
+    copies->callback([&arguments] {
+        arguments.action = [&arguments](const DriverLibrary &library) {
+            return runCopies(library, arguments.copiesItem, arguments.copies, arguments.step);
+        };
+    });
+}
+
+void addCompletion(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *complete = app.add_subcommand("complete", "List names of a project, for the completion of a shell");
+    complete->group(""); // not for people, and in no help
+    addProjectOption(*complete, arguments);
+    complete->add_option("kind", arguments.completed)->required()->check(CLI::IsMember({"tags", "recipes"}));
+    complete->callback([&arguments] {
+        arguments.action = [&arguments](const DriverLibrary &) {
+            return runComplete(*arguments.book, arguments.project, arguments.completed == "recipes");
+        };
+    });
+}
+
+} // namespace
+
+void addCommands(CLI::App &app, Arguments &arguments)
+{
+    addProjectOption(app, arguments);
+    addHostOption(app, arguments);
+    addLink(app, arguments);
+    addWatch(app, arguments);
+    addRead(app, arguments);
+    addWrite(app, arguments);
+    addRecipe(app, arguments);
+    addFiles(app, arguments);
+    addBench(app, arguments);
+    addCheck(app, arguments);
+    addLists(app, arguments);
+    addCompletion(app, arguments);
+}

@@ -1,0 +1,37 @@
+#ifndef PANEL_CLI_OPTIONS_H
+#define PANEL_CLI_OPTIONS_H
+
+#include "project/settings.h"
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+// Options of the command line whose values are checked before anything else happens: numbers with their ranges, and
+// words of a list.
+
+/// An option, or a positional argument, for the number. `shown` is its default, or empty.
+CLI::Option *addSetting(CLI::App &command, const Setting &setting, const std::string &shown,
+                        const std::function<void(double)> &set);
+
+template <typename Value>
+CLI::Option *addSetting(CLI::App &command, const Setting &setting, Value &value)
+{
+    const auto initial = static_cast<double>(value);
+    return addSetting(command, setting, isSet(setting, initial) ? plainNumber(initial) : "",
+                      [&value](double number) { value = static_cast<Value>(number); });
+}
+
+/// An option for several such numbers, separated by commas.
+CLI::Option *addSettings(CLI::App &command, const Setting &setting, std::vector<qint32> &values);
+
+/// An option for one word of the list.
+CLI::Option *addChoice(CLI::App &command, const std::string &name, std::string &value,
+                       const std::vector<std::string> &words, const std::string &help);
+
+/// "{low,high}"
+std::string choiceText(const std::vector<std::string> &words);
+
+#endif

@@ -1,0 +1,77 @@
+#ifndef PANEL_COMMANDS_COMMANDS_H
+#define PANEL_COMMANDS_COMMANDS_H
+
+#include "driver/driver_library.h"
+#include "project/project.h"
+#include "session/runtime.h"
+#include "values/tags.h"
+
+#include <string>
+#include <vector>
+
+// The commands of the program. Each checks all that the user gave before anything is sent, and returns an ExitCode.
+
+enum class WatchFormat { AUTO, LINES, JSON, CSV }; // AUTO: a live table on a terminal, else lines
+
+struct WatchOptions {
+    const TagBook *book = nullptr;
+    std::vector<std::string> items;
+    std::vector<std::string> writes; // ITEM=VALUE, sent once when the link is up
+    WatchFormat format = WatchFormat::AUTO;
+    double forSeconds = 0; // 0: for ever
+    long   changes    = 0; // 0: any number
+    bool   keepGoing  = false; // with the other writes when one is refused or its fate is unknown
+};
+
+struct BenchOptions {
+    const TagBook *book = nullptr;
+    std::vector<std::string> items;       // none: `words` words from DM:0 on
+    long                     words = 500;
+    std::vector<qint32>      sizes = {8, 16, 32, 64, 114, 200, 400};
+    double                   forSeconds = 1; // for each size
+};
+
+struct WriteOptions {
+    std::vector<std::string> writes; // ITEM=V[,V...]
+    bool dryRun    = false; // shows the frames, and sends nothing
+    bool keepGoing = false; // with the other writes when one is refused or its fate is unknown
+    bool confirm   = false; // asks the user before anything is written
+};
+
+enum class RecipeTask { READ, WRITE, COMPARE };
+
+struct RecipeOptions {
+    RecipeTask     task = RecipeTask::READ;
+    std::string    file;    // or the name of a recipe of the project
+    std::string    output;  // of a recipe read; empty: standard output
+    bool           dryRun  = false;
+    bool           confirm = false; // asks the user before anything is written
+    bool           table   = false; // differences as a table, not only on a terminal
+    const Project *project = nullptr;
+};
+
+/// Tries the link step by step, with `count` round trips, and says what is wrong.
+int runLink(const DriverLibrary &library, const LinkOptions &link, long count);
+
+/// Measures the refresh time for several block sizes. A size counts as unanswered after `giveUp`.
+int runBench(const DriverLibrary &library, const LinkOptions &link, Millis giveUp, const BenchOptions &options);
+int runWatch(const DriverLibrary &library, const LinkOptions &link, const WatchOptions &options);
+int runRead(const TagBook &book, const LinkOptions &link, Millis giveUp, const std::vector<std::string> &items);
+
+/// Success only when the values read back agree.
+int runWrite(const TagBook &book, const LinkOptions &link, Millis giveUp, const WriteOptions &options);
+int runRecipe(const TagBook &book, const LinkOptions &link, Millis giveUp, const RecipeOptions &options);
+
+// These need no link.
+int runCheck(const TagBook &book, const std::vector<std::string> &items);
+int runCheckProject(const DriverLibrary &library, const std::string &file);
+int runImportTags(const DriverLibrary &library, const std::string &file, const std::string &output);
+int runRecipeList(const Project *project);
+int runRecipeShow(const TagBook &book, const RecipeOptions &options);
+
+/// Lists the names of the project's tags, or of its recipes, one a line.
+int runComplete(const TagBook &book, const Project &project, bool recipes);
+int runTypes(const DriverLibrary &library);
+int runCopies(const DriverLibrary &library, const std::string &item, long count, long step);
+
+#endif

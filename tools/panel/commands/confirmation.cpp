@@ -1,0 +1,35 @@
+#include "commands/confirmation.h"
+
+#include "base/exit_codes.h"
+#include "commands/difference_table.h"
+#include "session/read_once.h"
+
+#include <unistd.h>
+
+#include <iostream>
+
+void requireTerminal()
+{
+    if (isatty(STDIN_FILENO) == 0 || isatty(STDERR_FILENO) == 0)
+        throw UsageError("--confirm asks on a terminal, and there is none; run the command on one, or leave it out");
+}
+
+bool isConfirmed(const std::vector<WriteReport::Order> &orders, const std::vector<std::vector<quint8>> &held)
+{
+    std::vector<std::vector<std::string>> rows = {{"item", "PLC", "new", "unit"}};
+    for (std::size_t i = 0; i < orders.size(); ++i)
+        rows.push_back({orders[i].name, decodeValues(orders[i].format, held[i]),
+                        decodeValues(orders[i].format, orders[i].data), orders[i].format.unit});
+    std::cerr << tableText(rows, {false, true, true, false}) << "write these values? [y/N] " << std::flush;
+    std::string answer;
+    std::getline(std::cin, answer);
+    return answer == "y" || answer == "Y" || answer == "yes";
+}
+
+int endUnwritten(Runtime &runtime, WriteReport &report, const std::string &reason, Millis giveUp)
+{
+    report.finish(reason);
+    if (reason == endedEarly(runtime))
+        noAnswer(runtime, giveUp);
+    return report.exitCode();
+}

@@ -1,0 +1,21 @@
+#include "commands/commands.h"
+
+#include "base/exit_codes.h"
+#include "session/read_once.h"
+
+#include <iostream>
+
+int runRead(const TagBook &book, const LinkOptions &link, Millis giveUp, const std::vector<std::string> &texts)
+{
+    const std::vector<Tag> tags = book.resolveAll(texts, Access::READ);
+    Runtime runtime(book.library(), link);
+    FreshValues fresh(runtime, itemsOf(tags));
+    if (!stepUntil(runtime, Clock::now() + giveUp, [&] { return fresh.complete(); }))
+        return noAnswer(runtime, giveUp);
+    for (const Tag &tag : tags) {
+        if (!fresh.refused(tag.item))
+            std::cout << tag.name << " = " << withUnit(decodeValues(tag.format, runtime.values(tag.item)), tag.format)
+                      << '\n';
+    }
+    return fresh.anyRefused() ? EXIT_REFUSED : EXIT_DONE;
+}

@@ -1,0 +1,291 @@
+#include "commands/commands.h"
+
+#include "base/exit_codes.h"
+#include "base/numbers.h"
+#include "commands/confirmation.h"
+#include "commands/difference_table.h"
+#include "commands/output_file.h"
+#include "commands/progress_bar.h"
+#include "session/dry_run.h"
+#include "session/read_once.h"
+#include "session/recipe_transfer.h"
+#include "session/write_report.h"
+
+#include <iostream>
+#include <memory>
+
+namespace {
+
+const std::vector<std::string> DIFFERENCE_HEAD = {"variable", "recipe", "PLC", "unit"};
+
+// The recipe of that name in the project, or the file of that name.
+Recipe findRecipe(const TagBook &book, const RecipeOptions &options, bool needValues)
+{
+    if (options.file.empty())
+        throw UsageError("file is required; see fins_panel --help");
+    const Recipe *named = options.project ? options.project->findRecipe(options.file) : nullptr;
+    if (!named)
+        return loadRecipeFile(book, options.file, needValues);
+    if (needValues)
+        requireValues(*named);
+    return *named;
+}
+
+// The files that the recipe and its tags were read from.
+std::vector<std::string> inputsOf(const RecipeOptions &options)
+{
+    std::vector<std::string> inputs;
+    if (options.project)
+        inputs = options.project->files;
+    if (!options.project || !options.project->findRecipe(options.file))
+        inputs.push_back(options.file);
+    return inputs;
+}
+
+// The entries with the values that the latest read has brought.
+std::vector<RecipeEntry> heldEntries(RecipeTransfer &transfer, const std::vector<RecipeEntry> &entries)
+{
+    std::vector<RecipeEntry> held = entries;
+    for (RecipeEntry &entry : held)
+        entry.values = transfer.values(entry.item);
+    return held;
+}
+
+// A bar for a transfer of several blocks.
+std::unique_ptr<ProgressBar> showProgress(RecipeTransfer &transfer, const Runtime &runtime, const Recipe &recipe,
+                                          const std::string &what)
+{
+    const bool isLong = recipe.wordCount() > static_cast<std::size_t>(runtime.options().wordsPerFrame);
+    auto bar = std::make_unique<ProgressBar>(what, isLong && ProgressBar::isUsable());
+    ProgressBar *shown = bar.get();
+    transfer.onProgress([shown](std::size_t done, std::size_t total) { shown->show(done, total); });
+    return bar;
+}
+
+// The entries that the latest read has brought; names the others.
+std::vector<RecipeEntry> readEntries(Runtime &runtime, const RecipeTransfer &transfer,
+                                     const std::vector<RecipeEntry> &entries)
+{
+    std::vector<RecipeEntry> read;
+    std::string refused;
+    for (const RecipeEntry &entry : entries) {
+        if (transfer.refused(entry.item))
+            refused += " " + entryName(entry);
+        else
+            read.push_back(entry);
+    }
+    runtime.messages().finish();
+    if (!refused.empty())
+        std::cerr << "refused (" << entries.size() - read.size() << " of " << counted(entries.size(), "variable")
+                  << "):" << refused << std::endl;
+    return read;
+}
+
+TransferEnd readWithBar(RecipeTransfer &transfer, const Runtime &runtime, const Recipe &recipe, TimePoint end)
+{
+    const std::unique_ptr<ProgressBar> bar = showProgress(transfer, runtime, recipe, "reading");
+    const TransferEnd result = transfer.read(end);
+    transfer.onProgress(nullptr);
+    return result;
+}
+
+TransferEnd writeWithBar(RecipeTransfer &transfer, const Runtime &runtime, const Recipe &recipe, TimePoint end)
+{
+    const std::unique_ptr<ProgressBar> bar = showProgress(transfer, runtime, recipe, "writing");
+    const TransferEnd result = transfer.write(end);
+    transfer.onProgress(nullptr);
+    return result;
+}
+
+std::vector<std::vector<std::string>> allDifferences(const std::vector<RecipeEntry> &wanted,
+                                                     const std::vector<RecipeEntry> &held)
+{
+    std::vector<std::vector<std::string>> rows = {DIFFERENCE_HEAD};
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+        for (const std::vector<std::string> &row : differences(wanted[i], held[i].values))
+            rows.push_back(row);
+    }
+    return rows;
+}
+
+std::size_t countDiffering(const std::vector<RecipeEntry> &wanted, const std::vector<RecipeEntry> &held)
+{
+    std::size_t differing = 0;
+    for (std::size_t i = 0; i < wanted.size(); ++i)
+        differing += wanted[i].values == held[i].values ? 0 : 1;
+    return differing;
+}
+
+void orderAll(WriteReport &report, const Recipe &recipe)
+{
+    for (const RecipeEntry &entry : recipe.entries)
+        report.add(entryName(entry), entry.item, entry.format, entry.values);
+    report.onResult([](const WriteReport::Order &order) {
+        std::cout << recipeLine({order.item, *order.held, order.name, order.format}) << std::endl;
+    });
+}
+
+std::vector<std::vector<quint8>> heldBytes(RecipeTransfer &transfer, const Recipe &recipe)
+{
+    std::vector<std::vector<quint8>> held;
+    for (const RecipeEntry &entry : recipe.entries)
+        held.push_back(transfer.values(entry.item));
+    return held;
+}
+
+// The differences as a table, for a terminal.
+void showDifferences(const WriteReport &report)
+{
+    std::vector<std::vector<std::string>> rows = {DIFFERENCE_HEAD};
+    for (const WriteReport::Order &order : report.orders()) {
+        if (order.fate != WriteFate::DIFFERS)
+            continue;
+        for (const std::vector<std::string> &row : differences({order.item, order.data, order.name, order.format},
+                                                               *order.held))
+            rows.push_back(row);
+    }
+    if (rows.size() > 1)
+        std::cerr << tableText(rows, {false, true, true, false}) << std::flush;
+}
+
+// Why the variables that were not sent were not.
+std::string whyNotSent(const Runtime &runtime, TransferEnd written)
+{
+    if (written == TransferEnd::REFUSED)
+        return "the PLC refused what was to be written before it";
+    return written == TransferEnd::CUT_OFF ? "the link was lost before" : endedEarly(runtime);
+}
+
+// Reads and shows what the PLC holds. Returns why nothing is to be written, or "".
+std::string askFirst(RecipeTransfer &transfer, const Runtime &runtime, const Recipe &recipe, const WriteReport &report,
+                     TimePoint end)
+{
+    const TransferEnd read = readWithBar(transfer, runtime, recipe, end);
+    if (read != TransferEnd::DONE)
+        return read == TransferEnd::REFUSED ? "the PLC refuses to read what it would replace" : endedEarly(runtime);
+    return isConfirmed(report.orders(), heldBytes(transfer, recipe)) ? "" : "not confirmed";
+}
+
+int writeRecipe(Runtime &runtime, const Recipe &recipe, Millis giveUp, const RecipeOptions &options)
+{
+    WriteReport report(runtime);
+    orderAll(report, recipe);
+    const bool asTable = options.table || ProgressBar::isUsable();
+    if (asTable)
+        report.leaveDifferencesOut();
+    RecipeTransfer transfer(runtime, recipe.entries);
+    TimePoint end = Clock::now() + giveUp;
+    if (options.confirm) {
+        const std::string reason = askFirst(transfer, runtime, recipe, report, end);
+        if (!reason.empty())
+            return endUnwritten(runtime, report, reason, giveUp);
+        end = Clock::now() + giveUp;
+    }
+    const TransferEnd written = writeWithBar(transfer, runtime, recipe, end);
+    const std::string reason  = whyNotSent(runtime, written);
+    TransferEnd read = written == TransferEnd::NO_LINK ? written : TransferEnd::DONE;
+    if (!report.settled())
+        read = readWithBar(transfer, runtime, recipe, end);
+    report.finish(reason);
+    if (asTable)
+        showDifferences(report);
+    if (read == TransferEnd::NO_LINK)
+        noAnswer(runtime, giveUp);
+    return report.exitCode();
+}
+
+int giveOut(const std::vector<RecipeEntry> &held, const std::string &output)
+{
+    if (output.empty()) {
+        std::cout << recipeFileText("", held);
+        return EXIT_DONE;
+    }
+    replaceFile(output, recipeFileText(output, held));
+    return EXIT_DONE;
+}
+
+int showComparison(const std::vector<RecipeEntry> &wanted, const std::vector<RecipeEntry> &held)
+{
+    const std::size_t differing = countDiffering(wanted, held);
+    if (differing == 0) {
+        std::cout << "no difference: " << counted(wanted.size(), "variable") << " as in the recipe\n";
+        return EXIT_DONE;
+    }
+    std::cout << tableText(allDifferences(wanted, held), {false, true, true, false}) << differing << " of "
+              << counted(wanted.size(), "variable") << (differing == 1 ? " differs\n" : " differ\n");
+    return EXIT_REFUSED;
+}
+
+int readRecipe(Runtime &runtime, const Recipe &recipe, Millis giveUp, const RecipeOptions &options)
+{
+    RecipeTransfer transfer(runtime, recipe.entries);
+    const TransferEnd end = readWithBar(transfer, runtime, recipe, Clock::now() + giveUp);
+    if (end == TransferEnd::NO_LINK)
+        return noAnswer(runtime, giveUp);
+    const std::vector<RecipeEntry> wanted = readEntries(runtime, transfer, recipe.entries);
+    if (wanted.empty())
+        return EXIT_REFUSED;
+    const std::vector<RecipeEntry> held = heldEntries(transfer, wanted);
+    const int code = options.task == RecipeTask::COMPARE ? showComparison(wanted, held) : giveOut(held, options.output);
+    return wanted.size() == recipe.entries.size() ? code : static_cast<int>(EXIT_REFUSED);
+}
+
+int showFrames(const TagBook &book, const LinkOptions &link, const Recipe &recipe)
+{
+    DryRun dryRun(book.library(), link);
+    std::cout << recipeFileText("", recipe.entries);
+    for (const std::string &line : dryRun.writeRecipe(recipe.entries))
+        std::cout << "  " << line << '\n';
+    std::cerr << dryRunText(link) << std::endl;
+    return EXIT_DONE;
+}
+
+std::size_t valueCount(const RecipeEntry &entry)
+{
+    return static_cast<std::size_t>(entry.item.count / wordsPerValue(entry.format.type));
+}
+
+} // namespace
+
+int runRecipe(const TagBook &book, const LinkOptions &link, Millis giveUp, const RecipeOptions &options)
+{
+    const bool isWrite = options.task == RecipeTask::WRITE;
+    const Recipe recipe = findRecipe(book, options, options.task != RecipeTask::READ);
+    refuseInputs(options.output, inputsOf(options));
+    if (isWrite && options.dryRun)
+        return showFrames(book, link, recipe);
+    if (isWrite && options.confirm)
+        requireTerminal();
+    Runtime runtime(book.library(), link);
+    return isWrite ? writeRecipe(runtime, recipe, giveUp, options)
+                   : readRecipe(runtime, recipe, giveUp, options);
+}
+
+int runRecipeList(const Project *project)
+{
+    if (!project)
+        throw UsageError("recipe list shows the recipes of a project; name it with --project FILE");
+    std::vector<std::vector<std::string>> rows = {{"recipe", "variables", "words", "comment"}};
+    for (const Recipe &recipe : project->recipes)
+        rows.push_back({recipe.name, std::to_string(recipe.entries.size()), std::to_string(recipe.wordCount()),
+                        recipe.comment});
+    std::cout << tableText(rows, {false, true, true, false});
+    return EXIT_DONE;
+}
+
+int runRecipeShow(const TagBook &book, const RecipeOptions &options)
+{
+    const Recipe recipe = findRecipe(book, options, false);
+    std::vector<std::vector<std::string>> rows = {{"variable", "address", "type", "value", "unit"}};
+    for (const RecipeEntry &entry : recipe.entries) {
+        const std::string type  = formatText(entry.format);
+        const std::string count = valueCount(entry) > 1 ? ":" + std::to_string(valueCount(entry)) : "";
+        rows.push_back({entryName(entry), addressText(entry.item.regType, entry.item.address) + count,
+                        type.empty() ? "word" : type,
+                        entry.values.empty() ? "-" : decodeValues(entry.format, entry.values), entry.format.unit});
+    }
+    std::cout << tableText(rows, {false, false, false, false, false}) << counted(recipe.entries.size(), "variable")
+              << ", " << counted(recipe.wordCount(), "word") << (recipe.comment.empty() ? "" : ": " + recipe.comment)
+              << '\n';
+    return EXIT_DONE;
+}

@@ -1,0 +1,154 @@
+#include "commands/commands.h"
+
+#include "base/exit_codes.h"
+#include "session/read_once.h"
+#include "session/watch_values.h"
+#include "session/write_queue.h"
+#include "session/write_report.h"
+#include "terminal/terminal.h"
+#include "watch/watch_lines.h"
+#include "watch/watch_view.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <iostream>
+#include <memory>
+#include <optional>
+
+namespace {
+
+using Writes = std::vector<TagWrite>;
+
+// The writes that go out once, as soon as the link is up.
+class WatchWrites {
+public:
+    WatchWrites(Runtime &runtime, bool keepGoing, const Writes &writes)
+        : runtime_(runtime), queue_(runtime, keepGoing), report_(runtime)
+    {
+        for (const auto &[tag, data] : writes) {
+            queue_.add(tag.item, data);
+            report_.add(tag.name, tag.item, tag.format, data);
+        }
+    }
+
+    void pump()
+    {
+        if (settled_)
+            return;
+        queue_.pump();
+        settled_ = report_.settled() && queue_.settled();
+        if (settled_)
+            report_.finish("a write before it was not done; with --keep-going it would be sent all the same");
+    }
+
+    /// True if nothing more happens to the writes.
+    bool settled() const { return settled_; }
+
+    std::vector<Item> openItems() const { return report_.openItems(); }
+
+    /// Reports what is left; returns the exit code of the writes.
+    int end()
+    {
+        report_.finish(endedEarly(runtime_));
+        return report_.exitCode();
+    }
+
+private:
+    const Runtime &runtime_;
+    WriteQueue  queue_;
+    WriteReport report_;
+    bool        settled_ = false;
+};
+
+// The lines of one exchange go out together. Where nobody reads them any more the program ends, and not by a signal:
+// what became of its writes is still to be said. The lines come as long as the handles last.
+std::vector<CallHandle> printLines(Runtime &runtime, WatchValues &values, LineFormat format)
+{
+    std::signal(SIGPIPE, SIG_IGN);
+    if (format == LineFormat::CSV)
+        std::cout << csvHead() << std::endl;
+    const auto waiting = std::make_shared<std::string>();
+    values.onEvent([format, waiting](const WatchEvent &event) {
+        const std::string line = eventLine(format, event, std::chrono::system_clock::now());
+        if (!line.empty())
+            *waiting += line + "\n";
+    });
+    const auto print = [waiting] {
+        if (!waiting->empty())
+            std::cout << *waiting << std::flush;
+        waiting->clear();
+        if (!std::cout)
+            requestStop();
+    };
+    return {runtime.onExchange([print](const Exchange &) { print(); }), runtime.onLost(print)};
+}
+
+bool showsTable(const LinkOptions &link, const WatchOptions &options)
+{
+    const bool traceInTheWay = link.trace != TraceMode::NONE && isatty(STDERR_FILENO) != 0;
+    return options.format == WatchFormat::AUTO && Terminal::isUsable() && !traceInTheWay;
+}
+
+LineFormat lineFormat(WatchFormat format)
+{
+    if (format == WatchFormat::JSON)
+        return LineFormat::JSON;
+    return format == WatchFormat::CSV ? LineFormat::CSV : LineFormat::PLAIN;
+}
+
+int exitCode(Runtime &runtime, const WatchValues &values, const WatchOptions &options)
+{
+    if (stopRequested())
+        return EXIT_DONE;
+    if (values.refused())
+        return EXIT_REFUSED;
+    if (!runtime.wasOnline())
+        return EXIT_NO_LINK;
+    if (values.changes() >= static_cast<unsigned long>(options.changes))
+        return EXIT_DONE;
+    runtime.messages().finish();
+    std::cerr << "fins_panel: " << values.changes() << " of " << options.changes << " changes came in time"
+              << std::endl;
+    return EXIT_NO_LINK;
+}
+
+std::vector<Item> writtenItems(const Writes &writes)
+{
+    std::vector<Item> items;
+    for (const TagWrite &write : writes)
+        items.push_back(write.tag.item);
+    return items;
+}
+
+} // namespace
+
+int runWatch(const DriverLibrary &library, const LinkOptions &link, const WatchOptions &options)
+{
+    const TagBook own(library);
+    const TagBook &book = options.book ? *options.book : own;
+    const std::vector<Tag> tags = book.resolveAll(options.items, Access::READ);
+    const Writes toWrite = book.resolveWrites(options.writes);
+    Runtime runtime(library, link);
+    WatchWrites writes(runtime, options.keepGoing, toWrite);
+    WatchValues values(runtime, tags, writtenItems(toWrite), [&] { return writes.openItems(); });
+    std::optional<WatchView> view;
+    std::vector<CallHandle> lines;
+    if (showsTable(link, options))
+        view.emplace(runtime, values);
+    else
+        lines = printLines(runtime, values, lineFormat(options.format));
+    const auto forTime = std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(options.forSeconds));
+    const TimePoint end = options.forSeconds > 0 ? Clock::now() + forTime : TimePoint::max();
+    stepUntil(runtime, end, [&] {
+        writes.pump();
+        if (view)
+            view->tick();
+        return options.changes > 0 && values.changes() >= static_cast<unsigned long>(options.changes)
+               && writes.settled();
+    });
+    view.reset(); // what is said from here on must not be lost with the table
+    const int written = writes.end();
+    return std::max(written, exitCode(runtime, values, options));
+}

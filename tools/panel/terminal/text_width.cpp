@@ -1,0 +1,106 @@
+#include "terminal/text_width.h"
+
+#include <cwchar>
+
+#include <locale.h>
+
+namespace {
+
+struct Character {
+    std::size_t size;       // bytes
+    std::size_t columns;
+    bool        isShowable;
+};
+
+const Character NOT_SHOWABLE = {1, 1, false};
+
+// The tables of the C library for UTF-8, which every system has under one of these names; null: it has none.
+locale_t utf8Tables()
+{
+    static const locale_t tables = [] {
+        for (const char *name : {"C.UTF-8", "C.utf8", "en_US.UTF-8"}) {
+            if (const locale_t found = newlocale(LC_CTYPE_MASK, name, nullptr))
+                return found;
+        }
+        return static_cast<locale_t>(nullptr);
+    }();
+    return tables;
+}
+
+// As long as it lives, the thread's characters are those of the tables.
+class Utf8Scope {
+public:
+    Utf8Scope() : before_(uselocale(utf8Tables())) {}
+    ~Utf8Scope() { uselocale(before_); }
+    Utf8Scope(const Utf8Scope &) = delete;
+    Utf8Scope &operator=(const Utf8Scope &) = delete;
+
+private:
+    locale_t before_;
+};
+
+// Without tables every character takes one column.
+Character plainCharacter(const std::string &text, std::size_t at)
+{
+    const unsigned char first = static_cast<unsigned char>(text[at]);
+    if (first < 32 || first == 127)
+        return NOT_SHOWABLE;
+    std::size_t end = at + 1;
+    while (end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
+        ++end;
+    return {end - at, 1, true};
+}
+
+// The character at `at`, in a Utf8Scope.
+Character characterAt(const std::string &text, std::size_t at)
+{
+    if (!utf8Tables())
+        return plainCharacter(text, at);
+    wchar_t wide = 0;
+    std::mbstate_t state = {};
+    const std::size_t size = std::mbrtowc(&wide, text.data() + at, text.size() - at, &state);
+    if (size == 0 || size > text.size() - at) // a NUL, or no character
+        return NOT_SHOWABLE;
+    const int columns = wcwidth(wide);
+    return columns < 0 ? Character{size, 1, false} : Character{size, static_cast<std::size_t>(columns), true};
+}
+
+} // namespace
+
+std::size_t textWidth(const std::string &text)
+{
+    const Utf8Scope scope;
+    std::size_t width = 0;
+    for (std::size_t at = 0; at < text.size();) {
+        const Character character = characterAt(text, at);
+        width += character.columns;
+        at += character.size;
+    }
+    return width;
+}
+
+std::string textStart(const std::string &text, std::size_t columns)
+{
+    const Utf8Scope scope;
+    std::size_t width = 0;
+    for (std::size_t at = 0; at < text.size();) {
+        const Character character = characterAt(text, at);
+        width += character.columns;
+        if (width > columns)
+            return text.substr(0, at);
+        at += character.size;
+    }
+    return text;
+}
+
+std::string showable(const std::string &text)
+{
+    const Utf8Scope scope;
+    std::string shown;
+    for (std::size_t at = 0; at < text.size();) {
+        const Character character = characterAt(text, at);
+        shown += character.isShowable ? text.substr(at, character.size) : "?";
+        at += character.size;
+    }
+    return shown;
+}

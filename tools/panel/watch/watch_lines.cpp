@@ -1,0 +1,106 @@
+#include "watch/watch_lines.h"
+
+#include "base/csv_text.h"
+
+#include <nlohmann/json.hpp>
+
+#include <charconv>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+
+using Json = nlohmann::ordered_json;
+
+std::string timeText(SystemTime time)
+{
+    using namespace std::chrono;
+    const auto whole = floor<seconds>(time);
+    const std::time_t seconds = system_clock::to_time_t(whole);
+    std::tm utc = {};
+    gmtime_r(&seconds, &utc);
+    char day[32];
+    char text[48];
+    std::strftime(day, sizeof day, "%Y-%m-%dT%H:%M:%S", &utc);
+    const auto millis = duration_cast<milliseconds>(time - whole).count();
+    std::snprintf(text, sizeof text, "%s.%03dZ", day, static_cast<int>(millis));
+    return text;
+}
+
+static const char *eventName(WatchEvent::Kind kind)
+{
+    switch (kind) {
+    case WatchEvent::FIRST:   return "first";
+    case WatchEvent::CHANGE:  return "change";
+    case WatchEvent::QUALITY: return "quality";
+    }
+    return "";
+}
+
+template <typename Number>
+static bool parsesAs(const std::string &text, Number &number)
+{
+    const std::from_chars_result result = std::from_chars(text.data(), text.data() + text.size(), number);
+    return result.ec == std::errc() && result.ptr == text.data() + text.size();
+}
+
+// Numbers as numbers; hex, bits, text and what is no number as it is shown.
+static Json jsonValue(const std::string &text, const ValueFormat &format)
+{
+    if (text.empty())
+        return nullptr;
+    const bool isNumber = isNumeric(format.type) || format.type == DataType::BIT || format.type == DataType::WORD;
+    std::int64_t  whole    = 0;
+    std::uint64_t positive = 0;
+    double        real     = 0;
+    if (isNumber && parsesAs(text, whole))
+        return whole;
+    if (isNumber && parsesAs(text, positive))
+        return positive;
+    if (isNumber && parsesAs(text, real) && real - real == 0) // neither infinite nor no number
+        return real;
+    return text;
+}
+
+// Text from a PLC or a project file may be no UTF-8: what is none is replaced.
+static std::string jsonLine(const WatchEvent &event, SystemTime time)
+{
+    const WatchedValue &value = event.value;
+    Json line;
+    line["time"]    = timeText(time);
+    line["tag"]     = value.name;
+    line["item"]    = itemText(value.item);
+    line["event"]   = eventName(event.kind);
+    line["old"]     = jsonValue(event.old, value.format);
+    line["value"]   = jsonValue(value.text, value.format);
+    line["unit"]    = value.format.unit;
+    line["quality"] = qualityText(value.quality);
+    return line.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+std::string csvHead()
+{
+    return "time,tag,item,event,old,value,unit,quality";
+}
+
+static std::string csvLine(const WatchEvent &event, SystemTime time)
+{
+    const WatchedValue &value = event.value;
+    const auto cell = [&](const std::string &text) {
+        return value.format.type == DataType::STRING ? csvText(text) : csvField(text);
+    };
+    return timeText(time) + "," + csvText(value.name) + "," + itemText(value.item) + "," + eventName(event.kind) + ","
+           + cell(event.old) + "," + cell(value.text) + "," + csvText(value.format.unit) + ","
+           + qualityText(value.quality);
+}
+
+std::string eventLine(LineFormat format, const WatchEvent &event, SystemTime time)
+{
+    if (format == LineFormat::JSON)
+        return jsonLine(event, time);
+    if (format == LineFormat::CSV)
+        return csvLine(event, time);
+    if (event.kind == WatchEvent::QUALITY)
+        return "";
+    const std::string old = event.kind == WatchEvent::FIRST ? "-" : event.old;
+    return timeText(time) + " " + event.value.name + " " + old + " " + event.value.text;
+}

@@ -1,0 +1,165 @@
+#include "console/console.h"
+
+#include <vector>
+
+namespace plc {
+
+const Console::Command Console::COMMANDS[] = {
+    {"read",       "TYPE:ADDRESS[:COUNT]",                     "values, in decimal", &Console::read},
+    {"write",      "TYPE:ADDRESS VALUE...",                    "values 0 to 65535, or 0 and 1", &Console::write},
+    {"mode",       "[program|monitor|run]",                    "the operating mode, or a new one", &Console::mode},
+    {"fault",      "NAME[=VALUE][@PROBABILITY][#TIMES] | NAME off", "begin or end a fault", &Console::fault},
+    {"faults",     "[off]",                                    "the faults that are set, or end all", &Console::faults},
+    {"tcp-error",  "XX [TIMES] | off",                         "refuse node address exchanges", &Console::tcpError},
+    {"clients",    "",                                         "number of clients and their nodes", &Console::clients},
+    {"disconnect", "",                                         "close all connections", &Console::disconnect},
+    {"stats",      "",                                         "counts since the start", &Console::stats},
+    {"help",       "",                                         "the names of the commands", &Console::listCommands},
+    {"quit",       "",                                         "end the simulator", &Console::leave},
+};
+
+std::string Console::help()
+{
+    std::string text;
+    for (const Command &command : COMMANDS) {
+        const std::string usage = std::string(command.name) + " " + command.arguments;
+        text += "  " + usage + std::string(usage.size() < 56 ? 56 - usage.size() : 1, ' ') + command.meaning + "\n";
+    }
+    return text;
+}
+
+std::string Console::answer(const std::string &line)
+{
+    Words words(line);
+    std::string name;
+    words >> name;
+    for (const Command &command : COMMANDS)
+        if (name == command.name)
+            return (this->*command.run)(words);
+    return "error '" + name + "' is no command; try help";
+}
+
+std::string Console::read(Words &words)
+{
+    std::string place;
+    words >> place;
+    Span span;
+    const std::string wrong = parsePlace(place, plc.controller.memory, &span);
+    if (!wrong.empty())
+        return "error " + wrong;
+    std::string reply = "ok";
+    for (unsigned i = 0; i < span.count; ++i)
+        reply += " " + std::to_string(plc.controller.memory.get(span, i));
+    return reply;
+}
+
+// Writes all of the values or none.
+std::string Console::write(Words &words)
+{
+    std::string place;
+    words >> place;
+    Span span;
+    std::string wrong = parsePlace(place, plc.controller.memory, &span);
+    if (!wrong.empty())
+        return "error " + wrong;
+    const unsigned most = span.access == Access::BIT ? 1 : 65535;
+    std::vector<unsigned> values;
+    for (std::string word; words >> word;) {
+        unsigned value = 0;
+        if (!parseNumber(word, most, &value))
+            return "error '" + word + "' is no value from 0 to " + std::to_string(most);
+        values.push_back(value);
+    }
+    if (values.empty())
+        return "error no value; use write TYPE:ADDRESS VALUE...";
+    const bool hasCount = place.find(':') != place.rfind(':');
+    if (hasCount && values.size() != span.count)
+        return "error " + std::to_string(values.size()) + " values for " + std::to_string(span.count) + " items";
+    if (!hasCount)
+        wrong = parsePlace(place + ":" + std::to_string(values.size()), plc.controller.memory, &span);
+    if (!wrong.empty())
+        return "error " + wrong;
+    for (unsigned i = 0; i < span.count; ++i)
+        plc.controller.memory.set(span, i, values[i]);
+    return "ok";
+}
+
+std::string Console::mode(Words &words)
+{
+    std::string name;
+    if (words >> name && !parseMode(name, &plc.controller.mode))
+        return "error '" + name + "' is no mode; use program, monitor or run";
+    return "ok " + modeName(plc.controller.mode);
+}
+
+std::string Console::fault(Words &words)
+{
+    std::string setting;
+    std::string off;
+    words >> setting >> off;
+    if (!off.empty() && off != "off")
+        return "error '" + off + "' is not understood; use fault NAME[=VALUE][@PROBABILITY] or fault NAME off";
+    const std::string wrong = off.empty() ? plc.faults.set(setting) : plc.faults.clear(setting);
+    if (!wrong.empty())
+        return "error " + wrong;
+    server.applyFaults();
+    return "ok";
+}
+
+std::string Console::faults(Words &words)
+{
+    std::string off;
+    words >> off;
+    if (off.empty())
+        return "ok " + plc.faults.list();
+    if (off != "off")
+        return "error '" + off + "' is not understood; use faults or faults off";
+    plc.faults.clearAll();
+    server.applyFaults();
+    return "ok";
+}
+
+std::string Console::tcpError(Words &words)
+{
+    std::string error;
+    std::string times;
+    words >> error >> times;
+    std::istringstream setting(error == "off" ? "tcp-error off"
+                                              : "tcp-error=" + error + (times.empty() ? "" : "#" + times));
+    return fault(setting);
+}
+
+std::string Console::clients(Words &)
+{
+    std::string reply = "ok " + std::to_string(plc.nodes.nodes().size());
+    for (const unsigned node : plc.nodes.nodes())
+        reply += " " + std::to_string(node);
+    return reply;
+}
+
+std::string Console::disconnect(Words &)
+{
+    return "ok " + std::to_string(server.disconnectAll());
+}
+
+std::string Console::stats(Words &)
+{
+    return "ok connections=" + std::to_string(plc.stats.connections) +
+           " requests=" + std::to_string(plc.stats.requests) + " replies=" + std::to_string(plc.stats.replies);
+}
+
+std::string Console::listCommands(Words &)
+{
+    std::string reply = "ok";
+    for (const Command &command : COMMANDS)
+        reply += std::string(" ") + command.name;
+    return reply;
+}
+
+std::string Console::leave(Words &)
+{
+    quit();
+    return "ok";
+}
+
+} // namespace plc

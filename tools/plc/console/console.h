@@ -1,0 +1,57 @@
+#ifndef PLC_CONSOLE_CONSOLE_H
+#define PLC_CONSOLE_CONSOLE_H
+
+#include "server/server.h"
+#include "server/session.h"
+
+#include <functional>
+#include <sstream>
+#include <string>
+
+// The commands that the simulator takes as lines, each with its one-line answer.
+
+namespace plc {
+
+class Console {
+public:
+    Console(Plc &state, Server &listener, std::function<void()> atQuit)
+        : plc(state), server(listener), quit(std::move(atQuit))
+    {
+    }
+
+    /// Carries out `line`. Returns "ok", "ok ..." or "error ...".
+    std::string answer(const std::string &line);
+
+    /// The commands, one a line.
+    static std::string help();
+
+private:
+    using Words = std::istringstream;
+    struct Command {
+        const char *name;
+        const char *arguments;
+        const char *meaning;
+        std::string (Console::*run)(Words &words);
+    };
+    static const Command COMMANDS[];
+
+    std::string read(Words &words);
+    std::string write(Words &words);
+    std::string mode(Words &words);
+    std::string fault(Words &words);
+    std::string faults(Words &words);
+    std::string tcpError(Words &words);
+    std::string clients(Words &words);
+    std::string disconnect(Words &words);
+    std::string stats(Words &words);
+    std::string listCommands(Words &words);
+    std::string leave(Words &words);
+
+    Plc                  &plc;
+    Server               &server;
+    std::function<void()> quit;
+};
+
+} // namespace plc
+
+#endif

@@ -1,0 +1,68 @@
+#ifndef PLC_CPU_BYTES_H
+#define PLC_CPU_BYTES_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// Bytes of frames. Every number on the wire is big-endian: high byte first.
+
+namespace plc {
+
+using Bytes = std::vector<std::uint8_t>;
+
+inline void add8(Bytes &bytes, unsigned value) { bytes.push_back(static_cast<std::uint8_t>(value & 0xFFu)); }
+
+inline void add16(Bytes &bytes, unsigned value)
+{
+    add8(bytes, value >> 8);
+    add8(bytes, value);
+}
+
+inline void add32(Bytes &bytes, std::uint32_t value)
+{
+    add16(bytes, value >> 16);
+    add16(bytes, value & 0xFFFFu);
+}
+
+/// A view of received bytes. Bytes past the end read as 0, so no offset can leave the buffer.
+class Slice {
+public:
+    Slice(const std::uint8_t *first, std::size_t count) : data(first), length(count) {}
+    explicit Slice(const Bytes &bytes) : data(bytes.data()), length(bytes.size()) {}
+
+    std::size_t size() const { return length; }
+
+    unsigned get8(std::size_t offset) const { return offset < length ? data[offset] : 0u; }
+
+    unsigned get16(std::size_t offset) const { return get8(offset) << 8 | get8(offset + 1); }
+
+    std::uint32_t get32(std::size_t offset) const { return get16(offset) << 16 | get16(offset + 2); }
+
+    /// What follows the first `offset` bytes; nothing if there are fewer.
+    Slice from(std::size_t offset) const
+    {
+        return offset < length ? Slice(data + offset, length - offset) : Slice(data, 0);
+    }
+
+private:
+    const std::uint8_t *data;
+    std::size_t         length;
+};
+
+/// `bytes` as upper-case hexadecimal text without separators.
+inline std::string hexText(const Bytes &bytes)
+{
+    static const char DIGITS[] = "0123456789ABCDEF";
+    std::string text;
+    for (const std::uint8_t byte : bytes) {
+        text += DIGITS[byte >> 4];
+        text += DIGITS[byte & 15];
+    }
+    return text;
+}
+
+} // namespace plc
+
+#endif

@@ -1,0 +1,28 @@
+#ifndef PLC_FINS_FINS_COMMAND_H
+#define PLC_FINS_FINS_COMMAND_H
+
+#include "cpu/bytes.h"
+#include "cpu/controller.h"
+
+// FINS commands without their FINS header: command code (2 bytes), then parameters. The answer has the command code
+// (2), the end code (2), then data.
+
+namespace plc {
+
+/// Sizes in bytes.
+enum : unsigned {
+    FINS_HEADER_SIZE = 10,
+    COMMAND_CODE     = 2,
+    END_CODE         = 2,
+    RESPONSE_DATA    = FINS_HEADER_SIZE + COMMAND_CODE + END_CODE // data of a response begin here
+};
+
+/// Carries out `command`, unless it is longer than the controller's messages may be, and returns the answer.
+Bytes runCommand(Controller &controller, Slice command);
+
+/// The answer to `command` that has nothing but `endCode`.
+Bytes refuseCommand(Slice command, unsigned endCode);
+
+} // namespace plc
+
+#endif

@@ -1,0 +1,59 @@
+#include "fins/fins_frame.h"
+
+#include "fins/fins_command.h"
+
+namespace plc {
+
+namespace {
+
+enum : unsigned {
+    ICF_IS_RESPONSE      = 0x40,
+    ICF_NO_RESPONSE      = 0x01,
+    ICF_RESPONSE         = 0xC0,
+    GCT_DEFAULT          = 0x02
+};
+
+// A frame that is not for this node is answered by the node itself, as no network lies behind it. Destination node 0 is
+// the node that the frame reaches, unit 0 its CPU unit.
+unsigned routingError(unsigned node, Slice frame)
+{
+    if (frame.get8(FINS_DNA) != 0)
+        return END_NO_ROUTING_TABLE;
+    if (frame.get8(FINS_DA1) != 0 && frame.get8(FINS_DA1) != node)
+        return END_NODE_ABSENT;
+    return frame.get8(FINS_DA2) != 0 ? END_UNIT_ABSENT : END_NORMAL;
+}
+
+Bytes responseHeader(Slice request)
+{
+    Bytes header;
+    add8(header, ICF_RESPONSE);
+    add8(header, 0);
+    add8(header, GCT_DEFAULT);
+    add8(header, request.get8(FINS_SNA));
+    add8(header, request.get8(FINS_SA1));
+    add8(header, request.get8(FINS_SA2));
+    add8(header, request.get8(FINS_DNA));
+    add8(header, request.get8(FINS_DA1));
+    add8(header, request.get8(FINS_DA2));
+    add8(header, request.get8(FINS_SID));
+    return header;
+}
+
+} // namespace
+
+Bytes answerFins(Controller &controller, unsigned node, Slice frame, unsigned forcedEndCode)
+{
+    if ((frame.get8(FINS_ICF) & ICF_IS_RESPONSE) != 0)
+        return Bytes();
+    const Slice command = frame.from(FINS_HEADER_SIZE);
+    const unsigned refusal = forcedEndCode != END_NORMAL ? forcedEndCode : routingError(node, frame);
+    const Bytes answer = refusal != END_NORMAL ? refuseCommand(command, refusal) : runCommand(controller, command);
+    if ((frame.get8(FINS_ICF) & ICF_NO_RESPONSE) != 0)
+        return Bytes();
+    Bytes response = responseHeader(frame);
+    response.insert(response.end(), answer.begin(), answer.end());
+    return response;
+}
+
+} // namespace plc

@@ -1,0 +1,137 @@
+#include "options/options.h"
+
+#include "console/console.h"
+#include "options/profile.h"
+#include "options/project.h"
+#include "options/settings.h"
+#include "plants/plant.h"
+
+#include <CLI/CLI.hpp>
+#include <iostream>
+
+namespace plc {
+
+namespace {
+
+enum { EXIT_DONE = 0, EXIT_BAD_USAGE = 2 };
+
+std::string footer()
+{
+    return "Plants, with their addresses:\n" + plantHelp() + "\nProfiles:\n" + profileHelp() +
+           "\nProject file:\n" + projectHelp() +
+           "\nRecordings: lines SECONDS CLIENT < or > HEX, < received from the client, > sent to it. Replayed\n"
+           "requests may differ in service ID and nodes; what is not in the recording is refused with end code 0401.\n"
+           "\nFaults, each NAME[=VALUE][@PROBABILITY][#TIMES]:\n" + Faults::help() +
+           "\nCommands on standard input, each answered by one line on standard output:\n" + Console::help() +
+           "\nExit codes: 0 ended by quit or a signal, 2 bad usage, 3 the address cannot be listened on.";
+}
+
+// What is wrong with a value, or an empty text.
+std::string checkSetting(const Setting &setting, const std::string &text)
+{
+    Options tried;
+    return text.empty() && setting.alone ? std::string() : applySetting(setting, text, &tried);
+}
+
+void addSetting(CLI::App &app, const Setting &setting, Options *options)
+{
+    const auto apply = [&setting, options](const std::vector<std::string> &texts) {
+        for (const std::string &text : texts)
+            applySetting(setting, text.empty() && setting.alone ? setting.alone : text, options);
+    };
+    CLI::Option *const option =
+        app.add_option_function<std::vector<std::string>>(setting.option, apply, settingHelp(setting));
+    option->expected(setting.alone ? 0 : 1, 1)->allow_extra_args(false);
+    option->multi_option_policy(setting.kind == SettingKind::LIST ? CLI::MultiOptionPolicy::TakeAll
+                                                                  : CLI::MultiOptionPolicy::Throw);
+    option->check([&setting](const std::string &text) { return checkSetting(setting, text); });
+    option->type_name(setting.kind == SettingKind::NUMBER ? "UINT" : "TEXT");
+    if (setting.preset)
+        option->default_str(setting.preset(*options));
+}
+
+// What a run prints instead of serving.
+struct Listings {
+    bool        plants = false;
+    bool        profiles = false;
+    std::string projectToCheck;
+};
+
+void addFileOptions(CLI::App &app, Options *options, Listings *listings)
+{
+    app.add_option("--project", options->projectFile, "TOML file with settings and the memory's content at the start");
+    app.add_option("--check-project", listings->projectToCheck, "check a project file, print every error, and end");
+    app.add_option("--record", options->recordFile, "write all frames to this file, which begins anew");
+    app.add_option("--record-limit", options->recordLimitKiB, "KiB after which a recording ends, 1 to 1048576")
+        ->check(CLI::Range(1, 1048576))->capture_default_str();
+    app.add_option("--replay", options->replayFile, "answer with the replies of a recording");
+    app.add_flag("--view", options->isViewed, "live view of clients and memory on the terminal");
+    app.add_flag("--plants", listings->plants, "print the plants and their addresses, and end");
+    app.add_flag("--profiles", listings->profiles, "print the profiles, and end");
+}
+
+// Returns -1 to go on, or the exit code.
+int parseCommandLine(int argc, char **argv, Options *options, Listings *listings)
+{
+    CLI::App app("A simulated Omron CS/CJ PLC that answers FINS/TCP.", "fins_plc");
+    app.set_version_flag("--version", "fins_plc " FINS_VERSION, "Print the version and exit");
+    app.footer(footer());
+    for (const Setting &setting : SETTINGS)
+        addSetting(app, setting, options);
+    app.add_flag("--trace", options->connection.isTraced, "frames on standard error, < received, > sent");
+    addFileOptions(app, options, listings);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success &helpOrVersion) {
+        return app.exit(helpOrVersion);
+    } catch (const CLI::ParseError &error) {
+        std::cerr << "fins_plc: " << error.what() << "; see fins_plc --help" << std::endl;
+        return EXIT_BAD_USAGE;
+    }
+    return -1;
+}
+
+int readProject(const std::string &file, Options *options)
+{
+    const std::vector<std::string> problems = loadProject(file, options);
+    for (const std::string &problem : problems)
+        std::cerr << "fins_plc: " << problem << std::endl;
+    return problems.empty() ? -1 : int(EXIT_BAD_USAGE);
+}
+
+int printListings(const Listings &listings)
+{
+    if (listings.plants)
+        std::cout << plantHelp();
+    if (listings.profiles)
+        std::cout << profileHelp();
+    if (listings.projectToCheck.empty())
+        return listings.plants || listings.profiles ? int(EXIT_DONE) : -1;
+    Options unused;
+    if (readProject(listings.projectToCheck, &unused) >= 0)
+        return EXIT_BAD_USAGE;
+    std::cout << listings.projectToCheck << ": no errors, " << unused.contents.size() << " places of memory"
+              << std::endl;
+    return EXIT_DONE;
+}
+
+} // namespace
+
+int parseOptions(int argc, char **argv, Options *options)
+{
+    Listings listings;
+    Options named; // by the command line alone: the project file has to be known first
+    const int ended = parseCommandLine(argc, argv, &named, &listings);
+    const int listed = ended >= 0 ? ended : printListings(listings);
+    if (listed >= 0)
+        return listed;
+    if (named.projectFile.empty()) {
+        *options = named;
+        return -1;
+    }
+    options->profile = named.profile;
+    const int refused = readProject(named.projectFile, options);
+    return refused >= 0 ? refused : parseCommandLine(argc, argv, options, &listings);
+}
+
+} // namespace plc

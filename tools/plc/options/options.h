@@ -1,0 +1,44 @@
+#ifndef PLC_OPTIONS_OPTIONS_H
+#define PLC_OPTIONS_OPTIONS_H
+
+#include "cpu/controller.h"
+#include "options/memory_content.h"
+#include "server/connection.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// What the simulator is to do, from a project file and the command line.
+
+namespace plc {
+
+struct Options {
+    std::string              address = "127.0.0.1";
+    std::uint16_t            port = 9600; // 0: a free one
+    std::string              profile = "cj2";
+    std::size_t              clients = 0; // 0: as many as the profile allows
+    unsigned                 node = 1;
+    Mode                     mode = Mode::RUN;
+    unsigned                 refusalInRun = END_NORMAL;
+    unsigned                 refusalInProgram = END_NORMAL;
+    std::string              plant; // empty: none
+    unsigned                 plantPeriodMs = 50;
+    std::vector<std::string> faults;
+    std::uint32_t            seed = 1;
+    std::string              projectFile; // empty: none
+    std::vector<Content>     contents; // of the memory at the start
+    std::string              recordFile; // empty: none
+    unsigned                 recordLimitKiB = 65536;
+    std::string              replayFile; // empty: none
+    bool                     isViewed = false;
+    ConnectionOptions        connection;
+};
+
+/// Reads the command line and the project file that it names. What the command line says goes before what the project
+/// file says. Returns -1 to go on, or the program's exit code, the text that goes with it being printed.
+int parseOptions(int argc, char **argv, Options *options);
+
+} // namespace plc
+
+#endif

@@ -1,0 +1,51 @@
+#include "options/profile.h"
+
+#include "fins/fins_command.h"
+
+#include <cstdio>
+
+namespace plc {
+
+namespace {
+
+const Profile PROFILES[] = {
+    //                                                      CIO   WR    HR   AR     DM     T     C
+    {"cj2",   "CJ2, the default",              16, FINS_FRAME_MAX, {6144, 512, 1536, 960, 32768, 4096, 4096}},
+    {"cp1l",  "small, with the large areas",    2, 540,            {6144, 512,  512, 960, 32768, 4096, 4096}},
+    {"small", "small, with little memory",      2, 540,            { 290, 100,   50, 754,  2048,  256,  256}},
+};
+
+} // namespace
+
+const Profile *findProfile(const std::string &name)
+{
+    for (const Profile &profile : PROFILES)
+        if (name == profile.name)
+            return &profile;
+    return nullptr;
+}
+
+std::string profileNames()
+{
+    std::string names;
+    for (const Profile &profile : PROFILES)
+        names += (names.empty() ? "" : " ") + std::string(profile.name);
+    return names;
+}
+
+std::string profileHelp()
+{
+    std::string text = "  name   clients  message    CIO   WR    HR   AR     DM     T     C\n";
+    for (const Profile &profile : PROFILES) {
+        char line[160];
+        const AreaSizes &sizes = profile.sizes;
+        std::snprintf(line, sizeof line, "  %-6s %7zu  %7u  %5u  %3u  %4u  %3u  %5u  %4u  %4u  %s\n", profile.name,
+                      profile.clients, profile.messageMax, sizes[AREA_CIO], sizes[AREA_WR], sizes[AREA_HR],
+                      sizes[AREA_AR], sizes[AREA_DM], sizes[AREA_T], sizes[AREA_C], profile.meaning);
+        text += line;
+    }
+    return text + "  Message: bytes of a FINS command or response, header included. A longer command is refused with\n"
+                  "  end code 1001, a read whose response would be longer with 110B. Areas: number of words.\n";
+}
+
+} // namespace plc

@@ -1,0 +1,150 @@
+#include "options/project.h"
+
+#include "common/file_reader.h"
+#include "options/profile.h"
+#include "options/project_memory.h"
+#include "options/settings.h"
+
+#include <algorithm>
+#include <tuple>
+
+namespace plc {
+
+namespace {
+
+const Setting *findSetting(const toml::key &key)
+{
+    for (const Setting &setting : SETTINGS)
+        if (key == setting.key)
+            return &setting;
+    return nullptr;
+}
+
+// What a project file gives for a setting, in words.
+std::string wantedValue(const Setting &setting)
+{
+    switch (setting.kind) {
+    case SettingKind::NUMBER:   return "a number";
+    case SettingKind::TEXT:     return "a text";
+    case SettingKind::END_CODE: return "true, false or a text";
+    case SettingKind::LIST:     return "a text or a list of texts";
+    }
+    return "";
+}
+
+// Returns an empty text, or what is wrong with the value.
+std::string applyValue(const Setting &setting, const toml::node &value, Options *options)
+{
+    const bool isNumber = setting.kind == SettingKind::NUMBER;
+    if (isNumber && value.is_integer())
+        return applySetting(setting, std::to_string(value.as_integer()->get()), options);
+    if (!isNumber && value.is_string())
+        return applySetting(setting, value.as_string()->get(), options);
+    if (setting.kind == SettingKind::END_CODE && value.is_boolean())
+        return value.as_boolean()->get() ? applySetting(setting, setting.alone, options) : std::string();
+    return std::string(setting.key) + " is " + wantedValue(setting) + ": " + settingHelp(setting);
+}
+
+void readSetting(const Member &member, Problems &problems, Options *options)
+{
+    const Setting *const setting = findSetting(*member.key);
+    if (!setting) {
+        problems.add(*member.key, "'" + std::string(member.key->str()) + "' is no setting of [plc]");
+        return;
+    }
+    const toml::array *const list = setting->kind == SettingKind::LIST ? member.value->as_array() : nullptr;
+    const auto read = [&](const toml::node &value) {
+        const std::string wrong = applyValue(*setting, value, options);
+        if (!wrong.empty())
+            problems.add(value, wrong);
+    };
+    if (!list) {
+        read(*member.value);
+        return;
+    }
+    for (const toml::node &item : *list)
+        read(item);
+}
+
+const toml::table *tableOf(const toml::table &root, const char *name, Problems &problems)
+{
+    const toml::node *const node = root.get(name);
+    if (node && !node->is_table())
+        problems.add(*node, std::string(name) + " has to be a table, [" + name + "]");
+    return node ? node->as_table() : nullptr;
+}
+
+} // namespace
+
+void Problems::add(const toml::source_position &place, const std::string &text) { entries.push_back({place, text}); }
+
+std::vector<std::string> Problems::lines() const
+{
+    std::vector<Entry> sorted = entries;
+    std::stable_sort(sorted.begin(), sorted.end(), [](const Entry &a, const Entry &b) { return a.place < b.place; });
+    std::vector<std::string> all;
+    all.reserve(sorted.size());
+    for (const Entry &entry : sorted)
+        all.push_back(file + ":" + std::to_string(entry.place.line) + ":" + std::to_string(entry.place.column) + ": " +
+                      entry.text);
+    return all;
+}
+
+std::vector<Member> membersOf(const toml::table &table)
+{
+    std::vector<Member> members;
+    for (auto entry = table.cbegin(); entry != table.cend(); ++entry)
+        members.push_back({&entry->first, &entry->second});
+    std::sort(members.begin(), members.end(), [](const Member &a, const Member &b) {
+        return a.key->source().begin < b.key->source().begin;
+    });
+    return members;
+}
+
+std::vector<std::string> parseProject(const std::string &text, const std::string &file, Options *options)
+{
+    Problems problems(file);
+    toml::table root;
+    if (const std::optional<TomlProblem> wrong = parseTomlText(text, &root)) {
+        problems.add(toml::source_position{wrong->line, wrong->column}, wrong->text);
+        return problems.lines();
+    }
+    for (const Member &member : membersOf(root))
+        if (*member.key != "plc" && *member.key != "memory")
+            problems.add(*member.key, "'" + std::string(member.key->str()) + "' is no table of a project; use [plc] "
+                                          "and [memory]");
+    if (const toml::table *settings = tableOf(root, "plc", problems))
+        for (const Member &member : membersOf(*settings))
+            readSetting(member, problems, options);
+    if (const toml::table *memory = tableOf(root, "memory", problems))
+        options->contents = readMemoryTable(*memory, Memory(findProfile(options->profile)->sizes), problems);
+    return problems.lines();
+}
+
+std::vector<std::string> loadProject(const std::string &file, Options *options)
+{
+    const FileContent content = readWholeFile(file, TOML_MAX_BYTES);
+    if (!content.problem.empty())
+        return {file + ": " + content.problem};
+    return parseProject(content.text, file, options);
+}
+
+std::string projectHelp()
+{
+    std::string text = "  [plc]\n";
+    for (const Setting &setting : SETTINGS) {
+        const std::string key = std::string("  ") + setting.key + " =";
+        text += key + std::string(29 - key.size(), ' ') + wantedValue(setting) + ": " + settingHelp(setting) + "\n";
+    }
+    return text + "  [memory]\n"
+                  "  \"DM:10\" = 5                 a word, 0 to 65535\n"
+                  "  \"DM:10\" = [1, 2, 3]         words in a row\n"
+                  "  \"DM:10:50\" = 7              50 words with this value\n"
+                  "  \"DM:10\" = 21.5              32-bit floating point in two words, low word first\n"
+                  "  \"DM:10\" = { s32 = -5 }      a type: u16 s16 bcd16 u32 s32 f32, values and lists\n"
+                  "  \"DM:10:8\" = \"PUMP\"          two characters a word, zeros behind the text\n"
+                  "  \"DM:10\" = { string = \"PUMP\", low-byte-first = true }\n"
+                  "  \"CIO_bit:100.5\" = true      a bit; also [true, false], 0 and 1\n";
+}
+
+} // namespace plc

@@ -1,0 +1,190 @@
+#include "options/project_memory.h"
+
+namespace plc {
+
+namespace {
+
+// One value or a list of them, of one type, on its way into words or bits.
+class ContentReader {
+public:
+    ContentReader(Access placeAccess, Problems &found) : access(placeAccess), problems(found) {}
+
+    /// Adds the items of a number, a list of numbers, a boolean or a text. Returns whether nothing was wrong.
+    bool add(const toml::node &node);
+
+    /// The same where the type is given.
+    bool addTyped(const toml::node &node, ValueType type);
+
+    /// A table with one type as key, or with string.
+    bool addTable(const toml::table &table);
+
+    std::vector<unsigned> items;
+    bool isList = false;
+    bool isText = false;
+
+private:
+    bool fail(const toml::node &node, const std::string &text)
+    {
+        problems.add(node, text);
+        return false;
+    }
+    bool addBit(const toml::node &node);
+    bool addText(const toml::node &node, bool isLowByteFirst);
+    bool addList(const toml::array &list, const ValueType *type);
+    bool addString(const toml::table &table);
+
+    Access    access;
+    Problems &problems;
+};
+
+bool ContentReader::addBit(const toml::node &node)
+{
+    const auto *boolean = node.as_boolean();
+    const auto *integer = node.as_integer();
+    if (!boolean && !(integer && (integer->get() == 0 || integer->get() == 1)))
+        return fail(node, "a bit is true, false, 0 or 1");
+    items.push_back(boolean ? (boolean->get() ? 1 : 0) : static_cast<unsigned>(integer->get()));
+    return true;
+}
+
+bool ContentReader::addText(const toml::node &node, bool isLowByteFirst)
+{
+    isText = true;
+    items = textWords(node.as_string()->get(), isLowByteFirst);
+    return !items.empty() || fail(node, "an empty text fills no word; leave it out");
+}
+
+bool ContentReader::addList(const toml::array &list, const ValueType *type)
+{
+    if (isList)
+        return fail(list, "a list in a list has no meaning");
+    isList = true;
+    if (list.empty())
+        return fail(list, "the list is empty");
+    bool isGood = true;
+    for (const toml::node &item : list) {
+        if (item.is_string())
+            isGood = fail(item, "a text cannot stand in a list; give it an address of its own");
+        else
+            isGood = (type ? addTyped(item, *type) : add(item)) && isGood;
+    }
+    return isGood;
+}
+
+bool ContentReader::add(const toml::node &node)
+{
+    if (const toml::array *list = node.as_array())
+        return addList(*list, nullptr);
+    if (access == Access::BIT)
+        return addBit(node);
+    if (node.is_string())
+        return addText(node, false);
+    if (node.is_floating_point())
+        return addTyped(node, ValueType::F32);
+    if (node.is_integer())
+        return addTyped(node, ValueType::U16);
+    if (node.is_boolean())
+        return fail(node, "true and false are for bits, such as CIO_bit:0.0");
+    return fail(node, "this is no value; use a number, a text, a list or { TYPE = value }");
+}
+
+bool ContentReader::addTyped(const toml::node &node, ValueType type)
+{
+    if (const toml::array *list = node.as_array())
+        return addList(*list, &type);
+    std::string wrong = "this is no number";
+    if (const auto *integer = node.as_integer())
+        wrong = addNumber(type, integer->get(), &items);
+    else if (node.is_floating_point())
+        wrong = type == ValueType::F32 ? addFloat(node.as_floating_point()->get(), &items)
+                                       : "a number with decimals needs the type f32";
+    return wrong.empty() || fail(node, wrong);
+}
+
+bool ContentReader::addString(const toml::table &table)
+{
+    bool isLowByteFirst = false;
+    for (const Member &member : membersOf(table)) {
+        if (*member.key == "string")
+            continue;
+        if (*member.key != "low-byte-first" || !member.value->is_boolean()) {
+            problems.add(*member.key, "beside string only low-byte-first = true or false is known");
+            return false;
+        }
+        isLowByteFirst = member.value->as_boolean()->get();
+    }
+    const toml::node &text = *table.get("string");
+    return text.is_string() ? addText(text, isLowByteFirst) : fail(text, "string takes a text");
+}
+
+bool ContentReader::addTable(const toml::table &table)
+{
+    if (access == Access::BIT)
+        return fail(table, "a bit has no type; use true or false");
+    if (table.get("string"))
+        return addString(table);
+    const std::vector<Member> members = membersOf(table);
+    ValueType type = ValueType::U16;
+    if (members.size() != 1 || !parseValueType(std::string(members[0].key->str()), &type))
+        return fail(table, "use { TYPE = value } with one of u16 s16 bcd16 u32 s32 f32 string");
+    return addTyped(*members[0].value, type);
+}
+
+// Fits the items to the count behind the address: one value fills, a text is followed by zeros, a list has to agree.
+std::string fitItems(const ContentReader &reader, unsigned count, std::vector<unsigned> *items)
+{
+    const std::size_t given = reader.items.size();
+    *items = reader.items;
+    if (given == count)
+        return std::string();
+    std::string counts = std::to_string(given) + " items for the " + std::to_string(count) + " of the address";
+    if (reader.isList || given > count)
+        return counts;
+    if (reader.isText) {
+        items->resize(count, 0);
+        return std::string();
+    }
+    if (count % given != 0)
+        return counts + "; they do not fill it evenly";
+    for (std::size_t i = given; i < count; ++i)
+        items->push_back((*items)[i - given]);
+    return std::string();
+}
+
+void readMember(const Member &member, const Memory &memory, Problems &problems, std::vector<Content> *contents)
+{
+    const std::string place(member.key->str());
+    Content content;
+    std::string wrong = parsePlace(place, memory, &content.place);
+    if (!wrong.empty()) {
+        problems.add(*member.key, wrong);
+        return;
+    }
+    ContentReader reader(content.place.access, problems);
+    const toml::table *const table = member.value->as_table();
+    if (!(table ? reader.addTable(*table) : reader.add(*member.value)))
+        return;
+    const bool hasCount = place.find(':') != place.rfind(':');
+    if (hasCount)
+        wrong = fitItems(reader, content.place.count, &content.values);
+    else
+        content.values = reader.items;
+    if (wrong.empty() && !hasCount)
+        wrong = parsePlace(place + ":" + std::to_string(content.values.size()), memory, &content.place);
+    if (wrong.empty())
+        contents->push_back(content);
+    else
+        problems.add(*member.value, wrong);
+}
+
+} // namespace
+
+std::vector<Content> readMemoryTable(const toml::table &table, const Memory &memory, Problems &problems)
+{
+    std::vector<Content> contents;
+    for (const Member &member : membersOf(table))
+        readMember(member, memory, problems, &contents);
+    return contents;
+}
+
+} // namespace plc

@@ -1,0 +1,109 @@
+#include "recording/recording.h"
+
+#include "cpu/memory.h"
+
+#include <cstdio>
+#include <iostream>
+#include <sstream>
+
+namespace plc {
+
+namespace {
+
+const char HEADING[] = "# fins_plc recording: seconds, client, < received or > sent, frame\n";
+
+bool isTime(const std::string &text)
+{
+    const std::string::size_type point = text.find('.');
+    unsigned ignored = 0;
+    if (!parseNumber(text.substr(0, point), 999999999, &ignored))
+        return false;
+    return point == std::string::npos || parseNumber(text.substr(point + 1), 999999999, &ignored);
+}
+
+int digitOf(char c)
+{
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'A' && c <= 'F')
+        return c - 'A' + 10;
+    return c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
+}
+
+bool parseHex(const std::string &text, Bytes *bytes)
+{
+    if (text.empty() || text.size() % 2 != 0)
+        return false;
+    for (std::size_t i = 0; i < text.size(); i += 2) {
+        const int high = digitOf(text[i]);
+        const int low = digitOf(text[i + 1]);
+        if (high < 0 || low < 0)
+            return false;
+        add8(*bytes, static_cast<unsigned>(high * 16 + low));
+    }
+    return true;
+}
+
+} // namespace
+
+std::string parseRecordedFrame(const std::string &line, RecordedFrame *frame)
+{
+    std::istringstream words(line);
+    std::string time;
+    std::string client;
+    std::string direction;
+    std::string hex;
+    std::string rest;
+    words >> time >> client >> direction >> hex >> rest;
+    RecordedFrame parsed;
+    if (!isTime(time))
+        return "'" + time + "' is no time; a line is SECONDS CLIENT < or > HEX";
+    if (!parseNumber(client, 999999999, &parsed.client))
+        return "'" + client + "' is no number of a client";
+    if (direction != "<" && direction != ">")
+        return "'" + direction + "' is no direction; use < for received and > for sent";
+    if (!parseHex(hex, &parsed.bytes))
+        return "the frame is not whole bytes in hexadecimal";
+    if (!rest.empty())
+        return "'" + rest + "' behind the frame is too much; write its bytes without spaces";
+    parsed.isRequest = direction == "<";
+    *frame = parsed;
+    return std::string();
+}
+
+std::string recordedLine(double seconds, unsigned client, char direction, const Bytes &bytes)
+{
+    char head[64];
+    std::snprintf(head, sizeof head, "%.3f %u %c ", seconds, client, direction);
+    return head + hexText(bytes);
+}
+
+Recorder::Recorder(const std::string &path, std::uint64_t maxBytes)
+    : name(path), file(path, std::ios::binary | std::ios::trunc), limit(maxBytes), written(sizeof HEADING - 1)
+{
+    file << HEADING << std::flush;
+}
+
+void Recorder::add(unsigned client, char direction, const Bytes &bytes)
+{
+    if (!file.is_open())
+        return;
+    const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
+    const std::string line = recordedLine(seconds, client, direction, bytes) + "\n";
+    if (written + line.size() > limit) {
+        end("it has reached its size; --record-limit allows more");
+        return;
+    }
+    written += line.size();
+    file << line << std::flush;
+    if (!file)
+        end("it cannot be written any more");
+}
+
+void Recorder::end(const std::string &reason)
+{
+    file.close();
+    std::cerr << "fins_plc: the recording " << name << " ends: " << reason << std::endl;
+}
+
+} // namespace plc

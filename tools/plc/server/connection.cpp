@@ -1,0 +1,200 @@
+#include "server/connection.h"
+
+#include <algorithm>
+#include <chrono>
+#include <iostream>
+#include <utility>
+
+namespace plc {
+
+namespace {
+
+// After the last answer the peer has this long to take it and to close. Closing at once while bytes of the peer are
+// unread would take the answer away from it.
+const unsigned LINGER_MS = 1000;
+
+} // namespace
+
+Connection::Connection(asio::ip::tcp::socket &&peer, unsigned number, Plc &state, const ConnectionOptions &settings,
+                       EndHandler atEnd)
+    : socket(std::move(peer)), pause(socket.get_executor()), deadline(socket.get_executor()), id(number), plc(state),
+      options(settings), onEnd(std::move(atEnd)), session(state), received()
+{
+}
+
+void Connection::start()
+{
+    asio::error_code ignored;
+    socket.set_option(asio::ip::tcp::no_delay(true), ignored);
+    const asio::ip::tcp::endpoint peer = socket.remote_endpoint(ignored);
+    address = peer.address().to_string(ignored) + ":" + std::to_string(peer.port());
+    socket.set_option(asio::socket_base::keep_alive(true), ignored);
+    readMore();
+}
+
+void Connection::close()
+{
+    if (isClosed)
+        return;
+    isClosed = true;
+    asio::error_code ignored;
+    socket.close(ignored);
+    pause.cancel();
+    stopDeadline();
+    session.end();
+    onEnd(id);
+}
+
+// A deadline that runs already is not put off by further bytes.
+void Connection::readMore()
+{
+    if (!hasDeadline && (!session.hasNode() || assembler.hasPartial()))
+        startDeadline(options.deadlineMs);
+    const auto self = shared_from_this();
+    socket.async_read_some(asio::buffer(received), [this, self](const asio::error_code &error, std::size_t count) {
+        if (error) {
+            close();
+            return;
+        }
+        assembler.append(received.data(), count);
+        answerFrames();
+    });
+}
+
+void Connection::answerFrames()
+{
+    while (!isClosed && answerNextFrame()) {
+    }
+}
+
+// Returns whether to go on at once; otherwise reading or sending has begun.
+bool Connection::answerNextFrame()
+{
+    TcpFrame frame;
+    TcpError error = TCP_OK;
+    const FrameAssembler::Result result = assembler.next(&frame, &error);
+    if (result == FrameAssembler::Result::NEED_MORE) {
+        readMore();
+        return false;
+    }
+    ++requests;
+    note('<', frame.bytes);
+    const Answer answer =
+        result == FrameAssembler::Result::BAD ? session.reject(frame, error) : session.receive(frame);
+    if (session.hasNode())
+        stopDeadline();
+    if (answer.bytes.empty() && !answer.isLast)
+        return true;
+    send(answer);
+    return false;
+}
+
+void Connection::send(const Answer &answer)
+{
+    outgoing = answer;
+    sent = 0;
+    if (outgoing.bytes.empty())
+        close();
+    else
+        wait(outgoing.delayMs, &Connection::beginWriting);
+}
+
+void Connection::beginWriting()
+{
+    ++plc.stats.replies;
+    note('>', outgoing.bytes);
+    startDeadline(options.deadlineMs);
+    writeSome();
+}
+
+void Connection::writeSome()
+{
+    const std::size_t left = outgoing.bytes.size() - sent;
+    const std::size_t count = outgoing.isBytewise ? std::min<std::size_t>(left, 1) : left;
+    const auto self = shared_from_this();
+    asio::async_write(socket, asio::buffer(outgoing.bytes.data() + sent, count),
+                      [this, self](const asio::error_code &error, std::size_t done) {
+                          if (error) {
+                              close();
+                              return;
+                          }
+                          sent += done;
+                          if (sent == outgoing.bytes.size()) {
+                              finishAnswer();
+                              return;
+                          }
+                          startDeadline(options.deadlineMs);
+                          wait(outgoing.bytePauseMs, &Connection::writeSome);
+                      });
+}
+
+void Connection::finishAnswer()
+{
+    stopDeadline();
+    if (outgoing.isLast)
+        finish();
+    else
+        answerFrames();
+}
+
+void Connection::finish()
+{
+    session.end();
+    asio::error_code ignored;
+    socket.shutdown(asio::ip::tcp::socket::shutdown_send, ignored);
+    startDeadline(LINGER_MS);
+    discardRest();
+}
+
+void Connection::discardRest()
+{
+    const auto self = shared_from_this();
+    socket.async_read_some(asio::buffer(received), [this, self](const asio::error_code &error, std::size_t) {
+        if (error)
+            close();
+        else
+            discardRest();
+    });
+}
+
+void Connection::wait(unsigned ms, Step next)
+{
+    if (ms == 0 && !outgoing.isBytewise) {
+        (this->*next)();
+        return;
+    }
+    pause.expires_after(std::chrono::milliseconds(ms));
+    const auto self = shared_from_this();
+    pause.async_wait([this, self, next](const asio::error_code &error) {
+        if (!error && !isClosed)
+            (this->*next)();
+    });
+}
+
+void Connection::startDeadline(unsigned ms)
+{
+    hasDeadline = true;
+    deadline.expires_after(std::chrono::milliseconds(ms));
+    const auto self = shared_from_this();
+    deadline.async_wait([this, self](const asio::error_code &error) {
+        // A timer that was set anew just after it ran out still reports the old end.
+        if (!error && hasDeadline && deadline.expiry() <= std::chrono::steady_clock::now())
+            close();
+    });
+}
+
+void Connection::stopDeadline()
+{
+    hasDeadline = false;
+    deadline.cancel();
+}
+
+void Connection::note(char direction, const Bytes &bytes) const
+{
+    if (options.recorder)
+        options.recorder->add(id, direction, bytes);
+    if (options.isTraced)
+        std::cerr << '#' << id << ' ' << direction << ' ' << hexText(bytes) << std::endl;
+}
+
+} // namespace plc

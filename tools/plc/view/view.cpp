@@ -1,0 +1,155 @@
+#include "view/view.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <iostream>
+#include <unistd.h>
+
+namespace plc {
+
+namespace {
+
+const std::chrono::milliseconds PERIOD(250);
+const std::size_t SAMPLES_MAX = 9; // rates are those of the last two seconds
+
+bool wantsColour()
+{
+    const char *const setting = std::getenv("NO_COLOR");
+    return !setting || !*setting;
+}
+
+unsigned secondsSince(std::chrono::steady_clock::time_point time)
+{
+    const auto passed = std::chrono::steady_clock::now() - time;
+    return static_cast<unsigned>(std::chrono::duration_cast<std::chrono::seconds>(passed).count());
+}
+
+} // namespace
+
+View::View(asio::io_context &io, Plc &state, Server &listener, Console &commands, const Plant *running,
+           const Options &settings)
+    : plc(state), server(listener), console(commands), plant(running), options(settings), hasColour(wantsColour()),
+      answer("Type a command and Enter: help shows their names. Ctrl-C ends the simulator."), timer(io),
+      resizing(io, SIGWINCH)
+{
+    if (isatty(STDERR_FILENO))
+        errors = std::cerr.rdbuf(messages.rdbuf());
+    sample();
+    draw();
+    refreshLater();
+    followResizing();
+}
+
+View::~View()
+{
+    if (!errors)
+        return;
+    std::cerr.rdbuf(errors);
+    terminal.leave();
+    std::cerr << messages.str() << std::flush;
+}
+
+void View::refreshLater()
+{
+    timer.expires_after(PERIOD);
+    timer.async_wait([this](const asio::error_code &error) {
+        if (error)
+            return;
+        sample();
+        draw();
+        refreshLater();
+    });
+}
+
+void View::followResizing()
+{
+    resizing.async_wait([this](const asio::error_code &error, int) {
+        if (error)
+            return;
+        terminal.forget();
+        draw();
+        followResizing();
+    });
+}
+
+void View::takeKeys(const std::string &keys)
+{
+    for (const char key : keys) {
+        std::string line;
+        if (commandLine.take(key, &line) && !line.empty())
+            answer = line + ": " + console.answer(line);
+    }
+    draw();
+}
+
+void View::sample()
+{
+    Sample now = {Clock::now(), plc.stats.requests, {}};
+    for (const Connection::Client &client : server.clients())
+        now.clientRequests[client.id] = client.requests;
+    samples.push_back(now);
+    if (samples.size() > SAMPLES_MAX)
+        samples.pop_front();
+}
+
+void View::takeMessages()
+{
+    const std::string all = messages.str();
+    if (all.size() == messagesShown)
+        return;
+    messagesShown = all.size();
+    const std::string lines = all.substr(0, all.find_last_not_of('\n') + 1);
+    answer = lines.substr(lines.find_last_of('\n') + 1);
+}
+
+void View::draw()
+{
+    takeMessages();
+    terminal.show(drawScreen(state(), Terminal::size(), hasColour));
+}
+
+double View::rateSince(Clock::time_point time, std::uint64_t now, std::uint64_t before) const
+{
+    const double seconds = std::chrono::duration<double>(samples.back().time - time).count();
+    return seconds > 0 ? static_cast<double>(now - before) / seconds : 0;
+}
+
+ScreenState View::state() const
+{
+    const Sample &oldest = samples.front();
+    const Sample &newest = samples.back();
+    std::ostringstream address;
+    address << server.endpoint();
+    ScreenState shown;
+    shown.address = address.str();
+    shown.node = plc.nodes.server();
+    shown.profile = options.profile;
+    shown.mode = modeName(plc.controller.mode);
+    shown.upSeconds = secondsSince(start);
+    shown.clientLimit = plc.nodes.limit();
+    shown.stats = plc.stats;
+    shown.requestRate = rateSince(oldest.time, newest.requests, oldest.requests);
+    shown.faults = plc.faults.list();
+    if (!options.recordFile.empty())
+        shown.files += "recording " + options.recordFile + " ";
+    if (!options.replayFile.empty())
+        shown.files += "replaying " + options.replayFile;
+    for (const Connection::Client &client : server.clients()) {
+        const auto before = oldest.clientRequests.find(client.id);
+        const auto now = newest.clientRequests.find(client.id);
+        const std::uint64_t first = before == oldest.clientRequests.end() ? 0 : before->second;
+        const std::uint64_t last = now == newest.clientRequests.end() ? first : now->second;
+        shown.clients.push_back({client, rateSince(oldest.time, last, first)});
+    }
+    if (plant) {
+        shown.plant = options.plant;
+        shown.values = plant->values();
+    }
+    for (const WriteLog::Entry &entry : plc.controller.writes.entries())
+        shown.writes.push_back({placeText(entry.place), entry.value, secondsSince(entry.time)});
+    shown.typed = commandLine.text();
+    shown.answer = answer;
+    return shown;
+}
+
+} // namespace plc
