@@ -65,9 +65,9 @@ LinkOptions linkOptions(int port, long interval)
 class PanelClient : public Client {
 public:
     PanelClient(int port, long interval)
-        : m_library(OMRON_FINS_LIBRARY), m_runtime(m_library, linkOptions(port, interval)), m_exchanges(0), m_changes(0)
+        : m_library(OMRON_FINS_LIBRARY), m_runtime(m_library, linkOptions(port, interval)), m_exchanges(0), m_changes(0),
+          m_call(m_runtime.onExchange([this](const Exchange &exchange) { m_exchanges += exchange.accepted ? 1 : 0; }))
     {
-        m_runtime.onExchange([this](const Exchange &exchange) { m_exchanges += exchange.accepted ? 1 : 0; });
         m_runtime.watch({{QLatin1String("DM"), 0, WORDS, false}});
         request(2);
         require(m_runtime.phase() == LinkPhase::ONLINE, "panel: no link");
@@ -92,6 +92,7 @@ private:
     std::vector<Change> m_noted;
     long                m_exchanges;
     long                m_changes;
+    CallHandle          m_call;
 };
 
 class ModbusClient : public Client {
