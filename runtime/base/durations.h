@@ -1,7 +1,8 @@
 #ifndef RUNTIME_BASE_DURATIONS_H
 #define RUNTIME_BASE_DURATIONS_H
 
-#include <chrono>
+#include "base/clock.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -9,8 +10,6 @@
 
 // Measured durations: their number, extremes and percentiles, and a histogram. A run may last for months, so the
 // percentiles are those of the latest durations only, up to KEPT of them; number and extremes are those of all.
-
-using Micros = std::chrono::microseconds;
 
 class Durations {
 public:

@@ -1,7 +1,7 @@
 #ifndef RUNTIME_BASE_MESSAGES_H
 #define RUNTIME_BASE_MESSAGES_H
 
-#include "session/link_state.h"
+#include "base/clock.h"
 
 #include <functional>
 #include <string>

@@ -1,7 +1,7 @@
 #ifndef RUNTIME_LINK_HOST_PORT_H
 #define RUNTIME_LINK_HOST_PORT_H
 
-#include "session/link_state.h"
+#include "base/clock.h"
 
 #include <string>
 

@@ -1,9 +1,9 @@
 #ifndef RUNTIME_LINK_TCP_LINK_H
 #define RUNTIME_LINK_TCP_LINK_H
 
+#include "base/clock.h"
 #include "link/late_replies.h"
 #include "link/reply_assembler.h"
-#include "session/link_state.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,14 +1,10 @@
 #ifndef RUNTIME_SESSION_LINK_STATE_H
 #define RUNTIME_SESSION_LINK_STATE_H
 
-#include <chrono>
+#include "base/clock.h"
 
 // The life of the link to one PLC, without the link: which state it is in, what ends the state, and when the next
 // attempt to connect is due. The time is an argument everywhere.
-
-using Clock     = std::chrono::steady_clock;
-using TimePoint = Clock::time_point;
-using Millis    = std::chrono::milliseconds;
 
 enum class LinkPhase {
     WAITING,     // no connection; ends when a connection is made, which is due at retryAt()

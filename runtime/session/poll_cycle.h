@@ -1,8 +1,8 @@
 #ifndef RUNTIME_SESSION_POLL_CYCLE_H
 #define RUNTIME_SESSION_POLL_CYCLE_H
 
+#include "base/clock.h"
 #include "base/durations.h"
-#include "session/link_state.h"
 
 #include <QtCore/QString>
 

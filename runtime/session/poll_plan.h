@@ -1,7 +1,7 @@
 #ifndef RUNTIME_SESSION_POLL_PLAN_H
 #define RUNTIME_SESSION_POLL_PLAN_H
 
-#include "session/link_state.h"
+#include "base/clock.h"
 #include "values/items.h"
 
 #include <QtCore/QList>

@@ -1,8 +1,8 @@
 #ifndef PANEL_COMMANDS_BENCH_TABLE_H
 #define PANEL_COMMANDS_BENCH_TABLE_H
 
+#include "base/clock.h"
 #include "base/durations.h"
-#include "session/link_state.h"
 
 #include <string>
 #include <vector>

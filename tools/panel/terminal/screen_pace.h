@@ -1,7 +1,7 @@
 #ifndef PANEL_TERMINAL_SCREEN_PACE_H
 #define PANEL_TERMINAL_SCREEN_PACE_H
 
-#include "session/link_state.h"
+#include "base/clock.h"
 
 #include <cstddef>
 

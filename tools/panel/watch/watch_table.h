@@ -1,9 +1,9 @@
 #ifndef PANEL_WATCH_WATCH_TABLE_H
 #define PANEL_WATCH_WATCH_TABLE_H
 
-#include "session/link_state.h"
 #include "session/watch_values.h"
 
+#include <chrono>
 #include <cstddef>
 #include <string>
 #include <vector>
