@@ -2,7 +2,7 @@
 
 #include "driver/change_feed.h"
 #include "link/answerer.h"
-#include "session/read_once.h"
+#include "session/step_until.h"
 
 #include <arpa/inet.h>
 #include <modbus.h>

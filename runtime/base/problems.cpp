@@ -1,6 +1,6 @@
 #include "base/problems.h"
 
-#include "base/exit_codes.h"
+#include "base/usage_error.h"
 #include "common/file_reader.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "link/host_port.h"
 
-#include "base/exit_codes.h"
 #include "base/numbers.h"
+#include "base/usage_error.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 #include "project/recipe_table.h"
 
 #include "base/csv_text.h"
-#include "base/exit_codes.h"
 #include "base/text_check.h"
+#include "base/usage_error.h"
 #include "project/table_reader.h"
 
 #include <charconv>

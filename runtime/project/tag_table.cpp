@@ -1,7 +1,7 @@
 #include "project/tag_table.h"
 
-#include "base/exit_codes.h"
 #include "base/numbers.h"
+#include "base/usage_error.h"
 #include "project/table_reader.h"
 
 namespace {

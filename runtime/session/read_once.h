@@ -1,7 +1,6 @@
 #ifndef RUNTIME_SESSION_READ_ONCE_H
 #define RUNTIME_SESSION_READ_ONCE_H
 
-#include "base/stop_flag.h"
 #include "session/runtime.h"
 #include "values/awaited_words.h"
 
@@ -31,24 +30,5 @@ private:
     std::vector<Item>       refused_; // the refused blocks
     std::vector<CallHandle> calls_;
 };
-
-/// Steps until `done()` holds, which is also asked before the first step. Returns false at `giveUp`, when the PLC proves
-/// unreachable, or when the program is asked to end.
-template <typename Condition>
-bool stepUntil(Runtime &runtime, TimePoint giveUp, Condition done)
-{
-    while (!done()) {
-        if (stopRequested() || runtime.isUnreachable() || (giveUp != TimePoint::max() && Clock::now() >= giveUp))
-            return false;
-        runtime.step(giveUp);
-    }
-    return true;
-}
-
-/// Why a command ended before its work was done: "interrupted", "no answer in time" and such.
-std::string endedEarly(const Runtime &runtime);
-
-/// Says in one line why no answer came; returns the program's exit code.
-int noAnswer(Runtime &runtime, Millis giveUp);
 
 #endif

@@ -1,6 +1,7 @@
 #include "session/recipe_transfer.h"
 
-#include "base/exit_codes.h"
+#include "base/usage_error.h"
+#include "session/step_until.h"
 #include "session/watch_plan.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "session/runtime.h"
 
-#include "base/exit_codes.h"
 #include "base/stop_flag.h"
+#include "base/usage_error.h"
 #include "driver/change_feed.h"
 #include "link/fins_codes.h"
 #include "link/fins_layout.h"

@@ -1,6 +1,5 @@
 #include "session/write_report.h"
 
-#include "base/exit_codes.h"
 #include "link/fins_codes.h"
 
 #include <algorithm>
@@ -263,13 +262,13 @@ void WriteReport::finish(const std::string &reason)
     }
 }
 
-int WriteReport::exitCode() const
+WriteVerdict WriteReport::verdict() const
 {
     const auto any = [this](WriteFate a, WriteFate b) {
         return std::any_of(orders_.begin(), orders_.end(),
                            [=](const Order &order) { return order.fate == a || order.fate == b; });
     };
     if (modeUnknown_ || any(WriteFate::UNCONFIRMED, WriteFate::NOT_SENT))
-        return EXIT_NO_LINK;
-    return any(WriteFate::REFUSED, WriteFate::DIFFERS) ? EXIT_REFUSED : EXIT_DONE;
+        return WriteVerdict::UNKNOWN;
+    return any(WriteFate::REFUSED, WriteFate::DIFFERS) ? WriteVerdict::NOT_AS_ASKED : WriteVerdict::DONE;
 }

@@ -12,7 +12,7 @@
 #include <vector>
 
 // What becomes of the writes that a command was told to make. Every one of them is reported once, whichever way the
-// command ends, and the exit code follows; see "What became of a write" in docs/panel.md. The report watches the
+// command ends, and the verdict follows; see "What became of a write" in docs/panel.md. The report watches the
 // exchanges with the PLC itself and needs no word from whoever sends the writes: a write that was sent is unconfirmed
 // until its reply came, and it is done only when the PLC's words were read afterwards and agree. A change of the
 // operating mode that went out with a write is reported in the same way.
@@ -24,6 +24,12 @@ enum class WriteFate {
     DIFFERS,     // the PLC has acknowledged the write, and holds another value
     UNCONFIRMED, // sent, but nothing tells whether the PLC holds or will hold it
     NOT_SENT
+};
+
+enum class WriteVerdict {
+    DONE,         // the PLC holds every value
+    NOT_AS_ASKED, // a write was refused or differs, and nothing is unknown
+    UNKNOWN       // a write is unconfirmed or was not sent, or a mode change is unconfirmed
 };
 
 class WriteReport {
@@ -67,9 +73,8 @@ public:
     /// Reports all that has not been reported; `reason` says why writes were not sent.
     void finish(const std::string &reason = "the command ended first");
 
-    /// 3 if a write is unconfirmed or was not sent, or a mode change is unconfirmed; else 1 if one was refused or
-    /// differs; else 0. Only after finish().
-    int exitCode() const;
+    /// What holds for all writes together. Only after finish().
+    WriteVerdict verdict() const;
 
 private:
     enum class Cell : quint8 {

@@ -1,8 +1,9 @@
-#include "base/exit_codes.h"
 #include "base/stop_flag.h"
+#include "base/usage_error.h"
 #include "cli/command_definitions.h"
 #include "cli/help_format.h"
 #include "cli/suggestion.h"
+#include "commands/exit_codes.h"
 #include "link/host_port.h"
 #include "project/settings.h"
 

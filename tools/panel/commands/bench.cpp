@@ -1,10 +1,11 @@
 #include "commands/commands.h"
 
-#include "base/exit_codes.h"
 #include "commands/bench_table.h"
+#include "commands/exit_codes.h"
+#include "commands/no_answer.h"
 #include "link/fins_codes.h"
 #include "session/poll_cycle.h"
-#include "session/read_once.h"
+#include "session/step_until.h"
 #include "values/tags.h"
 
 #include <iostream>

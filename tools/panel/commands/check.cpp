@@ -1,6 +1,7 @@
 #include "commands/commands.h"
 
-#include "base/exit_codes.h"
+#include "base/usage_error.h"
+#include "commands/exit_codes.h"
 
 #include <iostream>
 

@@ -1,8 +1,10 @@
 #include "commands/confirmation.h"
 
-#include "base/exit_codes.h"
+#include "base/usage_error.h"
 #include "commands/difference_table.h"
-#include "session/read_once.h"
+#include "commands/exit_codes.h"
+#include "commands/no_answer.h"
+#include "session/step_until.h"
 
 #include <unistd.h>
 
@@ -31,5 +33,5 @@ int endUnwritten(Runtime &runtime, WriteReport &report, const std::string &reaso
     report.finish(reason);
     if (reason == endedEarly(runtime))
         noAnswer(runtime, giveUp);
-    return report.exitCode();
+    return exitCode(report);
 }

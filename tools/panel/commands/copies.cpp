@@ -1,6 +1,6 @@
 #include "commands/commands.h"
 
-#include "base/exit_codes.h"
+#include "commands/exit_codes.h"
 #include "values/items.h"
 
 #include <iostream>

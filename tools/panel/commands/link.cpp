@@ -1,9 +1,10 @@
 #include "commands/commands.h"
 
-#include "base/exit_codes.h"
+#include "base/stop_flag.h"
+#include "commands/exit_codes.h"
 #include "link/fins_codes.h"
 #include "session/diagnosis.h"
-#include "session/read_once.h"
+#include "values/awaited_words.h"
 #include "values/tags.h"
 
 #include <cstdio>

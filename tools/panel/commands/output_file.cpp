@@ -1,6 +1,6 @@
 #include "commands/output_file.h"
 
-#include "base/exit_codes.h"
+#include "base/usage_error.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,7 +1,7 @@
 #include "commands/commands.h"
 
-#include "base/exit_codes.h"
 #include "base/numbers.h"
+#include "commands/exit_codes.h"
 #include "commands/output_file.h"
 #include "project/project.h"
 #include "project/tag_table.h"

@@ -1,7 +1,9 @@
 #include "commands/commands.h"
 
-#include "base/exit_codes.h"
+#include "commands/exit_codes.h"
+#include "commands/no_answer.h"
 #include "session/read_once.h"
+#include "session/step_until.h"
 
 #include <iostream>
 

@@ -1,14 +1,16 @@
 #include "commands/commands.h"
 
-#include "base/exit_codes.h"
 #include "base/numbers.h"
+#include "base/usage_error.h"
 #include "commands/confirmation.h"
 #include "commands/difference_table.h"
+#include "commands/exit_codes.h"
+#include "commands/no_answer.h"
 #include "commands/output_file.h"
 #include "commands/progress_bar.h"
 #include "session/dry_run.h"
-#include "session/read_once.h"
 #include "session/recipe_transfer.h"
+#include "session/step_until.h"
 #include "session/write_report.h"
 
 #include <iostream>
@@ -191,7 +193,7 @@ int writeRecipe(Runtime &runtime, const Recipe &recipe, Millis giveUp, const Rec
         showDifferences(report);
     if (read == TransferEnd::NO_LINK)
         noAnswer(runtime, giveUp);
-    return report.exitCode();
+    return exitCode(report);
 }
 
 int giveOut(const std::vector<RecipeEntry> &held, const std::string &output)

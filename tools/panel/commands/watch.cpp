@@ -1,7 +1,7 @@
 #include "commands/commands.h"
 
-#include "base/exit_codes.h"
-#include "session/read_once.h"
+#include "commands/exit_codes.h"
+#include "session/step_until.h"
 #include "session/watch_values.h"
 #include "session/write_queue.h"
 #include "session/write_report.h"
@@ -52,7 +52,7 @@ public:
     int end()
     {
         report_.finish(endedEarly(runtime_));
-        return report_.exitCode();
+        return exitCode(report_);
     }
 
 private:

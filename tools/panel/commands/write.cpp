@@ -1,9 +1,11 @@
 #include "commands/commands.h"
 
-#include "base/exit_codes.h"
 #include "commands/confirmation.h"
+#include "commands/exit_codes.h"
+#include "commands/no_answer.h"
 #include "session/dry_run.h"
 #include "session/read_once.h"
+#include "session/step_until.h"
 #include "session/write_queue.h"
 #include "session/write_report.h"
 
@@ -81,5 +83,5 @@ int runWrite(const TagBook &book, const LinkOptions &link, Millis giveUp, const 
     report.finish(whyNotSent(runtime, queue, fresh));
     if (!done)
         noAnswer(runtime, giveUp);
-    return report.exitCode();
+    return exitCode(report);
 }

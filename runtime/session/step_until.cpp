@@ -1,0 +1,8 @@
+#include "session/step_until.h"
+
+std::string endedEarly(const Runtime &runtime)
+{
+    if (stopRequested())
+        return "interrupted";
+    return runtime.isUnreachable() ? "there is no PLC to connect to" : "no answer in time";
+}

@@ -1,0 +1,18 @@
+#ifndef PANEL_COMMANDS_EXIT_CODES_H
+#define PANEL_COMMANDS_EXIT_CODES_H
+
+class WriteReport;
+
+// How the program ends, the same for every command.
+
+enum ExitCode {
+    EXIT_DONE    = 0, // everything asked for was done
+    EXIT_REFUSED = 1, // the PLC refused a request, or a value differed
+    EXIT_USAGE   = 2, // bad usage: nothing was sent
+    EXIT_NO_LINK = 3  // no link, no answer in time, or a write that is unconfirmed or was not sent
+};
+
+/// How a command of writes ends. Only after the report's finish().
+int exitCode(const WriteReport &report);
+
+#endif

@@ -1,0 +1,38 @@
+#include "commands/no_answer.h"
+
+#include "base/stop_flag.h"
+#include "commands/exit_codes.h"
+#include "link/host_port.h"
+#include "session/diagnosis.h"
+
+#include <algorithm>
+#include <iostream>
+
+// What is known of the trouble; "" while there is none, such as before the first reply is due.
+static std::string troubleText(const Runtime &runtime, Millis giveUp)
+{
+    if (runtime.trouble().failure == LinkFailure::NONE || runtime.phase() == LinkPhase::ONLINE)
+        return "";
+    const LinkOptions &options = runtime.options();
+    const Peer peer = {options.host, options.port, runtime.link().address(),
+                       std::min(options.timeout, giveUp)};
+    return diagnose(runtime.trouble(), peer, runtime.link().strayBytes()).problem;
+}
+
+static std::string noAnswerText(const Runtime &runtime, Millis giveUp)
+{
+    const std::string host    = hostAndPort(runtime.options().host, runtime.options().port);
+    const std::string trouble = troubleText(runtime, giveUp);
+    const std::string advice  = "; 'fins_panel link " + host + "' tells what to try";
+    if (runtime.isUnreachable())
+        return trouble + advice + ", --give-up SECONDS keeps trying";
+    return "no answer from " + host + " within " + std::to_string(giveUp.count()) + " ms"
+           + (trouble.empty() ? "" : ": " + trouble) + advice + ", --give-up SECONDS waits longer";
+}
+
+int noAnswer(Runtime &runtime, Millis giveUp)
+{
+    runtime.messages().finish();
+    std::cerr << "fins_panel: " << (stopRequested() ? "interrupted" : noAnswerText(runtime, giveUp)) << std::endl;
+    return EXIT_NO_LINK;
+}
