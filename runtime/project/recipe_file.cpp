@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <istream>
 #include <sstream>
-#include <tuple>
 
 // One past the end of what stands at `at`: of a quoted text, or of what is no space.
 static std::size_t tokenEnd(const std::string &line, std::size_t at)
@@ -48,19 +47,6 @@ static std::string withoutComment(const std::string &line)
     return line;
 }
 
-RecipeEntry makeEntry(const TagBook &tags, const std::string &name, const std::vector<std::string> &texts)
-{
-    RecipeEntry entry;
-    const Tag tag = texts.empty() ? tags.resolve(name, Access::WRITE)
-                                  : tags.resolveWithValues(name, Access::WRITE, texts, entry.values);
-    if (tag.item.isBit)
-        throw UsageError("'" + name + "' is a bit; recipes hold words");
-    entry.item   = tag.item;
-    entry.name   = tag.name;
-    entry.format = tag.format;
-    return entry;
-}
-
 static RecipeEntry parseEntry(const TagBook &tags, const std::string &line, bool needValues)
 {
     const std::size_t equals = line.find('=');
@@ -76,34 +62,6 @@ static RecipeEntry parseEntry(const TagBook &tags, const std::string &line, bool
     if (texts.empty() && (needValues || hasValues))
         throw UsageError("'" + name + "' has no values; write them behind '='");
     return entry;
-}
-
-std::size_t findOverlap(const std::vector<RecipeEntry> &entries, std::string &reason)
-{
-    std::vector<Item> items;
-    items.reserve(entries.size());
-    for (const RecipeEntry &entry : entries)
-        items.push_back(entry.item);
-    try {
-        refuseOverlaps(items);
-        return entries.size();
-    } catch (const UsageError &error) {
-        reason = error.what();
-    }
-    // The shortest beginning that overlaps, between `sound` items that do not and `broken` that do.
-    std::size_t sound  = 0;
-    std::size_t broken = items.size();
-    while (broken - sound > 1) {
-        const std::size_t middle = (sound + broken) / 2;
-        try {
-            refuseOverlaps(std::vector<Item>(items.begin(), items.begin() + static_cast<std::ptrdiff_t>(middle)));
-            sound = middle;
-        } catch (const UsageError &error) {
-            reason = error.what();
-            broken = middle;
-        }
-    }
-    return broken - 1;
 }
 
 std::vector<RecipeEntry> readRecipe(const TagBook &tags, std::istream &input, const std::string &name, bool needValues)
@@ -134,31 +92,7 @@ std::vector<RecipeEntry> readRecipe(const TagBook &tags, std::istream &input, co
     return entries;
 }
 
-std::string entryName(const RecipeEntry &entry)
-{
-    return entry.name.empty() ? itemName(entry.item, entry.format) : entry.name;
-}
-
 std::string recipeLine(const RecipeEntry &entry)
 {
     return entryName(entry) + " = " + decodeValues(entry.format, entry.values);
-}
-
-std::vector<RecipeEntry> layOutRecipe(const std::vector<RecipeEntry> &entries, qint32 wordsPerFrame)
-{
-    std::vector<RecipeEntry> pieces;
-    for (const RecipeEntry &entry : entries) {
-        std::size_t from = 0;
-        for (const Item &item : cutItem(entry.item, wordsPerFrame)) {
-            RecipeEntry piece = {item, {}};
-            const std::size_t to = std::min(from + item.byteSize(), entry.values.size());
-            for (; from < to; ++from)
-                piece.values.push_back(entry.values[from]);
-            pieces.push_back(piece);
-        }
-    }
-    std::sort(pieces.begin(), pieces.end(), [](const RecipeEntry &a, const RecipeEntry &b) {
-        return std::make_tuple(a.item.regType, a.item.address) < std::make_tuple(b.item.regType, b.item.address);
-    });
-    return pieces;
 }

@@ -3,6 +3,7 @@
 #include "base/csv_text.h"
 #include "base/text_check.h"
 #include "base/usage_error.h"
+#include "project/recipe_file.h"
 #include "project/table_reader.h"
 
 #include <charconv>

@@ -2,7 +2,7 @@
 #define RUNTIME_PROJECT_RECIPE_TABLE_H
 
 #include "project/document.h"
-#include "project/recipe_file.h"
+#include "values/recipe.h"
 
 #include <set>
 

@@ -2,8 +2,8 @@
 #define RUNTIME_SESSION_DRY_RUN_H
 
 #include "driver/low_memory.h"
-#include "project/recipe_file.h"
 #include "session/runtime.h"
+#include "values/recipe.h"
 
 #include <functional>
 #include <string>

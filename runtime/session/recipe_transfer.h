@@ -1,10 +1,10 @@
 #ifndef RUNTIME_SESSION_RECIPE_TRANSFER_H
 #define RUNTIME_SESSION_RECIPE_TRANSFER_H
 
-#include "project/recipe_file.h"
 #include "session/read_once.h"
 #include "session/runtime.h"
 #include "values/awaited_words.h"
+#include "values/recipe.h"
 
 #include <functional>
 #include <optional>

@@ -1,7 +1,7 @@
 #ifndef PANEL_COMMANDS_DIFFERENCE_TABLE_H
 #define PANEL_COMMANDS_DIFFERENCE_TABLE_H
 
-#include "project/recipe_file.h"
+#include "values/recipe.h"
 
 #include <string>
 #include <vector>

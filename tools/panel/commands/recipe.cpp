@@ -8,6 +8,7 @@
 #include "commands/no_answer.h"
 #include "commands/output_file.h"
 #include "commands/progress_bar.h"
+#include "project/recipe_file.h"
 #include "session/dry_run.h"
 #include "session/recipe_transfer.h"
 #include "session/step_until.h"
