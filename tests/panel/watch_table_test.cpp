@@ -1,3 +1,4 @@
+#include "terminal/text_width.h"
 #include "watch/watch_table.h"
 
 #include <gtest/gtest.h>
@@ -10,9 +11,9 @@ namespace {
 const double UNKNOWN   = std::numeric_limits<double>::quiet_NaN();
 const double NO_NUMBER = std::numeric_limits<double>::infinity();
 
-const TableStyle PLAIN  = {false, true};
-const TableStyle COLOUR = {true, true};
-const TableStyle ASCII  = {false, false};
+const ScreenStyle PLAIN  = {false, true};
+const ScreenStyle COLOUR = {true, true};
+const ScreenStyle ASCII  = {false, false};
 
 TableContent content()
 {
@@ -144,7 +145,7 @@ TEST(WatchTable, no_line_is_wider_than_the_screen)
     wide.rows[0].unit  = std::string(100, 'u');
     wide.messages      = {std::string(300, 'm'), "水" + std::string(300, 'm')};
     for (std::size_t columns = 1; columns <= 210; ++columns) {
-        for (const TableStyle style : {PLAIN, COLOUR, ASCII}) {
+        for (const ScreenStyle style : {PLAIN, COLOUR, ASCII}) {
             const Lines lines = renderTable(wide, {columns, 24}, style);
             ASSERT_EQ(lines.size(), 24u);
             for (const std::string &line : lines)

@@ -1,9 +1,9 @@
 #ifndef PANEL_TERMINAL_TERMINAL_H
 #define PANEL_TERMINAL_TERMINAL_H
 
+#include "terminal/screen.h"
 #include "terminal/screen_pace.h"
 #include "terminal/terminal_output.h"
-#include "watch/watch_table.h"
 
 #include <csignal>
 #include <string>
@@ -66,9 +66,6 @@ private:
     std::string              keys_;              // read and not yet understood
     std::vector<Handled>     handled_;           // signals, for as long as this object lives
 };
-
-/// What the environment says about the terminal: NO_COLOR, and the character set of LC_ALL, LC_CTYPE or LANG.
-TableStyle styleOfEnvironment();
 
 /// The key at the front of `keys`, which is removed; NONE if there is no whole one. What is no key is skipped.
 Key takeKey(std::string &keys);

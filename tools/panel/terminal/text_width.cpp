@@ -79,6 +79,21 @@ std::size_t textWidth(const std::string &text)
     return width;
 }
 
+std::size_t screenWidth(const std::string &text)
+{
+    std::string shown;
+    bool inAttribute = false;
+    for (const char c : text) {
+        if (c == '\033')
+            inAttribute = true;
+        else if (inAttribute)
+            inAttribute = c != 'm';
+        else
+            shown += c;
+    }
+    return textWidth(shown);
+}
+
 std::string textStart(const std::string &text, std::size_t columns)
 {
     const Utf8Scope scope;

@@ -10,6 +10,9 @@
 /// Columns that `text` takes. What cannot be shown counts as one.
 std::size_t textWidth(const std::string &text);
 
+/// Columns that `text` takes on the screen, attributes not counted.
+std::size_t screenWidth(const std::string &text);
+
 /// As much of the beginning of `text` as fits into so many columns.
 std::string textStart(const std::string &text, std::size_t columns);
 

@@ -124,13 +124,13 @@ const char *qualityColour(Quality quality)
     return PLAIN;
 }
 
-std::string coloured(const std::string &text, const char *attribute, TableStyle style)
+std::string coloured(const std::string &text, const char *attribute, ScreenStyle style)
 {
     return style.colour ? attribute + text + PLAIN : text;
 }
 
 // Colours the text but not the spaces ahead of it.
-std::string colouredRight(const std::string &text, const char *attribute, TableStyle style)
+std::string colouredRight(const std::string &text, const char *attribute, ScreenStyle style)
 {
     const std::size_t begin = std::min(text.find_first_not_of(' '), text.size());
     return text.substr(0, begin) + coloured(text.substr(begin), attribute, style);
@@ -171,7 +171,7 @@ std::string titleLine(const Columns &plan)
     return plan.course > 0 ? line + "  COURSE" : line;
 }
 
-std::string rowLine(const TableRow &row, const Columns &plan, std::size_t columns, TableStyle style)
+std::string rowLine(const TableRow &row, const Columns &plan, std::size_t columns, ScreenStyle style)
 {
     const std::string value = fit(row.value.empty() ? "-" : row.value, plan.value, true) + (row.isNew ? "*" : " ");
     const char *look = row.isNew ? NEW_VALUE : row.quality == Quality::GOOD ? "" : OLD_VALUE;
@@ -277,7 +277,7 @@ std::size_t lastTop(std::size_t rows, ScreenSize size)
     return rows > page ? rows - page : 0;
 }
 
-std::vector<std::string> renderTable(const TableContent &content, ScreenSize size, TableStyle style)
+std::vector<std::string> renderTable(const TableContent &content, ScreenSize size, ScreenStyle style)
 {
     const Columns plan = planColumns(content, size.columns);
     std::vector<std::string> lines;
@@ -294,19 +294,4 @@ std::vector<std::string> renderTable(const TableContent &content, ScreenSize siz
     if (lines.size() > size.rows)
         lines.resize(size.rows);
     return lines;
-}
-
-std::size_t screenWidth(const std::string &text)
-{
-    std::string shown;
-    bool inAttribute = false;
-    for (const char c : text) {
-        if (c == '\033')
-            inAttribute = true;
-        else if (inAttribute)
-            inAttribute = c != 'm';
-        else
-            shown += c;
-    }
-    return textWidth(shown);
 }

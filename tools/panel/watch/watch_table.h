@@ -2,6 +2,7 @@
 #define PANEL_WATCH_WATCH_TABLE_H
 
 #include "session/watch_values.h"
+#include "terminal/screen.h"
 
 #include <chrono>
 #include <cstddef>
@@ -9,18 +10,6 @@
 #include <vector>
 
 // The live table as lines of text. Nothing here knows a terminal or a clock.
-
-struct ScreenSize {
-    std::size_t columns;
-    std::size_t rows;
-
-    bool operator==(const ScreenSize &other) const { return columns == other.columns && rows == other.rows; }
-};
-
-struct TableStyle {
-    bool colour; // with ANSI attributes
-    bool utf8;   // the course is drawn with block characters, else with ASCII
-};
 
 struct TableRow {
     std::string         name;
@@ -61,9 +50,6 @@ std::size_t visibleRows(ScreenSize size);
 std::size_t lastTop(std::size_t rows, ScreenSize size);
 
 /// At most size.rows lines of at most size.columns columns each, attributes not counted.
-std::vector<std::string> renderTable(const TableContent &content, ScreenSize size, TableStyle style);
-
-/// Columns that `text` takes on the screen, attributes not counted.
-std::size_t screenWidth(const std::string &text);
+std::vector<std::string> renderTable(const TableContent &content, ScreenSize size, ScreenStyle style);
 
 #endif

@@ -40,7 +40,7 @@ private:
 
     Runtime           &runtime_;
     const WatchValues &values_;
-    const TableStyle   style_;
+    const ScreenStyle   style_;
     PollCycle          cycle_;
     std::vector<std::vector<double>> courses_;
     RecentMessages     recent_;
