@@ -53,29 +53,29 @@ void pollChanged(benchmark::State &state)
 class Access {
 public:
     Access(benchmark::State &state, const char *regType, int itemsPerWord)
-        : m_plc(m_runtime.library), m_regType(QLatin1String(regType)), m_place(0)
+        : plc_(runtime_.library), regType_(QLatin1String(regType)), place_(0)
     {
         const int words = static_cast<int>(state.range(0));
-        watchAndPoll(m_runtime, m_plc, words, false);
-        m_stride = (std::min(words, 32768) - 64) / 14 * itemsPerWord;
+        watchAndPoll(runtime_, plc_, words, false);
+        stride_ = (std::min(words, 32768) - 64) / 14 * itemsPerWord;
     }
 
-    void read() { m_runtime.library.getData(0, m_regType, nextAddress(), 64, m_values); }
-    void write() { m_runtime.library.setData(0, m_regType, nextAddress(), 64, m_values, 1); }
+    void read() { runtime_.library.getData(0, regType_, nextAddress(), 64, values_); }
+    void write() { runtime_.library.setData(0, regType_, nextAddress(), 64, values_, 1); }
 
 private:
     qint32 nextAddress()
     {
-        m_place = (m_place + 1) % 15;
-        return m_place * m_stride;
+        place_ = (place_ + 1) % 15;
+        return place_ * stride_;
     }
 
-    BenchRuntime  m_runtime;
-    ConstantPlc   m_plc;
-    const QString m_regType;
-    qint32        m_stride;
-    qint32        m_place;
-    quint8        m_values[128] = {};
+    BenchRuntime  runtime_;
+    ConstantPlc   plc_;
+    const QString regType_;
+    qint32        stride_;
+    qint32        place_;
+    quint8        values_[128] = {};
 };
 
 void getWords(benchmark::State &state)

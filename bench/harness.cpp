@@ -90,18 +90,18 @@ void BenchRuntime::countChange(qint32, qint32, QString, qint32)
 }
 
 BenchRuntime::BenchRuntime(ValueChangeCallback callback)
-    : m_sharedBlock(60117), m_recipeBuffer(2 * 65536, 2), m_mutexPlace(sizeof(QMutex), alignof(QMutex)),
-      m_mutex(new (m_mutexPlace.data()) QMutex)
+    : sharedBlock_(60117), recipeBuffer_(2 * 65536, 2), mutexPlace_(sizeof(QMutex), alignof(QMutex)),
+      mutex_(new (mutexPlace_.data()) QMutex)
 {
     qint32 status = 0;
     library.setAddrValueChangeCallBack(callback);
-    library.initProperty(m_sharedBlock.address(), 0, m_recipeBuffer.address(), &status, "1#0#0#3#64",
-                         m_mutexPlace.address());
+    library.initProperty(sharedBlock_.address(), 0, recipeBuffer_.address(), &status, "1#0#0#3#64",
+                         mutexPlace_.address());
 }
 
 BenchRuntime::~BenchRuntime()
 {
-    m_mutex->~QMutex();
+    mutex_->~QMutex();
 }
 
 bool insideDriver = false;
@@ -109,24 +109,24 @@ bool insideDriver = false;
 bool ConstantPlc::takeRequest(quint8 value)
 {
     insideDriver = true;
-    const bool taken = m_library.getSendFrame(&m_request) == 1;
+    const bool taken = library_.getSendFrame(&request_) == 1;
     insideDriver = false;
     if (!taken)
         return false;
-    m_reply.resize(m_request.rcvLen);
-    quint8 *bytes = reinterpret_cast<quint8 *>(m_reply.data());
-    const int size = m_request.rcvLen;
+    reply_.resize(request_.rcvLen);
+    quint8 *bytes = reinterpret_cast<quint8 *>(reply_.data());
+    const int size = request_.rcvLen;
     std::fill(bytes, bytes + std::min<int>(size, REPLY_DATA), quint8(0));
     std::fill(bytes + std::min<int>(size, REPLY_DATA), bytes + size, value);
     if (size > FRAME_SID)
-        bytes[FRAME_SID] = m_request.frame[FRAME_SID];
+        bytes[FRAME_SID] = request_.frame[FRAME_SID];
     return true;
 }
 
 void ConstantPlc::giveReply()
 {
     insideDriver = true;
-    m_library.dealRcvFrame(m_reply, m_info);
+    library_.dealRcvFrame(reply_, info_);
     insideDriver = false;
 }
 

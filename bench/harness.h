@@ -41,10 +41,10 @@ public:
     static long changes;
 
 private:
-    LowMemory m_sharedBlock;
-    LowMemory m_recipeBuffer;
-    LowMemory m_mutexPlace;
-    QMutex   *m_mutex;
+    LowMemory sharedBlock_;
+    LowMemory recipeBuffer_;
+    LowMemory mutexPlace_;
+    QMutex   *mutex_;
 };
 
 /// True while one of the library's functions runs that ConstantPlc calls.
@@ -53,7 +53,7 @@ extern bool insideDriver;
 /// Moves one request and its reply at a time, without a link.
 class ConstantPlc {
 public:
-    explicit ConstantPlc(LoadedDriver &library) : m_library(library), m_request() {}
+    explicit ConstantPlc(LoadedDriver &library) : library_(library), request_() {}
 
     /// Takes the next request, and prepares its reply: `value` in every data byte.
     bool takeRequest(quint8 value);
@@ -65,10 +65,10 @@ public:
     void serve(quint8 value, long count);
 
 private:
-    LoadedDriver &m_library;
-    FRAME_PRO     m_request;
-    QByteArray    m_reply;
-    QString       m_info;
+    LoadedDriver &library_;
+    FRAME_PRO     request_;
+    QByteArray    reply_;
+    QString       info_;
 };
 
 #endif

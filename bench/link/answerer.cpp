@@ -131,7 +131,7 @@ Answer answerModbus(int changingWords)
     };
 }
 
-AnswererProcess::AnswererProcess(const Answer &answer) : m_process(-1), m_port(0)
+AnswererProcess::AnswererProcess(const Answer &answer) : process_(-1), port_(0)
 {
     const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_in address = {};
@@ -142,19 +142,19 @@ AnswererProcess::AnswererProcess(const Answer &answer) : m_process(-1), m_port(0
     if (listener < 0 || bind(listener, generic, length) != 0 || listen(listener, 1) != 0
         || getsockname(listener, generic, &length) != 0)
         throw std::runtime_error(std::string("no loopback port: ") + std::strerror(errno));
-    m_port = ntohs(address.sin_port);
-    m_process = fork();
-    if (m_process == 0) {
+    port_ = ntohs(address.sin_port);
+    process_ = fork();
+    if (process_ == 0) {
         serve(listener, answer);
         _exit(0);
     }
     close(listener);
-    if (m_process < 0)
+    if (process_ < 0)
         throw std::runtime_error(std::string("no process for the other end: ") + std::strerror(errno));
 }
 
 AnswererProcess::~AnswererProcess()
 {
-    kill(m_process, SIGTERM);
-    waitpid(m_process, nullptr, 0);
+    kill(process_, SIGTERM);
+    waitpid(process_, nullptr, 0);
 }

@@ -34,11 +34,11 @@ public:
     AnswererProcess(const AnswererProcess &) = delete;
     AnswererProcess &operator=(const AnswererProcess &) = delete;
 
-    int port() const { return m_port; }
+    int port() const { return port_; }
 
 private:
-    pid_t m_process;
-    int   m_port;
+    pid_t process_;
+    int   port_;
 };
 
 #endif

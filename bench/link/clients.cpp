@@ -27,30 +27,30 @@ void require(bool good, const char *what)
 
 class PingPongClient : public Client {
 public:
-    explicit PingPongClient(int port) : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+    explicit PingPongClient(int port) : socket_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
     {
         sockaddr_in address = {};
         address.sin_family = AF_INET;
         address.sin_port = htons(static_cast<std::uint16_t>(port));
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        require(connect(m_socket, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0, "ping-pong: no link");
+        require(connect(socket_, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0, "ping-pong: no link");
         const int on = 1;
-        setsockopt(m_socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+        setsockopt(socket_, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     }
 
-    ~PingPongClient() override { close(m_socket); }
+    ~PingPongClient() override { close(socket_); }
 
     void request(long count) override
     {
         std::uint8_t bytes[READ_REPLY_SIZE] = {};
         for (long i = 0; i < count; ++i) {
-            require(send(m_socket, bytes, READ_REQUEST_SIZE, MSG_NOSIGNAL) == READ_REQUEST_SIZE, "ping-pong: no send");
-            require(recv(m_socket, bytes, sizeof bytes, 0) == READ_REPLY_SIZE, "ping-pong: no reply");
+            require(send(socket_, bytes, READ_REQUEST_SIZE, MSG_NOSIGNAL) == READ_REQUEST_SIZE, "ping-pong: no send");
+            require(recv(socket_, bytes, sizeof bytes, 0) == READ_REPLY_SIZE, "ping-pong: no reply");
         }
     }
 
 private:
-    int m_socket;
+    int socket_;
 };
 
 LinkOptions linkOptions(int port, long interval)
@@ -65,58 +65,58 @@ LinkOptions linkOptions(int port, long interval)
 class PanelClient : public Client {
 public:
     PanelClient(int port, long interval)
-        : m_library(OMRON_FINS_LIBRARY), m_runtime(m_library, linkOptions(port, interval)), m_exchanges(0), m_changes(0),
-          m_call(m_runtime.onExchange([this](const Exchange &exchange) { m_exchanges += exchange.accepted ? 1 : 0; }))
+        : library_(OMRON_FINS_LIBRARY), runtime_(library_, linkOptions(port, interval)), exchanges_(0), changes_(0),
+          call_(runtime_.onExchange([this](const Exchange &exchange) { exchanges_ += exchange.accepted ? 1 : 0; }))
     {
-        m_runtime.watch({{QLatin1String("DM"), 0, WORDS, false}});
+        runtime_.watch({{QLatin1String("DM"), 0, WORDS, false}});
         request(2);
-        require(m_runtime.phase() == LinkPhase::ONLINE, "panel: no link");
+        require(runtime_.phase() == LinkPhase::ONLINE, "panel: no link");
     }
 
     void request(long count) override
     {
-        const long end = m_exchanges + count;
-        const bool all = stepUntil(m_runtime, TimePoint::max(), [this, end] {
-            takeChanges(m_noted);
-            m_changes += static_cast<long>(m_noted.size());
-            return m_exchanges >= end;
+        const long end = exchanges_ + count;
+        const bool all = stepUntil(runtime_, TimePoint::max(), [this, end] {
+            takeChanges(noted_);
+            changes_ += static_cast<long>(noted_.size());
+            return exchanges_ >= end;
         });
         require(all, "panel: interrupted");
     }
 
-    long changes() const override { return m_changes; }
+    long changes() const override { return changes_; }
 
 private:
-    DriverLibrary       m_library;
-    Runtime             m_runtime;
-    std::vector<Change> m_noted;
-    long                m_exchanges;
-    long                m_changes;
-    CallHandle          m_call;
+    DriverLibrary       library_;
+    Runtime             runtime_;
+    std::vector<Change> noted_;
+    long                exchanges_;
+    long                changes_;
+    CallHandle          call_;
 };
 
 class ModbusClient : public Client {
 public:
-    explicit ModbusClient(int port) : m_context(modbus_new_tcp(LOOPBACK, port))
+    explicit ModbusClient(int port) : context_(modbus_new_tcp(LOOPBACK, port))
     {
-        require(m_context != nullptr && modbus_connect(m_context) == 0, "libmodbus: no link");
+        require(context_ != nullptr && modbus_connect(context_) == 0, "libmodbus: no link");
     }
 
     ~ModbusClient() override
     {
-        modbus_close(m_context);
-        modbus_free(m_context);
+        modbus_close(context_);
+        modbus_free(context_);
     }
 
     void request(long count) override
     {
         std::uint16_t registers[WORDS];
         for (long i = 0; i < count; ++i)
-            require(modbus_read_registers(m_context, 0, WORDS, registers) == WORDS, "libmodbus: no reply");
+            require(modbus_read_registers(context_, 0, WORDS, registers) == WORDS, "libmodbus: no reply");
     }
 
 private:
-    modbus_t *m_context;
+    modbus_t *context_;
 };
 
 } // namespace

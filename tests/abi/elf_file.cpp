@@ -11,34 +11,34 @@ ElfFile::ElfFile(const std::string &path)
 {
     std::ifstream file(path, std::ios::binary | std::ios::ate);
     const std::streamsize size = file ? static_cast<std::streamsize>(file.tellg()) : 0;
-    m_bytes.resize(static_cast<std::size_t>(size));
+    bytes_.resize(static_cast<std::size_t>(size));
     file.seekg(0);
-    if (!file.read(m_bytes.data(), size) || m_bytes.size() < sizeof m_header)
+    if (!file.read(bytes_.data(), size) || bytes_.size() < sizeof header_)
         throw std::runtime_error(path + " cannot be read or is too short");
-    std::memcpy(&m_header, m_bytes.data(), sizeof m_header);
+    std::memcpy(&header_, bytes_.data(), sizeof header_);
     const unsigned char width = sizeof(void *) == 8 ? ELFCLASS64 : ELFCLASS32;
-    if (std::memcmp(m_header.e_ident, ELFMAG, SELFMAG) != 0 || m_header.e_ident[EI_CLASS] != width)
+    if (std::memcmp(header_.e_ident, ELFMAG, SELFMAG) != 0 || header_.e_ident[EI_CLASS] != width)
         throw std::runtime_error(path + " is no library of this machine's pointer width");
 }
 
 template <class Record> std::vector<Record> ElfFile::records(std::size_t offset, std::size_t size) const
 {
-    if (offset > m_bytes.size() || size > m_bytes.size() - offset)
+    if (offset > bytes_.size() || size > bytes_.size() - offset)
         throw std::runtime_error("a table lies outside the file");
     std::vector<Record> table(size / sizeof(Record));
     if (!table.empty())
-        std::memcpy(table.data(), m_bytes.data() + offset, table.size() * sizeof(Record));
+        std::memcpy(table.data(), bytes_.data() + offset, table.size() * sizeof(Record));
     return table;
 }
 
 std::vector<ElfW(Shdr)> ElfFile::sections() const
 {
-    return records<ElfW(Shdr)>(m_header.e_shoff, m_header.e_shnum * sizeof(ElfW(Shdr)));
+    return records<ElfW(Shdr)>(header_.e_shoff, header_.e_shnum * sizeof(ElfW(Shdr)));
 }
 
 std::vector<ElfW(Phdr)> ElfFile::segments() const
 {
-    return records<ElfW(Phdr)>(m_header.e_phoff, m_header.e_phnum * sizeof(ElfW(Phdr)));
+    return records<ElfW(Phdr)>(header_.e_phoff, header_.e_phnum * sizeof(ElfW(Phdr)));
 }
 
 std::vector<ElfW(Dyn)> ElfFile::dynamicEntries() const
@@ -72,8 +72,8 @@ std::size_t ElfFile::stringsOf(unsigned sectionType) const
 
 std::string ElfFile::text(std::size_t offset) const
 {
-    const auto begin = m_bytes.begin() + static_cast<std::ptrdiff_t>(std::min(offset, m_bytes.size()));
-    return std::string(begin, std::find(begin, m_bytes.end(), '\0'));
+    const auto begin = bytes_.begin() + static_cast<std::ptrdiff_t>(std::min(offset, bytes_.size()));
+    return std::string(begin, std::find(begin, bytes_.end(), '\0'));
 }
 
 std::vector<std::string> ElfFile::names(bool defined) const

@@ -35,8 +35,8 @@ private:
     std::size_t              stringsOf(unsigned sectionType) const;
     std::vector<std::string> names(bool defined) const;
 
-    std::vector<char> m_bytes;
-    ElfW(Ehdr)        m_header;
+    std::vector<char> bytes_;
+    ElfW(Ehdr)        header_;
 };
 
 #endif

@@ -107,7 +107,7 @@ class PanelTest : public PlcTest {
 protected:
     void start(const Words &options = {})
     {
-        port = heldPort.number();
+        port = heldPort_.number();
         Words all = {FINS_PLC_PATH, "--port", std::to_string(port)};
         all.insert(all.end(), options.begin(), options.end());
         plc = std::make_unique<Process>(all);
@@ -117,7 +117,7 @@ protected:
     // A simulator in the place of the one before, which has ended.
     void startAgain(const Words &options = {}) { start(options); }
 
-    std::string host() const { return heldPort.host(); }
+    std::string host() const { return heldPort_.host(); }
 
     Words arguments(const std::string &command, const Words &more) const
     {
@@ -180,7 +180,7 @@ protected:
     }
 
 private:
-    HeldPort heldPort;
+    HeldPort heldPort_;
 };
 
 // The command of a frame: its code and what follows; empty for a node-address request.
@@ -206,15 +206,15 @@ inline void expectReadsFirst(const std::map<int, Words> &received)
 // One connection of the panel. Bytes are hexadecimal text.
 class PlayedLink {
 public:
-    explicit PlayedLink(int accepted) : fd(accepted) {}
+    explicit PlayedLink(int accepted) : fd_(accepted) {}
     PlayedLink(const PlayedLink &) = delete;
     PlayedLink &operator=(const PlayedLink &) = delete;
-    ~PlayedLink() { close(fd); }
+    ~PlayedLink() { close(fd_); }
 
     void send(const std::string &hex)
     {
         const std::vector<std::uint8_t> bytes = bytesOfHex(hex);
-        if (::send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL) != static_cast<ssize_t>(bytes.size()))
+        if (::send(fd_, bytes.data(), bytes.size(), MSG_NOSIGNAL) != static_cast<ssize_t>(bytes.size()))
             throw std::runtime_error("the panel takes no bytes");
     }
 
@@ -263,13 +263,13 @@ public:
 private:
     ssize_t receiveSome(std::uint8_t *to, std::size_t size)
     {
-        pollfd polled = {fd, POLLIN, 0};
+        pollfd polled = {fd_, POLLIN, 0};
         if (poll(&polled, 1, DEFAULT_DEADLINE_MS) <= 0)
             throw std::runtime_error("the panel sends nothing");
-        return recv(fd, to, size, 0);
+        return recv(fd_, to, size, 0);
     }
 
-    int fd;
+    int fd_;
 };
 
 // Listens on a port of its own. Until accept() is called, connections are made but never served; once it has stopped
@@ -283,17 +283,17 @@ public:
 
     void stopListening()
     {
-        if (fd >= 0)
-            close(fd);
-        fd = -1;
+        if (fd_ >= 0)
+            close(fd_);
+        fd_ = -1;
     }
 
     std::unique_ptr<PlayedLink> accept()
     {
-        pollfd polled = {fd, POLLIN, 0};
+        pollfd polled = {fd_, POLLIN, 0};
         if (poll(&polled, 1, DEFAULT_DEADLINE_MS) <= 0)
             throw std::runtime_error("the panel does not connect");
-        return std::make_unique<PlayedLink>(::accept4(fd, nullptr, nullptr, SOCK_CLOEXEC));
+        return std::make_unique<PlayedLink>(::accept4(fd_, nullptr, nullptr, SOCK_CLOEXEC));
     }
 
     std::string host() const { return heldPort.host(); }
@@ -307,7 +307,7 @@ public:
     const int      port = heldPort.number();
 
 private:
-    int fd = heldPort.startListening();
+    int fd_ = heldPort.startListening();
 };
 
 #endif

@@ -16,25 +16,25 @@
 // As much of a terminal as a full-screen program needs: cursor, clearing, scrolling, alternate screen.
 class Screen {
 public:
-    Screen(std::size_t columns, std::size_t rows) : size{columns, rows} { lines.resize(rows); }
+    Screen(std::size_t columns, std::size_t rows) : size_{columns, rows} { lines.resize(rows); }
 
     void resize(std::size_t columns, std::size_t rows)
     {
-        size.columns = columns;
-        size.rows    = rows;
+        size_.columns = columns;
+        size_.rows    = rows;
         lines.assign(rows, "");
     }
 
     void take(char c)
     {
-        if (!escape.empty() || c == '\033') {
-            escape += c;
-            if (escape.size() > 2 && std::isalpha(static_cast<unsigned char>(c)))
+        if (!escape_.empty() || c == '\033') {
+            escape_ += c;
+            if (escape_.size() > 2 && std::isalpha(static_cast<unsigned char>(c)))
                 obey();
         } else if (c == '\n') {
             feedLine();
         } else if (c == '\r') {
-            column = 0;
+            column_ = 0;
         } else {
             put(c);
         }
@@ -55,24 +55,24 @@ public:
     bool hasColour     = false;
 
 private:
-    struct { std::size_t columns, rows; } size;
+    struct { std::size_t columns, rows; } size_;
 
     // Characters of several bytes count as one: they are only ever written from the left to the right.
     void put(char c)
     {
-        if (row >= lines.size())
+        if (row_ >= lines.size())
             return;
-        std::string &line = lines[row];
-        if (column == 0)
+        std::string &line = lines[row_];
+        if (column_ == 0)
             line.clear();
         line += c;
-        ++column;
+        ++column_;
     }
 
     void feedLine()
     {
-        if (row + 1 < lines.size()) {
-            ++row;
+        if (row_ + 1 < lines.size()) {
+            ++row_;
             return;
         }
         lines.erase(lines.begin());
@@ -81,15 +81,15 @@ private:
 
     void obey()
     {
-        const std::string sequence = escape.substr(2);
-        escape.clear();
+        const std::string sequence = escape_.substr(2);
+        escape_.clear();
         if (sequence.back() == 'H') {
-            row    = static_cast<std::size_t>(std::stoul(sequence)) - 1;
-            column = static_cast<std::size_t>(std::stoul(sequence.substr(sequence.find(';') + 1))) - 1;
-        } else if (sequence == "K" && row < lines.size() && column == 0) {
-            lines[row].clear();
+            row_    = static_cast<std::size_t>(std::stoul(sequence)) - 1;
+            column_ = static_cast<std::size_t>(std::stoul(sequence.substr(sequence.find(';') + 1))) - 1;
+        } else if (sequence == "K" && row_ < lines.size() && column_ == 0) {
+            lines[row_].clear();
         } else if (sequence == "2J") {
-            lines.assign(size.rows, "");
+            lines.assign(size_.rows, "");
         } else if (sequence == "?1049h" || sequence == "?1049l") {
             isAlternate = sequence.back() == 'h';
         } else if (sequence == "?25h" || sequence == "?25l") {
@@ -101,9 +101,9 @@ private:
         }
     }
 
-    std::string escape;
-    std::size_t row    = 0;
-    std::size_t column = 0;
+    std::string escape_;
+    std::size_t row_    = 0;
+    std::size_t column_ = 0;
 };
 
 class PtyProcess {
@@ -119,10 +119,10 @@ public:
             argv.push_back(const_cast<char *>(argument.c_str()));
         argv.push_back(nullptr);
         winsize window = {rows, columns, 0, 0};
-        pid = forkpty(&fd, nullptr, nullptr, &window);
-        if (pid < 0)
+        pid_ = forkpty(&fd_, nullptr, nullptr, &window);
+        if (pid_ < 0)
             throw std::runtime_error("no pseudo terminal");
-        if (pid == 0) {
+        if (pid_ == 0) {
             prctl(PR_SET_PDEATHSIG, SIGKILL);
             restoreSignals();
             for (const char *name : {"NO_COLOR", "LC_ALL", "LC_CTYPE"})
@@ -134,7 +134,7 @@ public:
             execv(argv[0], argv.data());
             _exit(127);
         }
-        tcgetattr(fd, &before);
+        tcgetattr(fd_, &before_);
     }
 
     PtyProcess(const PtyProcess &) = delete;
@@ -142,11 +142,11 @@ public:
 
     ~PtyProcess()
     {
-        if (!ended) {
-            kill(pid, SIGKILL);
-            waitpid(pid, nullptr, 0);
+        if (!ended_) {
+            kill(pid_, SIGKILL);
+            waitpid(pid_, nullptr, 0);
         }
-        close(fd);
+        close(fd_);
     }
 
     // Reads until the screen holds `text`.
@@ -168,7 +168,7 @@ public:
 
     void type(const std::string &keys)
     {
-        if (write(fd, keys.data(), keys.size()) != static_cast<ssize_t>(keys.size()))
+        if (write(fd_, keys.data(), keys.size()) != static_cast<ssize_t>(keys.size()))
             throw std::runtime_error("the terminal takes no keys");
     }
 
@@ -176,22 +176,22 @@ public:
     {
         screen.resize(columns, rows);
         const winsize window = {rows, columns, 0, 0};
-        ioctl(fd, TIOCSWINSZ, &window);
+        ioctl(fd_, TIOCSWINSZ, &window);
     }
 
-    void sendSignal(int number) { kill(pid, number); }
+    void sendSignal(int number) { kill(pid_, number); }
 
     // Waits for the end. Returns the exit code, or minus the number of the signal.
     int wait()
     {
         const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(DEFAULT_DEADLINE_MS);
         int status = 0;
-        while (waitpid(pid, &status, WNOHANG) != pid) {
+        while (waitpid(pid_, &status, WNOHANG) != pid_) {
             if (Clock::now() >= deadline)
                 throw std::runtime_error("the program goes on; the screen is\n" + screen.text());
             receive();
         }
-        ended = true;
+        ended_ = true;
         while (receive()) {
         }
         return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
@@ -201,8 +201,8 @@ public:
     bool hasKeysAsBefore() const
     {
         termios now = {};
-        tcgetattr(fd, &now);
-        return now.c_lflag == before.c_lflag && now.c_iflag == before.c_iflag && now.c_oflag == before.c_oflag;
+        tcgetattr(fd_, &now);
+        return now.c_lflag == before_.c_lflag && now.c_iflag == before_.c_iflag && now.c_oflag == before_.c_oflag;
     }
 
     Screen screen;
@@ -212,23 +212,23 @@ private:
     bool receive()
     {
         for (; answers && screen.questions > 0; --screen.questions) {
-            if (write(fd, "\033[0n", 4) != 4)
+            if (write(fd_, "\033[0n", 4) != 4)
                 break; // the program has ended
         }
-        pollfd polled = {fd, POLLIN, 0};
-        if (poll(&polled, 1, ended ? 0 : 20) <= 0)
+        pollfd polled = {fd_, POLLIN, 0};
+        if (poll(&polled, 1, ended_ ? 0 : 20) <= 0)
             return false;
         char bytes[4096];
-        const ssize_t n = read(fd, bytes, sizeof bytes);
+        const ssize_t n = read(fd_, bytes, sizeof bytes);
         for (ssize_t i = 0; i < n; ++i)
             screen.take(bytes[i]);
         return n > 0;
     }
 
-    pid_t   pid   = -1;
-    int     fd    = -1;
-    bool    ended = false;
-    termios before = {};
+    pid_t   pid_    = -1;
+    int     fd_     = -1;
+    bool    ended_  = false;
+    termios before_ = {};
 };
 
 #endif

@@ -26,16 +26,16 @@ inline void require(bool holds, const char *what)
 /// The bytes of one input. Behind the end every byte is 0, so that a cut input is an input, too.
 class FuzzInput {
 public:
-    FuzzInput(const std::uint8_t *data, std::size_t size) : m_data(data), m_left(size) {}
+    FuzzInput(const std::uint8_t *data, std::size_t size) : data_(data), left_(size) {}
 
-    bool isEmpty() const { return m_left == 0; }
+    bool isEmpty() const { return left_ == 0; }
 
     std::uint8_t byte()
     {
-        if (m_left == 0)
+        if (left_ == 0)
             return 0;
-        --m_left;
-        return *m_data++;
+        --left_;
+        return *data_++;
     }
 
     /// 0 to `most`, at most 255.
@@ -64,10 +64,10 @@ public:
     /// Up to `most` bytes.
     std::vector<std::uint8_t> bytes(std::size_t most)
     {
-        const std::size_t taken = std::min(most, m_left);
-        const std::vector<std::uint8_t> result(m_data, m_data + taken);
-        m_data += taken;
-        m_left -= taken;
+        const std::size_t taken = std::min(most, left_);
+        const std::vector<std::uint8_t> result(data_, data_ + taken);
+        data_ += taken;
+        left_ -= taken;
         return result;
     }
 
@@ -95,8 +95,8 @@ private:
         return value;
     }
 
-    const std::uint8_t *m_data;
-    std::size_t         m_left;
+    const std::uint8_t *data_;
+    std::size_t         left_;
 };
 
 #endif

@@ -4,7 +4,7 @@
 
 namespace reference {
 
-LibraryDriver *LibraryDriver::s_current = nullptr;
+LibraryDriver *LibraryDriver::current_ = nullptr;
 
 static QString toQt(const Text &text) { return QString::fromLatin1(text.data(), static_cast<int>(text.size())); }
 
@@ -63,39 +63,39 @@ template <class List> static std::vector<Text> textsFromQt(const List &list)
 }
 
 LibraryDriver::LibraryDriver(const DriverFunctions &functions, const LowAddresses &addresses)
-    : m_driver(functions), m_addresses(addresses)
+    : driver_(functions), addresses_(addresses)
 {
-    s_current = this;
-    m_driver.setAddrValueChangeCallBack(&LibraryDriver::onChange);
+    current_ = this;
+    driver_.setAddrValueChangeCallBack(&LibraryDriver::onChange);
 }
 
-LibraryDriver::~LibraryDriver() { s_current = nullptr; }
+LibraryDriver::~LibraryDriver() { current_ = nullptr; }
 
 void LibraryDriver::onChange(qint32 stationNo, qint32 requestTag, QString regType, qint32 address)
 {
-    s_current->m_callback(stationNo, requestTag, fromQt(regType), address);
+    current_->callback_(stationNo, requestTag, fromQt(regType), address);
 }
 
 Int LibraryDriver::initProperty(const RuntimeMemory &, const Property &property, Int &status)
 {
-    return m_driver.initProperty(property.hasBlock ? m_addresses.block : 0, property.arg2, m_addresses.recipe,
-                                 &status, property.text.c_str(), property.hasMutex ? m_addresses.mutex : 0);
+    return driver_.initProperty(property.hasBlock ? addresses_.block : 0, property.arg2, addresses_.recipe,
+                                &status, property.text.c_str(), property.hasMutex ? addresses_.mutex : 0);
 }
 
 Int LibraryDriver::checkAddrValidity(const Text &regType, const Text &text, Int &address, Int count, Int wordAccess)
 {
-    return m_driver.checkAddrValidity(toQt(regType), toQt(text), &address, count, wordAccess);
+    return driver_.checkAddrValidity(toQt(regType), toQt(text), &address, count, wordAccess);
 }
 
 Int LibraryDriver::checkAddr(const Text &regType, const Text &text, Int &address, Int dataKind, Int count, Int mode)
 {
-    return m_driver.checkAddr(toQt(regType), toQt(text), &address, dataKind, count, mode);
+    return driver_.checkAddr(toQt(regType), toQt(text), &address, dataKind, count, mode);
 }
 
 Int LibraryDriver::getRegListByType(Int type, std::vector<Text> &names)
 {
     auto list = textsToQt<QList<QString>>(names);
-    const Int result = m_driver.getRegListByType(type, list);
+    const Int result = driver_.getRegListByType(type, list);
     names = textsFromQt(list);
     return result;
 }
@@ -103,7 +103,7 @@ Int LibraryDriver::getRegListByType(Int type, std::vector<Text> &names)
 Int LibraryDriver::getRegDiscription(const Text &regType, std::vector<Text> &fields)
 {
     auto list = textsToQt<QList<QString>>(fields);
-    const Int result = m_driver.getRegDiscription(toQt(regType), list);
+    const Int result = driver_.getRegDiscription(toQt(regType), list);
     fields = textsFromQt(list);
     return result;
 }
@@ -115,7 +115,7 @@ Int LibraryDriver::multiCopy(const Text &regType, Int start, Int copies, Int ste
     QVector<qint32> numbers;
     for (const Int address : addresses)
         numbers.append(address);
-    const Int result = m_driver.multiCopy(toQt(regType), start, copies, step, list, numbers);
+    const Int result = driver_.multiCopy(toQt(regType), start, copies, step, list, numbers);
     texts = textsFromQt(list);
     addresses.assign(numbers.constBegin(), numbers.constEnd());
     return result;
@@ -126,7 +126,7 @@ Int LibraryDriver::addrMerge(std::vector<KeyAddress> &addresses)
     QList<KEY_ADDRESS> list;
     for (const KeyAddress &item : addresses)
         list.append(toQt(item));
-    const Int result = m_driver.addrMerge(list);
+    const Int result = driver_.addrMerge(list);
     addresses.clear();
     for (int i = 0; i < list.size(); ++i)
         addresses.push_back(fromQt(list.at(i)));
@@ -139,7 +139,7 @@ Int LibraryDriver::setRcpAddress(std::vector<RecipeVar> &vars)
     for (const RecipeVar &var : vars)
         list.append(_RCP_VAR_PRO{var.stationNo, var.requestTag, toQt(var.regType), var.address, var.count,
                                  var.bufferOffset, var.rcpField7});
-    const Int result = m_driver.setRcpAddress(list);
+    const Int result = driver_.setRcpAddress(list);
     vars.clear();
     for (int i = 0; i < list.size(); ++i) {
         const _RCP_VAR_PRO &var = list.at(i);
@@ -164,7 +164,7 @@ Int LibraryDriver::getSendFrame(Frame &out)
     frame.regType = toQt(out.regType);
     frame.address = out.address;
     frame.count = out.count;
-    const Int result = m_driver.getSendFrame(&frame);
+    const Int result = driver_.getSendFrame(&frame);
     std::copy(frame.frame, frame.frame + BUFFER_SIZE, out.frame.begin());
     std::copy(frame.value, frame.value + BUFFER_SIZE, out.value.begin());
     out.sendLen = frame.sendLen;
@@ -184,7 +184,7 @@ Int LibraryDriver::dealRcvFrame(Bytes &reply, Text &info)
 {
     QByteArray bytes(reinterpret_cast<const char *>(reply.data()), static_cast<int>(reply.size()));
     QString    text = toQt(info);
-    const Int  result = m_driver.dealRcvFrame(bytes, text);
+    const Int  result = driver_.dealRcvFrame(bytes, text);
     reply.assign(bytes.constBegin(), bytes.constEnd());
     info = fromQt(text);
     return result;
@@ -192,19 +192,19 @@ Int LibraryDriver::dealRcvFrame(Bytes &reply, Text &info)
 
 Int LibraryDriver::getData(Int requestTag, const Text &regType, Int address, Int count, Byte *out)
 {
-    return m_driver.getData(requestTag, toQt(regType), address, count, out);
+    return driver_.getData(requestTag, toQt(regType), address, count, out);
 }
 
 Int LibraryDriver::setData(Int requestTag, const Text &regType, Int address, Int count, const Byte *data,
                            Int requestId)
 {
-    return m_driver.setData(requestTag, toQt(regType), address, count, data, requestId);
+    return driver_.setData(requestTag, toQt(regType), address, count, data, requestId);
 }
 
 Int LibraryDriver::addConditionRead(KeyAddress &item, Int requestId)
 {
     KEY_ADDRESS key = toQt(item);
-    const Int   result = m_driver.addConditionRead(key, requestId);
+    const Int   result = driver_.addConditionRead(key, requestId);
     item = fromQt(key);
     return result;
 }

@@ -42,7 +42,7 @@ public:
     LibraryDriver(const LibraryDriver &) = delete;
     LibraryDriver &operator=(const LibraryDriver &) = delete;
 
-    void setCallback(const Callback &callback) override { m_callback = callback; }
+    void setCallback(const Callback &callback) override { callback_ = callback; }
     Int  initProperty(const RuntimeMemory &memory, const Property &property, Int &status) override;
 
     Int checkAddrValidity(const Text &regType, const Text &text, Int &address, Int count, Int wordAccess) override;
@@ -64,10 +64,10 @@ public:
 private:
     static void onChange(qint32 stationNo, qint32 requestTag, QString regType, qint32 address);
 
-    static LibraryDriver *s_current;
-    DriverFunctions       m_driver;
-    LowAddresses          m_addresses;
-    Callback              m_callback;
+    static LibraryDriver *current_;
+    DriverFunctions       driver_;
+    LowAddresses          addresses_;
+    Callback              callback_;
 };
 
 } // namespace reference

@@ -86,33 +86,33 @@ class Difference {
 public:
     template <class Expected, class Seen> void value(const char *name, const Expected &expected, const Seen &seen)
     {
-        if (m_text.empty() && !same(expected, seen))
-            m_text = Text(name) + " differs: expected" + textOf(expected) + ", seen" + textOf(seen);
+        if (text_.empty() && !same(expected, seen))
+            text_ = Text(name) + " differs: expected" + textOf(expected) + ", seen" + textOf(seen);
     }
 
     void number(const char *name, std::int64_t expected, std::int64_t seen)
     {
-        if (m_text.empty() && expected != seen)
-            m_text = Text(name) + ": expected " + std::to_string(expected) + ", seen " + std::to_string(seen);
+        if (text_.empty() && expected != seen)
+            text_ = Text(name) + ": expected " + std::to_string(expected) + ", seen " + std::to_string(seen);
     }
 
     void place(const char *name, const void *expected, const void *seen)
     {
-        if (m_text.empty() && expected != seen)
-            m_text = Text(name) + " points elsewhere";
+        if (text_.empty() && expected != seen)
+            text_ = Text(name) + " points elsewhere";
     }
 
     template <class Expected, class Seen> void list(const char *name, const Expected &expected, const Seen &seen)
     {
         number((Text(name) + " size").c_str(), static_cast<std::int64_t>(expected.size()), seen.size());
-        for (std::size_t i = 0; m_text.empty() && i < expected.size(); ++i)
+        for (std::size_t i = 0; text_.empty() && i < expected.size(); ++i)
             value((Text(name) + "[" + std::to_string(i) + "]").c_str(), expected[i], seen.at(static_cast<int>(i)));
     }
 
-    const Text &text() const { return m_text; }
+    const Text &text() const { return text_; }
 
 private:
-    Text m_text;
+    Text text_;
 };
 
 void compareLists(const ReferenceDriver &expected, Difference &difference)
@@ -161,26 +161,26 @@ public:
     // The driver lives in zeroed static storage when it is constructed, so it is zeroed here too.
     reference::AnyDriver &fresh() override
     {
-        m_driver.reset();
+        driver_.reset();
         driver.~omron_fins_ethernet();
         void *storage = &driver;
         std::fill_n(static_cast<unsigned char *>(storage), sizeof driver, static_cast<unsigned char>(0));
         new (storage) omron_fins_ethernet;
-        m_driver = std::make_unique<reference::LibraryDriver>(
+        driver_ = std::make_unique<reference::LibraryDriver>(
             reference::DriverFunctions{&intf_setAddrValueChangeCallBack, &intf_initProperty, &intf_checkAddrValidity,
                                        &intf_checkAddr, &intf_getRegListByType, &intf_getRegDiscription,
                                        &intf_multiCopy, &intf_addrMerge, &intf_setRcpAddress, &intf_getSendFrame,
                                        &intf_dealRcvFrame, &intf_getData, &intf_setData, &intf_addConditionRead},
-            reference::LowAddresses{m_block.address(), m_recipe.address(), m_mutex.address()});
-        return *m_driver;
+            reference::LowAddresses{block_.address(), recipe_.address(), mutex_.address()});
+        return *driver_;
     }
 
     reference::RuntimeMemory memory() override
     {
-        return {m_block.data(), m_recipe.data(), [this] {
-                    const bool isFree = m_mutex->tryLock();
+        return {block_.data(), recipe_.data(), [this] {
+                    const bool isFree = mutex_->tryLock();
                     if (isFree)
-                        m_mutex->unlock();
+                        mutex_->unlock();
                     return !isFree;
                 }};
     }
@@ -190,19 +190,19 @@ public:
         Difference difference;
         compareNumbers(expected, difference);
         compareLists(expected, difference);
-        difference.place("runtimeBlock", expected.runtimeBlock == nullptr ? nullptr : m_block.data(),
+        difference.place("runtimeBlock", expected.runtimeBlock == nullptr ? nullptr : block_.data(),
                          driver.runtimeBlock);
-        difference.place("recipeBuffer", expected.recipeBuffer == nullptr ? nullptr : m_recipe.data(),
+        difference.place("recipeBuffer", expected.recipeBuffer == nullptr ? nullptr : recipe_.data(),
                          driver.recipeBuffer);
-        difference.place("runtimeMutex", expected.hasMutex ? &*m_mutex : nullptr, driver.runtimeMutex);
+        difference.place("runtimeMutex", expected.hasMutex ? &*mutex_ : nullptr, driver.runtimeMutex);
         return difference.text();
     }
 
 private:
-    LowMemory                                 m_block{reference::BLOCK_SIZE};
-    LowMemory                                 m_recipe{2 * reference::RECIPE_WORDS, 2};
-    LowObject<QMutex>                         m_mutex;
-    std::unique_ptr<reference::LibraryDriver> m_driver;
+    LowMemory                                 block_{reference::BLOCK_SIZE};
+    LowMemory                                 recipe_{2 * reference::RECIPE_WORDS, 2};
+    LowObject<QMutex>                         mutex_;
+    std::unique_ptr<reference::LibraryDriver> driver_;
 };
 
 } // namespace

@@ -22,22 +22,22 @@ class LoadedSubject : public reference::Subject {
 public:
     reference::AnyDriver &fresh() override
     {
-        m_driver.reset();
-        if (m_library != nullptr && !m_library->unload())
+        driver_.reset();
+        if (library_ != nullptr && !library_->unload())
             throw std::runtime_error("the library stays in the process");
-        m_library = std::make_unique<LoadedDriver>();
-        m_driver = std::make_unique<reference::LibraryDriver>(
-            functionsOf(*m_library),
-            reference::LowAddresses{m_block.address(), m_recipe.address(), m_mutex.address()});
-        return *m_driver;
+        library_ = std::make_unique<LoadedDriver>();
+        driver_ = std::make_unique<reference::LibraryDriver>(
+            functionsOf(*library_),
+            reference::LowAddresses{block_.address(), recipe_.address(), mutex_.address()});
+        return *driver_;
     }
 
     reference::RuntimeMemory memory() override
     {
-        return {m_block.data(), m_recipe.data(), [this] {
-                    const bool isFree = m_mutex->tryLock();
+        return {block_.data(), recipe_.data(), [this] {
+                    const bool isFree = mutex_->tryLock();
                     if (isFree)
-                        m_mutex->unlock();
+                        mutex_->unlock();
                     return !isFree;
                 }};
     }
@@ -45,11 +45,11 @@ public:
     reference::Text stateDifference(const reference::ReferenceDriver &) override { return reference::Text(); }
 
 private:
-    LowMemory                                 m_block{reference::BLOCK_SIZE};
-    LowMemory                                 m_recipe{2 * reference::RECIPE_WORDS, 2};
-    LowObject<QMutex>                         m_mutex;
-    std::unique_ptr<LoadedDriver>             m_library;
-    std::unique_ptr<reference::LibraryDriver> m_driver;
+    LowMemory                                 block_{reference::BLOCK_SIZE};
+    LowMemory                                 recipe_{2 * reference::RECIPE_WORDS, 2};
+    LowObject<QMutex>                         mutex_;
+    std::unique_ptr<LoadedDriver>             library_;
+    std::unique_ptr<reference::LibraryDriver> driver_;
 };
 
 } // namespace

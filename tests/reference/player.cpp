@@ -73,26 +73,26 @@ Bytes makeReply(const Frame &request, Reply kind, std::uint32_t noise)
 
 void Player::see(const char *what, std::initializer_list<Int> values)
 {
-    m_seen += what;
+    seen_ += what;
     for (const Int value : values)
-        m_seen += " " + std::to_string(value);
-    m_seen += "\n";
+        seen_ += " " + std::to_string(value);
+    seen_ += "\n";
 }
 
-void Player::seeText(const char *what, const Text &text) { m_seen += Text(what) + " \"" + text + "\"\n"; }
+void Player::seeText(const char *what, const Text &text) { seen_ += Text(what) + " \"" + text + "\"\n"; }
 
 void Player::seeBytes(const char *what, const Byte *bytes, std::size_t count)
 {
     static const char DIGITS[] = "0123456789ABCDEF";
     while (count > 0 && bytes[count - 1] == 0)
         --count; // zeros at the end go without saying
-    m_seen += what;
-    m_seen += ' ';
+    seen_ += what;
+    seen_ += ' ';
     for (std::size_t i = 0; i < count; ++i) {
-        m_seen += DIGITS[bytes[i] >> 4];
-        m_seen += DIGITS[bytes[i] & 15];
+        seen_ += DIGITS[bytes[i] >> 4];
+        seen_ += DIGITS[bytes[i] & 15];
     }
-    m_seen += '\n';
+    seen_ += '\n';
 }
 
 void Player::seeItem(const KeyAddress &item)
@@ -104,37 +104,37 @@ void Player::seeItem(const KeyAddress &item)
 
 void Player::seeMutex()
 {
-    if (m_memory.isLocked())
+    if (memory_.isLocked())
         see("the runtime's mutex is held", {});
 }
 
 // ---- The runtime ----------------------------------------------------------------------------------------------------
 
 Player::Player(AnyDriver &driver, const RuntimeMemory &memory, int nesting)
-    : m_driver(driver), m_memory(memory), m_nesting(nesting)
+    : driver_(driver), memory_(memory), nesting_(nesting)
 {
-    m_driver.setCallback([this](Int stationNo, Int requestTag, const Text &regType, Int address) {
+    driver_.setCallback([this](Int stationNo, Int requestTag, const Text &regType, Int address) {
         onChange(stationNo, requestTag, regType, address);
     });
 }
 
 void Player::onChange(Int stationNo, Int requestTag, const Text &regType, Int address)
 {
-    ++m_calls;
+    ++calls_;
     see("change", {stationNo, requestTag, address});
     seeText("of", regType);
     seeMutex();
-    if (m_nesting == 1)
+    if (nesting_ == 1)
         read("nested", requestTag, regType, address, 2);
-    else if (m_nesting == 2)
-        read("nested", m_calls % 3, m_calls % 2 == 0 ? "DM" : "CIO_bit", m_calls * 7 % 90, 3);
+    else if (nesting_ == 2)
+        read("nested", calls_ % 3, calls_ % 2 == 0 ? "DM" : "CIO_bit", calls_ * 7 % 90, 3);
 }
 
 void Player::read(const char *what, Int tag, const Text &type, Int address, Int count)
 {
     const std::size_t room = count > 0 ? 2 * static_cast<std::size_t>(count) : 0;
     Bytes out(room + 2, 0xEE);
-    const Int result = m_driver.getData(tag, type, address, count, out.data());
+    const Int result = driver_.getData(tag, type, address, count, out.data());
     see(what, {result});
     seeBytes("values", out.data(), out.size());
 }
@@ -142,14 +142,14 @@ void Player::read(const char *what, Int tag, const Text &type, Int address, Int 
 void Player::initialise(const Operation &operation)
 {
     Int status = -7;
-    const Int result = m_driver.initProperty(m_memory, operation.property, status);
+    const Int result = driver_.initProperty(memory_, operation.property, status);
     see("initialised", {result, status});
 }
 
 void Player::watch(const Operation &operation)
 {
     std::vector<KeyAddress> items = operation.items;
-    const Int result = m_driver.addrMerge(items);
+    const Int result = driver_.addrMerge(items);
     see("blocks", {result, static_cast<Int>(items.size())});
     for (const KeyAddress &item : items)
         seeItem(item);
@@ -158,7 +158,7 @@ void Player::watch(const Operation &operation)
 void Player::planRecipe(const Operation &operation)
 {
     std::vector<RecipeVar> vars = operation.vars;
-    const Int result = m_driver.setRcpAddress(vars);
+    const Int result = driver_.setRcpAddress(vars);
     see("recipe variables", {result, static_cast<Int>(vars.size())});
     for (const RecipeVar &var : vars) {
         see("variable", {var.stationNo, var.requestTag, var.address, var.count, var.bufferOffset, var.rcpField7});
@@ -169,7 +169,7 @@ void Player::planRecipe(const Operation &operation)
 void Player::readOnCondition(const Operation &operation)
 {
     KeyAddress item = operation.items.at(0);
-    const Int result = m_driver.addConditionRead(item, operation.id);
+    const Int result = driver_.addConditionRead(item, operation.id);
     see("condition read", {result});
     seeItem(item);
 }
@@ -177,7 +177,7 @@ void Player::readOnCondition(const Operation &operation)
 void Player::write(const Operation &o)
 {
     const Bytes before = o.data;
-    const Int result = m_driver.setData(o.tag, o.type, o.address, o.count, o.data.data(), o.id);
+    const Int result = driver_.setData(o.tag, o.type, o.address, o.count, o.data.data(), o.id);
     see("written", {result, o.data == before});
 }
 
@@ -188,7 +188,7 @@ void Player::send()
     frame.value.fill(0xEE);
     frame.sendLen = -77;
     frame.regType = "untouched";
-    const Int result = m_driver.getSendFrame(frame);
+    const Int result = driver_.getSendFrame(frame);
     see("send", {result, frame.sendLen, frame.rcvLen, frame.dataPos, frame.dataLen, frame.reservedField});
     see("for", {frame.requestId, frame.requestTag, frame.address, frame.count});
     seeText("of", frame.regType);
@@ -196,15 +196,15 @@ void Player::send()
     seeBytes("value", frame.value.data(), frame.value.size());
     seeMutex();
     if (result == 1)
-        m_inFlight = frame;
+        inFlight_ = frame;
 }
 
 void Player::reply(const Operation &operation)
 {
-    Bytes bytes = makeReply(m_inFlight, operation.reply, operation.noise);
+    Bytes bytes = makeReply(inFlight_, operation.reply, operation.noise);
     const Bytes before = bytes;
     Text info = "untouched";
-    const Int result = m_driver.dealRcvFrame(bytes, info);
+    const Int result = driver_.dealRcvFrame(bytes, info);
     see("received", {result, bytes == before});
     seeText("info", info);
     seeMutex();
@@ -213,10 +213,10 @@ void Player::reply(const Operation &operation)
 void Player::checkAddress(const Operation &o)
 {
     Int address = -77;
-    see("validity", {m_driver.checkAddrValidity(o.type, o.text, address, o.count, o.address + 1)});
+    see("validity", {driver_.checkAddrValidity(o.type, o.text, address, o.count, o.address + 1)});
     see("address", {address});
     address = -77;
-    see("check", {m_driver.checkAddr(o.type, o.text, address, o.address, o.count, o.id)});
+    see("check", {driver_.checkAddr(o.type, o.text, address, o.address, o.count, o.id)});
     see("address", {address});
 }
 
@@ -224,7 +224,7 @@ void Player::copies(const Operation &o)
 {
     std::vector<Text> texts = {"before"};
     std::vector<Int>  addresses = {-77};
-    see("copies", {m_driver.multiCopy(o.type, o.address, o.count, o.id, texts, addresses)});
+    see("copies", {driver_.multiCopy(o.type, o.address, o.count, o.id, texts, addresses)});
     for (const Text &text : texts)
         seeText("text", text);
     for (const Int address : addresses)
@@ -234,15 +234,15 @@ void Player::copies(const Operation &o)
 void Player::lists(const Operation &o)
 {
     std::vector<Text> texts = {"before"};
-    see("names", {m_driver.getRegListByType(o.count, texts)});
-    see("fields", {m_driver.getRegDiscription(o.type, texts)});
+    see("names", {driver_.getRegListByType(o.count, texts)});
+    see("fields", {driver_.getRegDiscription(o.type, texts)});
     for (const Text &text : texts)
         seeText("text", text);
 }
 
 Text Player::play(const Operation &o)
 {
-    m_seen.clear();
+    seen_.clear();
     switch (o.kind) {
     case Kind::INITIALISE:     initialise(o); break;
     case Kind::WATCH:          watch(o); break;
@@ -256,16 +256,16 @@ Text Player::play(const Operation &o)
     case Kind::COPIES:         copies(o); break;
     case Kind::LISTS:          lists(o); break;
     case Kind::FLAGS:
-        m_memory.block[WRITE_FLAG] = static_cast<Byte>(o.count / 10);
-        m_memory.block[READ_FLAG] = static_cast<Byte>(o.count % 10);
+        memory_.block[WRITE_FLAG] = static_cast<Byte>(o.count / 10);
+        memory_.block[READ_FLAG] = static_cast<Byte>(o.count % 10);
         break;
     case Kind::RECIPE_WORDS:
         for (std::uint32_t i = 0; i < 2 * RECIPE_WORDS; ++i)
-            m_memory.recipe[i] = static_cast<Byte>((i + o.noise) * 2654435761u >> 24);
+            memory_.recipe[i] = static_cast<Byte>((i + o.noise) * 2654435761u >> 24);
         break;
     }
-    seeBytes("flags", m_memory.block + WRITE_FLAG - 2, 4);
-    return m_seen;
+    seeBytes("flags", memory_.block + WRITE_FLAG - 2, 4);
+    return seen_;
 }
 
 } // namespace reference

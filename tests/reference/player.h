@@ -39,12 +39,12 @@ private:
     void seeItem(const KeyAddress &item);
     void seeMutex();
 
-    AnyDriver    &m_driver;
-    RuntimeMemory m_memory;
-    int           m_nesting;
-    Int           m_calls = 0; // of the callback
-    Frame         m_inFlight;
-    Text          m_seen;
+    AnyDriver    &driver_;
+    RuntimeMemory memory_;
+    int           nesting_;
+    Int           calls_ = 0; // of the callback
+    Frame         inFlight_;
+    Text          seen_;
 };
 
 /// The reply of the given kind to a request.

@@ -13,12 +13,12 @@ namespace {
 // neighbours, overlaps, words and the bits in them.
 class Generator {
 public:
-    explicit Generator(std::uint32_t seed) : m_random(seed) {}
+    explicit Generator(std::uint32_t seed) : random_(seed) {}
 
     Sequence make();
 
 private:
-    std::uint32_t noise() { return static_cast<std::uint32_t>(m_random()); }
+    std::uint32_t noise() { return static_cast<std::uint32_t>(random_()); }
     std::uint32_t below(std::uint32_t limit) { return noise() % limit; }
     bool          chance(unsigned percent) { return below(100) < percent; }
     Int           between(Int low, Int high) { return low + Int(below(static_cast<unsigned>(high - low + 1))); }
@@ -28,8 +28,8 @@ private:
     }
 
     void chooseSurroundings();
-    Text type() { return one(m_types); }
-    Int  tag() { return one(m_tags); }
+    Text type() { return one(types_); }
+    Int  tag() { return one(tags_); }
     Int  addressOf(const Text &type);
     Int  count();
     Text propertyText();
@@ -50,14 +50,14 @@ private:
     void enterAddress();
     void step();
 
-    std::mt19937           m_random;
-    std::vector<Operation> m_operations;
-    std::vector<Text>      m_types;
-    std::vector<Int>       m_tags;
-    Int                    m_base = 0;
-    Int                    m_limit = 64;   // words per frame
-    Int                    m_station = 1;
-    bool                   m_isOdd = false; // negative and wrapping addresses occur
+    std::mt19937           random_;
+    std::vector<Operation> operations_;
+    std::vector<Text>      types_;
+    std::vector<Int>       tags_;
+    Int                    base_ = 0;
+    Int                    limit_ = 64;   // words per frame
+    Int                    station_ = 1;
+    bool                   isOdd_ = false; // negative and wrapping addresses occur
 };
 
 const std::vector<Text> ODD_TYPES = {"EM", "X_bit", "A_B_bit", "_bit", "_bits", "dm_Bit", "DM_BIT", "", "bit", "EM%1",
@@ -66,30 +66,30 @@ const std::vector<Text> ODD_TYPES = {"EM", "X_bit", "A_B_bit", "_bit", "_bits", 
 void Generator::chooseSurroundings()
 {
     for (Int i = between(1, 5); i > 0; --i) {
-        m_types.push_back(chance(92) ? Text(REGISTER_TYPES[below(TYPE_COUNT)].name) : one(ODD_TYPES));
+        types_.push_back(chance(92) ? Text(REGISTER_TYPES[below(TYPE_COUNT)].name) : one(ODD_TYPES));
         // Often a bit type together with the words that hold its bits.
-        if (isBitName(m_types.back()) && chance(60))
-            m_types.push_back(wordName(m_types.back()));
+        if (isBitName(types_.back()) && chance(60))
+            types_.push_back(wordName(types_.back()));
     }
-    m_tags = chance(60) ? std::vector<Int>{1} : std::vector<Int>{0, 1, -1, 70000};
-    m_isOdd = chance(15);
-    m_base = m_isOdd ? one<Int>({-6, -1, -300, INT32_MAX - 8, INT32_MIN, 134217726, -134217728, 65533, 4194300})
-                     : one<Int>({0, 0, 100, 250, 32760, 65530});
+    tags_ = chance(60) ? std::vector<Int>{1} : std::vector<Int>{0, 1, -1, 70000};
+    isOdd_ = chance(15);
+    base_ = isOdd_ ? one<Int>({-6, -1, -300, INT32_MAX - 8, INT32_MIN, 134217726, -134217728, 65533, 4194300})
+                   : one<Int>({0, 0, 100, 250, 32760, 65530});
 }
 
 Int Generator::addressOf(const Text &type)
 {
     if (!isBitName(type))
-        return plus(m_base, between(0, chance(80) ? 12 : 90));
-    return plus(times(m_base, chance(90) ? 16 : 1), between(0, chance(80) ? 70 : 300));
+        return plus(base_, between(0, chance(80) ? 12 : 90));
+    return plus(times(base_, chance(90) ? 16 : 1), between(0, chance(80) ? 70 : 300));
 }
 
 Int Generator::count()
 {
     if (chance(62))
         return between(1, 6);
-    if (chance(40) && m_limit > 0 && m_limit < 500)
-        return one<Int>({m_limit - 1, m_limit, m_limit + 1, 2 * m_limit, 2 * m_limit + 1, m_limit / 2});
+    if (chance(40) && limit_ > 0 && limit_ < 500)
+        return one<Int>({limit_ - 1, limit_, limit_ + 1, 2 * limit_, 2 * limit_ + 1, limit_ / 2});
     if (chance(30))
         return one<Int>({0, 0, -1, -2, -3, -14, -15, -16, -17, -100});
     if (chance(85))
@@ -101,24 +101,24 @@ Int Generator::count()
 Text Generator::propertyText()
 {
     if (chance(6)) {
-        m_limit = 64; // or another one: counts that only a limit of 0 does not cut are out of the question
+        limit_ = 64; // or another one: counts that only a limit of 0 does not cut are out of the question
         return one<Text>({"", "1#0#0#3", "a#b#c#d#e", "#", "1#0#0#3#", "####", "1#0#0#3#64#9", " 1#0 #0# 3 #+64",
                           "1#0#0#-3#-64", "2147483648#0#0#3#8", "1#0#x#2#2147483647", "1#0#0#3#\xB2", "0x1#0#0#3#8",
                           "1#0#0#3#8.0", "01#00#1#03#0008", "-#+#--1#+-2#3", "1#0#0#3#300000000"});
     }
-    m_station = chance(85) ? 1 : one<Int>({0, -1, 7});
-    m_limit = chance(45) ? one<Int>({8, 16, 64, 114}) : one<Int>({0, -1, -8, 1, 2, 3, 5, 20, 200, 495, 496, 600, 1000});
+    station_ = chance(85) ? 1 : one<Int>({0, -1, 7});
+    limit_ = chance(45) ? one<Int>({8, 16, 64, 114}) : one<Int>({0, -1, -8, 1, 2, 3, 5, 20, 200, 495, 496, 600, 1000});
     const Int direct = chance(94) ? 0 : one<Int>({1, -1, 2});
     const Int retries = chance(70) ? 3 : one<Int>({0, 1, 2, -1, 5, 100});
-    return std::to_string(m_station) + "#" + std::to_string(direct) + "#" + std::to_string(below(3)) + "#"
-         + std::to_string(retries) + "#" + std::to_string(m_limit);
+    return std::to_string(station_) + "#" + std::to_string(direct) + "#" + std::to_string(below(3)) + "#"
+         + std::to_string(retries) + "#" + std::to_string(limit_);
 }
 
 Operation &Generator::add(Kind kind)
 {
-    m_operations.push_back(Operation());
-    m_operations.back().kind = kind;
-    return m_operations.back();
+    operations_.push_back(Operation());
+    operations_.back().kind = kind;
+    return operations_.back();
 }
 
 void Generator::initialise()
@@ -159,7 +159,7 @@ void Generator::planRecipe()
     const Text sameType = type();
     for (Int i = between(0, 7); i > 0; --i) {
         RecipeVar var;
-        var.stationNo = chance(90) ? m_station : m_station + 1;
+        var.stationNo = chance(90) ? station_ : station_ + 1;
         var.requestTag = tag();
         var.regType = chance(75) ? sameType : type();
         var.count = count();
@@ -181,14 +181,14 @@ void Generator::readOnCondition()
     item.regType = type();
     item.requestTag = tag();
     item.address = addressOf(item.regType);
-    item.count = chance(98) || m_limit > 0 ? count() : one<Int>({INT32_MAX, INT32_MIN, 1 << 30, -(1 << 30), 65536});
+    item.count = chance(98) || limit_ > 0 ? count() : one<Int>({INT32_MAX, INT32_MIN, 1 << 30, -(1 << 30), 65536});
     item.dataKind = one<Int>({-1, 0, 1, -2});
     item.name = "read";
     item.data[5] = 5;
     operation.items.push_back(item);
     operation.id = between(0, 9);
     if (chance(30))
-        m_operations.push_back(Operation(m_operations.back()));
+        operations_.push_back(Operation(operations_.back()));
 }
 
 void Generator::write()
@@ -207,7 +207,7 @@ void Generator::write()
         Operation again = operation;
         for (Byte &byte : again.data)
             byte = static_cast<Byte>(byte ^ 1);
-        m_operations.push_back(again);
+        operations_.push_back(again);
     }
 }
 
@@ -295,7 +295,7 @@ void Generator::enterAddress()
     check.address = one<Int>({-1, -1, 0, 1});
     check.id = between(0, 3);
     Operation &copies = add(Kind::COPIES);
-    copies.type = m_operations[m_operations.size() - 2].type;
+    copies.type = operations_[operations_.size() - 2].type;
     copies.address = one<Int>({0, 14, 32766, 8190, 98302, 524286, -3, -20, INT32_MAX - 1, 4095, 511});
     copies.count = between(-1, 4);
     copies.id = one<Int>({1, -1, -2, 0, -5, 3, 16, 1 << 30});
@@ -349,7 +349,7 @@ Sequence Generator::make()
     }
     Sequence sequence;
     sequence.nesting = chance(50) ? 0 : between(1, 2);
-    sequence.operations = m_operations;
+    sequence.operations = operations_;
     return sequence;
 }
 

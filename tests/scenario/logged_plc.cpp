@@ -31,19 +31,19 @@ std::string commandText(const Bytes &request)
 
 Bytes LoggedPlc::answer(const Bytes &request)
 {
-    const Bytes reply = m_plc.answer(request);
+    const Bytes reply = plc_.answer(request);
     if (request.at(11) == 0) {
-        m_log.push_back("handshake");
+        log_.push_back("handshake");
         return reply;
     }
-    m_log.push_back(commandText(request));
-    m_serviceIds.push_back(request.at(25));
+    log_.push_back(commandText(request));
+    serviceIds_.push_back(request.at(25));
     return reply;
 }
 
 std::vector<std::string> LoggedPlc::takeLog()
 {
     std::vector<std::string> log;
-    log.swap(m_log);
+    log.swap(log_);
     return log;
 }

@@ -10,17 +10,17 @@ protected:
     void start(const std::vector<Watched> &addresses, const std::string &property = "1#0#0#3#64")
     {
         initialise(property);
-        m_blocks = watch(addresses);
+        blocks = watch(addresses);
         ASSERT_NO_FATAL_FAILURE(play(HANDSHAKE));
     }
 
-    int m_blocks = 0;
+    int blocks = 0;
 };
 
 TEST_F(PollScenario, CycleWithChanges)
 {
     start({{7, "DM", 100, 2}, {8, "CIO_bit", 37, 1}});
-    EXPECT_EQ(2, m_blocks);
+    EXPECT_EQ(2, blocks);
     play(R"(
         > FINS 0000001A 00000002 00000000  800002 003200 000A00 01  0101 82 0064 00 0002
         < FINS 0000001A 00000002 00000000  C00002 000A00 003200 01  0101 0000  1234 0001
@@ -91,7 +91,7 @@ TEST_F(PollScenario, FirstPollOfZeroIsNotReported)
 TEST_F(PollScenario, BlocksTakeTurns)
 {
     start({{1, "DM", 500, 1}, {1, "HR", 3, 1}, {1, "WR", 4, 1}});
-    EXPECT_EQ(3, m_blocks);
+    EXPECT_EQ(3, blocks);
     exchange(5);
     EXPECT_EQ((Lines{"read B2 0003 1", "read 82 01F4 1", "read B1 0004 1", "read B2 0003 1", "read 82 01F4 1"}),
               plc.takeLog());
@@ -139,7 +139,7 @@ TEST_F(PollScenario, ServiceIdsRunTo254AndThenFrom0)
 TEST_F(PollScenario, CountersFollowTheTimersInTheSameArea)
 {
     start({{7, "C", 5, 1}, {7, "T", 5, 1}, {7, "C", 4095, 1}});
-    EXPECT_EQ(3, m_blocks);
+    EXPECT_EQ(3, blocks);
     play(R"(
         > FINS 0000001A 00000002 00000000  800002 003200 000A00 01  0101 89 8005 00 0001
         < FINS 00000018 00000002 00000000  C00002 000A00 003200 01  0101 0000  0123
@@ -173,7 +173,7 @@ TEST_F(PollScenario, BitItemsAreReadAsWordsOfTheirArea)
 TEST_F(PollScenario, WordsOfAGapAreReadAlong)
 {
     start({{7, "DM", 100, 10}, {7, "DM", 120, 5}});
-    EXPECT_EQ(1, m_blocks);
+    EXPECT_EQ(1, blocks);
     exchange(1);
     EXPECT_EQ(Lines{"read 82 0064 25"}, plc.takeLog());
 }
@@ -188,7 +188,7 @@ TEST_F(PollScenario, BlockShrinksToTheEndOfAnInnerItem)
 TEST_F(PollScenario, LongestBlockHasTheConfiguredNumberOfWords)
 {
     start({{7, "DM", 0, 60}, {7, "DM", 60, 4}, {7, "HR", 0, 60}, {7, "HR", 60, 5}});
-    EXPECT_EQ(3, m_blocks);
+    EXPECT_EQ(3, blocks);
     exchange(3);
     EXPECT_EQ((Lines{"read B2 003C 5", "read 82 0000 64", "read B2 0000 60"}), plc.takeLog());
 }
@@ -196,7 +196,7 @@ TEST_F(PollScenario, LongestBlockHasTheConfiguredNumberOfWords)
 TEST_F(PollScenario, OverlappingBlocksShareTheImage)
 {
     start({{7, "DM", 0, 60}, {7, "DM", 50, 20}});
-    EXPECT_EQ(2, m_blocks);
+    EXPECT_EQ(2, blocks);
     plc.word(0x82, 49) = 0x0049;
     plc.word(0x82, 55) = 0x0055;
     plc.word(0x82, 69) = 0x0069;
@@ -229,7 +229,7 @@ TEST_F(PollScenario, OverlappingBlocksOfTwoTagsKeepTwoImages)
 TEST_F(PollScenario, ItemsOfTwoTagsInOneBlockArriveUnderTheFirstTag)
 {
     start({{1, "DM", 100, 1}, {2, "DM", 101, 1}});
-    EXPECT_EQ(1, m_blocks);
+    EXPECT_EQ(1, blocks);
     plc.word(0x82, 100) = 5;
     plc.word(0x82, 101) = 6;
     exchange(1);
@@ -326,7 +326,7 @@ TEST_F(PollScenario, ChangesInsideTheCallbackCopyDoNotReachTheDriver)
 TEST_F(PollScenario, ImageFollowsAPlcThatNeverRests)
 {
     start({{7, "DM", 0, 50}, {7, "DM", 200, 50}, {7, "CIO", 0, 10}});
-    ASSERT_EQ(3, m_blocks);
+    ASSERT_EQ(3, blocks);
     std::uint32_t random = 12345;
     for (int cycle = 0; cycle < 60; ++cycle) {
         std::set<std::string> expected;

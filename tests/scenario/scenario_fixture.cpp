@@ -7,7 +7,7 @@ const char HANDSHAKE[] = R"(
     < FINS 00000010 00000001 00000000 0000000A 00000032
 )";
 
-ScenarioTest *ScenarioTest::s_current = nullptr;
+ScenarioTest *ScenarioTest::current_ = nullptr;
 
 namespace {
 
@@ -27,13 +27,13 @@ KEY_ADDRESS keyAddress(const Watched &item, int dataKind)
 
 ScenarioTest::ScenarioTest()
 {
-    s_current = this;
+    current_ = this;
     reload();
 }
 
 ScenarioTest::~ScenarioTest()
 {
-    s_current = nullptr;
+    current_ = nullptr;
     EXPECT_TRUE(driver == nullptr || driver->unload()) << "the library stays in the process";
 }
 
@@ -198,7 +198,7 @@ int ScenarioTest::exchangeAll()
 ScenarioTest::Lines ScenarioTest::takeChanges()
 {
     Lines changes;
-    changes.swap(m_changes);
+    changes.swap(changes_);
     return changes;
 }
 
@@ -215,11 +215,11 @@ void ScenarioTest::setRecipeWord(int index, int value)
 
 void ScenarioTest::onChange(qint32 stationNo, qint32 requestTag, QString regType, qint32 address)
 {
-    ASSERT_NE(nullptr, s_current) << "a change was reported outside a test";
-    if (!s_current->mutexIsTaken)
-        s_current->expectMutexFree();
-    s_current->m_changes.push_back(std::to_string(stationNo) + ' ' + std::to_string(requestTag) + ' '
-                                   + regType.toStdString() + ' ' + std::to_string(address));
-    if (s_current->duringChange)
-        s_current->duringChange();
+    ASSERT_NE(nullptr, current_) << "a change was reported outside a test";
+    if (!current_->mutexIsTaken)
+        current_->expectMutexFree();
+    current_->changes_.push_back(std::to_string(stationNo) + ' ' + std::to_string(requestTag) + ' '
+                                 + regType.toStdString() + ' ' + std::to_string(address));
+    if (current_->duringChange)
+        current_->duringChange();
 }

@@ -109,8 +109,8 @@ private:
     void        playStep(const TranscriptStep &step);
     void        expectMutexFree();
 
-    static ScenarioTest *s_current;
-    Lines                m_changes;
+    static ScenarioTest *current_;
+    Lines                changes_;
 };
 
 #endif

@@ -44,27 +44,27 @@ KEY_ADDRESS watched(const QString &type, int address, int count)
 
 } // namespace
 
-PanelRuntime *PanelRuntime::s_current = nullptr;
+PanelRuntime *PanelRuntime::current_ = nullptr;
 
-PanelRuntime::PanelRuntime(Link &link, std::uint32_t seed) : m_link(link), m_random(seed)
+PanelRuntime::PanelRuntime(Link &link, std::uint32_t seed) : link_(link), random_(seed)
 {
-    s_current = this;
+    current_ = this;
     for (const Range &range : RANGES)
-        m_written.emplace_back(static_cast<std::size_t>(range.isWritten ? range.count : 0));
+        written_.emplace_back(static_cast<std::size_t>(range.isWritten ? range.count : 0));
     intf_setAddrValueChangeCallBack(&PanelRuntime::onChange);
-    m_link.connect();
+    link_.connect();
     configure(below(3));
     planRecipe(7);
     watchAll();
 }
 
-PanelRuntime::~PanelRuntime() { s_current = nullptr; }
+PanelRuntime::~PanelRuntime() { current_ = nullptr; }
 
 void PanelRuntime::onChange(qint32, qint32, QString regType, qint32 address)
 {
-    ++s_current->m_counters.changes;
-    if (address == s_current->m_headAddress && regType == s_current->m_headType)
-        ++s_current->m_bitReports;
+    ++current_->counters_.changes;
+    if (address == current_->headAddress_ && regType == current_->headType_)
+        ++current_->bitReports_;
 }
 
 // ---- The memory that was written ------------------------------------------------------------------------------------
@@ -76,7 +76,7 @@ void PanelRuntime::markWord(const VARIABLE &piece, int word, int value, int bits
         const bool isHere = piece.regType == qt(range.type) || piece.regType == qt(range.type) + qt("_bit");
         if (!isHere || word < range.first || word >= range.first + range.count)
             continue;
-        Written &written = m_written[i][static_cast<std::size_t>(word - range.first)];
+        Written &written = written_[i][static_cast<std::size_t>(word - range.first)];
         written.value = (written.value & ~bits) | (value & bits);
         written.sure = isSure ? written.sure | bits : written.sure & ~bits;
     }
@@ -100,10 +100,10 @@ void PanelRuntime::configure(std::uint32_t property)
     static const char *const PROPERTIES[] = {"1#0#0#3#8", "1#0#0#3#20", "1#0#0#3#64"};
     for (int i = 0; i < driver.writeList.size(); ++i)
         mark(driver.writeList.at(i), false);
-    m_counters.writes.cleared += driver.writeList.size();
-    ++m_counters.configurations;
+    counters_.writes.cleared += driver.writeList.size();
+    ++counters_.configurations;
     qint32 status = 0;
-    intf_initProperty(m_block.address(), 0, m_recipe.address(), &status, PROPERTIES[property], m_mutex.address());
+    intf_initProperty(block_.address(), 0, recipe_.address(), &status, PROPERTIES[property], mutex_.address());
 }
 
 void PanelRuntime::watchAll()
@@ -125,14 +125,14 @@ void PanelRuntime::watchSome()
         items.append(asBits ? watched(qt(range.type) + qt("_bit"), (range.first + first) * 16 + 3, count * 16 - 3)
                             : watched(qt(range.type), range.first + first, count));
     }
-    ++m_counters.plans;
+    ++counters_.plans;
     intf_addrMerge(items);
 }
 
 // The recipe's words in touching variables of up to `longest` words.
 void PanelRuntime::planRecipe(std::uint32_t longest)
 {
-    if (m_block.data()[FLAG_WRITE] != 0 || m_block.data()[FLAG_READ] != 0)
+    if (block_.data()[FLAG_WRITE] != 0 || block_.data()[FLAG_READ] != 0)
         return;
     QVector<_RCP_VAR_PRO> vars;
     for (int at = 0; at < RECIPE.count;) {
@@ -162,7 +162,7 @@ void PanelRuntime::write()
     const auto before = driver.writeList.size();
     intf_setData(TAG, qt(range.type) + qt(asBits ? "_bit" : ""), (asBits ? 16 : 1) * range.first + first, count, data,
                  7);
-    m_counters.writes.queued += driver.writeList.size() - before;
+    counters_.writes.queued += driver.writeList.size() - before;
 }
 
 void PanelRuntime::readOnCondition()
@@ -173,7 +173,7 @@ void PanelRuntime::readOnCondition()
     const int count = 1 + static_cast<int>(below(static_cast<std::uint32_t>(range.count)));
     KEY_ADDRESS item = watched(qt(range.type), range.first, count);
     intf_addConditionRead(item, 9);
-    ++m_counters.conditionReads;
+    ++counters_.conditionReads;
 }
 
 void PanelRuntime::readValues()
@@ -185,10 +185,10 @@ void PanelRuntime::readValues()
 
 void PanelRuntime::requestRecipe()
 {
-    m_mutex->lock();
-    m_block.data()[below(2) == 0 ? FLAG_WRITE : FLAG_READ] = 1;
-    m_mutex->unlock();
-    ++m_counters.recipes;
+    mutex_->lock();
+    block_.data()[below(2) == 0 ? FLAG_WRITE : FLAG_READ] = 1;
+    mutex_->unlock();
+    ++counters_.recipes;
 }
 
 void PanelRuntime::act()
@@ -201,8 +201,8 @@ void PanelRuntime::act()
     else if (choice < 14000)
         readValues();
     else if (choice < 16000)
-        m_link.change(RANGES[PLANT_RANGES + below(3)].type, static_cast<int>(below(10)),
-                      static_cast<int>(below(65536)));
+        link_.change(RANGES[PLANT_RANGES + below(3)].type, static_cast<int>(below(10)),
+                     static_cast<int>(below(65536)));
     else if (choice < 16200)
         watchSome();
     else if (choice < 16400)
@@ -219,36 +219,36 @@ void PanelRuntime::act()
 
 bool PanelRuntime::exchange()
 {
-    if (intf_getSendFrame(&m_frame) == 0)
+    if (intf_getSendFrame(&frame_) == 0)
         return false;
-    ++m_counters.requests;
+    ++counters_.requests;
     const bool hasWrite = driver.jobType == JOB_WRITE && !driver.writeList.isEmpty();
     const VARIABLE head = hasWrite ? driver.writeList.at(0) : VARIABLE();
     const auto writes = driver.writeList.size();
     if (hasWrite)
         checkWriteFrame(head);
-    m_headType = isBit(head.regType) ? head.regType : QString();
-    m_headAddress = head.address;
-    m_bitReports = 0;
+    headType_ = isBit(head.regType) ? head.regType : QString();
+    headAddress_ = head.address;
+    bitReports_ = 0;
     Bytes bytes;
-    if (m_link.isUp())
-        bytes = m_link.exchange(Bytes(m_frame.frame, m_frame.frame + m_frame.sendLen));
+    if (link_.isUp())
+        bytes = link_.exchange(Bytes(frame_.frame, frame_.frame + frame_.sendLen));
     QByteArray reply(reinterpret_cast<const char *>(bytes.data()), static_cast<int>(bytes.size()));
     QString info;
     const qint32 result = intf_dealRcvFrame(reply, info);
     if (info.isEmpty())
         throw Failure("a reply to a request has no info text");
-    m_headType = QString();
+    headType_ = QString();
     if (result == 8 || result == 2)
-        ++m_counters.rejected;
+        ++counters_.rejected;
     if (driver.writeList.size() != writes) {
         if (!hasWrite || driver.writeList.size() != writes - 1)
             throw Failure("a write left the queue unasked");
         endWrite(head, result, reply);
     }
     if (result == 2) { // the link is given up
-        m_link.connect();
-        ++m_counters.reconnects;
+        link_.connect();
+        ++counters_.reconnects;
     }
     return true;
 }
@@ -256,26 +256,26 @@ bool PanelRuntime::exchange()
 // A write's own frame carries the head of the queue.
 void PanelRuntime::checkWriteFrame(const VARIABLE &head) const
 {
-    if (m_frame.regType.isEmpty())
+    if (frame_.regType.isEmpty())
         return; // a handshake or a mode change goes first
-    if (m_frame.regType != head.regType || m_frame.address != head.address || m_frame.count != head.count
-        || std::memcmp(m_frame.value, head.value, sizeof head.value) != 0)
+    if (frame_.regType != head.regType || frame_.address != head.address || frame_.count != head.count
+        || std::memcmp(frame_.value, head.value, sizeof head.value) != 0)
         throw Failure("the write in flight is not the oldest one");
 }
 
 void PanelRuntime::endWrite(const VARIABLE &head, int result, const QByteArray &reply)
 {
-    const bool isHandshake = m_frame.frame[11] == 0;
-    const bool isOwnFrame = m_frame.frame[26] == 0x01 && m_frame.frame[27] == 0x02 && !m_frame.regType.isEmpty();
+    const bool isHandshake = frame_.frame[11] == 0;
+    const bool isOwnFrame = frame_.frame[26] == 0x01 && frame_.frame[27] == 0x02 && !frame_.regType.isEmpty();
     mark(head, false);
     if (result == 2) {
-        ++m_counters.writes.failed;
+        ++counters_.writes.failed;
         checkFailureReport(head);
     } else if (result == 1 && isHandshake) {
-        ++m_counters.writes.byHandshake;
+        ++counters_.writes.byHandshake;
     } else if (result == 1 && isOwnFrame && reply.size() == 30) {
         const bool isDone = reply.at(28) == 0 && reply.at(29) == 0;
-        ++(isDone ? m_counters.writes.done : m_counters.writes.refused);
+        ++(isDone ? counters_.writes.done : counters_.writes.refused);
         mark(head, isDone);
     } else {
         throw Failure("a write left the queue without having been sent, refused or reported");
@@ -286,7 +286,7 @@ void PanelRuntime::endWrite(const VARIABLE &head, int result, const QByteArray &
 void PanelRuntime::checkFailureReport(const VARIABLE &head) const
 {
     if (isBit(head.regType)) {
-        if (m_bitReports < head.count)
+        if (bitReports_ < head.count)
             throw Failure("a failed bit write was not reported once for each bit");
         return;
     }
@@ -301,10 +301,10 @@ void PanelRuntime::checkFailureReport(const VARIABLE &head) const
 
 void PanelRuntime::run(long long requests)
 {
-    m_link.setFaults(true);
-    while (m_counters.requests < requests) {
+    link_.setFaults(true);
+    while (counters_.requests < requests) {
         act();
-        if (!exchange() && !m_link.isUp())
+        if (!exchange() && !link_.isUp())
             readOnCondition(); // a lost link is told to the driver by a request without a reply
     }
 }
@@ -313,8 +313,8 @@ void PanelRuntime::run(long long requests)
 
 bool PanelRuntime::isBusy()
 {
-    return !driver.writeList.isEmpty() || !driver.conditionReadList.isEmpty() || m_block.data()[FLAG_WRITE] != 0
-        || m_block.data()[FLAG_READ] != 0 || !m_link.isUp() || !driver.connected;
+    return !driver.writeList.isEmpty() || !driver.conditionReadList.isEmpty() || block_.data()[FLAG_WRITE] != 0
+        || block_.data()[FLAG_READ] != 0 || !link_.isUp() || !driver.connected;
 }
 
 void PanelRuntime::emptyQueues()
@@ -342,7 +342,7 @@ void PanelRuntime::compareImage()
     for (const Range &range : RANGES) {
         quint8 out[2 * 64];
         intf_getData(TAG, qt(range.type), range.first, range.count, out);
-        const std::vector<int> words = m_link.words(range.type, range.first, range.count);
+        const std::vector<int> words = link_.words(range.type, range.first, range.count);
         for (int i = 0; i < range.count; ++i) {
             const int seen = out[2 * i] + 256 * out[2 * i + 1];
             if (seen != words.at(static_cast<std::size_t>(i)))
@@ -350,7 +350,7 @@ void PanelRuntime::compareImage()
                               + std::to_string(seen) + ", the PLC "
                               + std::to_string(words[static_cast<std::size_t>(i)]));
         }
-        m_counters.wordsCompared += range.count;
+        counters_.wordsCompared += range.count;
     }
     for (int i = 0; i < driver.dataAreas.size(); ++i)
         if (driver.dataAreas.at(i).writePending != 0 || driver.dataAreas.at(i).pendingBits != 0)
@@ -359,29 +359,29 @@ void PanelRuntime::compareImage()
 
 void PanelRuntime::compareWrites()
 {
-    const WriteAccount &writes = m_counters.writes;
+    const WriteAccount &writes = counters_.writes;
     if (writes.queued != writes.ended())
         throw Failure(std::to_string(writes.queued) + " write pieces were queued, " + std::to_string(writes.ended())
                       + " ended");
     for (std::size_t r = 0; r < WRITTEN_RANGES; ++r) {
         const Range &range = RANGES[r];
-        const std::vector<int> words = m_link.words(range.type, range.first, range.count);
+        const std::vector<int> words = link_.words(range.type, range.first, range.count);
         for (std::size_t i = 0; i < words.size(); ++i) {
-            const Written &written = m_written[r][i];
+            const Written &written = written_[r][i];
             if (((words[i] ^ written.value) & written.sure) != 0)
                 throw Failure(std::string(range.type) + " " + std::to_string(range.first + static_cast<int>(i))
                               + ": acknowledged writes made " + std::to_string(written.value) + ", the PLC has "
                               + std::to_string(words[i]));
             for (int bits = written.sure; bits != 0; bits &= bits - 1)
-                ++m_counters.bitsOfWrites;
+                ++counters_.bitsOfWrites;
         }
     }
 }
 
 void PanelRuntime::transferRecipe(int flag)
 {
-    m_block.data()[flag] = 1;
-    for (int i = 0; m_block.data()[flag] != 0; ++i)
+    block_.data()[flag] = 1;
+    for (int i = 0; block_.data()[flag] != 0; ++i)
         if (i == PATIENCE || !exchange())
             throw Failure("the recipe transfer does not end");
 }
@@ -389,14 +389,14 @@ void PanelRuntime::transferRecipe(int flag)
 void PanelRuntime::compareRecipe()
 {
     for (int i = 0; i < 2 * RECIPE.count; ++i)
-        m_recipe.data()[i] = static_cast<quint8>(below(256));
+        recipe_.data()[i] = static_cast<quint8>(below(256));
     transferRecipe(FLAG_WRITE);
-    const std::vector<int> words = m_link.words(RECIPE.type, RECIPE.first, RECIPE.count);
+    const std::vector<int> words = link_.words(RECIPE.type, RECIPE.first, RECIPE.count);
     for (const char *const when : {"written", "read back"}) {
         for (int i = 0; i < RECIPE.count; ++i)
-            if (m_recipe.data()[2 * i] + 256 * m_recipe.data()[2 * i + 1] != words[static_cast<std::size_t>(i)])
+            if (recipe_.data()[2 * i] + 256 * recipe_.data()[2 * i + 1] != words[static_cast<std::size_t>(i)])
                 throw Failure("recipe word " + std::to_string(i) + " differs when " + when);
-        std::memset(m_recipe.data(), 0xEE, static_cast<std::size_t>(2 * RECIPE.count));
+        std::memset(recipe_.data(), 0xEE, static_cast<std::size_t>(2 * RECIPE.count));
         transferRecipe(FLAG_READ);
     }
 }
@@ -406,7 +406,7 @@ void PanelRuntime::checkSilence()
     QList<KEY_ADDRESS> nothing;
     intf_addrMerge(nothing);
     for (int i = 0; i < 2; ++i)
-        if (intf_getSendFrame(&m_frame) != 0)
+        if (intf_getSendFrame(&frame_) != 0)
             throw Failure("the driver asks for more although nothing is left");
     if (!driver.frameList.isEmpty() || !driver.writeList.isEmpty() || !driver.conditionReadList.isEmpty())
         throw Failure("the queues are not empty");
@@ -414,7 +414,7 @@ void PanelRuntime::checkSilence()
 
 void PanelRuntime::settle()
 {
-    m_link.setFaults(false);
+    link_.setFaults(false);
     watchAll();
     emptyQueues();
     compareRecipe();

@@ -54,7 +54,7 @@ public:
     /// PLC's memory, every write is accounted for and the driver falls silent. Leaves a fresh configuration.
     void settle();
 
-    const Counters &counters() const { return m_counters; }
+    const Counters &counters() const { return counters_; }
 
 private:
     // What is known of the memory that only this runtime writes.
@@ -65,7 +65,7 @@ private:
 
     static void onChange(qint32 stationNo, qint32 requestTag, QString regType, qint32 address);
 
-    std::uint32_t below(std::uint32_t limit) { return static_cast<std::uint32_t>(m_random()) % limit; }
+    std::uint32_t below(std::uint32_t limit) { return static_cast<std::uint32_t>(random_()) % limit; }
     void          mark(const VARIABLE &piece, bool isSure);
     void          markWord(const VARIABLE &piece, int word, int value, int bits, bool isSure);
 
@@ -92,19 +92,19 @@ private:
     void transferRecipe(int flag);
     void checkSilence();
 
-    static PanelRuntime *s_current;
+    static PanelRuntime *current_;
 
-    Link                             &m_link;
-    std::mt19937                      m_random;
-    LowMemory                         m_block{60117};
-    LowMemory                         m_recipe{2 * 64, 2};
-    LowObject<QMutex>                 m_mutex;
-    FRAME_PRO                         m_frame = FRAME_PRO();
-    std::vector<std::vector<Written>> m_written; // per range
-    Counters                          m_counters;
-    long long                         m_bitReports = 0; // of the head's tag, type and address in this exchange
-    QString                           m_headType;
-    qint32                            m_headAddress = 0;
+    Link                             &link_;
+    std::mt19937                      random_;
+    LowMemory                         block_{60117};
+    LowMemory                         recipe_{2 * 64, 2};
+    LowObject<QMutex>                 mutex_;
+    FRAME_PRO                         frame_ = FRAME_PRO();
+    std::vector<std::vector<Written>> written_; // per range
+    Counters                          counters_;
+    long long                         bitReports_ = 0; // of the head's tag, type and address in this exchange
+    QString                           headType_;
+    qint32                            headAddress_ = 0;
 };
 
 } // namespace soak

@@ -11,67 +11,67 @@ using soak::Bytes;
 
 class ScriptedLink : public soak::Link {
 public:
-    explicit ScriptedLink(std::uint32_t seed) : m_random(seed) {}
-    ~ScriptedLink() override { std::printf("simulated time: %lld minutes\n", m_clockMs / 60000); }
+    explicit ScriptedLink(std::uint32_t seed) : random_(seed) {}
+    ~ScriptedLink() override { std::printf("simulated time: %lld minutes\n", clockMs_ / 60000); }
 
     void connect() override
     {
-        m_plc.connect();
-        m_isUp = true;
-        m_badLeft = 0;
-        m_clockMs += 500;
+        plc_.connect();
+        isUp_ = true;
+        badLeft_ = 0;
+        clockMs_ += 500;
     }
 
-    bool isUp() const override { return m_isUp; }
-    void setFaults(bool isOn) override { m_hasFaults = isOn; }
+    bool isUp() const override { return isUp_; }
+    void setFaults(bool isOn) override { hasFaults_ = isOn; }
 
     Bytes exchange(const Bytes &request) override;
 
     void change(const std::string &type, int address, int value) override
     {
-        m_plc.area(type).at(static_cast<std::size_t>(address)) = value;
+        plc_.area(type).at(static_cast<std::size_t>(address)) = value;
     }
 
     std::vector<int> words(const std::string &type, int address, int count) override
     {
-        const std::vector<int> &area = m_plc.area(type);
+        const std::vector<int> &area = plc_.area(type);
         return std::vector<int>(area.begin() + address, area.begin() + address + count);
     }
 
 private:
     enum { EXCHANGE_MS = 5, DEADLINE_MS = 1000 };
 
-    std::uint32_t below(std::uint32_t limit) { return static_cast<std::uint32_t>(m_random()) % limit; }
+    std::uint32_t below(std::uint32_t limit) { return static_cast<std::uint32_t>(random_()) % limit; }
 
     Bytes fault(const Bytes &request);
     Bytes refuse(const Bytes &request);
 
-    std::mt19937 m_random;
-    MemoryPlc    m_plc;
-    bool         m_isUp = false;
-    bool         m_hasFaults = false;
-    int          m_badLeft = 0; // requests that remain of a bad spell
-    long long    m_clockMs = 0;
+    std::mt19937 random_;
+    MemoryPlc    plc_;
+    bool         isUp_ = false;
+    bool         hasFaults_ = false;
+    int          badLeft_ = 0; // requests that remain of a bad spell
+    long long    clockMs_ = 0;
 };
 
 Bytes ScriptedLink::exchange(const Bytes &request)
 {
-    m_clockMs += EXCHANGE_MS;
-    if (m_hasFaults && m_badLeft == 0 && below(400) == 0)
-        m_badLeft = 1 + static_cast<int>(below(5));
-    if (m_badLeft > 0) {
-        --m_badLeft;
+    clockMs_ += EXCHANGE_MS;
+    if (hasFaults_ && badLeft_ == 0 && below(400) == 0)
+        badLeft_ = 1 + static_cast<int>(below(5));
+    if (badLeft_ > 0) {
+        --badLeft_;
         return fault(request);
     }
-    if (m_hasFaults && below(50) == 0)
+    if (hasFaults_ && below(50) == 0)
         return fault(request);
-    return m_plc.answer(request, 0);
+    return plc_.answer(request, 0);
 }
 
 Bytes ScriptedLink::refuse(const Bytes &request)
 {
     static const unsigned END_CODES[] = {0x0101, 0x1101, 0x2201, 0x2202, 0x2203, 0x2204, 0x2205, 0x2206, 0x2301};
-    return m_plc.answer(request, END_CODES[below(9)]);
+    return plc_.answer(request, END_CODES[below(9)]);
 }
 
 Bytes ScriptedLink::fault(const Bytes &request)
@@ -79,34 +79,34 @@ Bytes ScriptedLink::fault(const Bytes &request)
     Bytes reply;
     switch (below(10)) {
     case 0: // lost on its way there
-        m_clockMs += DEADLINE_MS;
+        clockMs_ += DEADLINE_MS;
         return reply;
     case 1: // lost on its way back
-        m_plc.answer(request, 0);
-        m_clockMs += DEADLINE_MS;
+        plc_.answer(request, 0);
+        clockMs_ += DEADLINE_MS;
         return reply;
     case 2: // the connection breaks
-        m_isUp = false;
+        isUp_ = false;
         return reply;
     case 3:
-        m_plc.answer(request, 0);
-        m_isUp = false;
+        plc_.answer(request, 0);
+        isUp_ = false;
         return reply;
     case 4:
-        reply = m_plc.answer(request, 0);
+        reply = plc_.answer(request, 0);
         reply.resize(reply.size() - 1 - below(6));
         return reply;
     case 5:
-        reply = m_plc.answer(request, 0);
+        reply = plc_.answer(request, 0);
         reply.resize(reply.size() + 1 + below(6));
         return reply;
     case 6: // somebody puts the PLC into RUN mode
-        m_plc.enterRunMode();
-        return m_plc.answer(request, 0);
+        plc_.enterRunMode();
+        return plc_.answer(request, 0);
     case 7:
         return refuse(request);
     default: // wrong service ID, or noise
-        reply = m_plc.answer(request, 0);
+        reply = plc_.answer(request, 0);
         if (reply.size() < 30)
             return reply; // a runtime hands over none but a sound reply to its handshake
         reply[25] = static_cast<std::uint8_t>(reply[25] + 1 + below(255));

@@ -29,7 +29,7 @@ public:
     TcpLink &operator=(const TcpLink &) = delete;
 
     void connect() override;
-    bool isUp() const override { return m_socket >= 0; }
+    bool isUp() const override { return socket_ >= 0; }
     Bytes exchange(const Bytes &request) override;
     void setFaults(bool isOn) override;
     void change(const std::string &type, int address, int value) override;
@@ -47,19 +47,19 @@ private:
     Bytes       receiveFrame(Clock::time_point deadline);
     bool        isLate(const Bytes &request, const Bytes &reply) const;
 
-    Process   m_plc;
-    int       m_port = 0;
-    int       m_socket = -1;
-    bool      m_hasFaults = false;
-    bool      m_refusesForMode = false;
-    long long m_exchanges = 0;
+    Process   plc_;
+    int       port_ = 0;
+    int       socket_ = -1;
+    bool      hasFaults_ = false;
+    bool      refusesForMode_ = false;
+    long long exchanges_ = 0;
 };
 
 TcpLink::TcpLink(long long seed)
-    : m_plc({FINS_PLC_PATH, "--port", "0", "--seed", std::to_string(seed)})
+    : plc_({FINS_PLC_PATH, "--port", "0", "--seed", std::to_string(seed)})
 {
-    const std::string line = m_plc.readLine();
-    m_port = std::stoi(line.substr(line.rfind(':') + 1));
+    const std::string line = plc_.readLine();
+    port_ = std::stoi(line.substr(line.rfind(':') + 1));
 }
 
 TcpLink::~TcpLink() { close(); }
@@ -67,8 +67,8 @@ TcpLink::~TcpLink() { close(); }
 // The answer to a console line, behind its "ok".
 std::string TcpLink::tell(const std::string &line)
 {
-    m_plc.writeLine(line);
-    const std::string answer = m_plc.readLine();
+    plc_.writeLine(line);
+    const std::string answer = plc_.readLine();
     if (answer.substr(0, 2) != "ok")
         throw Failure("the simulator answers '" + line + "' with '" + answer + "'");
     return answer.substr(2);
@@ -76,7 +76,7 @@ std::string TcpLink::tell(const std::string &line)
 
 void TcpLink::setFaults(bool isOn)
 {
-    m_hasFaults = isOn;
+    hasFaults_ = isOn;
     if (!isOn) {
         tell("faults off");
         return;
@@ -85,8 +85,8 @@ void TcpLink::setFaults(bool isOn)
                                     "double@0.005", "bytewise=0@0.001", "close@0.0015"})
         tell(std::string("fault ") + fault);
     // A refusal that counts as an acknowledgement, and one that has the driver change the PLC's mode, by turns.
-    m_refusesForMode = !m_refusesForMode;
-    tell(m_refusesForMode ? "fault end-code=2203@0.004" : "fault end-code=1101@0.004");
+    refusesForMode_ = !refusesForMode_;
+    tell(refusesForMode_ ? "fault end-code=2203@0.004" : "fault end-code=1101@0.004");
 }
 
 void TcpLink::change(const std::string &type, int address, int value)
@@ -114,14 +114,14 @@ int TcpLink::peer()
             throw Failure("the simulator keeps connections that have ended");
         poll(nullptr, 0, 5);
     }
-    return m_plc.id();
+    return plc_.id();
 }
 
 void TcpLink::close()
 {
-    if (m_socket >= 0)
-        ::close(m_socket);
-    m_socket = -1;
+    if (socket_ >= 0)
+        ::close(socket_);
+    socket_ = -1;
 }
 
 void TcpLink::connect()
@@ -129,7 +129,7 @@ void TcpLink::connect()
     close();
     sockaddr_in address = {};
     address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<std::uint16_t>(m_port));
+    address.sin_port = htons(static_cast<std::uint16_t>(port_));
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(CONNECT_MS);
     for (;;) {
@@ -137,7 +137,7 @@ void TcpLink::connect()
         const int on = 1;
         setsockopt(made, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
         if (::connect(made, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0) {
-            m_socket = made;
+            socket_ = made;
             return;
         }
         ::close(made);
@@ -150,7 +150,7 @@ void TcpLink::connect()
 bool TcpLink::send(const Bytes &request)
 {
     for (std::size_t done = 0; done < request.size();) {
-        const ssize_t n = ::send(m_socket, request.data() + done, request.size() - done, MSG_NOSIGNAL);
+        const ssize_t n = ::send(socket_, request.data() + done, request.size() - done, MSG_NOSIGNAL);
         if (n <= 0)
             return false;
         done += static_cast<std::size_t>(n);
@@ -162,7 +162,7 @@ bool TcpLink::send(const Bytes &request)
 void TcpLink::discardRest()
 {
     std::uint8_t rest[4096];
-    while (recv(m_socket, rest, sizeof rest, MSG_DONTWAIT) > 0) {
+    while (recv(socket_, rest, sizeof rest, MSG_DONTWAIT) > 0) {
     }
 }
 
@@ -171,12 +171,12 @@ bool TcpLink::receive(Bytes &bytes, std::size_t count, Clock::time_point deadlin
 {
     for (const std::size_t wanted = bytes.size() + count; bytes.size() < wanted;) {
         const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
-        pollfd ready = {m_socket, POLLIN, 0};
+        pollfd ready = {socket_, POLLIN, 0};
         if (left < 0 || poll(&ready, 1, static_cast<int>(left) + 1) != 1)
             return false;
         std::uint8_t part[2048];
         const std::size_t room = wanted - bytes.size();
-        const ssize_t n = recv(m_socket, part, room < sizeof part ? room : sizeof part, 0);
+        const ssize_t n = recv(socket_, part, room < sizeof part ? room : sizeof part, 0);
         if (n <= 0) {
             close();
             return false;
@@ -199,7 +199,7 @@ Bytes TcpLink::receiveFrame(Clock::time_point deadline)
     const std::size_t length = frame[6] * 256u + frame[7];
     const bool isHeader = std::equal(frame.begin(), frame.begin() + 4, "FINS") && frame[4] == 0 && frame[5] == 0
                        && length + 8 <= LONGEST_REPLY;
-    if (!isHeader && !m_hasFaults)
+    if (!isHeader && !hasFaults_)
         throw Failure("the simulator sends what is no reply");
     if (isHeader && receive(frame, length, deadline))
         return frame;
@@ -218,7 +218,7 @@ bool TcpLink::isLate(const Bytes &request, const Bytes &reply) const
 
 Bytes TcpLink::exchange(const Bytes &request)
 {
-    if (m_hasFaults && ++m_exchanges % DISCONNECT_EVERY == 0)
+    if (hasFaults_ && ++exchanges_ % DISCONNECT_EVERY == 0)
         tell("disconnect");
     discardRest();
     if (!send(request)) {

@@ -22,9 +22,9 @@ inline std::string driverPath()
 class LoadedDriver {
 public:
     explicit LoadedDriver(const std::string &path = driverPath(), int flags = RTLD_NOW)
-        : m_path(path), m_handle(dlopen(path.c_str(), flags))
+        : path_(path), handle_(dlopen(path.c_str(), flags))
     {
-        if (m_handle == nullptr)
+        if (handle_ == nullptr)
             throw std::runtime_error(dlerror());
         resolve(getProtocolType, "intf_getProtocolType");
         resolve(getDriverParameter, "intf_getDriverParameter");
@@ -54,16 +54,16 @@ public:
     /// Unloads the library; true when it has really left the process, so that loading it again starts afresh.
     bool unload()
     {
-        if (m_handle != nullptr)
-            dlclose(m_handle);
-        m_handle = nullptr;
-        void *stillThere = dlopen(m_path.c_str(), RTLD_LAZY | RTLD_NOLOAD);
+        if (handle_ != nullptr)
+            dlclose(handle_);
+        handle_ = nullptr;
+        void *stillThere = dlopen(path_.c_str(), RTLD_LAZY | RTLD_NOLOAD);
         if (stillThere != nullptr)
             dlclose(stillThere);
         return stillThere == nullptr;
     }
 
-    void *handle() const { return m_handle; }
+    void *handle() const { return handle_; }
 
     decltype(&intf_getProtocolType)            getProtocolType;
     decltype(&intf_getDriverParameter)         getDriverParameter;
@@ -87,15 +87,15 @@ public:
 private:
     template <class Function> void resolve(Function &function, const char *name)
     {
-        function = reinterpret_cast<Function>(dlsym(m_handle, name));
+        function = reinterpret_cast<Function>(dlsym(handle_, name));
         if (function == nullptr) {
-            dlclose(m_handle);
-            throw std::runtime_error(m_path + " lacks the function " + name);
+            dlclose(handle_);
+            throw std::runtime_error(path_ + " lacks the function " + name);
         }
     }
 
-    std::string m_path;
-    void       *m_handle;
+    std::string path_;
+    void       *handle_;
 };
 
 #endif

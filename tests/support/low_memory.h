@@ -19,29 +19,29 @@
 class LowMemory {
 public:
     explicit LowMemory(std::size_t size, std::size_t alignment = 1)
-        : m_size(size)
+        : size_(size)
     {
         const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
         const std::size_t usable = (size + alignment + page - 1) / page * page;
-        m_mapped = usable + page;
-        m_base = mapLow(m_mapped);
-        if (mprotect(m_base + usable, page, PROT_NONE) != 0) {
-            munmap(m_base, m_mapped);
+        mapped_ = usable + page;
+        base_ = mapLow(mapped_);
+        if (mprotect(base_ + usable, page, PROT_NONE) != 0) {
+            munmap(base_, mapped_);
             throw std::runtime_error("the page behind the low memory cannot be protected");
         }
-        m_data = m_base + (usable - size) / alignment * alignment;
+        data_ = base_ + (usable - size) / alignment * alignment;
     }
 
-    ~LowMemory() { munmap(m_base, m_mapped); }
+    ~LowMemory() { munmap(base_, mapped_); }
 
     LowMemory(const LowMemory &) = delete;
     LowMemory &operator=(const LowMemory &) = delete;
 
-    quint8     *data() { return m_data; }
-    std::size_t size() const { return m_size; }
+    quint8     *data() { return data_; }
+    std::size_t size() const { return size_; }
 
     /// The address as intf_initProperty takes it.
-    qint32 address() const { return static_cast<qint32>(static_cast<quint32>(addressOf(m_data))); }
+    qint32 address() const { return static_cast<qint32>(static_cast<quint32>(addressOf(data_))); }
 
 private:
     static std::uintptr_t addressOf(const void *place) { return reinterpret_cast<std::uintptr_t>(place); }
@@ -81,10 +81,10 @@ private:
         throw std::runtime_error("no memory below 4 GiB is free");
     }
 
-    quint8     *m_base = nullptr;
-    quint8     *m_data = nullptr;
-    std::size_t m_mapped = 0;
-    std::size_t m_size;
+    quint8     *base_ = nullptr;
+    quint8     *data_ = nullptr;
+    std::size_t mapped_ = 0;
+    std::size_t size_;
 };
 
 /// An object of type T below 4 GiB.
@@ -92,22 +92,22 @@ template <class T> class LowObject {
 public:
     template <class... Arguments>
     explicit LowObject(Arguments &&...arguments)
-        : m_memory(sizeof(T), alignof(T)), m_object(new (m_memory.data()) T(std::forward<Arguments>(arguments)...))
+        : memory_(sizeof(T), alignof(T)), object_(new (memory_.data()) T(std::forward<Arguments>(arguments)...))
     {
     }
 
-    ~LowObject() { m_object->~T(); }
+    ~LowObject() { object_->~T(); }
 
     LowObject(const LowObject &) = delete;
     LowObject &operator=(const LowObject &) = delete;
 
-    T     &operator*() { return *m_object; }
-    T     *operator->() { return m_object; }
-    qint32 address() const { return m_memory.address(); }
+    T     &operator*() { return *object_; }
+    T     *operator->() { return object_; }
+    qint32 address() const { return memory_.address(); }
 
 private:
-    LowMemory m_memory;
-    T        *m_object;
+    LowMemory memory_;
+    T        *object_;
 };
 
 #endif

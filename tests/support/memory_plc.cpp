@@ -8,28 +8,28 @@ enum : unsigned { COUNTERS = 0x8089, END_NORMAL = 0, END_NO_AREA = 0x1101, END_R
 
 MemoryPlc::MemoryPlc()
 {
-    m_areas[0xB0].resize(6144);
-    m_areas[0xB1].resize(512);
-    m_areas[0xB2].resize(1536);
-    m_areas[0xB3].resize(960);
-    m_areas[0x82].resize(32768);
-    m_areas[0x89].resize(4096);
-    m_areas[COUNTERS].resize(4096);
+    areas_[0xB0].resize(6144);
+    areas_[0xB1].resize(512);
+    areas_[0xB2].resize(1536);
+    areas_[0xB3].resize(960);
+    areas_[0x82].resize(32768);
+    areas_[0x89].resize(4096);
+    areas_[COUNTERS].resize(4096);
 }
 
 std::vector<int> &MemoryPlc::area(const std::string &type)
 {
     static const std::map<std::string, unsigned> CODES = {{"CIO", 0xB0}, {"WR", 0xB1}, {"HR", 0xB2}, {"AR", 0xB3},
                                                           {"DM", 0x82},  {"T", 0x89},  {"C", COUNTERS}};
-    return m_areas.at(CODES.at(type));
+    return areas_.at(CODES.at(type));
 }
 
 std::vector<int> *MemoryPlc::areaOf(unsigned code, int address, int &index)
 {
     const bool isCounter = code == 0x89 && address >= 0x8000;
-    const auto found = m_areas.find(isCounter ? unsigned(COUNTERS) : code);
+    const auto found = areas_.find(isCounter ? unsigned(COUNTERS) : code);
     index = isCounter ? address - 0x8000 : address;
-    return found == m_areas.end() ? nullptr : &found->second;
+    return found == areas_.end() ? nullptr : &found->second;
 }
 
 int &MemoryPlc::word(unsigned areaCode, int address)
@@ -64,10 +64,10 @@ Bytes MemoryPlc::answer(const Bytes &request, unsigned endCode)
     if (request.size() < 20 || !std::equal(request.begin(), request.begin() + 4, "FINS"))
         throw std::runtime_error("no FINS/TCP request of " + std::to_string(request.size()) + " bytes");
     if (request.size() == 20 && request[11] == 0) {
-        m_hasNode = true;
+        hasNode_ = true;
         return {'F', 'I', 'N', 'S', 0, 0, 0, 16, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0x0A, 0, 0, 0, 0x32};
     }
-    if (!m_hasNode || request.at(20) != 0x32 || request.at(23) != 0x0A)
+    if (!hasNode_ || request.at(20) != 0x32 || request.at(23) != 0x0A)
         throw std::runtime_error("a command came before the node-address exchange of its connection");
     const int command = number16(request, 26);
     if (endCode != END_NORMAL)
@@ -81,7 +81,7 @@ Bytes MemoryPlc::answer(const Bytes &request, unsigned endCode)
     else
         throw std::runtime_error("unknown command " + std::to_string(command));
     if (command == 0x0401)
-        m_refusesWrites = false;
+        refusesWrites_ = false;
     const std::size_t length = reply.size() - 8;
     reply[6] = static_cast<std::uint8_t>(length / 256);
     reply[7] = static_cast<std::uint8_t>(length % 256);
@@ -105,7 +105,7 @@ Bytes MemoryPlc::read(const Bytes &request)
 
 unsigned MemoryPlc::write(const Bytes &request)
 {
-    if (m_refusesWrites)
+    if (refusesWrites_)
         return END_RUN_MODE;
     if (request.at(28) < 0x80)
         return writeBits(request);

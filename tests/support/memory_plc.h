@@ -16,13 +16,13 @@ public:
     MemoryPlc();
 
     /// A new connection, which has no node address yet. The first one has: node 0A hex, the PLC's own is 32 hex.
-    void connect() { m_hasNode = false; }
+    void connect() { hasNode_ = false; }
 
     /// Carries out a request. `endCode` other than 0 refuses a command with it.
     Bytes answer(const Bytes &request, unsigned endCode = 0);
 
     /// In RUN mode writes are refused until RUN in MONITOR mode is commanded.
-    void enterRunMode() { m_refusesWrites = true; }
+    void enterRunMode() { refusesWrites_ = true; }
 
     std::vector<int> &area(const std::string &type);
 
@@ -35,9 +35,9 @@ private:
     unsigned          write(const Bytes &request);
     unsigned          writeBits(const Bytes &request);
 
-    std::map<unsigned, std::vector<int>> m_areas; // by word area code; 0x8089 for counters
-    bool                                 m_hasNode = true;
-    bool                                 m_refusesWrites = false;
+    std::map<unsigned, std::vector<int>> areas_; // by word area code; 0x8089 for counters
+    bool                                 hasNode_ = true;
+    bool                                 refusesWrites_ = false;
 };
 
 #endif

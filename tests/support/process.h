@@ -31,28 +31,28 @@ public:
     using Clock = std::chrono::steady_clock;
 
     // Starts `arguments[0]` (a path) with all of `arguments`.
-    explicit Process(const std::vector<std::string> &arguments) : name(arguments.at(0))
+    explicit Process(const std::vector<std::string> &arguments) : name_(arguments.at(0))
     {
         int in[2], out[2], err[2];
         if (pipe2(in, O_CLOEXEC) != 0 || pipe2(out, O_CLOEXEC) != 0 || pipe2(err, O_CLOEXEC) != 0)
-            throw std::runtime_error("no pipe for " + name);
+            throw std::runtime_error("no pipe for " + name_);
         std::vector<char *> argv;
         for (const std::string &argument : arguments)
             argv.push_back(const_cast<char *>(argument.c_str()));
         argv.push_back(nullptr);
         std::signal(SIGPIPE, SIG_IGN);
         const pid_t parent = getpid();
-        pid = fork();
-        if (pid == 0)
+        pid_ = fork();
+        if (pid_ == 0)
             runChild(argv.data(), in[0], out[1], err[1], parent);
         close(in[0]);
         close(out[1]);
         close(err[1]);
-        input = in[1];
-        streams[OUT].fd = out[0];
-        streams[ERR].fd = err[0];
-        if (pid < 0)
-            throw std::runtime_error("cannot start " + name);
+        input_ = in[1];
+        streams_[OUT].fd = out[0];
+        streams_[ERR].fd = err[0];
+        if (pid_ < 0)
+            throw std::runtime_error("cannot start " + name_);
     }
 
     Process(const Process &) = delete;
@@ -60,9 +60,9 @@ public:
 
     ~Process()
     {
-        if (pid > 0 && !ended) {
-            kill(pid, SIGKILL);
-            waitpid(pid, nullptr, 0);
+        if (pid_ > 0 && !ended_) {
+            kill(pid_, SIGKILL);
+            waitpid(pid_, nullptr, 0);
         }
         closeInput();
         closeStream(OUT);
@@ -94,9 +94,9 @@ public:
     {
         std::size_t done = 0;
         while (done < text.size()) {
-            const ssize_t n = write(input, text.data() + done, text.size() - done);
+            const ssize_t n = write(input_, text.data() + done, text.size() - done);
             if (n <= 0)
-                throw std::runtime_error(name + " does not read its standard input");
+                throw std::runtime_error(name_ + " does not read its standard input");
             done += static_cast<std::size_t>(n);
         }
     }
@@ -104,9 +104,9 @@ public:
     // Ends the program's standard input.
     void closeInput()
     {
-        if (input >= 0)
-            close(input);
-        input = -1;
+        if (input_ >= 0)
+            close(input_);
+        input_ = -1;
     }
 
     // Stops reading standard output, as a reader does who goes away.
@@ -114,8 +114,8 @@ public:
 
     void sendSignal(int number)
     {
-        if (!ended)
-            kill(pid, number);
+        if (!ended_)
+            kill(pid_, number);
     }
 
     bool isRunning() { return !reap(); }
@@ -129,19 +129,19 @@ public:
                 fail("is still running");
             receive(20);
         }
-        while (streams[OUT].fd >= 0 || streams[ERR].fd >= 0) {
+        while (streams_[OUT].fd >= 0 || streams_[ERR].fd >= 0) {
             if (Clock::now() >= deadline)
                 break;
             receive(20);
         }
-        return code;
+        return code_;
     }
 
     // What is still unread of standard output and standard error; everything once wait() has returned.
-    std::string output() const { return streams[OUT].text; }
-    std::string errors() const { return streams[ERR].text; }
+    std::string output() const { return streams_[OUT].text; }
+    std::string errors() const { return streams_[ERR].text; }
 
-    pid_t id() const { return pid; }
+    pid_t id() const { return pid_; }
 
 private:
     enum { OUT, ERR, STREAM_COUNT };
@@ -168,40 +168,40 @@ private:
 
     [[noreturn]] void fail(const std::string &what) const
     {
-        throw std::runtime_error(name + " " + what + "; stdout: '" + streams[OUT].text + "' stderr: '" +
-                                 streams[ERR].text + "'");
+        throw std::runtime_error(name_ + " " + what + "; stdout: '" + streams_[OUT].text + "' stderr: '" +
+                                 streams_[ERR].text + "'");
     }
 
     bool reap()
     {
         int status = 0;
-        if (ended || waitpid(pid, &status, WNOHANG) != pid)
-            return ended;
-        ended = true;
-        code = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+        if (ended_ || waitpid(pid_, &status, WNOHANG) != pid_)
+            return ended_;
+        ended_ = true;
+        code_ = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
         return true;
     }
 
     void closeStream(int which)
     {
-        if (streams[which].fd >= 0)
-            close(streams[which].fd);
-        streams[which].fd = -1;
+        if (streams_[which].fd >= 0)
+            close(streams_[which].fd);
+        streams_[which].fd = -1;
     }
 
     // Takes what both streams hold, waiting up to `waitMs` for something to come.
     void receive(int waitMs)
     {
-        pollfd polled[STREAM_COUNT] = {{streams[OUT].fd, POLLIN, 0}, {streams[ERR].fd, POLLIN, 0}};
+        pollfd polled[STREAM_COUNT] = {{streams_[OUT].fd, POLLIN, 0}, {streams_[ERR].fd, POLLIN, 0}};
         if (poll(polled, STREAM_COUNT, waitMs) <= 0)
             return;
         for (int which = 0; which < STREAM_COUNT; ++which) {
             if (polled[which].revents == 0)
                 continue;
             char buffer[4096];
-            const ssize_t n = read(streams[which].fd, buffer, sizeof buffer);
+            const ssize_t n = read(streams_[which].fd, buffer, sizeof buffer);
             if (n > 0)
-                streams[which].text.append(buffer, static_cast<std::size_t>(n));
+                streams_[which].text.append(buffer, static_cast<std::size_t>(n));
             else
                 closeStream(which);
         }
@@ -210,10 +210,10 @@ private:
     std::string nextLine(int which, int deadlineMs)
     {
         const Clock::time_point deadline = deadlineAfter(deadlineMs);
-        std::string &text = streams[which].text;
+        std::string &text = streams_[which].text;
         std::size_t end = text.find('\n');
         while (end == std::string::npos) {
-            if (streams[which].fd < 0)
+            if (streams_[which].fd < 0)
                 fail("ended its output");
             if (Clock::now() >= deadline)
                 fail("gave no line in time");
@@ -236,12 +236,12 @@ private:
         }
     }
 
-    std::string name;
-    pid_t       pid = -1;
-    int         input = -1;
-    bool        ended = false;
-    int         code = 0;
-    Stream      streams[STREAM_COUNT];
+    std::string name_;
+    pid_t       pid_ = -1;
+    int         input_ = -1;
+    bool        ended_ = false;
+    int         code_ = 0;
+    Stream      streams_[STREAM_COUNT];
 };
 
 #endif

@@ -63,8 +63,8 @@ class TcpClient {
 public:
     explicit TcpClient(int port)
     {
-        fd = connectTo(port);
-        if (fd < 0)
+        fd_ = connectTo(port);
+        if (fd_ < 0)
             throw std::runtime_error("no connection to port " + std::to_string(port));
     }
 
@@ -83,13 +83,13 @@ public:
 
     void disconnect()
     {
-        if (fd >= 0)
-            close(fd);
-        fd = -1;
+        if (fd_ >= 0)
+            close(fd_);
+        fd_ = -1;
     }
 
     // Ends the sending side only.
-    void endSending() { shutdown(fd, SHUT_WR); }
+    void endSending() { shutdown(fd_, SHUT_WR); }
 
     void send(const std::string &hex) { sendBytes(bytesOfHex(hex)); }
 
@@ -97,7 +97,7 @@ public:
     {
         std::size_t done = 0;
         while (done < bytes.size()) {
-            const ssize_t n = ::send(fd, bytes.data() + done, bytes.size() - done, MSG_NOSIGNAL);
+            const ssize_t n = ::send(fd_, bytes.data() + done, bytes.size() - done, MSG_NOSIGNAL);
             if (n <= 0)
                 throw std::runtime_error("the peer takes no bytes");
             done += static_cast<std::size_t>(n);
@@ -154,13 +154,13 @@ private:
 
     ssize_t receiveSome(std::uint8_t *buffer, std::size_t size)
     {
-        pollfd polled = {fd, POLLIN, 0};
+        pollfd polled = {fd_, POLLIN, 0};
         if (poll(&polled, 1, DEFAULT_DEADLINE_MS) <= 0)
             throw std::runtime_error("nothing received in time");
-        return recv(fd, buffer, size, 0);
+        return recv(fd_, buffer, size, 0);
     }
 
-    int fd = -1;
+    int fd_ = -1;
 };
 
 #endif

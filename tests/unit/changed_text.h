@@ -6,15 +6,15 @@
 /// Changes one text of the register tables for as long as it lives.
 class ChangedText {
 public:
-    ChangedText(QString &text, const char *changed) : m_text(text), m_before(text) { text = QLatin1String(changed); }
-    ~ChangedText() { m_text = m_before; }
+    ChangedText(QString &text, const char *changed) : text_(text), before_(text) { text = QLatin1String(changed); }
+    ~ChangedText() { text_ = before_; }
 
     ChangedText(const ChangedText &) = delete;
     ChangedText &operator=(const ChangedText &) = delete;
 
 private:
-    QString      &m_text;
-    const QString m_before;
+    QString      &text_;
+    const QString before_;
 };
 
 #endif
