@@ -6,7 +6,7 @@ namespace {
 
 class BenchTest : public PanelTest {};
 
-TEST_F(BenchTest, a_line_for_every_size)
+TEST_F(BenchTest, ALineForEverySize)
 {
     start();
     const PanelRun ended = run("bench", {"--words", "100", "--sizes", "10,50,100", "--for", "0.01"});
@@ -21,7 +21,7 @@ TEST_F(BenchTest, a_line_for_every_size)
     EXPECT_EQ(lines[5].find("choose "), 0u);
 }
 
-TEST_F(BenchTest, polls_in_blocks_of_the_size)
+TEST_F(BenchTest, PollsInBlocksOfTheSize)
 {
     start({"--trace"});
     EXPECT_EQ(run("bench", {"--words", "25", "--sizes", "10", "--for", "0.01"}).code, 0);
@@ -37,7 +37,7 @@ TEST_F(BenchTest, polls_in_blocks_of_the_size)
     EXPECT_TRUE(rest);
 }
 
-TEST_F(BenchTest, of_given_items)
+TEST_F(BenchTest, OfGivenItems)
 {
     start();
     const PanelRun ended = run("bench", {"DM:0:4", "CIO_bit:3.0:17", "--sizes", "16", "--for", "0.01"});
@@ -45,7 +45,7 @@ TEST_F(BenchTest, of_given_items)
     EXPECT_EQ(linesOf(ended.out).at(0), "polling 6 words in 2 items; refresh time in ms");
 }
 
-TEST_F(BenchTest, refused_sizes)
+TEST_F(BenchTest, RefusedSizes)
 {
     start({"--fault", "end-code=110B"});
     const PanelRun ended = run("bench", {"--words", "10", "--sizes", "10", "--for", "0.01"});
@@ -56,14 +56,14 @@ TEST_F(BenchTest, refused_sizes)
     EXPECT_EQ(lines[3], "the PLC refuses every block size");
 }
 
-TEST_F(BenchTest, no_plc)
+TEST_F(BenchTest, NoPlc)
 {
     const HeldPort closed;
     const PanelRun ended = runPanel({"bench", closed.host(), "--give-up", "0.1"});
     EXPECT_EQ(ended.code, 3);
 }
 
-TEST_F(BenchTest, sizes_out_of_range)
+TEST_F(BenchTest, SizesOutOfRange)
 {
     EXPECT_EQ(runPanel({"bench", "127.0.0.1:1", "--sizes", "0"}).code, 2);
     EXPECT_EQ(runPanel({"bench", "127.0.0.1:1", "--sizes", "1000"}).code, 2);

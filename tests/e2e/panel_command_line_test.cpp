@@ -44,7 +44,7 @@ std::vector<Words> allCommands()
 // ---- Numbers -----------------------------------------------------------------------------------------------------
 
 // strtod takes all of them but the empty one and those with something behind.
-TEST(PanelNumbers, areFiniteAndNothingElse)
+TEST(PanelNumbers, AreFiniteAndNothingElse)
 {
     const struct {
         Words       arguments;
@@ -68,7 +68,7 @@ TEST(PanelNumbers, areFiniteAndNothingElse)
                   "fins_panel: --scale: '0' is not a number from -1e+15 to 1e+15, not 0; see fins_panel --help");
 }
 
-TEST(PanelNumbers, areWholeWhereTheyCount)
+TEST(PanelNumbers, AreWholeWhereTheyCount)
 {
     const struct {
         Words       arguments;
@@ -102,7 +102,7 @@ TEST(PanelNumbers, areWholeWhereTheyCount)
     }
 }
 
-TEST(PanelNumbers, reachTheEndsOfTheirRanges)
+TEST(PanelNumbers, ReachTheEndsOfTheirRanges)
 {
     for (const Words &ends : {Words{"--scale", "-1e15"}, Words{"--scale", "1e15"}, Words{"--offset", "-1e15"},
                               Words{"--offset", "-40"}, Words{"--scale", "0.1"}, Words{"--decimals", "9"},
@@ -113,7 +113,7 @@ TEST(PanelNumbers, reachTheEndsOfTheirRanges)
 
 // ---- What is not known -------------------------------------------------------------------------------------------
 
-TEST(PanelUnknown, commands)
+TEST(PanelUnknown, Commands)
 {
     const std::string all = "; the commands are link, watch, read, write, recipe, check-project, import-tags, bench, "
                             "check, types, copies; see fins_panel --help";
@@ -128,7 +128,7 @@ TEST(PanelUnknown, commands)
                               "show; see fins_panel --help");
 }
 
-TEST(PanelUnknown, options)
+TEST(PanelUnknown, Options)
 {
     const std::string meant = "fins_panel: there is no option '--tiemout' (did you mean '--timeout'?); see "
                               "fins_panel --help";
@@ -139,7 +139,7 @@ TEST(PanelUnknown, options)
     expectRefused({"--speed"}, "fins_panel: there is no option '--speed'; see fins_panel --help");
 }
 
-TEST(PanelUnknown, projectThatIsGivenTwice)
+TEST(PanelUnknown, ProjectThatIsGivenTwice)
 {
     expectRefused({"--project", "a.toml", "read", "--project", "b.toml", "A"},
                   "fins_panel: --project is given twice; leave one out");
@@ -149,7 +149,7 @@ TEST(PanelUnknown, projectThatIsGivenTwice)
 
 // ---- The help ----------------------------------------------------------------------------------------------------
 
-TEST(PanelHelp, fitsEightyColumns)
+TEST(PanelHelp, FitsEightyColumns)
 {
     std::vector<Words> commands = allCommands();
     ASSERT_EQ(commands.size(), 17u); // without a command, eleven, and five of recipe
@@ -164,7 +164,7 @@ TEST(PanelHelp, fitsEightyColumns)
     }
 }
 
-TEST(PanelHelp, namesProjectAndHostWhereTheyCount)
+TEST(PanelHelp, NamesProjectAndHostWhereTheyCount)
 {
     const Words neither = {"check-project", "import-tags", "types", "copies", "recipe"};
     const Words onlyProject = {"check", "list", "show"};
@@ -178,7 +178,7 @@ TEST(PanelHelp, namesProjectAndHostWhereTheyCount)
     }
 }
 
-TEST(PanelHelp, ofAllCommandsHasThoseOfRecipe)
+TEST(PanelHelp, OfAllCommandsHasThoseOfRecipe)
 {
     const std::string help = runPanel({"--help-all"}).out;
     for (const char *heading : {"\nrecipe read\n", "\nrecipe write\n", "\nrecipe list\n", "\nwatch\n", "\ncopies\n"})
@@ -187,7 +187,7 @@ TEST(PanelHelp, ofAllCommandsHasThoseOfRecipe)
     EXPECT_EQ(help.find("\ncomplete\n"), std::string::npos);
 }
 
-TEST(PanelHelp, saysUnitRangeAndDefault)
+TEST(PanelHelp, SaysUnitRangeAndDefault)
 {
     const std::string help = runPanel({"read", "--help"}).out;
     EXPECT_NE(help.find("\n  --timeout MS                deadline to connect, to send and for a reply; 10\n"
@@ -197,7 +197,7 @@ TEST(PanelHelp, saysUnitRangeAndDefault)
 }
 
 // Three consents, none of which is given unless it is asked for.
-TEST(PanelHelp, namesTheConsentsWhereTheyCount)
+TEST(PanelHelp, NamesTheConsentsWhereTheyCount)
 {
     const struct {
         Words command;

@@ -31,7 +31,7 @@ protected:
 
 } // namespace
 
-TEST_F(PanelCompletionTest, commands)
+TEST_F(PanelCompletionTest, Commands)
 {
     EXPECT_EQ(offered({"wa"}), Words{"watch"});
     EXPECT_EQ(offered({"recipe", "w"}), Words{"write"});
@@ -39,14 +39,14 @@ TEST_F(PanelCompletionTest, commands)
     EXPECT_EQ(offered({"comp"}), Words{}); // is for the completion only
 }
 
-TEST_F(PanelCompletionTest, options)
+TEST_F(PanelCompletionTest, Options)
 {
     EXPECT_EQ(offered({"read", "--wo"}), (Words{"--words-per-frame", "--word-order"}));
     EXPECT_EQ(offered({"--project", project, "watch", "--js"}), Words{"--json"});
     EXPECT_EQ(offered({"recipe", "write", "--tab"}), Words{"--table"});
 }
 
-TEST_F(PanelCompletionTest, valuesOfOptions)
+TEST_F(PanelCompletionTest, ValuesOfOptions)
 {
     EXPECT_EQ(offered({"read", "--word-order", ""}), (Words{"low", "high"}));
     EXPECT_EQ(offered({"read", "--as", "f"}), (Words{"f32", "f64"}));
@@ -56,7 +56,7 @@ TEST_F(PanelCompletionTest, valuesOfOptions)
 }
 
 // Behind an option with a value comes the next argument; behind a flag too.
-TEST_F(PanelCompletionTest, tagsOfTheProject)
+TEST_F(PanelCompletionTest, TagsOfTheProject)
 {
     EXPECT_EQ(offered({"watch", "--project", project, ""}), (Words{"Level", "SetPoint"}));
     EXPECT_EQ(offered({"--project", project, "watch", "Se"}), Words{"SetPoint"});
@@ -64,7 +64,7 @@ TEST_F(PanelCompletionTest, tagsOfTheProject)
     EXPECT_EQ(offered({"read", "L"}), Words{});
 }
 
-TEST_F(PanelCompletionTest, tagsToWrite)
+TEST_F(PanelCompletionTest, TagsToWrite)
 {
     EXPECT_EQ(offered({"write", "--project", project, "L"}), Words{"Level="});
     EXPECT_EQ(offered({"watch", "--project", project, "--write", "L"}), Words{"Level="});
@@ -72,19 +72,19 @@ TEST_F(PanelCompletionTest, tagsToWrite)
     EXPECT_EQ(offered({"write", "--project", project, "Level", "=", ""}), Words{});
 }
 
-TEST_F(PanelCompletionTest, recipesOfTheProject)
+TEST_F(PanelCompletionTest, RecipesOfTheProject)
 {
     EXPECT_EQ(offered({"recipe", "show", "--project", project, "Lem"}), Words{"Lemonade"});
     EXPECT_EQ(offered({"recipe", "show", "--project", project, "a"}), Words{"a $(touch evil) b"});
 }
 
-TEST_F(PanelCompletionTest, files)
+TEST_F(PanelCompletionTest, Files)
 {
     EXPECT_EQ(offered({"check-project", project.substr(0, project.size() - 2)}), Words{project});
     EXPECT_EQ(offered({"read", "--project", project.substr(0, project.size() - 2)}), Words{project});
 }
 
-TEST_F(PanelCompletionTest, nothingOfAProjectThatIsBroken)
+TEST_F(PanelCompletionTest, NothingOfAProjectThatIsBroken)
 {
     const std::string broken = files.put("broken.toml", "[tags\n");
     EXPECT_EQ(offered({"watch", "--project", broken, ""}), Words{});

@@ -4,7 +4,7 @@
 
 class PanelEndCodeFlagsTest : public PanelTest {};
 
-TEST_F(PanelEndCodeFlagsTest, valuesOfAReadAreTaken)
+TEST_F(PanelEndCodeFlagsTest, ValuesOfAReadAreTaken)
 {
     start();
     ASSERT_EQ(tell("write DM:4 7 8"), "ok");
@@ -16,7 +16,7 @@ TEST_F(PanelEndCodeFlagsTest, valuesOfAReadAreTaken)
     }
 }
 
-TEST_F(PanelEndCodeFlagsTest, aWriteIsDone)
+TEST_F(PanelEndCodeFlagsTest, AWriteIsDone)
 {
     start({"--fault", "end-code=0040"});
     const PanelRun write = run("write", {"DM:4=7"});
@@ -25,7 +25,7 @@ TEST_F(PanelEndCodeFlagsTest, aWriteIsDone)
     EXPECT_EQ(tell("read DM:4"), "ok 7");
 }
 
-TEST_F(PanelEndCodeFlagsTest, theyDoNotHideARefusal)
+TEST_F(PanelEndCodeFlagsTest, TheyDoNotHideARefusal)
 {
     start({"--profile", "small", "--fault", "end-code=0040"});
     const PanelRun read = run("read", {"DM:2048"});
@@ -36,7 +36,7 @@ TEST_F(PanelEndCodeFlagsTest, theyDoNotHideARefusal)
 }
 
 // Bit 15 is a failure: nobody has carried the command out.
-TEST_F(PanelEndCodeFlagsTest, aRelayErrorIsARefusal)
+TEST_F(PanelEndCodeFlagsTest, ARelayErrorIsARefusal)
 {
     start({"--fault", "end-code=8000"});
     const PanelRun read = run("read", {"DM:4"});

@@ -36,7 +36,7 @@ INSTANTIATE_TEST_SUITE_P(Faults, PanelHarmlessFaultTest,
                              return name.substr(0, name.find('='));
                          });
 
-TEST_P(PanelHarmlessFaultTest, watchGoesOn)
+TEST_P(PanelHarmlessFaultTest, WatchGoesOn)
 {
     start();
     startWatch();
@@ -53,7 +53,7 @@ TEST_P(PanelHarmlessFaultTest, watchGoesOn)
     EXPECT_EQ(tell("stats").find("ok connections=1 "), 0u);
 }
 
-TEST_P(PanelHarmlessFaultTest, fromTheFirstRequestOn)
+TEST_P(PanelHarmlessFaultTest, FromTheFirstRequestOn)
 {
     start({"--fault", GetParam()});
     const PanelRun write = run("write", {"DM:0:2=1,2", "DM_bit:2.5=1", "C:1=4"});
@@ -104,7 +104,7 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Faults, PanelBreakingFaultTest, ::testing::ValuesIn(BREAKING_FAULTS),
                          [](const auto &row) { return std::string(row.param.name); });
 
-TEST_P(PanelBreakingFaultTest, linkIsLostAndComesBack)
+TEST_P(PanelBreakingFaultTest, LinkIsLostAndComesBack)
 {
     start({"--trace"});
     startWatch({"--timeout", timeout()});
@@ -121,7 +121,7 @@ TEST_P(PanelBreakingFaultTest, linkIsLostAndComesBack)
 }
 
 // A write that meets the fault ends in time, and what it says of the PLC is true.
-TEST_P(PanelBreakingFaultTest, writeWaitsForItsEnd)
+TEST_P(PanelBreakingFaultTest, WriteWaitsForItsEnd)
 {
     start({"--trace", "--fault", GetParam().fault});
     const auto write = startPanel(arguments("write", {"DM:0=7", "--timeout", timeout(), "--give-up", "30"}));
@@ -134,7 +134,7 @@ TEST_P(PanelBreakingFaultTest, writeWaitsForItsEnd)
 }
 
 // Refused connections: the link that is there stays; once it is cut, none comes until the fault is off.
-TEST_F(PanelFaultTest, refuse)
+TEST_F(PanelFaultTest, Refuse)
 {
     start();
     startWatch();
@@ -151,7 +151,7 @@ TEST_F(PanelFaultTest, refuse)
 }
 
 // A connection that is closed as soon as it is made.
-TEST_F(PanelFaultTest, refuseBehindTheDoor)
+TEST_F(PanelFaultTest, RefuseBehindTheDoor)
 {
     start();
     startWatch();
@@ -166,7 +166,7 @@ TEST_F(PanelFaultTest, refuseBehindTheDoor)
 }
 
 // Replies that come after their time: each request is sent again, and no reply is taken for another request's.
-TEST_F(PanelFaultTest, lateRepliesAreNotMixedUp)
+TEST_F(PanelFaultTest, LateRepliesAreNotMixedUp)
 {
     start();
     for (int i = 0; i < 4; ++i)
@@ -179,7 +179,7 @@ TEST_F(PanelFaultTest, lateRepliesAreNotMixedUp)
 }
 
 // Less than the limit of bad replies in a row does not drop the link.
-TEST_F(PanelFaultTest, retriesAreCountedInARow)
+TEST_F(PanelFaultTest, RetriesAreCountedInARow)
 {
     start({"--fault", "short@0.4", "--fault", "wrong-sid@0.4"});
     ASSERT_EQ(tell("write DM:0 1 2 3 4 5"), "ok");
@@ -191,7 +191,7 @@ TEST_F(PanelFaultTest, retriesAreCountedInARow)
     EXPECT_GT(std::stoi(stats.substr(stats.find("requests=") + 9)), 6) << stats;
 }
 
-TEST_F(PanelFaultTest, limitOfRetriesIsTheUsers)
+TEST_F(PanelFaultTest, LimitOfRetriesIsTheUsers)
 {
     start({"--fault", "wrong-sid"});
     const auto one = startPanel(arguments("read", {"DM:0", "--retries", "1"}));

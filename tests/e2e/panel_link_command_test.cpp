@@ -28,7 +28,7 @@ void expectProblem(const PanelRun &run, const std::string &problem)
         EXPECT_EQ(messages[i].find("  try: "), 0u) << messages[i];
 }
 
-TEST_F(LinkCommandTest, good_link)
+TEST_F(LinkCommandTest, GoodLink)
 {
     start();
     EXPECT_EQ(tell("write DM:0 4711"), "ok");
@@ -48,7 +48,7 @@ TEST_F(LinkCommandTest, good_link)
     EXPECT_EQ(linesOf(ended.out).back(), "result       a panel can work with this PLC");
 }
 
-TEST_F(LinkCommandTest, refused_reads)
+TEST_F(LinkCommandTest, RefusedReads)
 {
     start({"--fault", "end-code=1101"});
     const PanelRun ended = run("link", {});
@@ -60,7 +60,7 @@ TEST_F(LinkCommandTest, refused_reads)
     EXPECT_EQ(linesOf(ended.out).back(), "result       the PLC answers, but refuses 7 of 7 areas");
 }
 
-TEST_F(LinkCommandTest, port_closed)
+TEST_F(LinkCommandTest, PortClosed)
 {
     const HeldPort closed;
     expectProblem(runPanel({"link", closed.host()}),
@@ -68,13 +68,13 @@ TEST_F(LinkCommandTest, port_closed)
 }
 
 // There is no way for TCP to a broadcast address, that of the loopback network included.
-TEST_F(LinkCommandTest, host_unreachable)
+TEST_F(LinkCommandTest, HostUnreachable)
 {
     expectProblem(runPanel({"link", "127.255.255.255"}),
                   "there is no way to 127.255.255.255: Network is unreachable");
 }
 
-TEST_F(LinkCommandTest, host_unknown)
+TEST_F(LinkCommandTest, HostUnknown)
 {
     const PanelRun ended = runPanel({"link", "no-such-plc.invalid"});
     EXPECT_EQ(ended.code, 3);
@@ -83,14 +83,14 @@ TEST_F(LinkCommandTest, host_unknown)
     EXPECT_NE(ended.err.find("\n  try: "), std::string::npos) << ended.err;
 }
 
-TEST_F(LinkCommandTest, silence)
+TEST_F(LinkCommandTest, Silence)
 {
     start({"--fault", "silence"});
     expectProblem(run("link", {"--timeout", "100"}),
                   "the connection is made, but the node address request is not answered within 100 ms");
 }
 
-TEST_F(LinkCommandTest, silence_behind_the_handshake)
+TEST_F(LinkCommandTest, SilenceBehindTheHandshake)
 {
     PlayedPlc played;
     const std::unique_ptr<Process> panel = startPanel({"link", played.host(), "--timeout", "100"});
@@ -101,7 +101,7 @@ TEST_F(LinkCommandTest, silence_behind_the_handshake)
                   "the PLC gave a node address, then left requests without an answer within 100 ms");
 }
 
-TEST_F(LinkCommandTest, half_a_reply)
+TEST_F(LinkCommandTest, HalfAReply)
 {
     PlayedPlc played;
     const std::unique_ptr<Process> panel = startPanel({"link", played.host(), "--timeout", "100"});
@@ -114,7 +114,7 @@ TEST_F(LinkCommandTest, half_a_reply)
                   "time");
 }
 
-TEST_F(LinkCommandTest, closed_at_once)
+TEST_F(LinkCommandTest, ClosedAtOnce)
 {
     PlayedPlc played;
     const std::unique_ptr<Process> panel = startPanel({"link", played.host()});
@@ -124,7 +124,7 @@ TEST_F(LinkCommandTest, closed_at_once)
                   "the connection is closed again before a node address is given: the PLC closed the connection");
 }
 
-TEST_F(LinkCommandTest, another_protocol)
+TEST_F(LinkCommandTest, AnotherProtocol)
 {
     PlayedPlc played;
     const std::unique_ptr<Process> panel = startPanel({"link", played.host()});
@@ -137,7 +137,7 @@ TEST_F(LinkCommandTest, another_protocol)
                       + " does not speak FINS/TCP; it began with 48 54 54 50 'HTTP'");
 }
 
-TEST_F(LinkCommandTest, unusable_node_addresses)
+TEST_F(LinkCommandTest, UnusableNodeAddresses)
 {
     PlayedPlc played;
     const std::unique_ptr<Process> panel = startPanel({"link", played.host()});
@@ -152,7 +152,7 @@ TEST_F(LinkCommandTest, unusable_node_addresses)
 
 class LinkErrorTest : public ::testing::TestWithParam<std::pair<unsigned, const char *>> {};
 
-TEST_P(LinkErrorTest, is_said_in_words)
+TEST_P(LinkErrorTest, IsSaidInWords)
 {
     PlayedPlc played;
     const std::unique_ptr<Process> panel = startPanel({"link", played.host()});

@@ -4,7 +4,7 @@
 
 class PanelLinkTest : public PanelTest {};
 
-TEST_F(PanelLinkTest, cutInTheMiddleOfAWatch)
+TEST_F(PanelLinkTest, CutInTheMiddleOfAWatch)
 {
     start();
     ASSERT_EQ(tell("write DM:0 1 1"), "ok");
@@ -30,7 +30,7 @@ TEST_F(PanelLinkTest, cutInTheMiddleOfAWatch)
 }
 
 // A counter that never rests: over several cuts every line goes on where the one before ended.
-TEST_F(PanelLinkTest, linesGoOnOverCuts)
+TEST_F(PanelLinkTest, LinesGoOnOverCuts)
 {
     start({"--plant", "--plant-period", "3"});
     const auto panel = watch({"DM:4", "--interval", "1"});
@@ -51,7 +51,7 @@ TEST_F(PanelLinkTest, linesGoOnOverCuts)
     EXPECT_EQ(interrupt(*panel), 0);
 }
 
-TEST_F(PanelLinkTest, plcRestartsOnItsPort)
+TEST_F(PanelLinkTest, PlcRestartsOnItsPort)
 {
     start();
     ASSERT_EQ(tell("write DM:0 5"), "ok");
@@ -75,7 +75,7 @@ TEST_F(PanelLinkTest, plcRestartsOnItsPort)
 }
 
 // After a read was accepted the pauses start anew.
-TEST_F(PanelLinkTest, pausesGrowAndStartAnew)
+TEST_F(PanelLinkTest, PausesGrowAndStartAnew)
 {
     start({"--fault", "refuse"});
     const auto panel = watch({"DM:0", "--interval", "5"});
@@ -90,7 +90,7 @@ TEST_F(PanelLinkTest, pausesGrowAndStartAnew)
     EXPECT_EQ(interrupt(*panel), 0);
 }
 
-TEST_F(PanelLinkTest, allConnectionsInUse)
+TEST_F(PanelLinkTest, AllConnectionsInUse)
 {
     start({"--clients", "1"});
     auto other = std::make_unique<PlcClient>(port);
@@ -101,7 +101,7 @@ TEST_F(PanelLinkTest, allConnectionsInUse)
     EXPECT_EQ(panel->wait(), 0);
 }
 
-TEST_F(PanelLinkTest, otherNodeNumbers)
+TEST_F(PanelLinkTest, OtherNodeNumbers)
 {
     start({"--node", "254"});
     const PanelRun read = run("read", {"DM:0"});
@@ -251,7 +251,7 @@ INSTANTIATE_TEST_SUITE_P(Answers, PanelBadHandshakeTest, ::testing::ValuesIn(BAD
                          [](const auto &row) { return std::string(row.param.name); });
 
 // The panel hangs up, says why, and tries again: the value comes with the next good connection.
-TEST_P(PanelBadHandshakeTest, isGivenUp)
+TEST_P(PanelBadHandshakeTest, IsGivenUp)
 {
     startWatch();
     link = plc.accept();
@@ -272,7 +272,7 @@ INSTANTIATE_TEST_SUITE_P(Answers, PanelBadReplyTest, ::testing::ValuesIn(BAD_REP
                          [](const auto &row) { return std::string(row.param.name); });
 
 // No byte of a bad reply becomes a value.
-TEST_P(PanelBadReplyTest, isNoValue)
+TEST_P(PanelBadReplyTest, IsNoValue)
 {
     startWatch();
     link = plc.accept();
@@ -291,7 +291,7 @@ TEST_P(PanelBadReplyTest, isNoValue)
 }
 
 // Half-open: connections are made, but nobody is there.
-TEST(PanelHalfOpen, everyCommandEndsInTime)
+TEST(PanelHalfOpen, EveryCommandEndsInTime)
 {
     PlayedPlc plc;
     for (const Words &command : {Words{"read", "DM:0"}, Words{"write", "DM:0=1"}}) {
@@ -307,7 +307,7 @@ TEST(PanelHalfOpen, everyCommandEndsInTime)
 }
 
 // A peer that sends rubbish without end does not keep the panel busy: it hangs up.
-TEST(PanelGarbage, endlessStreamIsHungUpOn)
+TEST(PanelGarbage, EndlessStreamIsHungUpOn)
 {
     PlayedPlc plc;
     const auto panel = startPanel({"watch", plc.host(), "DM:0", "--timeout", "10000"});
@@ -330,7 +330,7 @@ TEST(PanelGarbage, endlessStreamIsHungUpOn)
 }
 
 // Complete frames without end, none of which answers.
-TEST(PanelGarbage, endlessFramesAreHungUpOn)
+TEST(PanelGarbage, EndlessFramesAreHungUpOn)
 {
     PlayedPlc plc;
     const auto panel = startPanel({"watch", plc.host(), "DM:0", "--timeout", "10000", "--retries", "2"});
@@ -353,7 +353,7 @@ TEST(PanelGarbage, endlessFramesAreHungUpOn)
 // ---- Segments ----------------------------------------------------------------------------------------------------
 
 // Two replies in one segment: the second one is not the reply to the next request.
-TEST(PanelSegments, leftOverBytesNeverReachTheNextRequest)
+TEST(PanelSegments, LeftOverBytesNeverReachTheNextRequest)
 {
     PlayedPlc plc;
     const auto panel = startPanel({"read", plc.host(), "DM:0", "DM:100"});
@@ -370,7 +370,7 @@ TEST(PanelSegments, leftOverBytesNeverReachTheNextRequest)
 }
 
 // The node addresses and the first bytes of the PLC may come in any pieces.
-TEST(PanelSegments, repliesInPieces)
+TEST(PanelSegments, RepliesInPieces)
 {
     PlayedPlc plc;
     const auto panel = startPanel({"read", plc.host(), "DM:0"});

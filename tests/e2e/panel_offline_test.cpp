@@ -4,7 +4,7 @@
 
 // The panel's commands that need no PLC, its driver library, and its command line.
 
-TEST(PanelTypes, listsTheTwelveTypes)
+TEST(PanelTypes, ListsTheTwelveTypes)
 {
     const PanelRun run = runPanel({"types"});
     EXPECT_EQ(run.code, 0);
@@ -26,7 +26,7 @@ TEST(PanelTypes, listsTheTwelveTypes)
     EXPECT_EQ(linesOf(run.out), expected);
 }
 
-TEST(PanelCheck, acceptsTheEndsOfEveryType)
+TEST(PanelCheck, AcceptsTheEndsOfEveryType)
 {
     const Words items = {"CIO:0",       "CIO:6143",        "WR:0",       "WR:511",         "HR:0",         "HR:1535",
                          "AR:0",        "AR:959",          "T:0",        "T:4095",         "C:0",          "C:4095",
@@ -40,7 +40,7 @@ TEST(PanelCheck, acceptsTheEndsOfEveryType)
     }
 }
 
-TEST(PanelCheck, showsCountsAndGoesOnBehindABadItem)
+TEST(PanelCheck, ShowsCountsAndGoesOnBehindABadItem)
 {
     const PanelRun run = runPanel({"check", "DM:100:2", "DM:32768", "CIO_bit:0.5:1", "WR:-1"});
     EXPECT_EQ(run.code, 2);
@@ -50,7 +50,7 @@ TEST(PanelCheck, showsCountsAndGoesOnBehindABadItem)
 }
 
 // Every kind of bad item is refused alike wherever items are named.
-TEST(PanelCheck, refusesBadItemsInOneLine)
+TEST(PanelCheck, RefusesBadItemsInOneLine)
 {
     const std::string malformed = ": the address is malformed; the range is ";
     const std::map<std::string, std::string> rows = {
@@ -80,7 +80,7 @@ TEST(PanelCheck, refusesBadItemsInOneLine)
         expectRefused({"check", item}, "fins_panel: '" + item + "'" + reason);
 }
 
-TEST(PanelCopies, countsOnWordByWordAndBitByBit)
+TEST(PanelCopies, CountsOnWordByWordAndBitByBit)
 {
     const PanelRun words = runPanel({"copies", "HR:10", "3"});
     EXPECT_EQ(words.code, 0);
@@ -92,7 +92,7 @@ TEST(PanelCopies, countsOnWordByWordAndBitByBit)
     EXPECT_EQ(runPanel({"copies", "DM:5", "1"}).out, "DM:5\n");
 }
 
-TEST(PanelCopies, limitsToTheLastAddressAndSaysSo)
+TEST(PanelCopies, LimitsToTheLastAddressAndSaysSo)
 {
     const PanelRun words = runPanel({"copies", "DM:32766", "4"});
     EXPECT_EQ(words.code, 0);
@@ -104,7 +104,7 @@ TEST(PanelCopies, limitsToTheLastAddressAndSaysSo)
     EXPECT_EQ(runPanel({"copies", "DM:32766", "2"}).err, "");
 }
 
-TEST(PanelCopies, limitsOfItsNumbers)
+TEST(PanelCopies, LimitsOfItsNumbers)
 {
     EXPECT_EQ(linesOf(runPanel({"copies", "DM:0", "100000"}).out).size(), 100000u);
     for (const Words &numbers : {Words{"100001"}, Words{"0"}, Words{"-1"}, Words{"x"}, Words{"2", "--step", "0"},
@@ -124,13 +124,13 @@ TEST(PanelCopies, limitsOfItsNumbers)
 
 // ---- The driver library ------------------------------------------------------------------------------------------
 
-TEST(PanelLibrary, isTheOneThatIsNamed)
+TEST(PanelLibrary, IsTheOneThatIsNamed)
 {
     EXPECT_EQ(runPanel({"--library", FINS_LIBRARY_PATH, "check", "DM:0"}).out, "DM:0 valid\n");
     EXPECT_EQ(runPanel({"check", "DM:0", "--library", FINS_LIBRARY_PATH}).out, "DM:0 valid\n");
 }
 
-TEST(PanelLibrary, missingFileIsNamed)
+TEST(PanelLibrary, MissingFileIsNamed)
 {
     const PanelRun run = runPanel({"--library", "/nowhere/driver.so", "types"});
     EXPECT_EQ(run.code, 2);
@@ -140,7 +140,7 @@ TEST(PanelLibrary, missingFileIsNamed)
     EXPECT_NE(run.err.find("; name the library with --library FILE\n"), std::string::npos) << run.err;
 }
 
-TEST(PanelLibrary, fileThatIsNoLibraryIsNamed)
+TEST(PanelLibrary, FileThatIsNoLibraryIsNamed)
 {
     const PanelRun run = runPanel({"--library", E2E_SOURCE_FILE, "types"});
     EXPECT_EQ(run.code, 2);
@@ -149,7 +149,7 @@ TEST(PanelLibrary, fileThatIsNoLibraryIsNamed)
 }
 
 // The library of the test has all functions but one.
-TEST(PanelLibrary, lackingFunctionIsNamed)
+TEST(PanelLibrary, LackingFunctionIsNamed)
 {
     for (const Words &command : {Words{"types"}, Words{"check", "DM:0"}, Words{"read", "127.0.0.1:1", "DM:0"}}) {
         Words arguments = {"--library", INCOMPLETE_LIBRARY};
@@ -161,7 +161,7 @@ TEST(PanelLibrary, lackingFunctionIsNamed)
 
 // ---- The command line --------------------------------------------------------------------------------------------
 
-TEST(PanelUsage, helpIsNoError)
+TEST(PanelUsage, HelpIsNoError)
 {
     for (const Words &command : {Words{"--help"}, Words{"watch", "--help"}, Words{"recipe", "read", "--help"}}) {
         const PanelRun run = runPanel(command);
@@ -171,7 +171,7 @@ TEST(PanelUsage, helpIsNoError)
     }
 }
 
-TEST(PanelUsage, versionIsThatOfTheBuild)
+TEST(PanelUsage, VersionIsThatOfTheBuild)
 {
     for (const Words &command : {Words{"--version"}, Words{"watch", "--version"}}) {
         const PanelRun run = runPanel(command);
@@ -182,14 +182,14 @@ TEST(PanelUsage, versionIsThatOfTheBuild)
 }
 
 // The completion of the shell takes its words from lines of this form.
-TEST(PanelUsage, helpNamesTheVersionOption)
+TEST(PanelUsage, HelpNamesTheVersionOption)
 {
     EXPECT_NE(runPanel({"--help"}).out.find("\n  --version "), std::string::npos);
     EXPECT_NE(runPanel({"--help-all"}).out.find("\n  --version "), std::string::npos);
 }
 
 // What is wrong stands in one line on stderr, with the name of the culprit.
-TEST(PanelUsage, badCommandLines)
+TEST(PanelUsage, BadCommandLines)
 {
     const struct {
         Words       arguments;
@@ -237,7 +237,7 @@ TEST(PanelUsage, badCommandLines)
     }
 }
 
-TEST(PanelUsage, badHosts)
+TEST(PanelUsage, BadHosts)
 {
     const std::string ports = "' is not a host; write HOST or HOST:PORT with a port from 1 to 65535";
     for (const char *host : {"127.0.0.1:0", "127.0.0.1:65536", "127.0.0.1:x", "127.0.0.1:", ":9600", "", "[::1]9600"})
@@ -246,7 +246,7 @@ TEST(PanelUsage, badHosts)
                   "fins_panel: '[::1' is not a host; write [ADDRESS]:PORT for an IPv6 address");
 }
 
-TEST(PanelUsage, fullOutputIsAnError)
+TEST(PanelUsage, FullOutputIsAnError)
 {
     Process panel({"/bin/sh", "-c", "exec \"$0\" types > /dev/full", FINS_PANEL_PATH});
     EXPECT_EQ(panel.wait(), 1);

@@ -21,7 +21,7 @@ protected:
     PanelFiles files;
 };
 
-TEST_F(PanelProjectTest, tagsAreReadAndWritten)
+TEST_F(PanelProjectTest, TagsAreReadAndWritten)
 {
     start();
     const std::string file = project();
@@ -37,7 +37,7 @@ TEST_F(PanelProjectTest, tagsAreReadAndWritten)
     EXPECT_EQ(runPanel({"check", "--project", file, "Level", "Sum/hex"}).out, "Level valid\nSum/hex valid\n");
 }
 
-TEST_F(PanelProjectTest, namesInWatch)
+TEST_F(PanelProjectTest, NamesInWatch)
 {
     start();
     ASSERT_EQ(tell("write DM:0 503"), "ok");
@@ -48,7 +48,7 @@ TEST_F(PanelProjectTest, namesInWatch)
     EXPECT_EQ(interrupt(*panel), 0);
 }
 
-TEST_F(PanelProjectTest, anotherPlcThanTheProjects)
+TEST_F(PanelProjectTest, AnotherPlcThanTheProjects)
 {
     start();
     const std::string file = files.put("other.toml", "[connection]\nhost = \"192.0.2.1\"\n"
@@ -61,7 +61,7 @@ TEST_F(PanelProjectTest, anotherPlcThanTheProjects)
     expectRefused({"read", "--project", file}, "fins_panel: items is required; see fins_panel --help");
 }
 
-TEST_F(PanelProjectTest, settingsCountUnlessTheirOptionIsGiven)
+TEST_F(PanelProjectTest, SettingsCountUnlessTheirOptionIsGiven)
 {
     start({"--trace"});
     const std::string file = project("[driver]\nwords_per_frame = 2\n");
@@ -75,7 +75,7 @@ TEST_F(PanelProjectTest, settingsCountUnlessTheirOptionIsGiven)
     EXPECT_EQ(commandOf(received.at(2)[1]), plainHex("0101 82 0014 00 0004"));
 }
 
-TEST_F(PanelProjectTest, unknownNamesAreRefused)
+TEST_F(PanelProjectTest, UnknownNamesAreRefused)
 {
     start();
     const std::string file = project();
@@ -88,7 +88,7 @@ TEST_F(PanelProjectTest, unknownNamesAreRefused)
 }
 
 // Whatever way the value takes, nothing is sent.
-TEST_F(PanelProjectTest, limitsAndRightsOfTags)
+TEST_F(PanelProjectTest, LimitsAndRightsOfTags)
 {
     start();
     const std::string file = files.put(
@@ -108,7 +108,7 @@ TEST_F(PanelProjectTest, limitsAndRightsOfTags)
     EXPECT_EQ(runPanel({"read", "--project", file, "Level"}).out, "Level = 0\n");
 }
 
-TEST(PanelCheckProjectTest, aValidProject)
+TEST(PanelCheckProjectTest, AValidProject)
 {
     const PanelFiles files;
     const std::string file = files.put("p.toml", "tags = \"tags.csv\"\n[recipes.A.values]\nLevel = 5\n");
@@ -119,7 +119,7 @@ TEST(PanelCheckProjectTest, aValidProject)
     EXPECT_EQ(check.err, "");
 }
 
-TEST(PanelCheckProjectTest, everyErrorWithItsPlace)
+TEST(PanelCheckProjectTest, EveryErrorWithItsPlace)
 {
     const PanelFiles files;
     const std::string csv  = files.path("tags.csv");
@@ -143,7 +143,7 @@ TEST(PanelCheckProjectTest, everyErrorWithItsPlace)
                                           "fins_panel check-project " + file + ")");
 }
 
-TEST(PanelCheckProjectTest, aModeChangeIsAllowedOrNot)
+TEST(PanelCheckProjectTest, AModeChangeIsAllowedOrNot)
 {
     const PanelFiles files;
     for (const char *value : {"true", "false"}) {
@@ -158,7 +158,7 @@ TEST(PanelCheckProjectTest, aModeChangeIsAllowedOrNot)
     }
 }
 
-TEST(PanelCheckProjectTest, filesThatAreNone)
+TEST(PanelCheckProjectTest, FilesThatAreNone)
 {
     const PanelFiles files;
     const std::string none = files.path("none.toml");
@@ -171,7 +171,7 @@ TEST(PanelCheckProjectTest, filesThatAreNone)
     EXPECT_EQ(linesOf(check.err).size(), 1u);
 }
 
-TEST(PanelImportTagsTest, csvBecomesToml)
+TEST(PanelImportTagsTest, CsvBecomesToml)
 {
     const PanelFiles files;
     const std::string csv = files.put("tags.csv", "name,type,address,data,scale,unit,comment\r\n"
@@ -196,7 +196,7 @@ TEST(PanelImportTagsTest, csvBecomesToml)
 }
 
 // Each is refused in one line, whatever it would take to read it.
-TEST(PanelImportTagsTest, filesThatNeverEnd)
+TEST(PanelImportTagsTest, FilesThatNeverEnd)
 {
     const PanelFiles files;
     for (const char *command : {"import-tags", "check-project"})
@@ -212,7 +212,7 @@ TEST(PanelImportTagsTest, filesThatNeverEnd)
                                ":1:65: the header has more than 64 columns; name each that is needed once\n");
 }
 
-TEST(PanelImportTagsTest, everyErrorWithItsLine)
+TEST(PanelImportTagsTest, EveryErrorWithItsLine)
 {
     const PanelFiles files;
     const std::string csv = files.put("tags.csv", "name,type,address\nA,DM,x\nB,DM\nA b,DM,1\n");

@@ -6,7 +6,7 @@
 
 class PanelReadTest : public PanelTest {};
 
-TEST_F(PanelReadTest, endsOfEveryType)
+TEST_F(PanelReadTest, EndsOfEveryType)
 {
     start();
     const struct {
@@ -31,7 +31,7 @@ TEST_F(PanelReadTest, endsOfEveryType)
     EXPECT_EQ(read.err, connectedLine());
 }
 
-TEST_F(PanelReadTest, valuesAreUnsigned)
+TEST_F(PanelReadTest, ValuesAreUnsigned)
 {
     start();
     ASSERT_EQ(tell("write DM:0 471 0 4 500 447 65535 32768 256"), "ok");
@@ -40,7 +40,7 @@ TEST_F(PanelReadTest, valuesAreUnsigned)
     EXPECT_EQ(run("read", {"DM_bit:0.0:9", "DM_bit:7.8"}).out, "DM_bit:0.0:9 = 1 1 1 0 1 0 1 1 1\nDM_bit:7.8 = 1\n");
 }
 
-TEST_F(PanelReadTest, overlappingItemsAndRepeatedItems)
+TEST_F(PanelReadTest, OverlappingItemsAndRepeatedItems)
 {
     start();
     ASSERT_EQ(tell("write DM:10 1 2 3 4 5 6 7 8"), "ok");
@@ -48,7 +48,7 @@ TEST_F(PanelReadTest, overlappingItemsAndRepeatedItems)
               "DM:10:8 = 1 2 3 4 5 6 7 8\nDM:12:2 = 3 4\nDM_bit:13.2 = 1\nDM:12:2 = 3 4\nDM:17 = 8\n");
 }
 
-TEST_F(PanelReadTest, framesOnTheWire)
+TEST_F(PanelReadTest, FramesOnTheWire)
 {
     start({"--trace"});
     EXPECT_EQ(run("read", {"DM:100:10"}).code, 0);
@@ -64,7 +64,7 @@ TEST_F(PanelReadTest, framesOnTheWire)
     EXPECT_EQ(endAndCollect(), expected);
 }
 
-TEST_F(PanelReadTest, longItemsComeInSeveralFrames)
+TEST_F(PanelReadTest, LongItemsComeInSeveralFrames)
 {
     start({"--trace"});
     ASSERT_EQ(tell("write DM:0 1 2 3 4 5"), "ok");
@@ -79,7 +79,7 @@ TEST_F(PanelReadTest, longItemsComeInSeveralFrames)
     EXPECT_EQ(commandOf(frames[3]), plainHex("0101 82 0000 00 0002"));
 }
 
-TEST_F(PanelReadTest, aHundredThousandBitsAndAllWords)
+TEST_F(PanelReadTest, AHundredThousandBitsAndAllWords)
 {
     start();
     ASSERT_EQ(tell("write DM_bit:6249.15 1"), "ok");
@@ -93,7 +93,7 @@ TEST_F(PanelReadTest, aHundredThousandBitsAndAllWords)
     EXPECT_EQ(words.out.substr(words.out.size() - 5), " 0 7\n");
 }
 
-TEST_F(PanelReadTest, theLongestFrame)
+TEST_F(PanelReadTest, TheLongestFrame)
 {
     start();
     ASSERT_EQ(tell("write DM:998 5"), "ok");
@@ -103,7 +103,7 @@ TEST_F(PanelReadTest, theLongestFrame)
     EXPECT_EQ(tell("stats"), "ok connections=1 requests=2 replies=2");
 }
 
-TEST_F(PanelReadTest, traceShowsBothDirections)
+TEST_F(PanelReadTest, TraceShowsBothDirections)
 {
     start();
     ASSERT_EQ(tell("write DM:0 258"), "ok");
@@ -117,7 +117,7 @@ TEST_F(PanelReadTest, traceShowsBothDirections)
     EXPECT_EQ(linesOf(read.err), expected);
 }
 
-TEST_F(PanelReadTest, beyondTheRangeNothingIsSent)
+TEST_F(PanelReadTest, BeyondTheRangeNothingIsSent)
 {
     start();
     expectRefused(arguments("read", {"DM:32768"}),
@@ -133,7 +133,7 @@ TEST_F(PanelReadTest, beyondTheRangeNothingIsSent)
     EXPECT_EQ(tell("read DM:0"), "ok 0");
 }
 
-TEST_F(PanelReadTest, refusedReadIsSaidOnceAndEndsWith1)
+TEST_F(PanelReadTest, RefusedReadIsSaidOnceAndEndsWith1)
 {
     start({"--fault", "end-code=1103"});
     const PanelRun read = run("read", {"DM:4:2"});
@@ -144,7 +144,7 @@ TEST_F(PanelReadTest, refusedReadIsSaidOnceAndEndsWith1)
 }
 
 // Of two items one is refused: the other one's value is still shown.
-TEST(PanelRead, oneRefusedItemOfTwo)
+TEST(PanelRead, OneRefusedItemOfTwo)
 {
     PlayedPlc plc;
     const auto panel = startPanel({"read", plc.host(), "DM:0", "HR:0"});
@@ -160,7 +160,7 @@ TEST(PanelRead, oneRefusedItemOfTwo)
               std::string::npos) << panel->errors();
 }
 
-TEST_F(PanelReadTest, namesAreResolved)
+TEST_F(PanelReadTest, NamesAreResolved)
 {
     addrinfo wanted = {};
     wanted.ai_family = AF_INET;
@@ -173,7 +173,7 @@ TEST_F(PanelReadTest, namesAreResolved)
     EXPECT_EQ(runPanel({"read", "localhost:" + std::to_string(port), "DM:0"}).out, "DM:0 = 3\n");
 }
 
-TEST(PanelRead, nameThatDoesNotResolve)
+TEST(PanelRead, NameThatDoesNotResolve)
 {
     const PanelRun run = runPanel({"read", "no..such..host", "DM:0", "--give-up", "0.1"});
     EXPECT_EQ(run.code, 3);
@@ -188,7 +188,7 @@ TEST(PanelRead, nameThatDoesNotResolve)
                                              + reason.substr(0, reason.find(", retrying"))));
 }
 
-TEST_F(PanelReadTest, plcThatIsNotThere)
+TEST_F(PanelReadTest, PlcThatIsNotThere)
 {
     start({"--fault", "refuse"});
     for (const Words &command : {Words{"read", "DM:0"}, Words{"write", "DM:0=1"}}) {
@@ -197,7 +197,7 @@ TEST_F(PanelReadTest, plcThatIsNotThere)
     }
 }
 
-TEST_F(PanelReadTest, waitsForThePlc)
+TEST_F(PanelReadTest, WaitsForThePlc)
 {
     start({"--fault", "refuse"});
     const auto panel = startPanel(arguments("read", {"DM:0", "--give-up", "10"}));
@@ -207,7 +207,7 @@ TEST_F(PanelReadTest, waitsForThePlc)
     EXPECT_EQ(panel->wait(), 0);
 }
 
-TEST_F(PanelReadTest, interruptedReadIsNotDone)
+TEST_F(PanelReadTest, InterruptedReadIsNotDone)
 {
     start({"--fault", "silence"});
     for (const int number : {SIGINT, SIGTERM}) {
@@ -222,7 +222,7 @@ TEST_F(PanelReadTest, interruptedReadIsNotDone)
 }
 
 // Any station number is one of the panel only: the frames are the same.
-TEST_F(PanelReadTest, stationIsThePanelsOwnMatter)
+TEST_F(PanelReadTest, StationIsThePanelsOwnMatter)
 {
     start();
     ASSERT_EQ(tell("write DM:0 3"), "ok");

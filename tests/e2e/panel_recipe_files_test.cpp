@@ -22,7 +22,7 @@ protected:
     PanelFiles files;
 };
 
-TEST_F(PanelRecipeFilesTest, listAndShow)
+TEST_F(PanelRecipeFilesTest, ListAndShow)
 {
     start();
     const std::string file = project();
@@ -50,7 +50,7 @@ TEST_F(PanelRecipeFilesTest, listAndShow)
     EXPECT_EQ(tell("stats"), "ok connections=0 requests=0 replies=0");
 }
 
-TEST_F(PanelRecipeFilesTest, writeAndCompareByName)
+TEST_F(PanelRecipeFilesTest, WriteAndCompareByName)
 {
     start();
     const std::string file = project();
@@ -83,7 +83,7 @@ TEST_F(PanelRecipeFilesTest, writeAndCompareByName)
                       "; give another one with --host");
 }
 
-TEST_F(PanelRecipeFilesTest, readIntoEveryForm)
+TEST_F(PanelRecipeFilesTest, ReadIntoEveryForm)
 {
     start();
     const std::string file = project();
@@ -100,7 +100,7 @@ TEST_F(PanelRecipeFilesTest, readIntoEveryForm)
     EXPECT_EQ(runPanel({"recipe", "compare", csv, "--project", file}).code, 0);
 }
 
-TEST_F(PanelRecipeFilesTest, theFilesThatAreReadAreNotReplaced)
+TEST_F(PanelRecipeFilesTest, TheFilesThatAreReadAreNotReplaced)
 {
     start();
     const std::string file = project();
@@ -115,7 +115,7 @@ TEST_F(PanelRecipeFilesTest, theFilesThatAreReadAreNotReplaced)
     EXPECT_EQ(files.content("r.txt"), "Level\n");
 }
 
-TEST_F(PanelRecipeFilesTest, filesWithoutAProject)
+TEST_F(PanelRecipeFilesTest, FilesWithoutAProject)
 {
     start();
     const std::string toml = files.put("r.toml", "[values]\n\"DM:0/f32\" = 1.5\n");
@@ -132,7 +132,7 @@ TEST_F(PanelRecipeFilesTest, filesWithoutAProject)
                   "fins_panel: " + files.path("none.toml") + ": 'DM:0' has no value; give it one");
 }
 
-TEST_F(PanelRecipeFilesTest, dryRunShowsTheBlocks)
+TEST_F(PanelRecipeFilesTest, DryRunShowsTheBlocks)
 {
     start();
     const PanelRun dry = runPanel({"recipe", "write", "Sweet", "--project", project(), "--dry-run"});
@@ -171,7 +171,7 @@ static PanelRun writeInVain(const std::string &project, const Words &more)
     return {code, panel->output(), withoutHints(panel->errors())};
 }
 
-TEST_F(PanelRecipeFilesTest, differencesAfterAWrite)
+TEST_F(PanelRecipeFilesTest, DifferencesAfterAWrite)
 {
     start();
     const std::string file = project();
@@ -192,7 +192,7 @@ TEST_F(PanelRecipeFilesTest, differencesAfterAWrite)
 }
 
 // No bar where standard error is no terminal.
-TEST_F(PanelRecipeFilesTest, longTransfersSayNothingOnAPipe)
+TEST_F(PanelRecipeFilesTest, LongTransfersSayNothingOnAPipe)
 {
     start();
     std::string values;
@@ -208,7 +208,7 @@ TEST_F(PanelRecipeFilesTest, longTransfersSayNothingOnAPipe)
 // ---- A link that goes during a write and does not come back ------------------------------------------------------
 
 // The first of two blocks is acknowledged, the second is not.
-TEST(PanelRecipeLossTest, saysWhatIsAcknowledged)
+TEST(PanelRecipeLossTest, SaysWhatIsAcknowledged)
 {
     const PanelFiles files;
     PlayedPlc played;

@@ -32,7 +32,7 @@ protected:
     PanelFiles files;
 };
 
-TEST_F(PanelRecipeTest, writeReadsBack)
+TEST_F(PanelRecipeTest, WriteReadsBack)
 {
     start();
     writeRecipe("DM:0:5 = 471 0 4 500 447\n");
@@ -43,7 +43,7 @@ TEST_F(PanelRecipeTest, writeReadsBack)
     EXPECT_EQ(tell("read DM:0:6"), "ok 471 0 4 500 447 0");
 }
 
-TEST_F(PanelRecipeTest, commentsEmptyLinesAndLineEnds)
+TEST_F(PanelRecipeTest, CommentsEmptyLinesAndLineEnds)
 {
     start();
     writeRecipe("# a recipe\r\n\r\n  DM:0:3 = 1 0x10 -1 # three\r\n\t\nHR:5=7\n   # the end");
@@ -55,7 +55,7 @@ TEST_F(PanelRecipeTest, commentsEmptyLinesAndLineEnds)
 }
 
 // Unsorted lines with gaps: the transfer goes by addresses, the answer by lines. Neighbours share a frame.
-TEST_F(PanelRecipeTest, unsortedLinesWithGaps)
+TEST_F(PanelRecipeTest, UnsortedLinesWithGaps)
 {
     start({"--trace"});
     ASSERT_EQ(tell("write DM:99 9 9 9 9 9 9 9 9"), "ok");
@@ -77,7 +77,7 @@ TEST_F(PanelRecipeTest, unsortedLinesWithGaps)
     EXPECT_NE(std::find(writes.begin(), writes.end(), plainHex("0102 82 0068 00 0001 0005")), writes.end());
 }
 
-TEST_F(PanelRecipeTest, severalBlocks)
+TEST_F(PanelRecipeTest, SeveralBlocks)
 {
     start({"--trace"});
     writeRecipe("DM:10:7 = 1 2 3 4 5 6 7\n");
@@ -92,7 +92,7 @@ TEST_F(PanelRecipeTest, severalBlocks)
     EXPECT_EQ(writesOf(endAndCollect()[1]), expected);
 }
 
-TEST_F(PanelRecipeTest, thousandWords)
+TEST_F(PanelRecipeTest, ThousandWords)
 {
     start();
     std::string line = "DM:1000:1000 =";
@@ -105,7 +105,7 @@ TEST_F(PanelRecipeTest, thousandWords)
     EXPECT_EQ(tell("read DM:1999:2"), "ok 64536 0");
 }
 
-TEST_F(PanelRecipeTest, readNeedsNoValues)
+TEST_F(PanelRecipeTest, ReadNeedsNoValues)
 {
     start();
     ASSERT_EQ(tell("write DM:100 1 2 3 4 5"), "ok");
@@ -118,7 +118,7 @@ TEST_F(PanelRecipeTest, readNeedsNoValues)
 }
 
 // What was read can be written again.
-TEST_F(PanelRecipeTest, outputIsARecipe)
+TEST_F(PanelRecipeTest, OutputIsARecipe)
 {
     start();
     ASSERT_EQ(tell("write DM:100 1 2 3"), "ok");
@@ -132,7 +132,7 @@ TEST_F(PanelRecipeTest, outputIsARecipe)
     EXPECT_EQ(tell("read DM:100:3"), "ok 1 2 3");
 }
 
-TEST_F(PanelRecipeTest, outputThatCannotBeWritten)
+TEST_F(PanelRecipeTest, OutputThatCannotBeWritten)
 {
     start();
     writeRecipe("DM:100:3\n");
@@ -142,7 +142,7 @@ TEST_F(PanelRecipeTest, outputThatCannotBeWritten)
     EXPECT_EQ(linesOf(read.err).back(), "fins_panel: " + files.path() + "none/output.txt: cannot be written: No such file or directory");
 }
 
-TEST_F(PanelRecipeTest, fileThatCannotBeRead)
+TEST_F(PanelRecipeTest, FileThatCannotBeRead)
 {
     start();
     for (const char *command : {"recipe read", "recipe write"}) {
@@ -153,7 +153,7 @@ TEST_F(PanelRecipeTest, fileThatCannotBeRead)
     EXPECT_EQ(tell("stats"), "ok connections=0 requests=0 replies=0");
 }
 
-TEST_F(PanelRecipeTest, badLinesAreNamed)
+TEST_F(PanelRecipeTest, BadLinesAreNamed)
 {
     start();
     const std::string noItem = " is not an item; write TYPE:ADDRESS or TYPE:ADDRESS:COUNT, such as DM:100:2";
@@ -182,7 +182,7 @@ TEST_F(PanelRecipeTest, badLinesAreNamed)
     EXPECT_EQ(tell("stats"), "ok connections=0 requests=0 replies=0");
 }
 
-TEST_F(PanelRecipeTest, everyWordOfThePlc)
+TEST_F(PanelRecipeTest, EveryWordOfThePlc)
 {
     start();
     writeRecipe("DM:0:32768\nCIO:0:6144\nHR:0:1536\nWR:0:512\nAR:0:960\nT:0:4096\nC:0:4096\n");
@@ -193,7 +193,7 @@ TEST_F(PanelRecipeTest, everyWordOfThePlc)
     EXPECT_EQ(lines[0].size(), std::string("DM:0:32768 =").size() + 2 * 32768);
 }
 
-TEST_F(PanelRecipeTest, refusedBlock)
+TEST_F(PanelRecipeTest, RefusedBlock)
 {
     start({"--fault", "end-code=1104"});
     writeRecipe("DM:100:2 = 1 2\n");
@@ -207,7 +207,7 @@ TEST_F(PanelRecipeTest, refusedBlock)
 }
 
 // The small profile's DM ends at 2047.
-TEST_F(PanelRecipeTest, whatIsNotRefusedIsRead)
+TEST_F(PanelRecipeTest, WhatIsNotRefusedIsRead)
 {
     start({"--profile", "small"});
     ASSERT_EQ(tell("write DM:2040 1 2"), "ok");
@@ -230,7 +230,7 @@ TEST_F(PanelRecipeTest, whatIsNotRefusedIsRead)
 }
 
 // The word by which the link is proved.
-TEST_F(PanelRecipeTest, theFirstWordIsRefused)
+TEST_F(PanelRecipeTest, TheFirstWordIsRefused)
 {
     start({"--profile", "small"});
     ASSERT_EQ(tell("write DM:0 7"), "ok");
@@ -242,7 +242,7 @@ TEST_F(PanelRecipeTest, theFirstWordIsRefused)
                                           "refused (1 of 2 variables): CIO:290\n");
 }
 
-TEST_F(PanelRecipeTest, refusedWriteShowsWhatThePlcHolds)
+TEST_F(PanelRecipeTest, RefusedWriteShowsWhatThePlcHolds)
 {
     start({"--refuse-writes-in-run=2102"});
     ASSERT_EQ(tell("write DM:100 8"), "ok");
@@ -254,7 +254,7 @@ TEST_F(PanelRecipeTest, refusedWriteShowsWhatThePlcHolds)
               connectedLine() + "refused: DM:100:2: 2102 (the area is protected against writing)\n");
 }
 
-TEST_F(PanelRecipeTest, withoutAPlc)
+TEST_F(PanelRecipeTest, WithoutAPlc)
 {
     start({"--fault", "refuse"});
     writeRecipe("DM:100:2 = 1 2\n");
@@ -297,7 +297,7 @@ protected:
 };
 
 // The second block's write is lost: nothing is written again, and the values are read back.
-TEST_F(PanelRecipeCutTest, writeIsReadBackAndDiffers)
+TEST_F(PanelRecipeCutTest, WriteIsReadBackAndDiffers)
 {
     begin("write");
     expect("0102 82 0000 00 0002 0001 0002", "0102 0000");
@@ -314,7 +314,7 @@ TEST_F(PanelRecipeCutTest, writeIsReadBackAndDiffers)
     EXPECT_EQ(lines[4], "unconfirmed: DM:0:4: the PLC holds 1 2 0 9 so far; the write may still arrive");
 }
 
-TEST_F(PanelRecipeCutTest, writeIsReadBackAndAgrees)
+TEST_F(PanelRecipeCutTest, WriteIsReadBackAndAgrees)
 {
     begin("write");
     expect("0102 82 0000 00 0002 0001 0002", "0102 0000");
@@ -327,7 +327,7 @@ TEST_F(PanelRecipeCutTest, writeIsReadBackAndAgrees)
 }
 
 // A read begins anew, with all of its blocks.
-TEST_F(PanelRecipeCutTest, readBeginsAnew)
+TEST_F(PanelRecipeCutTest, ReadBeginsAnew)
 {
     begin("read");
     expect("0101 82 0000 00 0002", "0101 0000 0001 0002");

@@ -29,7 +29,7 @@ protected:
     void startSmall() { start({"--profile", "small"}); }
 };
 
-TEST_F(PanelRefusedTest, allOthersGoOnOnTheSameLink)
+TEST_F(PanelRefusedTest, AllOthersGoOnOnTheSameLink)
 {
     startSmall();
     const auto panel = watch({"CIO:0", "DM:0", "HR:100", "--interval", "1", "--json", "--retry-refused", "0.03"});
@@ -50,7 +50,7 @@ TEST_F(PanelRefusedTest, allOthersGoOnOnTheSameLink)
     EXPECT_EQ(tell("stats").find("ok connections=1 "), 0u);
 }
 
-TEST_F(PanelRefusedTest, theRemedyIsSaidOnceToo)
+TEST_F(PanelRefusedTest, TheRemedyIsSaidOnceToo)
 {
     startSmall();
     const auto panel = watch({"DM:0", "HR:100", "--interval", "1", "--retry-refused", "0.03"});
@@ -63,7 +63,7 @@ TEST_F(PanelRefusedTest, theRemedyIsSaidOnceToo)
 }
 
 // A value that was never received ends the watch with 1, as any refusal does.
-TEST_F(PanelRefusedTest, watchEndsWith1)
+TEST_F(PanelRefusedTest, WatchEndsWith1)
 {
     startSmall();
     const PanelRun ended = run("watch", {"DM:0", "HR:100", "--for", "0.5", "--interval", "1"});
@@ -72,7 +72,7 @@ TEST_F(PanelRefusedTest, watchEndsWith1)
     EXPECT_EQ(ended.err, connectedLine() + REFUSED_HR + "\n");
 }
 
-TEST_F(PanelRefusedTest, readShowsAllOthersAndEndsWith1)
+TEST_F(PanelRefusedTest, ReadShowsAllOthersAndEndsWith1)
 {
     startSmall();
     ASSERT_EQ(tell("write DM:7 4711"), "ok");
@@ -89,7 +89,7 @@ TEST_F(PanelRefusedTest, readShowsAllOthersAndEndsWith1)
 }
 
 // The refused block has its turn before the first write.
-TEST_F(PanelRefusedTest, writeReadsAllOthersBackAndEndsWith1)
+TEST_F(PanelRefusedTest, WriteReadsAllOthersBackAndEndsWith1)
 {
     startSmall();
     const PanelRun ended = run("write", {"HR:0=5", "DM:5000=6"});
@@ -102,7 +102,7 @@ TEST_F(PanelRefusedTest, writeReadsAllOthersBackAndEndsWith1)
 }
 
 // Nothing is left to poll: the link stays, and everything comes back.
-TEST_F(PanelRefusedTest, everythingRefused)
+TEST_F(PanelRefusedTest, EverythingRefused)
 {
     start();
     const auto panel = watch({"DM:0", "CIO:0", "--interval", "1", "--json", "--retry-refused", "0.05"});
@@ -127,7 +127,7 @@ TEST_F(PanelRefusedTest, everythingRefused)
 }
 
 // A PLC that is busy is asked again at once, as after a missing reply.
-TEST_F(PanelRefusedTest, aBusyPlcLeavesNothingOut)
+TEST_F(PanelRefusedTest, ABusyPlcLeavesNothingOut)
 {
     start();
     const auto panel = watch({"DM:0", "--interval", "1", "--json", "--retries", "3"});
@@ -145,7 +145,7 @@ TEST_F(PanelRefusedTest, aBusyPlcLeavesNothingOut)
 // ---- Blocks of which only a part is refused; the small profile's DM ends at 2047 ----------------------------------
 
 // Items that the driver reads in one request.
-TEST_F(PanelRefusedTest, neighboursAreRead)
+TEST_F(PanelRefusedTest, NeighboursAreRead)
 {
     startSmall();
     ASSERT_EQ(tell("write DM:2040 7"), "ok");
@@ -158,7 +158,7 @@ TEST_F(PanelRefusedTest, neighboursAreRead)
 }
 
 // The node addresses, the block of 64 words, and two requests for each of six halvings.
-TEST_F(PanelRefusedTest, oneWordOf64IsFoundWithTwelveRequestsMore)
+TEST_F(PanelRefusedTest, OneWordOf64IsFoundWithTwelveRequestsMore)
 {
     startSmall();
     ASSERT_EQ(tell("write DM:2047 9"), "ok");
@@ -174,7 +174,7 @@ TEST_F(PanelRefusedTest, oneWordOf64IsFoundWithTwelveRequestsMore)
     EXPECT_EQ(tell("stats").find("ok connections=1 requests=14 "), 0u) << tell("stats");
 }
 
-TEST_F(PanelRefusedTest, aValueWithARefusedWordIsRefused)
+TEST_F(PanelRefusedTest, AValueWithARefusedWordIsRefused)
 {
     startSmall();
     ASSERT_EQ(tell("write DM:2045 1 2 3"), "ok");
@@ -185,7 +185,7 @@ TEST_F(PanelRefusedTest, aValueWithARefusedWordIsRefused)
               connectedLine() + "the PLC refuses to read DM:2048: 1103 (the first address is out of range)\n");
 }
 
-TEST_F(PanelRefusedTest, wordsThatTouchAreSaidOnce)
+TEST_F(PanelRefusedTest, WordsThatTouchAreSaidOnce)
 {
     startSmall();
     const auto panel = watch({"DM:2046:5", "--interval", "1", "--json"});
@@ -209,7 +209,7 @@ TEST_F(PanelRefusedTest, wordsThatTouchAreSaidOnce)
 }
 
 // What is written while the poll takes turns is shown as any other change.
-TEST_F(PanelRefusedTest, aWriteDuringTheSearchIsShown)
+TEST_F(PanelRefusedTest, AWriteDuringTheSearchIsShown)
 {
     startSmall();
     const auto panel = watch({"DM:2020", "DM:2030", "DM:2040", "DM:2050", "--interval", "1", "--write", "DM:2030=6",
@@ -248,7 +248,7 @@ protected:
     std::unique_ptr<PlayedLink> link;
 };
 
-TEST_F(PanelPlayedRefusalTest, aBlockThatIsMendedComesBack)
+TEST_F(PanelPlayedRefusalTest, ABlockThatIsMendedComesBack)
 {
     startWatch({"DM:0", "HR:0", "--retry-refused", "0.05"});
     for (int i = 0; i < 3; ++i) {
@@ -274,7 +274,7 @@ TEST_F(PanelPlayedRefusalTest, aBlockThatIsMendedComesBack)
 }
 
 // Without a refusal in between nothing but the other block is asked for.
-TEST_F(PanelPlayedRefusalTest, aRefusedBlockIsNotAskedForBeforeItsTime)
+TEST_F(PanelPlayedRefusalTest, ARefusedBlockIsNotAskedForBeforeItsTime)
 {
     startWatch({"DM:0", "HR:0", "--retry-refused", "3600"});
     ASSERT_EQ(nextBesidesDm(), plainHex("0101 B2 0000 00 0001"));
@@ -287,7 +287,7 @@ TEST_F(PanelPlayedRefusalTest, aRefusedBlockIsNotAskedForBeforeItsTime)
 }
 
 // A hole in the middle of a block: it is found, and no request covers it any more.
-TEST_F(PanelPlayedRefusalTest, aHoleIsLeftOut)
+TEST_F(PanelPlayedRefusalTest, AHoleIsLeftOut)
 {
     startWatch({"DM:0:2", "DM:3", "DM:9", "--retry-refused", "3600"}, 3);
     const auto serve = [this] {
@@ -319,7 +319,7 @@ TEST_F(PanelPlayedRefusalTest, aHoleIsLeftOut)
 }
 
 // The driver would take a refused reply of the right length for data.
-TEST_F(PanelPlayedRefusalTest, aRefusalAtFullLengthIsNoValue)
+TEST_F(PanelPlayedRefusalTest, ARefusalAtFullLengthIsNoValue)
 {
     startWatch({"HR:0", "--retry-refused", "0.05"});
     EXPECT_EQ(link->command(), plainHex("0101 B2 0000 00 0001"));
@@ -332,7 +332,7 @@ TEST_F(PanelPlayedRefusalTest, aRefusalAtFullLengthIsNoValue)
 }
 
 // A job that meets the missing node addresses is never sent: so no write may wait while nothing can be read.
-TEST_F(PanelPlayedRefusalTest, aPollHasItsTurnAfterFiveWrites)
+TEST_F(PanelPlayedRefusalTest, APollHasItsTurnAfterFiveWrites)
 {
     Words all = {"HR:0"};
     for (int i = 1; i <= 7; ++i)
@@ -364,7 +364,7 @@ TEST_F(PanelPlayedRefusalTest, aPollHasItsTurnAfterFiveWrites)
 }
 
 // The end of the connection is seen though nothing is sent, and the new one begins with everything.
-TEST_F(PanelPlayedRefusalTest, aNewLinkTriesEverything)
+TEST_F(PanelPlayedRefusalTest, ANewLinkTriesEverything)
 {
     startWatch({"HR:0", "--retry-refused", "3600", "--csv"});
     EXPECT_EQ(link->command(), plainHex("0101 B2 0000 00 0001"));
@@ -381,7 +381,7 @@ TEST_F(PanelPlayedRefusalTest, aNewLinkTriesEverything)
 }
 
 // A missing reply says nothing about a block that is left out.
-TEST_F(PanelPlayedRefusalTest, silenceLeavesRefusedValuesRefused)
+TEST_F(PanelPlayedRefusalTest, SilenceLeavesRefusedValuesRefused)
 {
     startWatch({"DM:0", "HR:0", "--retry-refused", "3600", "--csv", "--timeout", "50"}, 100);
     EXPECT_EQ(link->command(), plainHex("0101 82 0000 00 0001"));
@@ -400,7 +400,7 @@ TEST_F(PanelPlayedRefusalTest, silenceLeavesRefusedValuesRefused)
 }
 
 // One area of seven is refused, whichever has its turn after it.
-TEST_F(PanelPlayedRefusalTest, linkReadsEveryOtherArea)
+TEST_F(PanelPlayedRefusalTest, LinkReadsEveryOtherArea)
 {
     panel = startPanel({"link", played.host(), "--count", "9"});
     link = played.accept();

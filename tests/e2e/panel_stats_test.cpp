@@ -16,7 +16,7 @@ protected:
     }
 };
 
-TEST_F(StatsTest, of_a_good_read)
+TEST_F(StatsTest, OfAGoodRead)
 {
     start();
     const PanelRun ended = run("read", {"DM:0:10", "--stats"});
@@ -30,13 +30,13 @@ TEST_F(StatsTest, of_a_good_read)
     EXPECT_EQ(lineWith(ended.err, "  round trip   min ").substr(0, 19), "  round trip   min ");
 }
 
-TEST_F(StatsTest, not_without_the_option)
+TEST_F(StatsTest, NotWithoutTheOption)
 {
     start();
     EXPECT_EQ(run("read", {"DM:0"}).err, connectedLine());
 }
 
-TEST_F(StatsTest, missing_replies_retries_and_a_reconnect)
+TEST_F(StatsTest, MissingRepliesRetriesAndAReconnect)
 {
     PlayedPlc played;
     const std::unique_ptr<Process> panel = startPanel({"read", played.host(), "DM:0", "--timeout", "100", "--retries",
@@ -62,7 +62,7 @@ TEST_F(StatsTest, missing_replies_retries_and_a_reconnect)
 }
 
 // Half a reply is a missing one, and its error says how much came.
-TEST_F(StatsTest, half_a_reply)
+TEST_F(StatsTest, HalfAReply)
 {
     PlayedPlc played;
     const std::unique_ptr<Process> panel = startPanel({"read", played.host(), "DM:0", "--timeout", "100", "--stats"});
@@ -79,7 +79,7 @@ TEST_F(StatsTest, half_a_reply)
               "  error        1 x only 30 of 32 bytes of the reply came in time");
 }
 
-TEST_F(StatsTest, wrong_replies)
+TEST_F(StatsTest, WrongReplies)
 {
     PlayedPlc played;
     const std::unique_ptr<Process> panel = startPanel({"read", played.host(), "DM:0", "--stats"});
@@ -93,7 +93,7 @@ TEST_F(StatsTest, wrong_replies)
     EXPECT_EQ(lineWith(panel->errors(), "  rejected"), "  rejected     1, missing 0, wrong 1");
 }
 
-TEST_F(StatsTest, refusals_with_words_and_a_hint)
+TEST_F(StatsTest, RefusalsWithWordsAndAHint)
 {
     start({"--fault", "end-code=1104"});
     const std::unique_ptr<Process> panel = startPanel(arguments("read", {"DM:0", "--stats"}));
@@ -107,7 +107,7 @@ TEST_F(StatsTest, refusals_with_words_and_a_hint)
               std::string::npos) << errors;
 }
 
-TEST_F(StatsTest, fins_tcp_errors_have_a_hint)
+TEST_F(StatsTest, FinsTcpErrorsHaveAHint)
 {
     PlayedPlc played;
     const std::unique_ptr<Process> panel = startPanel({"read", played.host(), "DM:0", "--give-up", "0.1"});
@@ -119,7 +119,7 @@ TEST_F(StatsTest, fins_tcp_errors_have_a_hint)
     EXPECT_EQ(panel->wait(), 3);
 }
 
-TEST_F(StatsTest, trace_in_words)
+TEST_F(StatsTest, TraceInWords)
 {
     start();
     const PanelRun ended = run("read", {"DM:5", "--trace=line"});
@@ -130,7 +130,7 @@ TEST_F(StatsTest, trace_in_words)
                            "< read reply, done: 0000, sid 1\n");
 }
 
-TEST_F(StatsTest, trace_field_by_field)
+TEST_F(StatsTest, TraceFieldByField)
 {
     start();
     const PanelRun ended = run("read", {"DM:5", "--trace=full"});
@@ -140,14 +140,14 @@ TEST_F(StatsTest, trace_field_by_field)
     EXPECT_NE(ended.err.find("    28  00 00        end code        done\n"), std::string::npos) << ended.err;
 }
 
-TEST_F(StatsTest, trace_stays_hex_without_a_form)
+TEST_F(StatsTest, TraceStaysHexWithoutAForm)
 {
     start();
     const PanelRun ended = run("read", {"--trace", "DM:5"});
     EXPECT_EQ(ended.err.find("> 46 49 4E 53 00 00 00 0C 00 00 00 00 00 00 00 00 00 00 00 00\n"), 0u) << ended.err;
 }
 
-TEST_F(StatsTest, unknown_form_of_a_trace)
+TEST_F(StatsTest, UnknownFormOfATrace)
 {
     const PanelRun ended = runPanel({"read", "127.0.0.1:1", "DM:5", "--trace=long"});
     EXPECT_EQ(ended.code, 2);
@@ -155,7 +155,7 @@ TEST_F(StatsTest, unknown_form_of_a_trace)
     EXPECT_NE(ended.err.find("long"), std::string::npos) << ended.err;
 }
 
-TEST_F(StatsTest, a_repeated_message_is_counted)
+TEST_F(StatsTest, ARepeatedMessageIsCounted)
 {
     // The pauses are 0.1, 0.2, 0.4, 0.8, 1.6, 3.2 and then 5 s: the seventh attempt is made after 6.3 s, the eighth, with
     // the same message, after 11.3 s, a ninth would be after 16.3 s.
@@ -176,7 +176,7 @@ TEST_F(StatsTest, a_repeated_message_is_counted)
 }
 
 // Five refusals: one line and its hint, and their number at the end.
-TEST_F(StatsTest, refusals_are_counted)
+TEST_F(StatsTest, RefusalsAreCounted)
 {
     PlayedPlc played;
     const std::unique_ptr<Process> panel = startPanel({"watch", played.host(), "HR:0", "--changes", "1", "--retries",
@@ -201,7 +201,7 @@ TEST_F(StatsTest, refusals_are_counted)
 }
 
 // Ever other end codes: the first hundred are said, of the others ten a second, and the rest is counted.
-TEST_F(StatsTest, refusals_without_end_are_counted)
+TEST_F(StatsTest, RefusalsWithoutEndAreCounted)
 {
     PlayedPlc played;
     const auto begin = std::chrono::steady_clock::now();

@@ -14,7 +14,7 @@ protected:
 };
 
 // A definite reason needs no second attempt, which would have a line of its own.
-TEST_F(PanelUnreachableTest, isSaidAtOnce)
+TEST_F(PanelUnreachableTest, IsSaidAtOnce)
 {
     const PanelFiles files;
     const std::string recipe = files.put("r.txt", "DM:100 = 1\n");
@@ -27,7 +27,7 @@ TEST_F(PanelUnreachableTest, isSaidAtOnce)
     EXPECT_EQ(run("bench", {}).err, nothingThere());
 }
 
-TEST_F(PanelUnreachableTest, writesAreCalledNotDone)
+TEST_F(PanelUnreachableTest, WritesAreCalledNotDone)
 {
     const PanelRun ended = run("write", {"DM:0=1"});
     EXPECT_EQ(ended.code, 3);
@@ -35,12 +35,12 @@ TEST_F(PanelUnreachableTest, writesAreCalledNotDone)
     EXPECT_EQ(ended.err, "not sent: DM:0: there is no PLC to connect to\n" + nothingThere());
 }
 
-TEST_F(PanelUnreachableTest, isTriedAgainForAsLongAsTheUserWants)
+TEST_F(PanelUnreachableTest, IsTriedAgainForAsLongAsTheUserWants)
 {
     expectNoLink(run("read", {"DM:0", "--give-up", "0.15"}), noAnswer(150));
 }
 
-TEST(PanelUnreachable, nameThatNobodyHas)
+TEST(PanelUnreachable, NameThatNobodyHas)
 {
     const PanelRun run = runPanel({"read", "no..such..host", "DM:0"});
     EXPECT_EQ(run.code, 3);
@@ -49,7 +49,7 @@ TEST(PanelUnreachable, nameThatNobodyHas)
 }
 
 // Once the PLC has answered, a refused connection is one that may come back.
-TEST(PanelUnreachable, isNotSaidOfALinkThatWasUp)
+TEST(PanelUnreachable, IsNotSaidOfALinkThatWasUp)
 {
     PlayedPlc plc;
     const auto panel = startPanel({"write", plc.host(), "DM:0=5"});

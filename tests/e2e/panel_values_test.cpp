@@ -4,7 +4,7 @@
 
 class PanelValuesTest : public PanelTest {};
 
-TEST_F(PanelValuesTest, everyTypeIsWrittenAndReadBack)
+TEST_F(PanelValuesTest, EveryTypeIsWrittenAndReadBack)
 {
     start();
     const PanelRun write = run("write", {"DM:0/u16=65535", "DM:1/s16=-2", "DM:2/u32=305419896", "DM:4/s32=-2",
@@ -23,7 +23,7 @@ TEST_F(PanelValuesTest, everyTypeIsWrittenAndReadBack)
     EXPECT_EQ(tell("read DM:25:4"), "ok 16706 11296 17152 16961");
 }
 
-TEST_F(PanelValuesTest, theOtherWordOrder)
+TEST_F(PanelValuesTest, TheOtherWordOrder)
 {
     start();
     EXPECT_EQ(run("write", {"DM:0/u32-high=305419896", "DM:2/f32=1.5", "--word-order", "high"}).out,
@@ -34,7 +34,7 @@ TEST_F(PanelValuesTest, theOtherWordOrder)
     EXPECT_EQ(run("read", {"DM:0", "--as", "string", "--char-order", "low"}).out, "DM:0/string-low = \"4\\x12\"\n");
 }
 
-TEST_F(PanelValuesTest, aTypeForAllItems)
+TEST_F(PanelValuesTest, ATypeForAllItems)
 {
     start();
     ASSERT_EQ(tell("write DM:0 65535"), "ok");
@@ -44,7 +44,7 @@ TEST_F(PanelValuesTest, aTypeForAllItems)
     EXPECT_EQ(read.out, "DM:0:2/s16 = -1 0\nDM:0/u16 = 65535\nCIO_bit:0.3 = 1\n");
 }
 
-TEST_F(PanelValuesTest, scaleUnitAndDecimals)
+TEST_F(PanelValuesTest, ScaleUnitAndDecimals)
 {
     start();
     ASSERT_EQ(tell("write DM:0 1005"), "ok");
@@ -54,7 +54,7 @@ TEST_F(PanelValuesTest, scaleUnitAndDecimals)
     EXPECT_EQ(tell("read DM:1"), "ok 123");
 }
 
-TEST_F(PanelValuesTest, whatDoesNotFitIsRefusedBeforeAnythingIsSent)
+TEST_F(PanelValuesTest, WhatDoesNotFitIsRefusedBeforeAnythingIsSent)
 {
     start();
     expectRefused(arguments("write", {"DM:0/u16=65536"}),
@@ -83,7 +83,7 @@ TEST_F(PanelValuesTest, whatDoesNotFitIsRefusedBeforeAnythingIsSent)
     EXPECT_EQ(tell("stats"), "ok connections=0 requests=0 replies=0");
 }
 
-TEST_F(PanelValuesTest, dryRunShowsTheFramesAndSendsNothing)
+TEST_F(PanelValuesTest, DryRunShowsTheFramesAndSendsNothing)
 {
     start();
     const PanelRun dry = run("write", {"DM:100/f32=1.5", "CIO_bit:5.3:2=1,0", "C:5=258", "DM:300:3=1,2,3", "--dry-run",
@@ -104,7 +104,7 @@ TEST_F(PanelValuesTest, dryRunShowsTheFramesAndSendsNothing)
 }
 
 // The driver serves five writes before a poll.
-TEST_F(PanelValuesTest, dryRunOfManyWrites)
+TEST_F(PanelValuesTest, DryRunOfManyWrites)
 {
     Words writes = {"write", "192.0.2.1", "--dry-run"};
     for (int i = 0; i < 12; ++i)
@@ -117,7 +117,7 @@ TEST_F(PanelValuesTest, dryRunOfManyWrites)
     EXPECT_EQ(lines[23], "  HR:22: area B2, wire address 0016 00, count 0001, bytes 00 0B");
 }
 
-TEST(PanelCheckTest, checksDataTypes)
+TEST(PanelCheckTest, ChecksDataTypes)
 {
     const PanelRun check = runPanel({"check", "DM:0:3/f32", "DM:5", "--as", "u32"});
     EXPECT_EQ(check.code, 0);

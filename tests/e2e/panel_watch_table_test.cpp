@@ -52,7 +52,7 @@ protected:
     }
 };
 
-TEST_F(WatchTableTest, shows_values_and_ends_clean_with_q)
+TEST_F(WatchTableTest, ShowsValuesAndEndsCleanWithQ)
 {
     start();
     EXPECT_EQ(tell("write DM:7 4711"), "ok");
@@ -69,7 +69,7 @@ TEST_F(WatchTableTest, shows_values_and_ends_clean_with_q)
     expectClean(*shown);
 }
 
-TEST_F(WatchTableTest, ends_clean_with_a_key_or_a_signal)
+TEST_F(WatchTableTest, EndsCleanWithAKeyOrASignal)
 {
     start();
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
@@ -86,7 +86,7 @@ TEST_F(WatchTableTest, ends_clean_with_a_key_or_a_signal)
     expectClean(*shown);
 }
 
-TEST_F(WatchTableTest, ends_clean_with_a_fatal_signal)
+TEST_F(WatchTableTest, EndsCleanWithAFatalSignal)
 {
     start();
     for (const int number : {SIGQUIT, SIGSEGV, SIGABRT}) {
@@ -98,7 +98,7 @@ TEST_F(WatchTableTest, ends_clean_with_a_fatal_signal)
     }
 }
 
-TEST_F(WatchTableTest, marks_a_change)
+TEST_F(WatchTableTest, MarksAChange)
 {
     start();
     const auto shown = table({"DM:7", "DM:9"});
@@ -109,7 +109,7 @@ TEST_F(WatchTableTest, marks_a_change)
     EXPECT_TRUE(has(*shown, "DM:9", " 0 "));
 }
 
-TEST_F(WatchTableTest, quality_follows_the_link)
+TEST_F(WatchTableTest, QualityFollowsTheLink)
 {
     start();
     EXPECT_EQ(tell("write DM:7 4711"), "ok");
@@ -129,7 +129,7 @@ TEST_F(WatchTableTest, quality_follows_the_link)
     expectClean(*shown);
 }
 
-TEST_F(WatchTableTest, a_closed_connection_is_seen_in_a_long_pause)
+TEST_F(WatchTableTest, AClosedConnectionIsSeenInALongPause)
 {
     start();
     const auto shown = table({"DM:7", "--interval", "60000"});
@@ -140,7 +140,7 @@ TEST_F(WatchTableTest, a_closed_connection_is_seen_in_a_long_pause)
     EXPECT_TRUE(has(*shown, "DM:7", "not connected"));
 }
 
-TEST_F(WatchTableTest, without_a_plc)
+TEST_F(WatchTableTest, WithoutAPlc)
 {
     const HeldPort closed;
     PtyProcess shown({FINS_PANEL_PATH, "watch", closed.host(), "DM:7"}, 80, 24);
@@ -151,7 +151,7 @@ TEST_F(WatchTableTest, without_a_plc)
     expectClean(shown);
 }
 
-TEST_F(WatchTableTest, a_pending_write_is_shown)
+TEST_F(WatchTableTest, APendingWriteIsShown)
 {
     PlayedPlc played;
     PtyProcess shown({FINS_PANEL_PATH, "watch", played.host(), "DM:7", "--write", "DM:7=5", "--timeout", "20000"},
@@ -172,7 +172,7 @@ TEST_F(WatchTableTest, a_pending_write_is_shown)
     EXPECT_EQ(shown.wait(), 0);
 }
 
-TEST_F(WatchTableTest, refused_values)
+TEST_F(WatchTableTest, RefusedValues)
 {
     start({"--fault", "end-code=1104"});
     const auto shown = table({"DM:7"});
@@ -181,7 +181,7 @@ TEST_F(WatchTableTest, refused_values)
 }
 
 // The first block of the cycle is left out, so that the cycle begins with another one.
-TEST_F(WatchTableTest, cycle_of_the_blocks_that_can_be_read)
+TEST_F(WatchTableTest, CycleOfTheBlocksThatCanBeRead)
 {
     start({"--profile", "small"});
     const auto shown = table({"DM:5000", "HR:0"});
@@ -193,7 +193,7 @@ TEST_F(WatchTableTest, cycle_of_the_blocks_that_can_be_read)
     }, "a cycle");
 }
 
-TEST_F(WatchTableTest, follows_the_size)
+TEST_F(WatchTableTest, FollowsTheSize)
 {
     start();
     const auto shown = table({"DM:0:30"});
@@ -206,7 +206,7 @@ TEST_F(WatchTableTest, follows_the_size)
     shown->waitForText("1-6 of 30");
 }
 
-TEST_F(WatchTableTest, scrolls)
+TEST_F(WatchTableTest, Scrolls)
 {
     start();
     const auto shown = table({"DM:0:30"});
@@ -225,7 +225,7 @@ TEST_F(WatchTableTest, scrolls)
     shown->waitForText("1-18 of 30");
 }
 
-TEST_F(WatchTableTest, a_higher_screen_shows_the_first_rows_again)
+TEST_F(WatchTableTest, AHigherScreenShowsTheFirstRowsAgain)
 {
     start();
     const auto shown = table({"DM:0:30"});
@@ -238,7 +238,7 @@ TEST_F(WatchTableTest, a_higher_screen_shows_the_first_rows_again)
 }
 
 // The screen is cleared at the end, so that what stands there then was said behind it.
-TEST_F(WatchTableTest, a_refusal_is_shown_with_its_hint_and_said_at_the_end)
+TEST_F(WatchTableTest, ARefusalIsShownWithItsHintAndSaidAtTheEnd)
 {
     start({"--profile", "small"});
     const auto shown = table({"HR:0", "DM:5000"});
@@ -258,7 +258,7 @@ TEST_F(WatchTableTest, a_refusal_is_shown_with_its_hint_and_said_at_the_end)
 }
 
 // Ctrl-S holds the terminal, and Ctrl-Q lets it go on.
-TEST_F(WatchTableTest, a_held_terminal_does_not_hold_the_poll)
+TEST_F(WatchTableTest, AHeldTerminalDoesNotHoldThePoll)
 {
     start();
     const auto shown = table({"DM:7", "--interval", "20"});
@@ -276,7 +276,7 @@ TEST_F(WatchTableTest, a_held_terminal_does_not_hold_the_poll)
 }
 
 // Screens are left out while nobody reads what was sent, and the terminal is given back all the same.
-TEST_F(WatchTableTest, an_unread_terminal_does_not_hold_the_poll)
+TEST_F(WatchTableTest, AnUnreadTerminalDoesNotHoldThePoll)
 {
     start({"--plant", "tank", "--plant-period", "10"});
     const auto shown = table({"DM:0:120", "--interval", "20"}, 250, 130);
@@ -293,7 +293,7 @@ TEST_F(WatchTableTest, an_unread_terminal_does_not_hold_the_poll)
 }
 
 // However many screens the way to the terminal would hold, one is on its way.
-TEST_F(WatchTableTest, the_next_screen_waits_for_the_one_before)
+TEST_F(WatchTableTest, TheNextScreenWaitsForTheOneBefore)
 {
     start();
     const auto shown = table({"DM:7", "--interval", "20"});
@@ -312,7 +312,7 @@ TEST_F(WatchTableTest, the_next_screen_waits_for_the_one_before)
     expectClean(*shown);
 }
 
-TEST_F(WatchTableTest, a_terminal_that_does_not_answer_is_drawn_too)
+TEST_F(WatchTableTest, ATerminalThatDoesNotAnswerIsDrawnToo)
 {
     start();
     const auto shown = table({"DM:7"});
@@ -326,7 +326,7 @@ TEST_F(WatchTableTest, a_terminal_that_does_not_answer_is_drawn_too)
 }
 
 // Nobody could resume it: its parent, this test, is of another session.
-TEST_F(WatchTableTest, ctrl_z_of_an_orphan_does_not_stop_it)
+TEST_F(WatchTableTest, CtrlZOfAnOrphanDoesNotStopIt)
 {
     start();
     const auto shown = table({"DM:7"});
@@ -339,7 +339,7 @@ TEST_F(WatchTableTest, ctrl_z_of_an_orphan_does_not_stop_it)
     expectClean(*shown);
 }
 
-TEST_F(WatchTableTest, ctrl_z_stops_it_until_the_shell_resumes_it)
+TEST_F(WatchTableTest, CtrlZStopsItUntilTheShellResumesIt)
 {
     start();
     PtyProcess shown({"/bin/bash", "-m", "-c", std::string(FINS_PANEL_PATH) + " watch " + host() + " DM:7\n"
@@ -360,7 +360,7 @@ TEST_F(WatchTableTest, ctrl_z_stops_it_until_the_shell_resumes_it)
     expectClean(shown);
 }
 
-TEST_F(WatchTableTest, a_signal_that_is_ignored_stays_so)
+TEST_F(WatchTableTest, ASignalThatIsIgnoredStaysSo)
 {
     start();
     PtyProcess shown({"/bin/bash", "-c", "trap '' INT TSTP QUIT; exec " + std::string(FINS_PANEL_PATH) + " watch "
@@ -377,7 +377,7 @@ TEST_F(WatchTableTest, a_signal_that_is_ignored_stays_so)
     expectClean(shown);
 }
 
-TEST_F(WatchTableTest, wide_names_and_40_columns)
+TEST_F(WatchTableTest, WideNamesAnd40Columns)
 {
     start();
     const PanelFiles files;
@@ -389,7 +389,7 @@ TEST_F(WatchTableTest, wide_names_and_40_columns)
     EXPECT_EQ(shown->screen.lines.at(3), "DM:9             0  good");
 }
 
-TEST_F(WatchTableTest, no_colour_if_not_wanted)
+TEST_F(WatchTableTest, NoColourIfNotWanted)
 {
     start();
     const auto shown = table({"DM:7"}, 80, 24, {{"NO_COLOR", "1"}});
@@ -397,14 +397,14 @@ TEST_F(WatchTableTest, no_colour_if_not_wanted)
     EXPECT_FALSE(shown->screen.hasColour);
 }
 
-TEST_F(WatchTableTest, ascii_where_the_terminal_has_no_utf8)
+TEST_F(WatchTableTest, AsciiWhereTheTerminalHasNoUtf8)
 {
     start();
     const auto shown = table({"DM:7"}, 80, 24, {{"LANG", "C"}});
     shown->waitUntil([&] { return has(*shown, "DM:7", "good           _"); }, "an ASCII course");
 }
 
-TEST_F(WatchTableTest, lines_on_a_terminal)
+TEST_F(WatchTableTest, LinesOnATerminal)
 {
     start();
     const auto lines = table({"DM:7", "--lines", "--for", "0.3"});
@@ -417,7 +417,7 @@ TEST_F(WatchTableTest, lines_on_a_terminal)
     }
 }
 
-TEST_F(WatchTableTest, json_lines)
+TEST_F(WatchTableTest, JsonLines)
 {
     start();
     const auto panel = watch({"DM:7", "--json", "--changes", "1"});
@@ -431,7 +431,7 @@ TEST_F(WatchTableTest, json_lines)
     EXPECT_EQ(panel->wait(), 0);
 }
 
-TEST_F(WatchTableTest, csv_lines)
+TEST_F(WatchTableTest, CsvLines)
 {
     start();
     const auto panel = watch({"DM:7", "--csv", "--changes", "1"});
@@ -442,7 +442,7 @@ TEST_F(WatchTableTest, csv_lines)
     EXPECT_EQ(panel->wait(), 0);
 }
 
-TEST_F(WatchTableTest, lost_link_in_csv)
+TEST_F(WatchTableTest, LostLinkInCsv)
 {
     start();
     const auto panel = watch({"DM:7", "--csv", "--timeout", "200"});
@@ -454,7 +454,7 @@ TEST_F(WatchTableTest, lost_link_in_csv)
     EXPECT_EQ(interrupt(*panel), 0);
 }
 
-TEST_F(WatchTableTest, formats_exclude_each_other)
+TEST_F(WatchTableTest, FormatsExcludeEachOther)
 {
     for (const Words &both : {Words{"--json", "--csv"}, Words{"--lines", "--csv"}, Words{"--lines", "--json"}}) {
         const PanelRun ended = runPanel({"watch", "127.0.0.1:1", "DM:7", both[0], both[1]});

@@ -6,7 +6,7 @@
 
 class PanelWatchTest : public PanelTest {};
 
-TEST_F(PanelWatchTest, firstValuesThenChanges)
+TEST_F(PanelWatchTest, FirstValuesThenChanges)
 {
     start();
     ASSERT_EQ(tell("write DM:0 467 0 9"), "ok");
@@ -26,7 +26,7 @@ TEST_F(PanelWatchTest, firstValuesThenChanges)
 }
 
 // The neighbours of a watched word or bit are no one's business.
-TEST_F(PanelWatchTest, onlyWhatIsWatched)
+TEST_F(PanelWatchTest, OnlyWhatIsWatched)
 {
     start();
     const auto panel = watch({"DM:10", "CIO_bit:1.5", "--interval", "5"});
@@ -43,7 +43,7 @@ TEST_F(PanelWatchTest, onlyWhatIsWatched)
     EXPECT_EQ(panel->output(), "");
 }
 
-TEST_F(PanelWatchTest, wordAndBitOfTheSameWord)
+TEST_F(PanelWatchTest, WordAndBitOfTheSameWord)
 {
     start();
     const auto panel = watch({"DM:10", "DM_bit:10.3", "--interval", "5"});
@@ -60,7 +60,7 @@ TEST_F(PanelWatchTest, wordAndBitOfTheSameWord)
     EXPECT_EQ(panel->output(), "");
 }
 
-TEST_F(PanelWatchTest, everyType)
+TEST_F(PanelWatchTest, EveryType)
 {
     start();
     const Words items = {"CIO:6143", "WR:511", "HR:1535", "AR:959", "T:4095", "C:4095", "DM:32767", "CIO_bit:0.15",
@@ -77,7 +77,7 @@ TEST_F(PanelWatchTest, everyType)
     EXPECT_EQ(interrupt(*panel), 0);
 }
 
-TEST_F(PanelWatchTest, severalBlocksTakeTurns)
+TEST_F(PanelWatchTest, SeveralBlocksTakeTurns)
 {
     start();
     const auto panel = watch({"DM:0:5", "--words-per-frame", "2", "--interval", "1"});
@@ -91,7 +91,7 @@ TEST_F(PanelWatchTest, severalBlocksTakeTurns)
     EXPECT_EQ(interrupt(*panel), 0);
 }
 
-TEST_F(PanelWatchTest, endsAfterSoManyChanges)
+TEST_F(PanelWatchTest, EndsAfterSoManyChanges)
 {
     start();
     const auto panel = watch({"DM:0:2", "--changes", "2", "--interval", "5"});
@@ -106,7 +106,7 @@ TEST_F(PanelWatchTest, endsAfterSoManyChanges)
     EXPECT_EQ(panel->errors(), connectedLine());
 }
 
-TEST_F(PanelWatchTest, endsAfterSomeTime)
+TEST_F(PanelWatchTest, EndsAfterSomeTime)
 {
     start();
     const PanelRun ended = run("watch", {"DM:0", "--for", "1"});
@@ -115,7 +115,7 @@ TEST_F(PanelWatchTest, endsAfterSomeTime)
     EXPECT_EQ(ended.err, connectedLine());
 }
 
-TEST_F(PanelWatchTest, changesThatDidNotCome)
+TEST_F(PanelWatchTest, ChangesThatDidNotCome)
 {
     start();
     const PanelRun ended = run("watch", {"DM:0", "--for", "1", "--changes", "5"});
@@ -125,7 +125,7 @@ TEST_F(PanelWatchTest, changesThatDidNotCome)
 }
 
 // The pause is one after every request, the first one included, and never delays the end.
-TEST_F(PanelWatchTest, intervalIsThePauseBetweenRequests)
+TEST_F(PanelWatchTest, IntervalIsThePauseBetweenRequests)
 {
     start();
     EXPECT_EQ(run("watch", {"DM:0", "--interval", "60000", "--for", "0.2"}).code, 3);
@@ -140,7 +140,7 @@ TEST_F(PanelWatchTest, intervalIsThePauseBetweenRequests)
     EXPECT_GE(std::stoi(fast.substr(fast.find("requests=") + 9)), requests + 20);
 }
 
-TEST_F(PanelWatchTest, signalsEndItWithSuccess)
+TEST_F(PanelWatchTest, SignalsEndItWithSuccess)
 {
     start();
     for (const int number : {SIGINT, SIGTERM}) {
@@ -153,7 +153,7 @@ TEST_F(PanelWatchTest, signalsEndItWithSuccess)
     }
 }
 
-TEST_F(PanelWatchTest, signalsEndItWhileThereIsNoPlc)
+TEST_F(PanelWatchTest, SignalsEndItWhileThereIsNoPlc)
 {
     start({"--fault", "refuse"});
     const auto panel = watch({"DM:0"});
@@ -164,13 +164,13 @@ TEST_F(PanelWatchTest, signalsEndItWhileThereIsNoPlc)
     EXPECT_EQ(panel->output(), "");
 }
 
-TEST_F(PanelWatchTest, withoutAPlcItsTimeEndsWith3)
+TEST_F(PanelWatchTest, WithoutAPlcItsTimeEndsWith3)
 {
     start({"--fault", "refuse"});
     expectNoLink(run("watch", {"DM:0", "--for", "0.09"}), "");
 }
 
-TEST_F(PanelWatchTest, refusedReadsEndWith1)
+TEST_F(PanelWatchTest, RefusedReadsEndWith1)
 {
     start({"--fault", "end-code=1101"});
     const PanelRun ended = run("watch", {"DM:0", "--for", "0.5", "--interval", "1", "--retry-refused", "0.05"});
@@ -179,7 +179,7 @@ TEST_F(PanelWatchTest, refusedReadsEndWith1)
     EXPECT_EQ(ended.err, connectedLine() + "the PLC refuses to read DM:0: 1101 (there is no such memory area)\n");
 }
 
-TEST_F(PanelWatchTest, twoPanelsAtOnce)
+TEST_F(PanelWatchTest, TwoPanelsAtOnce)
 {
     start();
     const auto one = watch({"DM:0", "--interval", "5"});
@@ -195,7 +195,7 @@ TEST_F(PanelWatchTest, twoPanelsAtOnce)
 }
 
 // A plant at work: its level moves, and each line goes on where the one before ended.
-TEST_F(PanelWatchTest, plantAtWork)
+TEST_F(PanelWatchTest, PlantAtWork)
 {
     start({"--plant", "--plant-period", "5"});
     const PanelRun ended = run("watch", {"DM:0", "DM:4", "--changes", "100", "--interval", "1"});

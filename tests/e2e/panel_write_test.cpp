@@ -4,7 +4,7 @@
 
 class PanelWriteTest : public PanelTest {};
 
-TEST_F(PanelWriteTest, wordsAndBitsAreReadBack)
+TEST_F(PanelWriteTest, WordsAndBitsAreReadBack)
 {
     start();
     const PanelRun write = run("write", {"DM:0:5=471,0,4,500,447", "CIO_bit:0.14:3=1,0,1", "HR:7:2=1,2"});
@@ -16,7 +16,7 @@ TEST_F(PanelWriteTest, wordsAndBitsAreReadBack)
     EXPECT_EQ(tell("read HR:6:4"), "ok 0 1 2 0");
 }
 
-TEST_F(PanelWriteTest, limitsOfWords)
+TEST_F(PanelWriteTest, LimitsOfWords)
 {
     start();
     const PanelRun write = run("write", {"DM:0:7=0,65535,-32768,0xFFFF,0x0,-1,32767"});
@@ -25,7 +25,7 @@ TEST_F(PanelWriteTest, limitsOfWords)
     EXPECT_EQ(tell("read DM:0:7"), "ok 0 65535 32768 65535 0 65535 32767");
 }
 
-TEST_F(PanelWriteTest, valuesThatNoWordOrBitHolds)
+TEST_F(PanelWriteTest, ValuesThatNoWordOrBitHolds)
 {
     start();
     for (const char *value : {"65536", "-32769", "0x10000", "1.5", "x", "", "--1", "+1", "0x", "1 "})
@@ -54,7 +54,7 @@ TEST_F(PanelWriteTest, valuesThatNoWordOrBitHolds)
     EXPECT_EQ(tell("stats"), "ok connections=0 requests=0 replies=0");
 }
 
-TEST_F(PanelWriteTest, overlappingWritesAreRefused)
+TEST_F(PanelWriteTest, OverlappingWritesAreRefused)
 {
     start();
     expectRefused(arguments("write", {"DM:0:2=1,2", "DM:1=3"}),
@@ -65,7 +65,7 @@ TEST_F(PanelWriteTest, overlappingWritesAreRefused)
     EXPECT_EQ(tell("read DM:0:4"), "ok 1 2 3 1");
 }
 
-TEST_F(PanelWriteTest, bitsOnSharedWords)
+TEST_F(PanelWriteTest, BitsOnSharedWords)
 {
     start();
     ASSERT_EQ(tell("write WR:10 32769"), "ok");
@@ -75,7 +75,7 @@ TEST_F(PanelWriteTest, bitsOnSharedWords)
     EXPECT_EQ(tell("read WR:9:3"), "ok 0 57 0");
 }
 
-TEST_F(PanelWriteTest, timersAndCountersAreApart)
+TEST_F(PanelWriteTest, TimersAndCountersAreApart)
 {
     start();
     EXPECT_EQ(run("write", {"C:5=7", "T:6=8"}).out, "C:5 = 7\nT:6 = 8\n");
@@ -87,7 +87,7 @@ TEST_F(PanelWriteTest, timersAndCountersAreApart)
 }
 
 // After the node-address request a read goes first, whatever is to be written.
-TEST_F(PanelWriteTest, framesOnTheWire)
+TEST_F(PanelWriteTest, FramesOnTheWire)
 {
     start({"--trace"});
     EXPECT_EQ(run("write", {"C:5=258"}).code, 0);
@@ -103,7 +103,7 @@ TEST_F(PanelWriteTest, framesOnTheWire)
     EXPECT_EQ(endAndCollect(), expected);
 }
 
-TEST_F(PanelWriteTest, longWritesGoInSeveralFrames)
+TEST_F(PanelWriteTest, LongWritesGoInSeveralFrames)
 {
     start({"--trace"});
     EXPECT_EQ(run("write", {"DM:10:5=1,2,3,4,5", "--words-per-frame", "2"}).out, "DM:10:5 = 1 2 3 4 5\n");
@@ -119,7 +119,7 @@ TEST_F(PanelWriteTest, longWritesGoInSeveralFrames)
 }
 
 // 114 words are the most for which the length byte holds.
-TEST_F(PanelWriteTest, theLongestFrame)
+TEST_F(PanelWriteTest, TheLongestFrame)
 {
     start();
     std::string values = "1";
@@ -135,7 +135,7 @@ TEST_F(PanelWriteTest, theLongestFrame)
     EXPECT_EQ(write.err, connectedLine());
 }
 
-TEST_F(PanelWriteTest, manyWritesInTheirOrder)
+TEST_F(PanelWriteTest, ManyWritesInTheirOrder)
 {
     start({"--trace"});
     Words writes;
@@ -170,7 +170,7 @@ INSTANTIATE_TEST_SUITE_P(EndCodes, PanelRefusalTest,
                          [](const auto &row) { return "code" + std::string(row.param).substr(0, 4); });
 
 // Any other refusal is final: no mode change, no second try.
-TEST_P(PanelRefusalTest, isFinal)
+TEST_P(PanelRefusalTest, IsFinal)
 {
     const std::string said = GetParam();
     start({"--refuse-writes-in-run=" + said.substr(0, 4), "--trace"});
@@ -185,7 +185,7 @@ TEST_P(PanelRefusalTest, isFinal)
     EXPECT_EQ(commandOf(frames[3]), plainHex("0101 82 0001 00 0001"));
 }
 
-TEST_F(PanelWriteTest, refusedWriteOfTheValueThatIsThereIsStillRefused)
+TEST_F(PanelWriteTest, RefusedWriteOfTheValueThatIsThereIsStillRefused)
 {
     start({"--refuse-writes-in-run=2101"});
     ASSERT_EQ(tell("write DM:1 5"), "ok");
@@ -195,7 +195,7 @@ TEST_F(PanelWriteTest, refusedWriteOfTheValueThatIsThereIsStillRefused)
     EXPECT_EQ(linesOf(write.err).size(), 2u) << write.err;
 }
 
-TEST_F(PanelWriteTest, readsRefusedNothingIsWritten)
+TEST_F(PanelWriteTest, ReadsRefusedNothingIsWritten)
 {
     start({"--fault", "end-code=1101"});
     const PanelRun write = run("write", {"DM:1=5"});
@@ -240,7 +240,7 @@ protected:
     int                      code = -1;
 };
 
-TEST_F(PanelUnconfirmedWriteTest, hasReachedThePlc)
+TEST_F(PanelUnconfirmedWriteTest, HasReachedThePlc)
 {
     cutAtFirstWrite("0005");
     EXPECT_EQ(code, 0);
@@ -248,7 +248,7 @@ TEST_F(PanelUnconfirmedWriteTest, hasReachedThePlc)
     EXPECT_EQ(panel->errors(), expectedErrors(""));
 }
 
-TEST_F(PanelUnconfirmedWriteTest, hasNotReachedThePlc)
+TEST_F(PanelUnconfirmedWriteTest, HasNotReachedThePlc)
 {
     cutAtFirstWrite("0000");
     EXPECT_EQ(code, 3);
@@ -257,7 +257,7 @@ TEST_F(PanelUnconfirmedWriteTest, hasNotReachedThePlc)
               expectedErrors("unconfirmed: DM:0: the PLC holds 0 so far; the write may still arrive\n"));
 }
 
-TEST(PanelWrite, acknowledgedButNotHeld)
+TEST(PanelWrite, AcknowledgedButNotHeld)
 {
     PlayedPlc plc;
     const auto panel = startPanel({"write", plc.host(), "DM:0:2=5,6"});
@@ -276,7 +276,7 @@ TEST(PanelWrite, acknowledgedButNotHeld)
 }
 
 // The PLC goes away at the first of two writes and does not come back.
-TEST(PanelWrite, openWritesAreNamedAtTheEnd)
+TEST(PanelWrite, OpenWritesAreNamedAtTheEnd)
 {
     PlayedPlc plc;
     const auto panel = startPanel({"write", plc.host(), "DM:0=5", "HR:0=6", "--give-up", "1.5"});
@@ -299,7 +299,7 @@ TEST(PanelWrite, openWritesAreNamedAtTheEnd)
 }
 
 // The PLC acknowledges, and then goes away before anything is read back.
-TEST(PanelWrite, acknowledgedButNeverReadBack)
+TEST(PanelWrite, AcknowledgedButNeverReadBack)
 {
     PlayedPlc plc;
     const auto panel = startPanel({"write", plc.host(), "DM:0=5", "--give-up", "1.5"});

@@ -4,7 +4,7 @@
 
 class PlcCommandTest : public PlcTest {};
 
-TEST_F(PlcCommandTest, readFrameByFrame)
+TEST_F(PlcCommandTest, ReadFrameByFrame)
 {
     start();
     ASSERT_EQ(tell("write DM:100 4660 22136"), "ok");
@@ -14,7 +14,7 @@ TEST_F(PlcCommandTest, readFrameByFrame)
               plainHex("46494E53 0000001A 00000002 00000000  C0 00 02 00 EF 00 00 01 00 01  0101 0000 1234 5678"));
 }
 
-TEST_F(PlcCommandTest, writeFrameByFrame)
+TEST_F(PlcCommandTest, WriteFrameByFrame)
 {
     start();
     PlcClient client(port);
@@ -24,7 +24,7 @@ TEST_F(PlcCommandTest, writeFrameByFrame)
     EXPECT_EQ(tell("read DM:99:4"), "ok 0 4660 22136 0");
 }
 
-TEST_F(PlcCommandTest, replyAboveOneByteHasTheFullLength)
+TEST_F(PlcCommandTest, ReplyAboveOneByteHasTheFullLength)
 {
     start();
     PlcClient client(port);
@@ -35,7 +35,7 @@ TEST_F(PlcCommandTest, replyAboveOneByteHasTheFullLength)
     EXPECT_EQ(reply.substr(60), std::string(2 * 1998, '0'));
 }
 
-TEST_F(PlcCommandTest, replyGoesBackToTheSender)
+TEST_F(PlcCommandTest, ReplyGoesBackToTheSender)
 {
     start();
     PlcClient client(port);
@@ -43,7 +43,7 @@ TEST_F(PlcCommandTest, replyGoesBackToTheSender)
     EXPECT_EQ(client.receiveFrame(), frameSend("C0 00 02 11 22 33 00 01 00 44 0402 0000"));
 }
 
-TEST_F(PlcCommandTest, destinationNode0IsThisNode)
+TEST_F(PlcCommandTest, DestinationNode0IsThisNode)
 {
     start();
     PlcClient client(port);
@@ -51,7 +51,7 @@ TEST_F(PlcCommandTest, destinationNode0IsThisNode)
     EXPECT_EQ(client.receiveFrame(), frameSend("C0 00 02 00 EF 00 00 00 00 01 0402 0000"));
 }
 
-TEST_F(PlcCommandTest, otherDestinationsAreRefused)
+TEST_F(PlcCommandTest, OtherDestinationsAreRefused)
 {
     start();
     PlcClient client(port);
@@ -64,7 +64,7 @@ TEST_F(PlcCommandTest, otherDestinationsAreRefused)
     EXPECT_EQ(tell("mode"), "ok run");
 }
 
-TEST_F(PlcCommandTest, responsesAreNotAnswered)
+TEST_F(PlcCommandTest, ResponsesAreNotAnswered)
 {
     start();
     PlcClient client(port);
@@ -72,7 +72,7 @@ TEST_F(PlcCommandTest, responsesAreNotAnswered)
     EXPECT_EQ(client.ask("0601").substr(0, 12), plainHex("0601 0000 05 04"));
 }
 
-TEST_F(PlcCommandTest, commandWithoutResponseIsCarriedOut)
+TEST_F(PlcCommandTest, CommandWithoutResponseIsCarriedOut)
 {
     start();
     PlcClient client(port);
@@ -80,7 +80,7 @@ TEST_F(PlcCommandTest, commandWithoutResponseIsCarriedOut)
     EXPECT_EQ(client.ask("0601").substr(0, 12), plainHex("0601 0000 04 00"));
 }
 
-TEST_F(PlcCommandTest, unknownCommands)
+TEST_F(PlcCommandTest, UnknownCommands)
 {
     start();
     PlcClient client(port);
@@ -88,7 +88,7 @@ TEST_F(PlcCommandTest, unknownCommands)
         EXPECT_EQ(client.ask(command), plainHex(command + std::string("0401"))) << command;
 }
 
-TEST_F(PlcCommandTest, readLengths)
+TEST_F(PlcCommandTest, ReadLengths)
 {
     start();
     PlcClient client(port);
@@ -98,7 +98,7 @@ TEST_F(PlcCommandTest, readLengths)
     EXPECT_EQ(client.ask("0101 82 0000 00 0001 00"), plainHex("0101 1001"));
 }
 
-TEST_F(PlcCommandTest, mostItemsOfARead)
+TEST_F(PlcCommandTest, MostItemsOfARead)
 {
     start();
     PlcClient client(port);
@@ -110,7 +110,7 @@ TEST_F(PlcCommandTest, mostItemsOfARead)
     EXPECT_EQ(client.ask("0101 09 0000 00 07CF"), plainHex("0101 110B"));
 }
 
-TEST_F(PlcCommandTest, noItemsAreANormalEnd)
+TEST_F(PlcCommandTest, NoItemsAreANormalEnd)
 {
     start();
     ASSERT_EQ(tell("write DM:0 7"), "ok");
@@ -124,7 +124,7 @@ TEST_F(PlcCommandTest, noItemsAreANormalEnd)
     EXPECT_EQ(tell("read DM:0"), "ok 7");
 }
 
-TEST_F(PlcCommandTest, writeLengths)
+TEST_F(PlcCommandTest, WriteLengths)
 {
     start();
     PlcClient client(port);
@@ -140,7 +140,7 @@ TEST_F(PlcCommandTest, writeLengths)
     EXPECT_EQ(tell("read CIO:0"), "ok 0");
 }
 
-TEST_F(PlcCommandTest, refusedWriteChangesNothing)
+TEST_F(PlcCommandTest, RefusedWriteChangesNothing)
 {
     start();
     PlcClient client(port);
@@ -148,7 +148,7 @@ TEST_F(PlcCommandTest, refusedWriteChangesNothing)
     EXPECT_EQ(tell("read WR:511"), "ok 0");
 }
 
-TEST_F(PlcCommandTest, runGoesToMonitorOrRun)
+TEST_F(PlcCommandTest, RunGoesToMonitorOrRun)
 {
     start({"--mode", "program"});
     PlcClient client(port);
@@ -163,7 +163,7 @@ TEST_F(PlcCommandTest, runGoesToMonitorOrRun)
     EXPECT_EQ(tell("mode"), "ok monitor");
 }
 
-TEST_F(PlcCommandTest, runRefusesOtherParameters)
+TEST_F(PlcCommandTest, RunRefusesOtherParameters)
 {
     start({"--mode", "program"});
     PlcClient client(port);
@@ -176,7 +176,7 @@ TEST_F(PlcCommandTest, runRefusesOtherParameters)
     EXPECT_EQ(tell("mode"), "ok program");
 }
 
-TEST_F(PlcCommandTest, stopGoesToProgram)
+TEST_F(PlcCommandTest, StopGoesToProgram)
 {
     start();
     PlcClient client(port);
@@ -187,7 +187,7 @@ TEST_F(PlcCommandTest, stopGoesToProgram)
     EXPECT_EQ(tell("mode"), "ok program");
 }
 
-TEST_F(PlcCommandTest, stopRefusesOtherParameters)
+TEST_F(PlcCommandTest, StopRefusesOtherParameters)
 {
     start();
     PlcClient client(port);
@@ -198,7 +198,7 @@ TEST_F(PlcCommandTest, stopRefusesOtherParameters)
 }
 
 // Bit 0 of the status: running; bit 2: the battery is there.
-TEST_F(PlcCommandTest, statusShowsTheMode)
+TEST_F(PlcCommandTest, StatusShowsTheMode)
 {
     start();
     PlcClient client(port);
@@ -211,7 +211,7 @@ TEST_F(PlcCommandTest, statusShowsTheMode)
     EXPECT_EQ(client.ask("0601 00"), plainHex("0601 1001"));
 }
 
-TEST_F(PlcCommandTest, writesAreTakenInEveryModeByDefault)
+TEST_F(PlcCommandTest, WritesAreTakenInEveryModeByDefault)
 {
     start();
     PlcClient client(port);
@@ -221,7 +221,7 @@ TEST_F(PlcCommandTest, writesAreTakenInEveryModeByDefault)
     }
 }
 
-TEST_F(PlcCommandTest, writesRefusedInRunUntilMonitor)
+TEST_F(PlcCommandTest, WritesRefusedInRunUntilMonitor)
 {
     start({"--refuse-writes-in-run"});
     PlcClient client(port);
@@ -237,14 +237,14 @@ TEST_F(PlcCommandTest, writesRefusedInRunUntilMonitor)
     EXPECT_EQ(tell("read DM:0"), "ok 8");
 }
 
-TEST_F(PlcCommandTest, writesRefusedInRunWithAChosenCode)
+TEST_F(PlcCommandTest, WritesRefusedInRunWithAChosenCode)
 {
     start({"--refuse-writes-in-run=2204"});
     PlcClient client(port);
     EXPECT_EQ(client.ask("0102 30 0000 00 0001 01"), plainHex("0102 2204"));
 }
 
-TEST_F(PlcCommandTest, writesRefusedInProgramUntilMonitor)
+TEST_F(PlcCommandTest, WritesRefusedInProgramUntilMonitor)
 {
     start({"--mode", "program", "--refuse-writes-in-program"});
     PlcClient client(port);
@@ -255,7 +255,7 @@ TEST_F(PlcCommandTest, writesRefusedInProgramUntilMonitor)
     EXPECT_EQ(client.ask("0102 82 0000 00 0001 0008"), plainHex("0102 0000"));
 }
 
-TEST_F(PlcCommandTest, writesRefusedInProgramWithAChosenCode)
+TEST_F(PlcCommandTest, WritesRefusedInProgramWithAChosenCode)
 {
     start({"--mode", "program", "--refuse-writes-in-program=22ab"});
     PlcClient client(port);

@@ -10,7 +10,7 @@ protected:
     }
 };
 
-TEST_F(PlcConsoleTest, readsWords)
+TEST_F(PlcConsoleTest, ReadsWords)
 {
     start();
     ASSERT_EQ(tell("write DM:10 1 2 65535"), "ok");
@@ -20,7 +20,7 @@ TEST_F(PlcConsoleTest, readsWords)
     EXPECT_EQ(tell("read  DM:10:1  "), "ok 1");
 }
 
-TEST_F(PlcConsoleTest, readsTheWholeArea)
+TEST_F(PlcConsoleTest, ReadsTheWholeArea)
 {
     start();
     const std::string answer = tell("read DM:0:32768");
@@ -28,7 +28,7 @@ TEST_F(PlcConsoleTest, readsTheWholeArea)
     EXPECT_EQ(answer.substr(0, 6), "ok 0 0");
 }
 
-TEST_F(PlcConsoleTest, readsBits)
+TEST_F(PlcConsoleTest, ReadsBits)
 {
     start();
     ASSERT_EQ(tell("write CIO:100 32801"), "ok");
@@ -36,7 +36,7 @@ TEST_F(PlcConsoleTest, readsBits)
     EXPECT_EQ(tell("read CIO_bit:100.15:2"), "ok 1 0");
 }
 
-TEST_F(PlcConsoleTest, writesBits)
+TEST_F(PlcConsoleTest, WritesBits)
 {
     start();
     ASSERT_EQ(tell("write WR_bit:5.14 1 1 1"), "ok");
@@ -45,7 +45,7 @@ TEST_F(PlcConsoleTest, writesBits)
     EXPECT_EQ(tell("read WR:5"), "ok 16384");
 }
 
-TEST_F(PlcConsoleTest, everyType)
+TEST_F(PlcConsoleTest, EveryType)
 {
     start();
     int value = 1;
@@ -61,7 +61,7 @@ TEST_F(PlcConsoleTest, everyType)
     EXPECT_EQ(tell("read DM_bit:3.0:3"), "ok 1 0 1");
 }
 
-TEST_F(PlcConsoleTest, refusesBadPlaces)
+TEST_F(PlcConsoleTest, RefusesBadPlaces)
 {
     start();
     const std::string types = "types are CIO WR HR AR DM T C and CIO_bit WR_bit HR_bit AR_bit DM_bit";
@@ -85,7 +85,7 @@ TEST_F(PlcConsoleTest, refusesBadPlaces)
     EXPECT_EQ(tell("read WR_bit:511.14:2"), "ok 0 0");
 }
 
-TEST_F(PlcConsoleTest, refusesBadValuesAndWritesNothing)
+TEST_F(PlcConsoleTest, RefusesBadValuesAndWritesNothing)
 {
     start();
     expectError("write DM:0", "no value; use write TYPE:ADDRESS VALUE...");
@@ -103,7 +103,7 @@ TEST_F(PlcConsoleTest, refusesBadValuesAndWritesNothing)
     EXPECT_EQ(tell("read DM:0:2"), "ok 65535 0");
 }
 
-TEST_F(PlcConsoleTest, mode)
+TEST_F(PlcConsoleTest, Mode)
 {
     start();
     EXPECT_EQ(tell("mode"), "ok run");
@@ -114,7 +114,7 @@ TEST_F(PlcConsoleTest, mode)
     EXPECT_EQ(tell("mode"), "ok program");
 }
 
-TEST_F(PlcConsoleTest, faultsAreListed)
+TEST_F(PlcConsoleTest, FaultsAreListed)
 {
     start({"--fault", "delay=7@0.25", "--fault", "drop@0", "--fault", "end-code=0a1B"});
     EXPECT_EQ(tell("faults"), "ok delay=7@0.25 end-code=0A1B");
@@ -125,7 +125,7 @@ TEST_F(PlcConsoleTest, faultsAreListed)
     EXPECT_EQ(tell("faults"), "ok none");
 }
 
-TEST_F(PlcConsoleTest, faultValuesAndTheirBounds)
+TEST_F(PlcConsoleTest, FaultValuesAndTheirBounds)
 {
     start();
     const char *const good[] = {"delay=0", "delay=60000", "jitter=0", "jitter=60000", "short=1", "short=1000",
@@ -137,7 +137,7 @@ TEST_F(PlcConsoleTest, faultValuesAndTheirBounds)
               "ok delay=1@0.999 jitter=60000 short=1000 long=1000 bytewise=1000 double end-code=FFFF close");
 }
 
-TEST_F(PlcConsoleTest, presetFaultValues)
+TEST_F(PlcConsoleTest, PresetFaultValues)
 {
     start();
     for (const char *fault : {"delay", "jitter", "short", "long", "bytewise"})
@@ -145,7 +145,7 @@ TEST_F(PlcConsoleTest, presetFaultValues)
     EXPECT_EQ(tell("faults"), "ok delay=100 jitter=50 short=1 long=1 bytewise=1");
 }
 
-TEST_F(PlcConsoleTest, refusesBadFaults)
+TEST_F(PlcConsoleTest, RefusesBadFaults)
 {
     start();
     const std::string names =
@@ -172,7 +172,7 @@ TEST_F(PlcConsoleTest, refusesBadFaults)
     EXPECT_EQ(tell("faults"), "ok none");
 }
 
-TEST_F(PlcConsoleTest, clientsAndDisconnect)
+TEST_F(PlcConsoleTest, ClientsAndDisconnect)
 {
     start();
     EXPECT_EQ(tell("clients"), "ok 0");
@@ -187,7 +187,7 @@ TEST_F(PlcConsoleTest, clientsAndDisconnect)
     EXPECT_EQ(PlcClient(port).node, 239u);
 }
 
-TEST_F(PlcConsoleTest, stats)
+TEST_F(PlcConsoleTest, Stats)
 {
     start();
     EXPECT_EQ(tell("stats"), "ok connections=0 requests=0 replies=0");
@@ -197,13 +197,13 @@ TEST_F(PlcConsoleTest, stats)
     EXPECT_EQ(tell("stats"), "ok connections=1 requests=2 replies=2");
 }
 
-TEST_F(PlcConsoleTest, help)
+TEST_F(PlcConsoleTest, Help)
 {
     start();
     EXPECT_EQ(tell("help"), "ok read write mode fault faults tcp-error clients disconnect stats help quit");
 }
 
-TEST_F(PlcConsoleTest, unknownCommands)
+TEST_F(PlcConsoleTest, UnknownCommands)
 {
     start();
     expectError("frobnicate now", "'frobnicate' is no command; try help");
@@ -211,7 +211,7 @@ TEST_F(PlcConsoleTest, unknownCommands)
     expectError("READ DM:0", "'READ' is no command; try help");
 }
 
-TEST_F(PlcConsoleTest, linesOfOneWriteAreAnsweredInTurn)
+TEST_F(PlcConsoleTest, LinesOfOneWriteAreAnsweredInTurn)
 {
     start();
     plc->writeText("write DM:0 1\nread DM:0\nwrite DM:0 2\nread DM:0\nmo");
@@ -223,7 +223,7 @@ TEST_F(PlcConsoleTest, linesOfOneWriteAreAnsweredInTurn)
     EXPECT_EQ(plc->readLine(), "ok run");
 }
 
-TEST_F(PlcConsoleTest, longestLine)
+TEST_F(PlcConsoleTest, LongestLine)
 {
     start();
     std::string values;
@@ -235,7 +235,7 @@ TEST_F(PlcConsoleTest, longestLine)
     EXPECT_EQ(tell("mode"), "ok run");
 }
 
-TEST_F(PlcConsoleTest, goesOnWhenNobodyReadsItsAnswers)
+TEST_F(PlcConsoleTest, GoesOnWhenNobodyReadsItsAnswers)
 {
     start();
     plc->closeOutput();
@@ -250,7 +250,7 @@ TEST_F(PlcConsoleTest, goesOnWhenNobodyReadsItsAnswers)
     plc.reset();
 }
 
-TEST_F(PlcConsoleTest, lastLineWithoutItsEndCounts)
+TEST_F(PlcConsoleTest, LastLineWithoutItsEndCounts)
 {
     start();
     plc->writeText("write DM:0 7");

@@ -13,7 +13,7 @@ protected:
     const std::string good = "0101 0000 0000 0000";
 };
 
-TEST_F(PlcFaultTest, dropCarriesOutWithoutReply)
+TEST_F(PlcFaultTest, DropCarriesOutWithoutReply)
 {
     start({"--fault", "drop"});
     PlcClient client(port);
@@ -24,7 +24,7 @@ TEST_F(PlcFaultTest, dropCarriesOutWithoutReply)
     EXPECT_EQ(client.receiveFrame(), responseFrame("0402 0000", 2));
 }
 
-TEST_F(PlcFaultTest, wrongSidIsTheNextOne)
+TEST_F(PlcFaultTest, WrongSidIsTheNextOne)
 {
     start({"--fault", "wrong-sid"});
     PlcClient client(port);
@@ -37,7 +37,7 @@ TEST_F(PlcFaultTest, wrongSidIsTheNextOne)
     EXPECT_EQ(client.receiveFrame(), responseFrame(good, 0x10));
 }
 
-TEST_F(PlcFaultTest, shortLacksItsLastBytes)
+TEST_F(PlcFaultTest, ShortLacksItsLastBytes)
 {
     start({"--fault", "short"});
     PlcClient client(port);
@@ -51,7 +51,7 @@ TEST_F(PlcFaultTest, shortLacksItsLastBytes)
     EXPECT_EQ(client.receiveFrame(), frameSend(""));
 }
 
-TEST_F(PlcFaultTest, longHasZerosAdded)
+TEST_F(PlcFaultTest, LongHasZerosAdded)
 {
     start({"--fault", "long"});
     PlcClient client(port);
@@ -62,7 +62,7 @@ TEST_F(PlcFaultTest, longHasZerosAdded)
     EXPECT_EQ(client.receiveFrame(), responseFrame("0402 0000 000000"));
 }
 
-TEST_F(PlcFaultTest, bytewiseIsWholeInTheEnd)
+TEST_F(PlcFaultTest, BytewiseIsWholeInTheEnd)
 {
     start({"--fault", "bytewise"});
     PlcClient client(port);
@@ -73,7 +73,7 @@ TEST_F(PlcFaultTest, bytewiseIsWholeInTheEnd)
     EXPECT_EQ(client.receiveFrame(), responseFrame(good));
 }
 
-TEST_F(PlcFaultTest, bytewisePauses)
+TEST_F(PlcFaultTest, BytewisePauses)
 {
     start();
     PlcClient client(port);
@@ -85,7 +85,7 @@ TEST_F(PlcFaultTest, bytewisePauses)
     EXPECT_LT(client.receiveUntilClosed().size(), responseFrame(good).size() - 2);
 }
 
-TEST_F(PlcFaultTest, doubleIsTheReplyTwice)
+TEST_F(PlcFaultTest, DoubleIsTheReplyTwice)
 {
     start({"--fault", "double"});
     PlcClient client(port);
@@ -96,7 +96,7 @@ TEST_F(PlcFaultTest, doubleIsTheReplyTwice)
     EXPECT_EQ(client.receive(34), responseFrame(good, 4));
 }
 
-TEST_F(PlcFaultTest, endCodeRefusesWithoutCarryingOut)
+TEST_F(PlcFaultTest, EndCodeRefusesWithoutCarryingOut)
 {
     start({"--fault", "end-code=2108"});
     PlcClient client(port);
@@ -109,7 +109,7 @@ TEST_F(PlcFaultTest, endCodeRefusesWithoutCarryingOut)
 }
 
 // The flags of the CPU unit's own errors, bits 6 and 7, come with a reply that is good otherwise.
-TEST_F(PlcFaultTest, flagsOfTheEndCodeComeWithAGoodReply)
+TEST_F(PlcFaultTest, FlagsOfTheEndCodeComeWithAGoodReply)
 {
     start();
     ASSERT_EQ(tell("write DM:0 4660"), "ok");
@@ -126,7 +126,7 @@ TEST_F(PlcFaultTest, flagsOfTheEndCodeComeWithAGoodReply)
     EXPECT_EQ(client.ask(read), plainHex("0101 0000 1234 0007"));
 }
 
-TEST_F(PlcFaultTest, flagsOfTheEndCodeStayWithAnError)
+TEST_F(PlcFaultTest, FlagsOfTheEndCodeStayWithAnError)
 {
     start({"--fault", "end-code=0040"});
     PlcClient client(port);
@@ -139,7 +139,7 @@ TEST_F(PlcFaultTest, flagsOfTheEndCodeStayWithAnError)
     EXPECT_EQ(tell("read DM:0"), "ok 0");
 }
 
-TEST_F(PlcFaultTest, closeComesInsteadOfAReply)
+TEST_F(PlcFaultTest, CloseComesInsteadOfAReply)
 {
     start({"--fault", "close"});
     PlcClient client(port);
@@ -149,7 +149,7 @@ TEST_F(PlcFaultTest, closeComesInsteadOfAReply)
     EXPECT_EQ(tell("clients"), "ok 0");
 }
 
-TEST_F(PlcFaultTest, silenceStrikesEverything)
+TEST_F(PlcFaultTest, SilenceStrikesEverything)
 {
     start();
     PlcClient client(port);
@@ -165,7 +165,7 @@ TEST_F(PlcFaultTest, silenceStrikesEverything)
     EXPECT_EQ(newcomer.receive(24), nodeReply(240));
 }
 
-TEST_F(PlcFaultTest, silenceGivesNoErrorEither)
+TEST_F(PlcFaultTest, SilenceGivesNoErrorEither)
 {
     start({"--fault", "silence"});
     TcpClient client(port);
@@ -173,7 +173,7 @@ TEST_F(PlcFaultTest, silenceGivesNoErrorEither)
     EXPECT_EQ(client.receiveUntilClosed(), "");
 }
 
-TEST_F(PlcFaultTest, refuseFromTheStart)
+TEST_F(PlcFaultTest, RefuseFromTheStart)
 {
     start({"--fault", "refuse"});
     EXPECT_FALSE(TcpClient::canConnect(port));
@@ -181,7 +181,7 @@ TEST_F(PlcFaultTest, refuseFromTheStart)
     EXPECT_EQ(PlcClient(port).node, 239u);
 }
 
-TEST_F(PlcFaultTest, refuseLeavesConnectionsAlone)
+TEST_F(PlcFaultTest, RefuseLeavesConnectionsAlone)
 {
     start();
     PlcClient client(port);
@@ -196,7 +196,7 @@ TEST_F(PlcFaultTest, refuseLeavesConnectionsAlone)
 }
 
 // One number of the Mersenne twister for each connection: the lower half of its range refuses.
-TEST_F(PlcFaultTest, refuseByChanceClosesAtOnce)
+TEST_F(PlcFaultTest, RefuseByChanceClosesAtOnce)
 {
     start({"--fault", "refuse@0.5", "--seed", "7"});
     std::mt19937 chance(7);
@@ -209,7 +209,7 @@ TEST_F(PlcFaultTest, refuseByChanceClosesAtOnce)
     }
 }
 
-TEST_F(PlcFaultTest, delayedReplyComesLater)
+TEST_F(PlcFaultTest, DelayedReplyComesLater)
 {
     start();
     PlcClient slow(port);
@@ -222,7 +222,7 @@ TEST_F(PlcFaultTest, delayedReplyComesLater)
     EXPECT_EQ(tell("stats"), "ok connections=2 requests=4 replies=3");
 }
 
-TEST_F(PlcFaultTest, delayedRepliesKeepTheirOrder)
+TEST_F(PlcFaultTest, DelayedRepliesKeepTheirOrder)
 {
     start({"--fault", "delay=5", "--fault", "jitter=20"});
     TcpClient client(port);
@@ -235,7 +235,7 @@ TEST_F(PlcFaultTest, delayedRepliesKeepTheirOrder)
 }
 
 // Only that the time has passed, never that it was no longer: that holds on a slow machine too.
-TEST_F(PlcFaultTest, delayAndJitterTakeTheirTime)
+TEST_F(PlcFaultTest, DelayAndJitterTakeTheirTime)
 {
     start({"--fault", "delay=80"});
     const Process::Clock::time_point before = Process::Clock::now();
@@ -249,7 +249,7 @@ TEST_F(PlcFaultTest, delayAndJitterTakeTheirTime)
     EXPECT_GE(Process::Clock::now() - between, std::chrono::milliseconds(100));
 }
 
-TEST_F(PlcFaultTest, delayedReplyIsGoneWithItsConnection)
+TEST_F(PlcFaultTest, DelayedReplyIsGoneWithItsConnection)
 {
     start();
     PlcClient client(port);
@@ -260,7 +260,7 @@ TEST_F(PlcFaultTest, delayedReplyIsGoneWithItsConnection)
     EXPECT_EQ(client.receiveUntilClosed(), "");
 }
 
-TEST_F(PlcFaultTest, otherFaultsSpareTheNodeExchange)
+TEST_F(PlcFaultTest, OtherFaultsSpareTheNodeExchange)
 {
     start({"--fault", "drop", "--fault", "wrong-sid", "--fault", "short", "--fault", "long=5", "--fault", "double",
            "--fault", "end-code=1101", "--fault", "close"});
@@ -270,7 +270,7 @@ TEST_F(PlcFaultTest, otherFaultsSpareTheNodeExchange)
     EXPECT_EQ(tell("stats"), "ok connections=1 requests=1 replies=1");
 }
 
-TEST_F(PlcFaultTest, faultsAddUp)
+TEST_F(PlcFaultTest, FaultsAddUp)
 {
     start({"--fault", "end-code=1101", "--fault", "wrong-sid", "--fault", "long=2", "--fault", "double",
            "--fault", "bytewise=0"});
@@ -299,7 +299,7 @@ protected:
     static std::ptrdiff_t struck(const std::string &text) { return std::count(text.begin(), text.end(), 'x'); }
 };
 
-TEST_F(PlcProbabilityTest, sameSeedSamePattern)
+TEST_F(PlcProbabilityTest, SameSeedSamePattern)
 {
     const std::string first = pattern("end-code=1101@0.5", "42");
     EXPECT_EQ(pattern("end-code=1101@0.5", "42"), first);
@@ -308,7 +308,7 @@ TEST_F(PlcProbabilityTest, sameSeedSamePattern)
     EXPECT_LT(struck(first), 75);
 }
 
-TEST_F(PlcProbabilityTest, rareAndFrequent)
+TEST_F(PlcProbabilityTest, RareAndFrequent)
 {
     const std::ptrdiff_t rare = struck(pattern("end-code=1101@0.1", "1"));
     const std::ptrdiff_t frequent = struck(pattern("end-code=1101@0.9", "1"));
@@ -318,7 +318,7 @@ TEST_F(PlcProbabilityTest, rareAndFrequent)
     EXPECT_LT(frequent, 100);
 }
 
-TEST_F(PlcProbabilityTest, zeroAndOne)
+TEST_F(PlcProbabilityTest, ZeroAndOne)
 {
     EXPECT_EQ(pattern("end-code=1101@0", "1"), std::string(100, '.'));
     EXPECT_EQ(pattern("end-code=1101@1", "1"), std::string(100, 'x'));

@@ -31,7 +31,7 @@ protected:
     }
 };
 
-TEST_F(PlcHostileTest, whoTakesNoAnswerIsHungUpOnAtTheDeadline)
+TEST_F(PlcHostileTest, WhoTakesNoAnswerIsHungUpOnAtTheDeadline)
 {
     start({"--deadline", "500"});
     PlcClient client(port);
@@ -39,7 +39,7 @@ TEST_F(PlcHostileTest, whoTakesNoAnswerIsHungUpOnAtTheDeadline)
     waitForAnswer("clients", "ok 0");
 }
 
-TEST_F(PlcHostileTest, whoTakesNoAnswerDoesNotKeepOthersWaiting)
+TEST_F(PlcHostileTest, WhoTakesNoAnswerDoesNotKeepOthersWaiting)
 {
     start({"--deadline", "5000"});
     PlcClient client(port);
@@ -48,7 +48,7 @@ TEST_F(PlcHostileTest, whoTakesNoAnswerDoesNotKeepOthersWaiting)
     EXPECT_EQ(other.ask("0101 82 0064 00 0001"), "010100000000");
 }
 
-TEST_F(PlcHostileTest, answersThatNobodyTakesDoNotPileUp)
+TEST_F(PlcHostileTest, AnswersThatNobodyTakesDoNotPileUp)
 {
     // What AddressSanitizer, if it is there, holds back of memory that was freed is not the simulator's.
     setenv("ASAN_OPTIONS", "quarantine_size_mb=1", 1);

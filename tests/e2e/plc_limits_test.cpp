@@ -30,7 +30,7 @@ protected:
     }
 };
 
-TEST_F(PlcLimitsTest, twoConnectionsOfASmallUnit)
+TEST_F(PlcLimitsTest, TwoConnectionsOfASmallUnit)
 {
     start({"--profile", "cp1l"});
     PlcClient first(port);
@@ -38,7 +38,7 @@ TEST_F(PlcLimitsTest, twoConnectionsOfASmallUnit)
     EXPECT_EQ(refusedExchange(), nodeReply(0, 0x20));
 }
 
-TEST_F(PlcLimitsTest, clientsGoBeforeTheProfile)
+TEST_F(PlcLimitsTest, ClientsGoBeforeTheProfile)
 {
     start({"--profile", "cp1l", "--clients", "3"});
     PlcClient first(port);
@@ -46,7 +46,7 @@ TEST_F(PlcLimitsTest, clientsGoBeforeTheProfile)
     EXPECT_EQ(exchange(), nodeReply(241));
 }
 
-TEST_F(PlcLimitsTest, longestResponse)
+TEST_F(PlcLimitsTest, LongestResponse)
 {
     start({"--profile", "cp1l"});
     PlcClient client(port);
@@ -57,7 +57,7 @@ TEST_F(PlcLimitsTest, longestResponse)
     EXPECT_EQ(client.ask("0101 02 0000 00 020F"), plainHex("0101 110B"));
 }
 
-TEST_F(PlcLimitsTest, longestCommand)
+TEST_F(PlcLimitsTest, LongestCommand)
 {
     start({"--profile", "cp1l"});
     PlcClient client(port);
@@ -69,7 +69,7 @@ TEST_F(PlcLimitsTest, longestCommand)
     EXPECT_EQ(tell("read DM:261"), "ok 0");
 }
 
-TEST_F(PlcLimitsTest, areasOfTheSmallProfile)
+TEST_F(PlcLimitsTest, AreasOfTheSmallProfile)
 {
     start({"--profile", "small"});
     PlcClient client(port);
@@ -92,7 +92,7 @@ TEST_F(PlcLimitsTest, areasOfTheSmallProfile)
     EXPECT_EQ(client.ask("0101 82 07FF 00 0002"), plainHex("0101 1104"));
 }
 
-TEST_F(PlcLimitsTest, holdingAreaOfTheMiddleProfile)
+TEST_F(PlcLimitsTest, HoldingAreaOfTheMiddleProfile)
 {
     start({"--profile", "cp1l"});
     EXPECT_EQ(tell("read HR:511"), "ok 0");
@@ -100,7 +100,7 @@ TEST_F(PlcLimitsTest, holdingAreaOfTheMiddleProfile)
     EXPECT_EQ(tell("read DM:32767"), "ok 0");
 }
 
-TEST_F(PlcLimitsTest, everyTcpErrorRefusesTheExchange)
+TEST_F(PlcLimitsTest, EveryTcpErrorRefusesTheExchange)
 {
     start();
     for (const unsigned error : {0x02u, 0x20u, 0x21u, 0x22u, 0x23u, 0x24u, 0x25u}) {
@@ -116,7 +116,7 @@ TEST_F(PlcLimitsTest, everyTcpErrorRefusesTheExchange)
     EXPECT_EQ(exchange(), nodeReply(239));
 }
 
-TEST_F(PlcLimitsTest, tcpErrorOfTheNextExchanges)
+TEST_F(PlcLimitsTest, TcpErrorOfTheNextExchanges)
 {
     start({"--fault", "tcp-error=22#2"});
     EXPECT_EQ(refusedExchange(), nodeReply(0, 0x22));
@@ -129,7 +129,7 @@ TEST_F(PlcLimitsTest, tcpErrorOfTheNextExchanges)
     EXPECT_EQ(exchange(), nodeReply(239));
 }
 
-TEST_F(PlcLimitsTest, tcpErrorsThatAreNone)
+TEST_F(PlcLimitsTest, TcpErrorsThatAreNone)
 {
     start();
     for (const char *text : {"0", "4", "1F", "26", "XY", "022"})
@@ -140,7 +140,7 @@ TEST_F(PlcLimitsTest, tcpErrorsThatAreNone)
     EXPECT_EQ(exchange(), nodeReply(239));
 }
 
-TEST_F(PlcLimitsTest, faultsForANumberOfTimes)
+TEST_F(PlcLimitsTest, FaultsForANumberOfTimes)
 {
     start({"--fault", "end-code=1101#2"});
     PlcClient client(port);
@@ -153,7 +153,7 @@ TEST_F(PlcLimitsTest, faultsForANumberOfTimes)
     EXPECT_EQ(tell("fault drop#1000001"), "error '1000001' is no number of times; use 1 to 1000000");
 }
 
-TEST_F(PlcLimitsTest, plantsByName)
+TEST_F(PlcLimitsTest, PlantsByName)
 {
     const struct {
         std::vector<std::string> options;
@@ -170,7 +170,7 @@ TEST_F(PlcLimitsTest, plantsByName)
     }
 }
 
-TEST_F(PlcLimitsTest, theConveyorWeighsParts)
+TEST_F(PlcLimitsTest, TheConveyorWeighsParts)
 {
     start({"--plant", "conveyor", "--plant-period", "1", "--profile", "small"});
     waitForWord("C:0", 1);
@@ -187,7 +187,7 @@ TEST_F(PlcLimitsTest, theConveyorWeighsParts)
     EXPECT_LE(word("C:0"), good + 1);
 }
 
-TEST_F(PlcLimitsTest, theConveyorJamsAndStops)
+TEST_F(PlcLimitsTest, TheConveyorJamsAndStops)
 {
     start({"--plant", "conveyor", "--plant-period", "1"});
     waitForWord("CIO_bit:0.3", 1);
@@ -200,7 +200,7 @@ TEST_F(PlcLimitsTest, theConveyorJamsAndStops)
     waitForWord("DM:0", 100);
 }
 
-TEST_F(PlcLimitsTest, theOvenHeatsToItsSetPoints)
+TEST_F(PlcLimitsTest, TheOvenHeatsToItsSetPoints)
 {
     start({"--plant", "oven", "--plant-period", "1", "--profile", "small"});
     waitForWord("CIO_bit:0.3", 1);
@@ -221,7 +221,7 @@ TEST_F(PlcLimitsTest, theOvenHeatsToItsSetPoints)
     EXPECT_EQ(word("C:0"), 1u);
 }
 
-TEST_F(PlcLimitsTest, listings)
+TEST_F(PlcLimitsTest, Listings)
 {
     Process plants({FINS_PLC_PATH, "--plants"});
     EXPECT_EQ(plants.wait(), 0);
@@ -234,7 +234,7 @@ TEST_F(PlcLimitsTest, listings)
         << profiles.output();
 }
 
-TEST_F(PlcLimitsTest, namesThatAreUnknown)
+TEST_F(PlcLimitsTest, NamesThatAreUnknown)
 {
     const struct {
         const char *option;

@@ -19,7 +19,7 @@ static std::string caseName(const ::testing::TestParamInfo<AreaCase> &info) { re
 
 class PlcWordAreaTest : public PlcTest, public ::testing::WithParamInterface<AreaCase> {};
 
-TEST_P(PlcWordAreaTest, everyBoundary)
+TEST_P(PlcWordAreaTest, EveryBoundary)
 {
     start();
     const std::string code = GetParam().code;
@@ -56,7 +56,7 @@ INSTANTIATE_TEST_SUITE_P(Words, PlcWordAreaTest,
 
 class PlcBitAreaTest : public PlcTest, public ::testing::WithParamInterface<AreaCase> {};
 
-TEST_P(PlcBitAreaTest, everyBoundary)
+TEST_P(PlcBitAreaTest, EveryBoundary)
 {
     start();
     const std::string code = GetParam().code;
@@ -91,7 +91,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 class PlcMemoryTest : public PlcTest {};
 
-TEST_F(PlcMemoryTest, areasAreApart)
+TEST_F(PlcMemoryTest, AreasAreApart)
 {
     start();
     PlcClient client(port);
@@ -105,7 +105,7 @@ TEST_F(PlcMemoryTest, areasAreApart)
 }
 
 // Words A0 to A447 belong to the CPU unit. People may set them, so that there is something to read.
-TEST_F(PlcMemoryTest, theFirstAuxiliaryWordsAreReadOnly)
+TEST_F(PlcMemoryTest, TheFirstAuxiliaryWordsAreReadOnly)
 {
     start();
     ASSERT_EQ(tell("write AR:447 4660"), "ok");
@@ -122,7 +122,7 @@ TEST_F(PlcMemoryTest, theFirstAuxiliaryWordsAreReadOnly)
     EXPECT_EQ(client.ask("0101 B3 01BF 00 0002"), plainHex("0101 0000 1234 0003"));
 }
 
-TEST_F(PlcMemoryTest, bitsAreThoseOfTheWords)
+TEST_F(PlcMemoryTest, BitsAreThoseOfTheWords)
 {
     start();
     PlcClient client(port);
@@ -134,7 +134,7 @@ TEST_F(PlcMemoryTest, bitsAreThoseOfTheWords)
     EXPECT_EQ(client.ask("0101 B0 0064 00 0001"), plainHex("0101 0000 0021"));
 }
 
-TEST_F(PlcMemoryTest, bitWriteRunsOverIntoTheNextWord)
+TEST_F(PlcMemoryTest, BitWriteRunsOverIntoTheNextWord)
 {
     start();
     PlcClient client(port);
@@ -142,7 +142,7 @@ TEST_F(PlcMemoryTest, bitWriteRunsOverIntoTheNextWord)
     EXPECT_EQ(client.ask("0101 82 000A 00 0002"), plainHex("0101 0000 C000 0003"));
 }
 
-TEST_F(PlcMemoryTest, onlyTheLowestBitOfAWrittenBitCounts)
+TEST_F(PlcMemoryTest, OnlyTheLowestBitOfAWrittenBitCounts)
 {
     start();
     PlcClient client(port);
@@ -150,7 +150,7 @@ TEST_F(PlcMemoryTest, onlyTheLowestBitOfAWrittenBitCounts)
     EXPECT_EQ(client.ask("0101 31 0000 00 0004"), plainHex("0101 0000 00 01 00 01"));
 }
 
-TEST_F(PlcMemoryTest, completionFlagsAreApartFromPresentValues)
+TEST_F(PlcMemoryTest, CompletionFlagsAreApartFromPresentValues)
 {
     start();
     PlcClient client(port);
@@ -167,7 +167,7 @@ TEST_F(PlcMemoryTest, completionFlagsAreApartFromPresentValues)
     EXPECT_EQ(client.ask("0101 09 0000 01 0001"), plainHex("0101 1103"));
 }
 
-TEST_F(PlcMemoryTest, addressesBetweenTimersAndCountersAreOutOfRange)
+TEST_F(PlcMemoryTest, AddressesBetweenTimersAndCountersAreOutOfRange)
 {
     start();
     PlcClient client(port);
@@ -175,7 +175,7 @@ TEST_F(PlcMemoryTest, addressesBetweenTimersAndCountersAreOutOfRange)
     EXPECT_EQ(client.ask("0101 89 FFFF 00 0001"), plainHex("0101 1103"));
 }
 
-TEST_F(PlcMemoryTest, unknownAreaCodes)
+TEST_F(PlcMemoryTest, UnknownAreaCodes)
 {
     start();
     PlcClient client(port);

@@ -13,7 +13,7 @@ protected:
     }
 };
 
-TEST_F(PlcNodeTest, clientNode0GetsTheFirstAllocatedNode)
+TEST_F(PlcNodeTest, ClientNode0GetsTheFirstAllocatedNode)
 {
     start();
     TcpClient client(port);
@@ -21,7 +21,7 @@ TEST_F(PlcNodeTest, clientNode0GetsTheFirstAllocatedNode)
     EXPECT_EQ(client.receive(24), plainHex("46494E53 00000010 00000001 00000000 000000EF 00000001"));
 }
 
-TEST_F(PlcNodeTest, eachClientGetsItsOwnNode)
+TEST_F(PlcNodeTest, EachClientGetsItsOwnNode)
 {
     start();
     PlcClient first(port);
@@ -33,7 +33,7 @@ TEST_F(PlcNodeTest, eachClientGetsItsOwnNode)
     EXPECT_EQ(tell("clients"), "ok 3 239 240 241");
 }
 
-TEST_F(PlcNodeTest, requestedNodeIsTaken)
+TEST_F(PlcNodeTest, RequestedNodeIsTaken)
 {
     start();
     TcpClient low(port);
@@ -45,7 +45,7 @@ TEST_F(PlcNodeTest, requestedNodeIsTaken)
     EXPECT_EQ(tell("clients"), "ok 2 2 254");
 }
 
-TEST_F(PlcNodeTest, allocationPassesOverNodesInUse)
+TEST_F(PlcNodeTest, AllocationPassesOverNodesInUse)
 {
     start();
     TcpClient explicitly(port);
@@ -55,7 +55,7 @@ TEST_F(PlcNodeTest, allocationPassesOverNodesInUse)
     EXPECT_EQ(allocated.node, 240u);
 }
 
-TEST_F(PlcNodeTest, allocationPassesOverTheServersNode)
+TEST_F(PlcNodeTest, AllocationPassesOverTheServersNode)
 {
     start({"--node", "239"});
     TcpClient client(port);
@@ -63,7 +63,7 @@ TEST_F(PlcNodeTest, allocationPassesOverTheServersNode)
     EXPECT_EQ(client.receive(24), nodeReply(240, 0, 239));
 }
 
-TEST_F(PlcNodeTest, nodeInUseIsError21)
+TEST_F(PlcNodeTest, NodeInUseIsError21)
 {
     start();
     TcpClient holder(port);
@@ -73,7 +73,7 @@ TEST_F(PlcNodeTest, nodeInUseIsError21)
     EXPECT_EQ(tell("clients"), "ok 1 9");
 }
 
-TEST_F(PlcNodeTest, nodeIsFreeAgainAfterItsClientLeft)
+TEST_F(PlcNodeTest, NodeIsFreeAgainAfterItsClientLeft)
 {
     start();
     {
@@ -87,7 +87,7 @@ TEST_F(PlcNodeTest, nodeIsFreeAgainAfterItsClientLeft)
     EXPECT_EQ(next.receive(24), nodeReply(9));
 }
 
-TEST_F(PlcNodeTest, nodeAbove254IsError23)
+TEST_F(PlcNodeTest, NodeAbove254IsError23)
 {
     start();
     expectRefused(255, 0x23);
@@ -95,13 +95,13 @@ TEST_F(PlcNodeTest, nodeAbove254IsError23)
     expectRefused(0xFFFFFFFF, 0x23);
 }
 
-TEST_F(PlcNodeTest, serversOwnNodeIsError24)
+TEST_F(PlcNodeTest, ServersOwnNodeIsError24)
 {
     start();
     expectRefused(1, 0x24);
 }
 
-TEST_F(PlcNodeTest, serverNodeIsAnOption)
+TEST_F(PlcNodeTest, ServerNodeIsAnOption)
 {
     start({"--node", "254"});
     expectRefused(254, 0x24, 254);
@@ -110,7 +110,7 @@ TEST_F(PlcNodeTest, serverNodeIsAnOption)
     EXPECT_EQ(client.receive(24), nodeReply(1, 0, 254));
 }
 
-TEST_F(PlcNodeTest, moreThanTheAllowedClientsIsError20)
+TEST_F(PlcNodeTest, MoreThanTheAllowedClientsIsError20)
 {
     start({"--clients", "2"});
     PlcClient first(port);
@@ -124,7 +124,7 @@ TEST_F(PlcNodeTest, moreThanTheAllowedClientsIsError20)
     EXPECT_EQ(again.node, 240u);
 }
 
-TEST_F(PlcNodeTest, sixteenClientsByDefault)
+TEST_F(PlcNodeTest, SixteenClientsByDefault)
 {
     start();
     std::vector<std::unique_ptr<PlcClient>> clients;
@@ -134,7 +134,7 @@ TEST_F(PlcNodeTest, sixteenClientsByDefault)
     expectRefused(0, 0x20);
 }
 
-TEST_F(PlcNodeTest, allAllocatedNodesInUseIsError25)
+TEST_F(PlcNodeTest, AllAllocatedNodesInUseIsError25)
 {
     start({"--clients", "18"});
     std::vector<std::unique_ptr<PlcClient>> clients;
@@ -146,7 +146,7 @@ TEST_F(PlcNodeTest, allAllocatedNodesInUseIsError25)
     EXPECT_EQ(explicitly.receive(24), nodeReply(238));
 }
 
-TEST_F(PlcNodeTest, connectionsWithoutNodeAreBoundedToo)
+TEST_F(PlcNodeTest, ConnectionsWithoutNodeAreBoundedToo)
 {
     start({"--clients", "1"});
     std::vector<std::unique_ptr<TcpClient>> silent;
@@ -161,7 +161,7 @@ TEST_F(PlcNodeTest, connectionsWithoutNodeAreBoundedToo)
     EXPECT_EQ(silent.at(1)->receiveUntilClosed(), nodeReply(0, 0x20));
 }
 
-TEST_F(PlcNodeTest, connectionsWithoutNodeNeverCostAClientItsPlace)
+TEST_F(PlcNodeTest, ConnectionsWithoutNodeNeverCostAClientItsPlace)
 {
     start({"--clients", "1"});
     PlcClient client(port);
@@ -172,7 +172,7 @@ TEST_F(PlcNodeTest, connectionsWithoutNodeNeverCostAClientItsPlace)
     EXPECT_EQ(client.ask("0402"), plainHex("0402 0000"));
 }
 
-TEST_F(PlcNodeTest, secondExchangeOnAConnectionIsError21)
+TEST_F(PlcNodeTest, SecondExchangeOnAConnectionIsError21)
 {
     start();
     PlcClient client(port);
@@ -181,7 +181,7 @@ TEST_F(PlcNodeTest, secondExchangeOnAConnectionIsError21)
     waitForAnswer("clients", "ok 0");
 }
 
-TEST_F(PlcNodeTest, commandBeforeTheExchangeIsError3)
+TEST_F(PlcNodeTest, CommandBeforeTheExchangeIsError3)
 {
     start();
     TcpClient client(port);

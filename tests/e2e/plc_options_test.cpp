@@ -29,7 +29,7 @@ protected:
     std::string error;
 };
 
-TEST_F(PlcOptionsTest, portInUse)
+TEST_F(PlcOptionsTest, PortInUse)
 {
     start();
     EXPECT_EQ(exitCode({"--port", std::to_string(port)}), 3);
@@ -37,13 +37,13 @@ TEST_F(PlcOptionsTest, portInUse)
                          ": Address already in use; choose another --port (0 picks a free one) or --bind\n");
 }
 
-TEST_F(PlcOptionsTest, addressOfAnotherMachine)
+TEST_F(PlcOptionsTest, AddressOfAnotherMachine)
 {
     EXPECT_EQ(exitCode({"--port", "0", "--bind", "192.0.2.1"}), 3);
     EXPECT_EQ(error.substr(0, 41), "fins_plc: cannot listen on 192.0.2.1:0: C");
 }
 
-TEST_F(PlcOptionsTest, portIsFreeAtOnceAfterTheEnd)
+TEST_F(PlcOptionsTest, PortIsFreeAtOnceAfterTheEnd)
 {
     start();
     const std::string chosen = std::to_string(port);
@@ -56,7 +56,7 @@ TEST_F(PlcOptionsTest, portIsFreeAtOnceAfterTheEnd)
 }
 
 // Two simulators on one port, each at an address of its own: neither listens at the other's.
-TEST_F(PlcOptionsTest, bindsElsewhere)
+TEST_F(PlcOptionsTest, BindsElsewhere)
 {
     start({"--node", "9"});
     const std::string chosen = std::to_string(port);
@@ -71,7 +71,7 @@ TEST_F(PlcOptionsTest, bindsElsewhere)
     EXPECT_EQ(elsewhere.wait(), 0);
 }
 
-TEST_F(PlcOptionsTest, badOptionsAreExit2WithOneLine)
+TEST_F(PlcOptionsTest, BadOptionsAreExit2WithOneLine)
 {
     const std::vector<std::vector<std::string>> rows = {
         {"--port", "x"},          {"--port", "65536"},       {"--port", "-1"},
@@ -89,7 +89,7 @@ TEST_F(PlcOptionsTest, badOptionsAreExit2WithOneLine)
     }
 }
 
-TEST_F(PlcOptionsTest, badNumbersAreToldTheirRange)
+TEST_F(PlcOptionsTest, BadNumbersAreToldTheirRange)
 {
     const struct {
         const char *option;
@@ -105,26 +105,26 @@ TEST_F(PlcOptionsTest, badNumbersAreToldTheirRange)
     }
 }
 
-TEST_F(PlcOptionsTest, boundsOfOptionsAreTaken)
+TEST_F(PlcOptionsTest, BoundsOfOptionsAreTaken)
 {
     start({"--clients", "253", "--node", "254", "--plant-period", "60000", "--deadline", "3600000", "--seed",
            "4294967295", "--mode", "monitor"});
     EXPECT_EQ(tell("mode"), "ok monitor");
 }
 
-TEST_F(PlcOptionsTest, faultTakesOneValueEach)
+TEST_F(PlcOptionsTest, FaultTakesOneValueEach)
 {
     start({"--fault", "drop@0.5", "--fault", "delay=1", "--plant"});
     EXPECT_EQ(tell("faults"), "ok delay=1 drop@0.5");
 }
 
-TEST_F(PlcOptionsTest, badFaultSaysWhatIsWrong)
+TEST_F(PlcOptionsTest, BadFaultSaysWhatIsWrong)
 {
     EXPECT_EQ(exitCode({"--fault", "delay=x"}), 2);
     EXPECT_EQ(error, "fins_plc: --fault: 'x' is no value of delay; use 0 to 60000; see fins_plc --help\n");
 }
 
-TEST_F(PlcOptionsTest, helpGoesToStandardOutput)
+TEST_F(PlcOptionsTest, HelpGoesToStandardOutput)
 {
     Process helper({FINS_PLC_PATH, "--help"});
     EXPECT_EQ(helper.wait(), 0);
@@ -134,7 +134,7 @@ TEST_F(PlcOptionsTest, helpGoesToStandardOutput)
     EXPECT_EQ(helper.errors(), "");
 }
 
-TEST_F(PlcOptionsTest, versionIsThatOfTheBuild)
+TEST_F(PlcOptionsTest, VersionIsThatOfTheBuild)
 {
     Process asked({FINS_PLC_PATH, "--version"});
     EXPECT_EQ(asked.wait(), 0);
@@ -145,7 +145,7 @@ TEST_F(PlcOptionsTest, versionIsThatOfTheBuild)
     EXPECT_NE(helper.output().find("\n  --version "), std::string::npos);
 }
 
-TEST_F(PlcOptionsTest, signalsEndItCleanly)
+TEST_F(PlcOptionsTest, SignalsEndItCleanly)
 {
     for (const int number : {SIGINT, SIGTERM}) {
         start();
@@ -159,7 +159,7 @@ TEST_F(PlcOptionsTest, signalsEndItCleanly)
 }
 
 // As under nohup, and behind the & of a script.
-TEST_F(PlcOptionsTest, ignoredSignalsStayIgnored)
+TEST_F(PlcOptionsTest, IgnoredSignalsStayIgnored)
 {
     startByShell("trap '' HUP INT; ", "");
     plc->sendSignal(SIGHUP);
@@ -172,7 +172,7 @@ TEST_F(PlcOptionsTest, ignoredSignalsStayIgnored)
     plc.reset();
 }
 
-TEST_F(PlcOptionsTest, endOfInputDoesNotEndIt)
+TEST_F(PlcOptionsTest, EndOfInputDoesNotEndIt)
 {
     start();
     plc->closeInput();
@@ -184,7 +184,7 @@ TEST_F(PlcOptionsTest, endOfInputDoesNotEndIt)
     plc.reset();
 }
 
-TEST_F(PlcOptionsTest, commandsFromAFile)
+TEST_F(PlcOptionsTest, CommandsFromAFile)
 {
     const TemporaryFile file;
     file.write("write DM:0 5\nread DM:0\nquit\n");
@@ -194,7 +194,7 @@ TEST_F(PlcOptionsTest, commandsFromAFile)
     EXPECT_EQ(output.substr(output.find('\n') + 1), "ok\nok 5\nok\n");
 }
 
-TEST_F(PlcOptionsTest, traceShowsFramesOnStandardError)
+TEST_F(PlcOptionsTest, TraceShowsFramesOnStandardError)
 {
     start({"--trace"});
     TcpClient client(port);
@@ -213,7 +213,7 @@ TEST_F(PlcOptionsTest, traceShowsFramesOnStandardError)
 }
 
 // Every line is there in the end, or counted.
-TEST_F(PlcOptionsTest, aTraceThatNobodyReadsKeepsNoClientWaiting)
+TEST_F(PlcOptionsTest, ATraceThatNobodyReadsKeepsNoClientWaiting)
 {
     int ends[2];
     ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
@@ -248,7 +248,7 @@ TEST_F(PlcOptionsTest, aTraceThatNobodyReadsKeepsNoClientWaiting)
     EXPECT_GT(lost, 0u);
 }
 
-TEST_F(PlcOptionsTest, withoutTraceStandardErrorIsEmpty)
+TEST_F(PlcOptionsTest, WithoutTraceStandardErrorIsEmpty)
 {
     start();
     PlcClient client(port);

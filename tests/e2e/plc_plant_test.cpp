@@ -34,14 +34,14 @@ protected:
     }
 };
 
-TEST_F(PlcPlantTest, withoutPlantNothingMoves)
+TEST_F(PlcPlantTest, WithoutPlantNothingMoves)
 {
     start({"--plant-period", "1"});
     EXPECT_EQ(tell("read DM:0:5"), "ok 0 0 0 0 0");
     EXPECT_EQ(tell("read CIO:100"), "ok 0");
 }
 
-TEST_F(PlcPlantTest, startingValues)
+TEST_F(PlcPlantTest, StartingValues)
 {
     start({"--plant", "--plant-period", "60000"});
     EXPECT_EQ(tell("read DM:0:5"), "ok 300 0 0 500 0");
@@ -49,14 +49,14 @@ TEST_F(PlcPlantTest, startingValues)
     EXPECT_EQ(tell("read CIO:0"), "ok 0");
 }
 
-TEST_F(PlcPlantTest, livesWithItsOwnPeriod)
+TEST_F(PlcPlantTest, LivesWithItsOwnPeriod)
 {
     start({"--plant"});
     waitFor("DM:4", [](unsigned long steps) { return steps >= 2; });
     waitFor("DM:0", [](unsigned long level) { return level > 300; });
 }
 
-TEST_F(PlcPlantTest, holdsTheSetPoint)
+TEST_F(PlcPlantTest, HoldsTheSetPoint)
 {
     startPlant();
     waitFor("DM:0", [](unsigned long level) { return level >= 500; });
@@ -70,7 +70,7 @@ TEST_F(PlcPlantTest, holdsTheSetPoint)
     waitFor("C:1", [](unsigned long batches) { return batches >= 2; });
 }
 
-TEST_F(PlcPlantTest, obeysANewSetPoint)
+TEST_F(PlcPlantTest, ObeysANewSetPoint)
 {
     startPlant();
     PlcClient client(port);
@@ -80,7 +80,7 @@ TEST_F(PlcPlantTest, obeysANewSetPoint)
     waitFor("DM:0", [](unsigned long level) { return level <= 100; });
 }
 
-TEST_F(PlcPlantTest, pumpAndInletAreOneAndFlowFollows)
+TEST_F(PlcPlantTest, PumpAndInletAreOneAndFlowFollows)
 {
     startPlant();
     ASSERT_EQ(tell("write DM:3 1000"), "ok");
@@ -95,7 +95,7 @@ TEST_F(PlcPlantTest, pumpAndInletAreOneAndFlowFollows)
     EXPECT_EQ(word("DM:0"), 1000u);
 }
 
-TEST_F(PlcPlantTest, drainsByHand)
+TEST_F(PlcPlantTest, DrainsByHand)
 {
     startPlant();
     ASSERT_EQ(tell("write CIO_bit:100.0 0"), "ok");
@@ -105,7 +105,7 @@ TEST_F(PlcPlantTest, drainsByHand)
     EXPECT_EQ(tell("read DM:0:3"), "ok 0 0 0");
 }
 
-TEST_F(PlcPlantTest, pumpsByHandUntilFull)
+TEST_F(PlcPlantTest, PumpsByHandUntilFull)
 {
     startPlant();
     ASSERT_EQ(tell("write CIO_bit:100.0 0 1 0"), "ok");
@@ -114,7 +114,7 @@ TEST_F(PlcPlantTest, pumpsByHandUntilFull)
     EXPECT_EQ(tell("read CIO_bit:0.3:2"), "ok 1 0");
 }
 
-TEST_F(PlcPlantTest, alarmsAtTheirLevels)
+TEST_F(PlcPlantTest, AlarmsAtTheirLevels)
 {
     startPlant();
     ASSERT_EQ(tell("write CIO_bit:100.0 0 0 0"), "ok"); // by hand: pump off, outlet closed
@@ -131,7 +131,7 @@ TEST_F(PlcPlantTest, alarmsAtTheirLevels)
     }
 }
 
-TEST_F(PlcPlantTest, heartbeatBeats)
+TEST_F(PlcPlantTest, HeartbeatBeats)
 {
     startPlant();
     for (int i = 0; i < 3; ++i) {
@@ -140,7 +140,7 @@ TEST_F(PlcPlantTest, heartbeatBeats)
     }
 }
 
-TEST_F(PlcPlantTest, resetSetsTheCountersToZero)
+TEST_F(PlcPlantTest, ResetSetsTheCountersToZero)
 {
     startPlant();
     waitFor("C:1", [](unsigned long batches) { return batches >= 1; });
@@ -152,7 +152,7 @@ TEST_F(PlcPlantTest, resetSetsTheCountersToZero)
     EXPECT_EQ(tell("read C:0:2"), "ok 0 0");
 }
 
-TEST_F(PlcPlantTest, countersWrapAfter9999)
+TEST_F(PlcPlantTest, CountersWrapAfter9999)
 {
     startPlant();
     ASSERT_EQ(tell("write CIO_bit:100.0 0"), "ok");
@@ -165,7 +165,7 @@ TEST_F(PlcPlantTest, countersWrapAfter9999)
     waitFor("DM:4", [](unsigned long steps) { return steps < 9990; });
 }
 
-TEST_F(PlcPlantTest, timersOfThePump)
+TEST_F(PlcPlantTest, TimersOfThePump)
 {
     startPlant();
     ASSERT_EQ(tell("write DM:3 1000"), "ok");
@@ -187,7 +187,7 @@ TEST_F(PlcPlantTest, timersOfThePump)
     waitForValue("CIO_bit:0.0", 1);
 }
 
-TEST_F(PlcPlantTest, programModeStopsThePlant)
+TEST_F(PlcPlantTest, ProgramModeStopsThePlant)
 {
     startPlant();
     ASSERT_EQ(tell("write DM:3 1000"), "ok");
@@ -201,7 +201,7 @@ TEST_F(PlcPlantTest, programModeStopsThePlant)
     letSteps(2);
 }
 
-TEST_F(PlcPlantTest, wildValuesDoNoHarm)
+TEST_F(PlcPlantTest, WildValuesDoNoHarm)
 {
     startPlant();
     ASSERT_EQ(tell("write DM:0 65535 65535 65535 65535 65535"), "ok");
@@ -225,7 +225,7 @@ protected:
 
 // Seed 57: a part of 478 g at step 10, one of 484 g at step 24, which jams. The belt speeds up by 20 a step for 15
 // steps (240 mm), runs at 300 for 9 (270 mm) and brakes for 14 (210 mm) of the 20 steps to the next part.
-TEST_F(PlcConveyorTest, theSeedDecidesUpToTheJam)
+TEST_F(PlcConveyorTest, TheSeedDecidesUpToTheJam)
 {
     startAndWaitForJam("57");
     EXPECT_EQ(tell("read DM:1:3"), "ok 720 300 484");
@@ -234,7 +234,7 @@ TEST_F(PlcConveyorTest, theSeedDecidesUpToTheJam)
 }
 
 // Seed 16: parts of 503, 515, 493 and 520 g at the steps 10, 28, 47 and 63, the last of which jams.
-TEST_F(PlcConveyorTest, anotherSeedDecidesOtherwise)
+TEST_F(PlcConveyorTest, AnotherSeedDecidesOtherwise)
 {
     startAndWaitForJam("16");
     EXPECT_EQ(tell("read DM:1:3"), "ok 1890 300 520");
@@ -242,7 +242,7 @@ TEST_F(PlcConveyorTest, anotherSeedDecidesOtherwise)
     EXPECT_EQ(tell("read T:0"), "ok 5");
 }
 
-TEST_F(PlcConveyorTest, aClientClearsTheJam)
+TEST_F(PlcConveyorTest, AClientClearsTheJam)
 {
     startAndWaitForJam("57");
     PlcClient client(port);
@@ -270,7 +270,7 @@ protected:
     }
 };
 
-TEST_F(PlcOvenTest, equalSeedsGiveEqualCourses)
+TEST_F(PlcOvenTest, EqualSeedsGiveEqualCourses)
 {
     const auto first = course("5");
     const auto second = course("5");
@@ -289,7 +289,7 @@ TEST_F(PlcOvenTest, equalSeedsGiveEqualCourses)
     EXPECT_GT(different, 0u);
 }
 
-TEST_F(PlcOvenTest, obeysANewSetPoint)
+TEST_F(PlcOvenTest, ObeysANewSetPoint)
 {
     start({"--plant", "oven", "--plant-period", "1"});
     PlcClient client(port);

@@ -32,7 +32,7 @@ protected:
     TemporaryFile file;
 };
 
-TEST_F(PlcProjectTest, wordsListsAndFills)
+TEST_F(PlcProjectTest, WordsListsAndFills)
 {
     startProject("[memory]\n\"DM:10\" = 5\n\"DM:11\" = [1, 65535]\n\"DM:20:3\" = 7\n\"T:4\" = 9\n\"HR:1535\" = 1\n");
     EXPECT_EQ(tell("read DM:9:5"), "ok 0 5 1 65535 0");
@@ -41,33 +41,33 @@ TEST_F(PlcProjectTest, wordsListsAndFills)
     EXPECT_EQ(tell("read HR:1535"), "ok 1");
 }
 
-TEST_F(PlcProjectTest, laterLinesGoBeforeEarlierOnes)
+TEST_F(PlcProjectTest, LaterLinesGoBeforeEarlierOnes)
 {
     startProject("[memory]\n\"DM:9:4\" = 7\n\"DM:10\" = 1\n");
     EXPECT_EQ(tell("read DM:9:4"), "ok 7 1 7 7");
 }
 
-TEST_F(PlcProjectTest, floatsLowWordFirst)
+TEST_F(PlcProjectTest, FloatsLowWordFirst)
 {
     // 21.5 is 41AC0000, -1 is BF800000, 0.1 is 3DCCCCCD.
     startProject("[memory]\n\"DM:0\" = 21.5\n\"DM:2\" = { f32 = [-1, 0.1] }\n");
     EXPECT_EQ(tell("read DM:0:6"), "ok 0 16812 0 49024 52429 15820");
 }
 
-TEST_F(PlcProjectTest, typesAtTheirBounds)
+TEST_F(PlcProjectTest, TypesAtTheirBounds)
 {
     startProject("[memory]\n\"DM:0\" = { s16 = [-32768, 32767, -1] }\n\"DM:3\" = { u32 = 4294967295 }\n"
                  "\"DM:5\" = { s32 = [-2147483648, 65536] }\n\"DM:9\" = { bcd16 = 9876 }\n\"DM:10\" = { u16 = 0 }\n");
     EXPECT_EQ(tell("read DM:0:10"), "ok 32768 32767 65535 65535 65535 0 32768 0 1 39030");
 }
 
-TEST_F(PlcProjectTest, aFillRepeatsAllWordsOfAValue)
+TEST_F(PlcProjectTest, AFillRepeatsAllWordsOfAValue)
 {
     startProject("[memory]\n\"DM:0:4\" = { u32 = 65538 }\n");
     EXPECT_EQ(tell("read DM:0:5"), "ok 2 1 2 1 0");
 }
 
-TEST_F(PlcProjectTest, textsHaveTwoCharactersAWord)
+TEST_F(PlcProjectTest, TextsHaveTwoCharactersAWord)
 {
     startProject("[memory]\n\"DM:4:4\" = 1\n\"DM:0\" = \"ABC\"\n\"DM:4:3\" = \"AB\"\n"
                  "\"DM:8\" = { string = \"ABC\", low-byte-first = true }\n");
@@ -75,13 +75,13 @@ TEST_F(PlcProjectTest, textsHaveTwoCharactersAWord)
     EXPECT_EQ(tell("read DM:8:2"), "ok 16961 67");
 }
 
-TEST_F(PlcProjectTest, textsAreFollowedByZeros)
+TEST_F(PlcProjectTest, TextsAreFollowedByZeros)
 {
     startProject("[memory]\n\"DM:0:5\" = 1\n\"DM:1:3\" = \"AB\"\n");
     EXPECT_EQ(tell("read DM:0:5"), "ok 1 16706 0 0 1");
 }
 
-TEST_F(PlcProjectTest, bits)
+TEST_F(PlcProjectTest, Bits)
 {
     startProject("[memory]\n\"CIO_bit:10.14\" = [true, 0, 1]\n\"WR_bit:0.15\" = true\n\"DM_bit:5.0:16\" = true\n");
     EXPECT_EQ(tell("read CIO:10:2"), "ok 16384 1");
@@ -89,7 +89,7 @@ TEST_F(PlcProjectTest, bits)
     EXPECT_EQ(tell("read DM:5:2"), "ok 65535 0");
 }
 
-TEST_F(PlcProjectTest, settings)
+TEST_F(PlcProjectTest, Settings)
 {
     startProject("[plc]\nmode = \"program\"\nfaults = [\"delay=1@0.5\", \"drop@0.25\", \"tcp-error=22#1\"]\nplant = \"conveyor\"\n"
                  "plant-period = 60000\nnode = 7\nprofile = \"small\"\nclients = 1\n");
@@ -106,7 +106,7 @@ TEST_F(PlcProjectTest, settings)
     EXPECT_EQ(second.receiveUntilClosed(), nodeReply(0, 0x20, 7));
 }
 
-TEST_F(PlcProjectTest, refusals)
+TEST_F(PlcProjectTest, Refusals)
 {
     startProject("[plc]\nrefuse-writes-in-run = true\nrefuse-writes-in-program = \"2204\"\n");
     PlcClient client(port);
@@ -115,13 +115,13 @@ TEST_F(PlcProjectTest, refusals)
     EXPECT_EQ(client.ask("0102 82 0000 00 0001 0001"), plainHex("0102 2204"));
 }
 
-TEST_F(PlcProjectTest, theMemoryGoesBeforeThePlantsOwnStart)
+TEST_F(PlcProjectTest, TheMemoryGoesBeforeThePlantsOwnStart)
 {
     startProject("[plc]\nplant = \"tank\"\nplant-period = 60000\n[memory]\n\"DM:3\" = 250\n");
     EXPECT_EQ(tell("read DM:0:4"), "ok 300 0 0 250");
 }
 
-TEST_F(PlcProjectTest, theCommandLineGoesBeforeTheProject)
+TEST_F(PlcProjectTest, TheCommandLineGoesBeforeTheProject)
 {
     startProject("[plc]\nmode = \"program\"\nnode = 7\nfaults = \"drop\"\n", {"--mode", "monitor", "--node", "9"});
     EXPECT_EQ(tell("mode"), "ok monitor");
@@ -131,7 +131,7 @@ TEST_F(PlcProjectTest, theCommandLineGoesBeforeTheProject)
     EXPECT_EQ(client.receive(24), nodeReply(239, 0, 9));
 }
 
-TEST_F(PlcProjectTest, everyErrorHasItsPlace)
+TEST_F(PlcProjectTest, EveryErrorHasItsPlace)
 {
     EXPECT_EQ(errorsOf("[plc]\nport = 70000\nmode = \"fast\"\ncolour = 1\n\n[memory]\n\"DM:40000\" = 1\n"
                        "\"DM:1\" = 65536\n\"CIO_bit:0.0\" = 2\n\"DM:2:3\" = [1, 2]\n[other]\n"),
@@ -145,7 +145,7 @@ TEST_F(PlcProjectTest, everyErrorHasItsPlace)
               ":11:2: 'other' is no table of a project; use [plc] and [memory]\n");
 }
 
-TEST_F(PlcProjectTest, settingsOfAnotherKind)
+TEST_F(PlcProjectTest, SettingsOfAnotherKind)
 {
     const struct {
         const char *line;
@@ -169,7 +169,7 @@ TEST_F(PlcProjectTest, settingsOfAnotherKind)
         EXPECT_EQ(errorsOf(std::string("[plc]\n") + row.line + "\n"), row.error) << row.line;
 }
 
-TEST_F(PlcProjectTest, valuesThatAreNone)
+TEST_F(PlcProjectTest, ValuesThatAreNone)
 {
     const struct {
         const char *line;
@@ -194,13 +194,13 @@ TEST_F(PlcProjectTest, valuesThatAreNone)
         EXPECT_EQ(errorsOf(std::string("[memory]\n") + row.line + "\n"), row.error) << row.line;
 }
 
-TEST_F(PlcProjectTest, whatIsNoToml)
+TEST_F(PlcProjectTest, WhatIsNoToml)
 {
     EXPECT_EQ(errorsOf("[plc]\nport = = 1\n").substr(0, 25), ":2:8: this is not TOML: E");
 }
 
 // Texts that the parser must not see, or gives up on; each costs a line, not the program.
-TEST_F(PlcProjectTest, whatBreaksTheParser)
+TEST_F(PlcProjectTest, WhatBreaksTheParser)
 {
     std::string dotted = "a";
     for (int i = 0; i < 223599; ++i)
@@ -211,7 +211,7 @@ TEST_F(PlcProjectTest, whatBreaksTheParser)
     EXPECT_EQ(errorsOf("[plc]\n[\n[memory]\n", "--check-project"), ":2:1: this is not TOML: its syntax is broken\n");
 }
 
-TEST_F(PlcProjectTest, filesThatNeverEnd)
+TEST_F(PlcProjectTest, FilesThatNeverEnd)
 {
     const std::string pipe = file.path() + ".pipe";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
@@ -223,14 +223,14 @@ TEST_F(PlcProjectTest, filesThatNeverEnd)
     unlink(pipe.c_str());
 }
 
-TEST_F(PlcProjectTest, noFile)
+TEST_F(PlcProjectTest, NoFile)
 {
     Process failing({FINS_PLC_PATH, "--project", "/nonexistent/plc.toml"});
     EXPECT_EQ(failing.wait(), 2);
     EXPECT_EQ(failing.errors(), "fins_plc: /nonexistent/plc.toml: No such file or directory\n");
 }
 
-TEST_F(PlcProjectTest, checkProjectSaysThatNothingIsWrong)
+TEST_F(PlcProjectTest, CheckProjectSaysThatNothingIsWrong)
 {
     file.write("[memory]\n\"DM:0\" = 1\n\"DM:1\" = 1\n");
     Process checking({FINS_PLC_PATH, "--check-project", file.path()});
@@ -239,7 +239,7 @@ TEST_F(PlcProjectTest, checkProjectSaysThatNothingIsWrong)
     EXPECT_EQ(checking.errors(), "");
 }
 
-TEST_F(PlcProjectTest, checkProjectSaysWhatIsWrong)
+TEST_F(PlcProjectTest, CheckProjectSaysWhatIsWrong)
 {
     EXPECT_EQ(errorsOf("[plc]\nnode = 0\n", "--check-project"),
               ":2:8: '0' is no value of node; use 1 to 254\n");

@@ -43,7 +43,7 @@ protected:
     TemporaryFile     file;
 };
 
-TEST_F(PlcReplayTest, recordsEveryFrame)
+TEST_F(PlcReplayTest, RecordsEveryFrame)
 {
     start({"--record", file.path()});
     TcpClient client(port);
@@ -59,7 +59,7 @@ TEST_F(PlcReplayTest, recordsEveryFrame)
     EXPECT_EQ(frames[3], "1 > " + responseFrame("0101 0000 0000"));
 }
 
-TEST_F(PlcReplayTest, servesWhatItRecorded)
+TEST_F(PlcReplayTest, ServesWhatItRecorded)
 {
     start({"--record", file.path()});
     ASSERT_EQ(tell("write DM:100 4660"), "ok");
@@ -75,7 +75,7 @@ TEST_F(PlcReplayTest, servesWhatItRecorded)
     EXPECT_EQ(tell("read DM:100"), "ok 0");
 }
 
-TEST_F(PlcReplayTest, aRecordingIsBounded)
+TEST_F(PlcReplayTest, ARecordingIsBounded)
 {
     start({"--record", file.path(), "--record-limit", "1"});
     PlcClient client(port);
@@ -89,7 +89,7 @@ TEST_F(PlcReplayTest, aRecordingIsBounded)
     EXPECT_EQ(text.back(), '\n');
 }
 
-TEST_F(PlcReplayTest, serviceIdAndNodesArePutRight)
+TEST_F(PlcReplayTest, ServiceIdAndNodesArePutRight)
 {
     // Recorded with service ID 11 between client node 03 and server node 02.
     startReplay({"0.000 4 < " + frameSend("80 00 02 00 02 00 00 03 00 11" + readCommand),
@@ -99,7 +99,7 @@ TEST_F(PlcReplayTest, serviceIdAndNodesArePutRight)
     EXPECT_EQ(client.receiveFrame(), responseFrame("0101 0000 ABCD", 0x77));
 }
 
-TEST_F(PlcReplayTest, aWrongServiceIdStaysWrongByAsMuch)
+TEST_F(PlcReplayTest, AWrongServiceIdStaysWrongByAsMuch)
 {
     startReplay({"0 1 < " + commandFrame(readCommand, 0x10), "0 1 > " + responseFrame("0101 0000 ABCD", 0x12)});
     PlcClient client(port);
@@ -107,7 +107,7 @@ TEST_F(PlcReplayTest, aWrongServiceIdStaysWrongByAsMuch)
     EXPECT_EQ(client.receiveFrame(), responseFrame("0101 0000 ABCD", 0x01));
 }
 
-TEST_F(PlcReplayTest, equalRequestsInOrderThenTheLastAgain)
+TEST_F(PlcReplayTest, EqualRequestsInOrderThenTheLastAgain)
 {
     startReplay({"0 1 < " + commandFrame(readCommand, 1), "0 1 > " + responseFrame("0101 0000 0001", 1),
                  "0 1 < " + commandFrame(readCommand, 2), "0 1 > " + responseFrame("0101 0000 0002", 2)});
@@ -117,7 +117,7 @@ TEST_F(PlcReplayTest, equalRequestsInOrderThenTheLastAgain)
     EXPECT_EQ(client.ask(readCommand), plainHex("0101 0000 0002"));
 }
 
-TEST_F(PlcReplayTest, clientsOfTheRecordingAreKeptApart)
+TEST_F(PlcReplayTest, ClientsOfTheRecordingAreKeptApart)
 {
     const std::string other = "0101 82 0065 00 0001";
     startReplay({"0 1 < " + commandFrame(readCommand), "0 2 < " + commandFrame(other),
@@ -127,7 +127,7 @@ TEST_F(PlcReplayTest, clientsOfTheRecordingAreKeptApart)
     EXPECT_EQ(client.ask(readCommand), plainHex("0101 0000 0001"));
 }
 
-TEST_F(PlcReplayTest, aRequestWithoutReplyIsNotAnswered)
+TEST_F(PlcReplayTest, ARequestWithoutReplyIsNotAnswered)
 {
     startReplay({"0 1 < " + commandFrame("0402"), "0 1 < " + commandFrame(readCommand),
                  "0 1 > " + responseFrame("0101 0000 0007")});
@@ -136,7 +136,7 @@ TEST_F(PlcReplayTest, aRequestWithoutReplyIsNotAnswered)
     EXPECT_EQ(client.ask(readCommand), plainHex("0101 0000 0007"));
 }
 
-TEST_F(PlcReplayTest, whatIsNotInTheRecordingIsSaidOnce)
+TEST_F(PlcReplayTest, WhatIsNotInTheRecordingIsSaidOnce)
 {
     startReplay({"0 1 < " + commandFrame(readCommand), "0 1 > " + responseFrame("0101 0000 0001")});
     PlcClient client(port);
@@ -148,7 +148,7 @@ TEST_F(PlcReplayTest, whatIsNotInTheRecordingIsSaidOnce)
     EXPECT_EQ(plc->readErrorLine(), "fins_plc: this command is not in the recording: 0402");
 }
 
-TEST_F(PlcReplayTest, badLinesHaveTheirNumber)
+TEST_F(PlcReplayTest, BadLinesHaveTheirNumber)
 {
     const std::string good = "0 1 < " + commandFrame(readCommand) + "\n";
     EXPECT_EQ(errorOf(good + "x 1 < 00\n"), "2: 'x' is no time; a line is SECONDS CLIENT < or > HEX\n");
@@ -163,7 +163,7 @@ TEST_F(PlcReplayTest, badLinesHaveTheirNumber)
               "1: there is no FINS command in this recording; make one with --record\n");
 }
 
-TEST_F(PlcReplayTest, repliesThatLieAboutTheirLengthDoNoHarm)
+TEST_F(PlcReplayTest, RepliesThatLieAboutTheirLengthDoNoHarm)
 {
     startReplay({"0 1 < " + commandFrame(readCommand),
                  "0 1 > " + plainHex("46494E53 FFFFFFF8 00000002 00000000 C0 00 02 00 EF 00 00 01 00 5A 0101 0000")});
@@ -174,7 +174,7 @@ TEST_F(PlcReplayTest, repliesThatLieAboutTheirLengthDoNoHarm)
 }
 
 // By another name, too: a recording would empty its file before the first frame.
-TEST_F(PlcReplayTest, aRecordingNeverReplacesWhatIsRead)
+TEST_F(PlcReplayTest, ARecordingNeverReplacesWhatIsRead)
 {
     const std::string recording = "0.1 1 < " + commandFrame(readCommand) + "\n0.2 1 > " +
                                   responseFrame("0101 0000 1234") + "\n";
@@ -193,7 +193,7 @@ TEST_F(PlcReplayTest, aRecordingNeverReplacesWhatIsRead)
     }
 }
 
-TEST_F(PlcReplayTest, flagsOfTheEndCodeComeWithARecordedReply)
+TEST_F(PlcReplayTest, FlagsOfTheEndCodeComeWithARecordedReply)
 {
     startReplay({"0.1 1 < " + commandFrame(readCommand), "0.2 1 > " + responseFrame("0101 0000 1234")});
     PlcClient client(port);
@@ -205,7 +205,7 @@ TEST_F(PlcReplayTest, flagsOfTheEndCodeComeWithARecordedReply)
     EXPECT_EQ(client.ask(readCommand), plainHex("0101 1101"));
 }
 
-TEST_F(PlcReplayTest, filesThatCannotBeUsed)
+TEST_F(PlcReplayTest, FilesThatCannotBeUsed)
 {
     const struct {
         const char *option;

@@ -20,7 +20,7 @@ protected:
     }
 };
 
-TEST_F(PlcStreamTest, splitAtEveryByte)
+TEST_F(PlcStreamTest, SplitAtEveryByte)
 {
     start();
     ASSERT_EQ(tell("write DM:100 4660 22136"), "ok");
@@ -40,7 +40,7 @@ TEST_F(PlcStreamTest, splitAtEveryByte)
     }
 }
 
-TEST_F(PlcStreamTest, oneByteAtATime)
+TEST_F(PlcStreamTest, OneByteAtATime)
 {
     start();
     TcpClient client(port);
@@ -50,7 +50,7 @@ TEST_F(PlcStreamTest, oneByteAtATime)
     EXPECT_EQ(client.receiveFrame(), responseFrame("0402 0000"));
 }
 
-TEST_F(PlcStreamTest, requestsInOneSegmentAreAnsweredInTurn)
+TEST_F(PlcStreamTest, RequestsInOneSegmentAreAnsweredInTurn)
 {
     start();
     TcpClient client(port);
@@ -63,7 +63,7 @@ TEST_F(PlcStreamTest, requestsInOneSegmentAreAnsweredInTurn)
     EXPECT_EQ(client.receiveFrame(), responseFrame("0101 0000 0008", 4));
 }
 
-TEST_F(PlcStreamTest, manyRequestsAheadOfTheirReplies)
+TEST_F(PlcStreamTest, ManyRequestsAheadOfTheirReplies)
 {
     start();
     PlcClient client(port);
@@ -75,7 +75,7 @@ TEST_F(PlcStreamTest, manyRequestsAheadOfTheirReplies)
         ASSERT_EQ(client.receiveFrame().substr(0, 52), responseFrame("", i).replace(8, 8, "000000DE")) << i;
 }
 
-TEST_F(PlcStreamTest, wrongMagicIsError1AtItsFirstWrongByte)
+TEST_F(PlcStreamTest, WrongMagicIsError1AtItsFirstWrongByte)
 {
     start();
     EXPECT_EQ(fateOf("47"), errorNotice(1));
@@ -86,14 +86,14 @@ TEST_F(PlcStreamTest, wrongMagicIsError1AtItsFirstWrongByte)
     EXPECT_EQ(fateOfConnected("66494E53 0000001A 00000002 00000000"), errorNotice(1));
 }
 
-TEST_F(PlcStreamTest, lengthWithoutRoomForACommandIsError2)
+TEST_F(PlcStreamTest, LengthWithoutRoomForACommandIsError2)
 {
     start();
     EXPECT_EQ(fateOf("46494E53 00000000"), errorNotice(2));
     EXPECT_EQ(fateOf("46494E53 00000007"), errorNotice(2));
 }
 
-TEST_F(PlcStreamTest, nodeRequestHasOneLength)
+TEST_F(PlcStreamTest, NodeRequestHasOneLength)
 {
     start();
     EXPECT_EQ(fateOf("46494E53 0000000B 00000000 00000000"), nodeReply(0, 2));
@@ -101,7 +101,7 @@ TEST_F(PlcStreamTest, nodeRequestHasOneLength)
     EXPECT_EQ(fateOf("46494E53 FFFFFFFF 00000000 00000000"), nodeReply(0, 2));
 }
 
-TEST_F(PlcStreamTest, shortestFrame)
+TEST_F(PlcStreamTest, ShortestFrame)
 {
     start();
     PlcClient client(port);
@@ -111,7 +111,7 @@ TEST_F(PlcStreamTest, shortestFrame)
     EXPECT_EQ(fateOfConnected("46494E53 00000008 00000002 00000000"), errorNotice(2));
 }
 
-TEST_F(PlcStreamTest, longestFrame)
+TEST_F(PlcStreamTest, LongestFrame)
 {
     start();
     PlcClient client(port);
@@ -129,7 +129,7 @@ TEST_F(PlcStreamTest, longestFrame)
     EXPECT_EQ(fateOfConnected("46494E53 01000014 00000002 00000000"), errorNotice(2));
 }
 
-TEST_F(PlcStreamTest, unknownCommandIsError3)
+TEST_F(PlcStreamTest, UnknownCommandIsError3)
 {
     start();
     for (const char *command : {"00000001", "00000003", "00000004", "00000005", "00000007", "00000100", "FFFFFFFF"})
@@ -138,7 +138,7 @@ TEST_F(PlcStreamTest, unknownCommandIsError3)
     EXPECT_EQ(fateOfConnected("46494E53 000007E5 00000004 00000000"), errorNotice(2));
 }
 
-TEST_F(PlcStreamTest, connectionConfirmationIsTakenSilently)
+TEST_F(PlcStreamTest, ConnectionConfirmationIsTakenSilently)
 {
     start();
     PlcClient client(port);
@@ -147,7 +147,7 @@ TEST_F(PlcStreamTest, connectionConfirmationIsTakenSilently)
     EXPECT_EQ(fateOfConnected("46494E53 00000009 00000006 00000000"), errorNotice(2));
 }
 
-TEST_F(PlcStreamTest, errorCodeOfARequestIsIgnored)
+TEST_F(PlcStreamTest, ErrorCodeOfARequestIsIgnored)
 {
     start();
     TcpClient client(port);
@@ -156,7 +156,7 @@ TEST_F(PlcStreamTest, errorCodeOfARequestIsIgnored)
 }
 
 // A write of 120 words whose length is sent modulo 256: 10 bytes are no FINS frame.
-TEST_F(PlcStreamTest, wrappedLengthBelowAFrameIsError2)
+TEST_F(PlcStreamTest, WrappedLengthBelowAFrameIsError2)
 {
     start();
     std::string data;
@@ -171,7 +171,7 @@ TEST_F(PlcStreamTest, wrappedLengthBelowAFrameIsError2)
 
 // A write of 130 words: 286 modulo 256 leaves 30 bytes, a write of two words that announces 130. What follows is no
 // header.
-TEST_F(PlcStreamTest, wrappedLengthOfAWholeFrameLosesTheStream)
+TEST_F(PlcStreamTest, WrappedLengthOfAWholeFrameLosesTheStream)
 {
     start();
     std::string data;
@@ -184,7 +184,7 @@ TEST_F(PlcStreamTest, wrappedLengthOfAWholeFrameLosesTheStream)
     EXPECT_EQ(tell("read DM:0"), "ok 0");
 }
 
-TEST_F(PlcStreamTest, halfAFrameIsGivenUpAtTheDeadline)
+TEST_F(PlcStreamTest, HalfAFrameIsGivenUpAtTheDeadline)
 {
     start({"--deadline", "400"});
     EXPECT_EQ(fateOf(""), "");
@@ -194,7 +194,7 @@ TEST_F(PlcStreamTest, halfAFrameIsGivenUpAtTheDeadline)
     waitForAnswer("clients", "ok 0");
 }
 
-TEST_F(PlcStreamTest, slowSenderDoesNotPutTheDeadlineOff)
+TEST_F(PlcStreamTest, SlowSenderDoesNotPutTheDeadlineOff)
 {
     start({"--deadline", "500"});
     PlcClient client(port);
@@ -211,7 +211,7 @@ TEST_F(PlcStreamTest, slowSenderDoesNotPutTheDeadlineOff)
     waitForAnswer("clients", "ok 0");
 }
 
-TEST_F(PlcStreamTest, confirmationsDoNotPutTheNodeExchangeOff)
+TEST_F(PlcStreamTest, ConfirmationsDoNotPutTheNodeExchangeOff)
 {
     start({"--deadline", "500"});
     TcpClient client(port);
@@ -227,7 +227,7 @@ TEST_F(PlcStreamTest, confirmationsDoNotPutTheNodeExchangeOff)
     EXPECT_TRUE(isClosed);
 }
 
-TEST_F(PlcStreamTest, idleConnectionHasNoDeadline)
+TEST_F(PlcStreamTest, IdleConnectionHasNoDeadline)
 {
     start({"--deadline", "400"});
     PlcClient idle(port);
@@ -237,7 +237,7 @@ TEST_F(PlcStreamTest, idleConnectionHasNoDeadline)
     EXPECT_EQ(idle.ask("0402"), plainHex("0402 0000"));
 }
 
-TEST_F(PlcStreamTest, clientThatTakesNoRepliesIsGivenUp)
+TEST_F(PlcStreamTest, ClientThatTakesNoRepliesIsGivenUp)
 {
     start({"--deadline", "500"});
     PlcClient client(port);
@@ -256,7 +256,7 @@ TEST_F(PlcStreamTest, clientThatTakesNoRepliesIsGivenUp)
     waitForAnswer("clients", "ok 0");
 }
 
-TEST_F(PlcStreamTest, clientThatStopsSendingStillGetsItsReply)
+TEST_F(PlcStreamTest, ClientThatStopsSendingStillGetsItsReply)
 {
     start();
     PlcClient client(port);
@@ -265,7 +265,7 @@ TEST_F(PlcStreamTest, clientThatStopsSendingStillGetsItsReply)
     EXPECT_EQ(client.receiveUntilClosed(), responseFrame("0402 0000"));
 }
 
-TEST_F(PlcStreamTest, errorNoticeReachesAClientThatKeepsSending)
+TEST_F(PlcStreamTest, ErrorNoticeReachesAClientThatKeepsSending)
 {
     start();
     PlcClient client(port);

@@ -101,7 +101,7 @@ protected:
     termios     before = {};
 };
 
-TEST_F(PlcViewTest, showsStateClientsPlantAndWrites)
+TEST_F(PlcViewTest, ShowsStateClientsPlantAndWrites)
 {
     start({"--plant", "--plant-period", "60000", "--fault", "delay=1@0.5"}, 80, 24, "1");
     waitFor("fins_plc 127.0.0.1:" + std::to_string(port) + "  node 1  profile cj2  mode RUN  up 00:00:");
@@ -118,7 +118,7 @@ TEST_F(PlcViewTest, showsStateClientsPlantAndWrites)
     waitFor("set-point    DM:3        51.3 %");
 }
 
-TEST_F(PlcViewTest, showsTheConveyor)
+TEST_F(PlcViewTest, ShowsTheConveyor)
 {
     start({"--plant", "conveyor", "--plant-period", "60000"}, 80, 24, "1");
     waitFor("PLANT conveyor");
@@ -131,7 +131,7 @@ TEST_F(PlcViewTest, showsTheConveyor)
     waitFor("set speed    DM:2        25.0 m/min");
 }
 
-TEST_F(PlcViewTest, showsTheOven)
+TEST_F(PlcViewTest, ShowsTheOven)
 {
     start({"--plant", "oven", "--plant-period", "60000"}, 200, 50, "1");
     waitFor("PLANT oven");
@@ -140,7 +140,7 @@ TEST_F(PlcViewTest, showsTheOven)
     waitFor("door open    CIO_bit:0.6 on");
 }
 
-TEST_F(PlcViewTest, aLongAnswerIsShownWhole)
+TEST_F(PlcViewTest, ALongAnswerIsShownWhole)
 {
     start({}, 80, 24, "1");
     waitFor("Type a command");
@@ -150,7 +150,7 @@ TEST_F(PlcViewTest, aLongAnswerIsShownWhole)
     waitFor("\033[23;1H\033[2Kquit");
 }
 
-TEST_F(PlcViewTest, ctrlCGivesTheTerminalBack)
+TEST_F(PlcViewTest, CtrlCGivesTheTerminalBack)
 {
     start({"--plant"});
     waitFor("PLANT tank");
@@ -163,7 +163,7 @@ TEST_F(PlcViewTest, ctrlCGivesTheTerminalBack)
     EXPECT_EQ(after.c_iflag, before.c_iflag);
 }
 
-TEST_F(PlcViewTest, commandsAreTyped)
+TEST_F(PlcViewTest, CommandsAreTyped)
 {
     start({});
     waitFor("Type a command");
@@ -177,7 +177,7 @@ TEST_F(PlcViewTest, commandsAreTyped)
     expectCleanTerminal();
 }
 
-TEST_F(PlcViewTest, followsTheSizeOfTheTerminal)
+TEST_F(PlcViewTest, FollowsTheSizeOfTheTerminal)
 {
     start({}, 80, 24, "1");
     waitFor("\033[24;1H\033[2K> _");
@@ -188,7 +188,7 @@ TEST_F(PlcViewTest, followsTheSizeOfTheTerminal)
     EXPECT_NE(text.find("CLIENTS 0 OF 16"), std::string::npos);
 }
 
-TEST_F(PlcViewTest, linesEndAtTheRightEdge)
+TEST_F(PlcViewTest, LinesEndAtTheRightEdge)
 {
     start({"--plant", "oven"}, 30, 12, "1");
     waitFor("\033[12;1H\033[2K> _");
@@ -197,7 +197,7 @@ TEST_F(PlcViewTest, linesEndAtTheRightEdge)
     EXPECT_EQ(text.find("\033[13;1H"), std::string::npos);
 }
 
-TEST_F(PlcViewTest, coloursUnlessNoColor)
+TEST_F(PlcViewTest, ColoursUnlessNoColor)
 {
     start({});
     waitFor("mode \033[32mRUN\033[0m");
@@ -211,7 +211,7 @@ TEST_F(PlcViewTest, coloursUnlessNoColor)
     EXPECT_EQ(text.find("\033[1m"), std::string::npos);
 }
 
-TEST_F(PlcViewTest, needsATerminal)
+TEST_F(PlcViewTest, NeedsATerminal)
 {
     Process failing({FINS_PLC_PATH, "--port", "0", "--view"});
     EXPECT_EQ(failing.wait(), 2);
@@ -220,7 +220,7 @@ TEST_F(PlcViewTest, needsATerminal)
     EXPECT_EQ(failing.output(), "");
 }
 
-TEST_F(PlcViewTest, traceNeedsAnotherPlace)
+TEST_F(PlcViewTest, TraceNeedsAnotherPlace)
 {
     std::string path = FINS_PLC_PATH;
     winsize window = {24, 80, 0, 0};

@@ -15,14 +15,14 @@ BenchRow row(int size, int micros)
     return one;
 }
 
-TEST(BenchTable, head)
+TEST(BenchTable, Head)
 {
     EXPECT_EQ(benchHead(500, 2), "polling 500 words in 2 items; refresh time in ms\n"
                                  "WORDS/FRAME    MEDIAN     95 %      MAX  REQUESTS/S     WORDS/S\n");
     EXPECT_EQ(benchHead(1, 1).substr(0, 50), "polling 1 word in 1 item; refresh time in ms\nWORDS");
 }
 
-TEST(BenchTable, lines)
+TEST(BenchTable, Lines)
 {
     EXPECT_EQ(benchLine(row(64, 12500)), "         64      12.5     12.5     12.5         150        2500");
     BenchRow refused = row(400, 1);
@@ -30,7 +30,7 @@ TEST(BenchTable, lines)
     EXPECT_EQ(benchLine(refused), "        400  refused: 110B (the response is too long)");
 }
 
-TEST(BenchTable, advises_the_smallest_block_that_is_nearly_as_fast)
+TEST(BenchTable, AdvisesTheSmallestBlockThatIsNearlyAsFast)
 {
     const std::string tail = " words per frame: larger blocks gain less than a tenth\n";
     EXPECT_EQ(benchAdvice({row(8, 2000), row(16, 1100), row(32, 1000)}), "choose 16" + tail);
@@ -38,7 +38,7 @@ TEST(BenchTable, advises_the_smallest_block_that_is_nearly_as_fast)
     EXPECT_EQ(benchAdvice({row(32, 1000), row(16, 1000)}), "choose 16" + tail);
 }
 
-TEST(BenchTable, advises_no_block_that_is_refused)
+TEST(BenchTable, AdvisesNoBlockThatIsRefused)
 {
     BenchRow refused = row(64, 1);
     refused.refusal = "110B";
@@ -46,7 +46,7 @@ TEST(BenchTable, advises_no_block_that_is_refused)
     EXPECT_EQ(benchAdvice({refused}), "the PLC refuses every block size\n");
 }
 
-TEST(BenchTable, warns_where_a_write_cannot_follow)
+TEST(BenchTable, WarnsWhereAWriteCannotFollow)
 {
     const std::string warning = "a panel that writes has to stay at 114 words per frame\n";
     EXPECT_EQ(benchAdvice({row(114, 1000)}).find(warning), std::string::npos);

@@ -28,32 +28,32 @@ std::string saidBy(const RecentMessages &recent)
     return ::testing::internal::GetCapturedStderr();
 }
 
-TEST(RecentMessages, the_newest_is_the_last_line)
+TEST(RecentMessages, TheNewestIsTheLastLine)
 {
     EXPECT_EQ(of({}).lines(3), Lines());
     EXPECT_EQ(of({LOST, WRITE}).lines(3), (Lines{"link lost", "unconfirmed: DM:5"}));
     EXPECT_EQ(of({LOST, WRITE}).lines(1), (Lines{"unconfirmed: DM:5"}));
 }
 
-TEST(RecentMessages, a_hint_stands_behind_its_message)
+TEST(RecentMessages, AHintStandsBehindItsMessage)
 {
     EXPECT_EQ(of({LOST, REFUSED}).lines(3), (Lines{"link lost", "DM:1 refused", "hint: look at the address"}));
     EXPECT_EQ(of({REFUSED, LOST}).lines(3), (Lines{"DM:1 refused", "hint: look at the address", "link lost"}));
 }
 
-TEST(RecentMessages, a_hint_never_takes_the_place_of_its_message)
+TEST(RecentMessages, AHintNeverTakesThePlaceOfItsMessage)
 {
     EXPECT_EQ(of({REFUSED}).lines(1), (Lines{"DM:1 refused"}));
     EXPECT_EQ(of({REFUSED, LOST}).lines(2), (Lines{"DM:1 refused", "link lost"}));
     EXPECT_EQ(of({REFUSED}).lines(0), Lines());
 }
 
-TEST(RecentMessages, one_that_comes_again_is_counted_and_the_latest)
+TEST(RecentMessages, OneThatComesAgainIsCountedAndTheLatest)
 {
     EXPECT_EQ(of({LOST, WRITE, LOST, LOST}).lines(3), (Lines{"unconfirmed: DM:5", "link lost (3 times)"}));
 }
 
-TEST(RecentMessages, all_are_said_in_the_end_but_for_those_that_are_anyway)
+TEST(RecentMessages, AllAreSaidInTheEndButForThoseThatAreAnyway)
 {
     EXPECT_EQ(saidBy(of({REFUSED, LOST, WRITE, LOST})), "DM:1 refused\n"
                                                         "hint: look at the address\n"
@@ -69,7 +69,7 @@ RecentMessages numbered(int count)
     return recent;
 }
 
-TEST(RecentMessages, the_latest_ten_are_left)
+TEST(RecentMessages, TheLatestTenAreLeft)
 {
     EXPECT_EQ(numbered(15).lines(20).size(), 10u);
     EXPECT_EQ(saidBy(numbered(15)), "(5 earlier messages are not shown)\n"

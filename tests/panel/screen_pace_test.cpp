@@ -19,12 +19,12 @@ protected:
     TimePoint  now = TimePoint(std::chrono::hours(1));
 };
 
-TEST_F(ScreenPaceTest, the_first_screen_is_shown_at_once)
+TEST_F(ScreenPaceTest, TheFirstScreenIsShownAtOnce)
 {
     EXPECT_EQ(pause(), 0);
 }
 
-TEST_F(ScreenPaceTest, an_answer_makes_room_for_the_next)
+TEST_F(ScreenPaceTest, AnAnswerMakesRoomForTheNext)
 {
     pace.sent(1920, now);
     EXPECT_TRUE(pace.isAwaited(now));
@@ -34,7 +34,7 @@ TEST_F(ScreenPaceTest, an_answer_makes_room_for_the_next)
 }
 
 // 960 bytes a second, and three seconds at most.
-TEST_F(ScreenPaceTest, without_an_answer_as_a_slow_line)
+TEST_F(ScreenPaceTest, WithoutAnAnswerAsASlowLine)
 {
     pace.sent(480, now);
     EXPECT_EQ(pause(), 500);
@@ -46,7 +46,7 @@ TEST_F(ScreenPaceTest, without_an_answer_as_a_slow_line)
     EXPECT_EQ(pause(), 3000);
 }
 
-TEST_F(ScreenPaceTest, a_terminal_that_answers_is_waited_for)
+TEST_F(ScreenPaceTest, ATerminalThatAnswersIsWaitedFor)
 {
     pace.sent(480, now);
     pace.answered();
@@ -54,7 +54,7 @@ TEST_F(ScreenPaceTest, a_terminal_that_answers_is_waited_for)
     EXPECT_EQ(pause(), 30000);
 }
 
-TEST_F(ScreenPaceTest, one_that_answers_no_more_is_as_one_that_never_did)
+TEST_F(ScreenPaceTest, OneThatAnswersNoMoreIsAsOneThatNeverDid)
 {
     pace.sent(480, now);
     pace.answered();
@@ -64,7 +64,7 @@ TEST_F(ScreenPaceTest, one_that_answers_no_more_is_as_one_that_never_did)
     EXPECT_EQ(pause(), 500);
 }
 
-TEST_F(ScreenPaceTest, every_question_awaits_its_answer)
+TEST_F(ScreenPaceTest, EveryQuestionAwaitsItsAnswer)
 {
     pace.sent(480, now);
     now += Millis(500);
@@ -78,7 +78,7 @@ TEST_F(ScreenPaceTest, every_question_awaits_its_answer)
     EXPECT_EQ(pause(), 30000);
 }
 
-TEST_F(ScreenPaceTest, begins_anew)
+TEST_F(ScreenPaceTest, BeginsAnew)
 {
     pace.sent(480, now);
     pace.restart();

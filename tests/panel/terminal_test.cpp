@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(TakeKey, keys_of_several_terminals)
+TEST(TakeKey, KeysOfSeveralTerminals)
 {
     const std::pair<const char *, Key> KEYS[] = {
         {"q", Key::QUIT},          {"Q", Key::QUIT},          {"k", Key::UP},          {"j", Key::DOWN},
@@ -23,7 +23,7 @@ TEST(TakeKey, keys_of_several_terminals)
     }
 }
 
-TEST(TakeKey, waits_for_the_rest_of_a_sequence)
+TEST(TakeKey, WaitsForTheRestOfASequence)
 {
     std::string keys = "\033[";
     EXPECT_EQ(takeKey(keys), Key::NONE);
@@ -35,36 +35,36 @@ TEST(TakeKey, waits_for_the_rest_of_a_sequence)
     EXPECT_EQ(takeKey(keys), Key::NONE);
 }
 
-TEST(TakeKey, skips_what_is_no_key)
+TEST(TakeKey, SkipsWhatIsNoKey)
 {
     std::string keys = "xy\033[Zzq";
     EXPECT_EQ(takeKey(keys), Key::QUIT);
     EXPECT_EQ(keys, "");
 }
 
-TEST(ScreenUpdate, sends_changed_lines_only)
+TEST(ScreenUpdate, SendsChangedLinesOnly)
 {
     EXPECT_EQ(screenUpdate({"a", "b", "c"}, {"a", "x", "c"}, {80, 24}), "\033[2;1Hx\033[K");
     EXPECT_EQ(screenUpdate({"a", "b"}, {"a", "b"}, {80, 24}), "");
 }
 
-TEST(ScreenUpdate, clears_lines_that_are_gone)
+TEST(ScreenUpdate, ClearsLinesThatAreGone)
 {
     EXPECT_EQ(screenUpdate({"a", "b"}, {"a"}, {80, 24}), "\033[2;1H\033[K");
 }
 
-TEST(ScreenUpdate, draws_a_new_screen_without_its_empty_lines)
+TEST(ScreenUpdate, DrawsANewScreenWithoutItsEmptyLines)
 {
     EXPECT_EQ(screenUpdate({}, {"a", "", "c"}, {80, 24}), "\033[1;1Ha\033[K\033[3;1Hc\033[K");
 }
 
-TEST(ScreenUpdate, leaves_the_last_column_of_a_full_line)
+TEST(ScreenUpdate, LeavesTheLastColumnOfAFullLine)
 {
     EXPECT_EQ(screenUpdate({}, {"abcd"}, {4, 2}), "\033[1;1Habcd");
     EXPECT_EQ(screenUpdate({}, {"abc"}, {4, 2}), "\033[1;1Habc\033[K");
 }
 
-TEST(ScreenUpdate, nothing_below_the_screen)
+TEST(ScreenUpdate, NothingBelowTheScreen)
 {
     EXPECT_EQ(screenUpdate({}, {"a", "b", "c"}, {80, 2}), "\033[1;1Ha\033[K\033[2;1Hb\033[K");
 }
@@ -78,7 +78,7 @@ protected:
     }
 };
 
-TEST_F(Style, no_colour_where_it_is_not_wanted)
+TEST_F(Style, NoColourWhereItIsNotWanted)
 {
     EXPECT_TRUE(styleOfEnvironment().colour);
     setenv("NO_COLOR", "", 1);
@@ -87,7 +87,7 @@ TEST_F(Style, no_colour_where_it_is_not_wanted)
     EXPECT_FALSE(styleOfEnvironment().colour);
 }
 
-TEST_F(Style, character_set_of_the_first_variable_that_is_set)
+TEST_F(Style, CharacterSetOfTheFirstVariableThatIsSet)
 {
     EXPECT_FALSE(styleOfEnvironment().utf8);
     setenv("LANG", "de_DE.UTF-8", 1);

@@ -7,7 +7,7 @@ namespace {
 const char ACCENT[] = "\xCC\x81";         // U+0301, goes onto the letter before
 const char C1[]     = "\xC2\x9B";         // U+009B, as ESC [ for some terminals
 
-TEST(TextWidth, columns_of_characters)
+TEST(TextWidth, ColumnsOfCharacters)
 {
     EXPECT_EQ(textWidth(""), 0u);
     EXPECT_EQ(textWidth("level"), 5u);
@@ -17,7 +17,7 @@ TEST(TextWidth, columns_of_characters)
     EXPECT_EQ(textWidth(std::string("e") + ACCENT), 1u);
 }
 
-TEST(TextWidth, what_cannot_be_shown_takes_one)
+TEST(TextWidth, WhatCannotBeShownTakesOne)
 {
     EXPECT_EQ(textWidth("a\033b"), 3u);
     EXPECT_EQ(textWidth("a\xFF\xFE"), 3u);
@@ -26,7 +26,7 @@ TEST(TextWidth, what_cannot_be_shown_takes_one)
     EXPECT_EQ(textWidth(C1), 1u);
 }
 
-TEST(TextStart, ends_between_characters)
+TEST(TextStart, EndsBetweenCharacters)
 {
     EXPECT_EQ(textStart("level", 3), "lev");
     EXPECT_EQ(textStart("level", 5), "level");
@@ -37,7 +37,7 @@ TEST(TextStart, ends_between_characters)
     EXPECT_EQ(textStart(std::string("e") + ACCENT + "f", 1), std::string("e") + ACCENT);
 }
 
-TEST(Showable, control_characters_and_stray_bytes_are_question_marks)
+TEST(Showable, ControlCharactersAndStrayBytesAreQuestionMarks)
 {
     EXPECT_EQ(showable("a\033[2Jb\x7f\n"), "a?[2Jb??");
     EXPECT_EQ(showable(std::string("x") + C1 + "y"), "x?y");

@@ -20,12 +20,12 @@ std::string json(const WatchedValue &shown, WatchEvent::Kind kind, const std::st
     return eventLine(LineFormat::JSON, {kind, shown, old}, TIME);
 }
 
-TEST(WatchLines, time_is_utc_with_milliseconds)
+TEST(WatchLines, TimeIsUtcWithMilliseconds)
 {
     EXPECT_EQ(timeText(TIME), "2026-03-01T08:15:30.007Z");
 }
 
-TEST(WatchLines, plain)
+TEST(WatchLines, Plain)
 {
     const WatchedValue shown = value("42");
     EXPECT_EQ(eventLine(LineFormat::PLAIN, {WatchEvent::FIRST, shown, ""}, TIME),
@@ -35,7 +35,7 @@ TEST(WatchLines, plain)
     EXPECT_EQ(eventLine(LineFormat::PLAIN, {WatchEvent::QUALITY, shown, "42"}, TIME), "");
 }
 
-TEST(WatchLines, json_fields_in_their_order)
+TEST(WatchLines, JsonFieldsInTheirOrder)
 {
     EXPECT_EQ(json(value("42", DataType::WORD, "mm"), WatchEvent::CHANGE, "41"),
               "{\"time\":\"2026-03-01T08:15:30.007Z\",\"tag\":\"Level\",\"item\":\"DM:100\",\"event\":\"change\","
@@ -50,7 +50,7 @@ std::string jsonValues(const WatchedValue &shown, const std::string &old)
     return line.substr(begin, line.find(",\"unit\"") - begin);
 }
 
-TEST(WatchLines, json_numbers_are_numbers)
+TEST(WatchLines, JsonNumbersAreNumbers)
 {
     EXPECT_EQ(jsonValues(value("-5", DataType::S16), "12.5"), "\"old\":12.5,\"value\":-5");
     EXPECT_EQ(jsonValues(value("18446744073709551615", DataType::U64), "-9223372036854775808"),
@@ -58,19 +58,19 @@ TEST(WatchLines, json_numbers_are_numbers)
     EXPECT_EQ(jsonValues(value("1", DataType::BIT), "0"), "\"old\":0,\"value\":1");
 }
 
-TEST(WatchLines, json_what_is_no_number_is_text)
+TEST(WatchLines, JsonWhatIsNoNumberIsText)
 {
     EXPECT_EQ(jsonValues(value("0x00FF", DataType::HEX), ""), "\"old\":null,\"value\":\"0x00FF\"");
     EXPECT_EQ(jsonValues(value("12", DataType::STRING), "ab"), "\"old\":\"ab\",\"value\":\"12\"");
     EXPECT_EQ(jsonValues(value("inf", DataType::F32), "nan"), "\"old\":\"nan\",\"value\":\"inf\"");
 }
 
-TEST(WatchLines, json_survives_what_is_no_utf8)
+TEST(WatchLines, JsonSurvivesWhatIsNoUtf8)
 {
     EXPECT_EQ(jsonValues(value("\xff", DataType::STRING), ""), "\"old\":null,\"value\":\"\xEF\xBF\xBD\"");
 }
 
-TEST(WatchLines, csv)
+TEST(WatchLines, Csv)
 {
     EXPECT_EQ(csvHead(), "time,tag,item,event,old,value,unit,quality");
     const WatchedValue shown = value("42", DataType::WORD, "mm");
@@ -80,14 +80,14 @@ TEST(WatchLines, csv)
               "2026-03-01T08:15:30.007Z,Level,DM:100,first,,42,mm,good");
 }
 
-TEST(WatchLines, csv_quotes_what_needs_it)
+TEST(WatchLines, CsvQuotesWhatNeedsIt)
 {
     const WatchedValue shown = value("\"a\"", DataType::STRING, "m,s");
     EXPECT_EQ(eventLine(LineFormat::CSV, {WatchEvent::CHANGE, shown, "a\nb"}, TIME),
               "2026-03-01T08:15:30.007Z,Level,DM:100,change,\"a\nb\",\"\"\"a\"\"\",\"m,s\",good");
 }
 
-TEST(WatchLines, csv_texts_are_no_formulas)
+TEST(WatchLines, CsvTextsAreNoFormulas)
 {
     const WatchedValue shown = value("=1+1", DataType::STRING, "@m");
     EXPECT_EQ(eventLine(LineFormat::CSV, {WatchEvent::CHANGE, shown, "+1"}, TIME),
@@ -96,7 +96,7 @@ TEST(WatchLines, csv_texts_are_no_formulas)
               "2026-03-01T08:15:30.007Z,Level,DM:100,change,-4,-5,,good");
 }
 
-TEST(WatchLines, every_quality_has_its_name)
+TEST(WatchLines, EveryQualityHasItsName)
 {
     WatchedValue shown = value("42");
     const std::pair<Quality, const char *> QUALITIES[] = {

@@ -63,7 +63,7 @@ TableContent manyRows(std::size_t count)
 
 using Lines = std::vector<std::string>;
 
-TEST(WatchTable, screen_of_80_by_24)
+TEST(WatchTable, ScreenOf80By24)
 {
     Lines expected(24);
     expected[0] = " 192.168.250.1:9600  online  cycle 12.5 ms  80 requests/s  0 errors    08:15:30 ";
@@ -76,7 +76,7 @@ TEST(WatchTable, screen_of_80_by_24)
     EXPECT_EQ(renderTable(content(), {80, 24}, PLAIN), expected);
 }
 
-TEST(WatchTable, screen_of_200_by_50)
+TEST(WatchTable, ScreenOf200By50)
 {
     Lines expected(50);
     expected[0] = " 192.168.250.1:9600  online  cycle 12.5 ms  80 requests/s  0 errors" + std::string(124, ' ')
@@ -90,7 +90,7 @@ TEST(WatchTable, screen_of_200_by_50)
     EXPECT_EQ(renderTable(content(), {200, 50}, PLAIN), expected);
 }
 
-TEST(WatchTable, screen_with_the_link_lost)
+TEST(WatchTable, ScreenWithTheLinkLost)
 {
     Lines expected(24);
     expected[0] = " 192.168.250.1:9600  no link, retry in 3 s  cycle -  0 requests/s  1 error      ";
@@ -104,7 +104,7 @@ TEST(WatchTable, screen_with_the_link_lost)
     EXPECT_EQ(renderTable(lostContent(), {80, 24}, PLAIN), expected);
 }
 
-TEST(WatchTable, colours_of_a_good_link)
+TEST(WatchTable, ColoursOfAGoodLink)
 {
     const Lines lines = renderTable(content(), {80, 24}, COLOUR);
     EXPECT_EQ(lines[0],
@@ -116,7 +116,7 @@ TEST(WatchTable, colours_of_a_good_link)
     EXPECT_EQ(lines[5], "serial          \033[2m- \033[0m            -  \033[31mnot connected\033[0m  ");
 }
 
-TEST(WatchTable, colours_of_a_lost_link)
+TEST(WatchTable, ColoursOfALostLink)
 {
     const Lines lines = renderTable(lostContent(), {80, 24}, COLOUR);
     EXPECT_EQ(lines[0].substr(0, 11), "\033[1;37;41m ");
@@ -124,7 +124,7 @@ TEST(WatchTable, colours_of_a_lost_link)
     EXPECT_EQ(lines[4], "pump            \033[2m1 \033[0m            -  \033[31mrefused      \033[0m  ·▁█");
 }
 
-TEST(WatchTable, a_restored_link_looks_as_before)
+TEST(WatchTable, ARestoredLinkLooksAsBefore)
 {
     EXPECT_NE(renderTable(lostContent(), {80, 24}, COLOUR), renderTable(content(), {80, 24}, COLOUR));
     TableContent restored = lostContent();
@@ -136,7 +136,7 @@ TEST(WatchTable, a_restored_link_looks_as_before)
     EXPECT_EQ(lines[2], "level         512  mm      12 s  \033[32mgood         \033[0m  ▁█·");
 }
 
-TEST(WatchTable, no_line_is_wider_than_the_screen)
+TEST(WatchTable, NoLineIsWiderThanTheScreen)
 {
     TableContent wide = content();
     wide.rows[0].name  = std::string(100, 'n');
@@ -154,14 +154,14 @@ TEST(WatchTable, no_line_is_wider_than_the_screen)
     }
 }
 
-TEST(WatchTable, no_more_lines_than_the_screen_has)
+TEST(WatchTable, NoMoreLinesThanTheScreenHas)
 {
     for (std::size_t rows = 1; rows <= 10; ++rows)
         EXPECT_EQ(renderTable(manyRows(30), {80, rows}, PLAIN).size(), rows);
 }
 
 // Behind a name there are 37 columns: 1 + 7 + 2 of the value, 5 of the unit, 9 of the age and 13 of the quality.
-TEST(WatchTable, long_names_take_the_room_that_there_is)
+TEST(WatchTable, LongNamesTakeTheRoomThatThereIs)
 {
     TableContent named = content();
     named.rows[0].name = std::string(43, 'n');
@@ -171,7 +171,7 @@ TEST(WatchTable, long_names_take_the_room_that_there_is)
               std::string(43, 'n') + "     512* mm       0 s  good           ▁▂▃▄▅▆▇█");
 }
 
-TEST(WatchTable, on_40_columns_the_quality_stays)
+TEST(WatchTable, On40ColumnsTheQualityStays)
 {
     Lines expected(10);
     expected[0] = " 192.168.2~  no link, retry in 3 s  cyc~";
@@ -186,7 +186,7 @@ TEST(WatchTable, on_40_columns_the_quality_stays)
 }
 
 // The course goes first, then the unit, then the age; then names and values are cut, and then the quality.
-TEST(WatchTable, columns_go_one_by_one)
+TEST(WatchTable, ColumnsGoOneByOne)
 {
     const auto title = [](std::size_t columns) { return renderTable(content(), {columns, 24}, PLAIN)[1]; };
     EXPECT_EQ(title(56), "TAG         VALUE  UNIT CHANGED  QUALITY        COURSE");
@@ -203,7 +203,7 @@ TEST(WatchTable, columns_go_one_by_one)
     EXPECT_EQ(row(17), "se~   500.0  wri~");
 }
 
-TEST(WatchTable, the_bits_of_a_word_have_room)
+TEST(WatchTable, TheBitsOfAWordHaveRoom)
 {
     TableContent bits = content();
     bits.rows[0].value = "0000_0000_0000_0001";
@@ -213,7 +213,7 @@ TEST(WatchTable, the_bits_of_a_word_have_room)
     EXPECT_EQ(renderTable(bits, {58, 24}, PLAIN)[2].substr(0, 31), "level     \"of twenty letters~* ");
 }
 
-TEST(WatchTable, names_in_other_alphabets_keep_the_columns)
+TEST(WatchTable, NamesInOtherAlphabetsKeepTheColumns)
 {
     TableContent named = content();
     named.rows[2].name = "Füllst";
@@ -223,21 +223,21 @@ TEST(WatchTable, names_in_other_alphabets_keep_the_columns)
 }
 
 // The fourth character, of two columns, would not leave room for the ~.
-TEST(WatchTable, wide_characters_are_clipped_between_columns)
+TEST(WatchTable, WideCharactersAreClippedBetweenColumns)
 {
     TableContent named = content();
     named.rows[2].name = "水位水位水";
     EXPECT_EQ(renderTable(named, {31, 24}, PLAIN)[4], "水位水~        1  good");
 }
 
-TEST(WatchTable, bytes_that_are_no_text_keep_the_columns)
+TEST(WatchTable, BytesThatAreNoTextKeepTheColumns)
 {
     TableContent named = content();
     named.rows[2].name = "a\xFFz";
     EXPECT_EQ(renderTable(named, {80, 24}, PLAIN)[4], "a?z             1             -  good           ·▁█");
 }
 
-TEST(WatchTable, the_latest_messages_are_at_the_bottom)
+TEST(WatchTable, TheLatestMessagesAreAtTheBottom)
 {
     TableContent said = content();
     said.messages = {"the first", "the second"};
@@ -250,14 +250,14 @@ TEST(WatchTable, the_latest_messages_are_at_the_bottom)
     EXPECT_EQ(Lines(low.begin() + 12, low.end()), (Lines{"", "the fourth", "q quit"}));
 }
 
-TEST(WatchTable, control_characters_do_not_reach_the_terminal)
+TEST(WatchTable, ControlCharactersDoNotReachTheTerminal)
 {
     TableContent bad = content();
     bad.messages = {"a\033[2Jb\x7f"};
     EXPECT_EQ(renderTable(bad, {80, 24}, PLAIN)[22], "a?[2Jb?");
 }
 
-TEST(WatchTable, scrolls)
+TEST(WatchTable, Scrolls)
 {
     TableContent many = manyRows(25);
     EXPECT_EQ(visibleRows({80, 24}), 18u);
@@ -269,13 +269,13 @@ TEST(WatchTable, scrolls)
     EXPECT_EQ(lines[23], "q quit  arrows, page keys: scroll  8-25 of 25");
 }
 
-TEST(WatchTable, says_nothing_of_scrolling_if_all_fits)
+TEST(WatchTable, SaysNothingOfScrollingIfAllFits)
 {
     EXPECT_EQ(renderTable(manyRows(18), {80, 24}, PLAIN)[23], "q quit");
     EXPECT_EQ(renderTable(manyRows(19), {80, 24}, PLAIN)[23], "q quit  arrows, page keys: scroll  1-18 of 19");
 }
 
-TEST(WatchTable, rows_that_fit)
+TEST(WatchTable, RowsThatFit)
 {
     EXPECT_EQ(visibleRows({80, 16}), 10u);
     EXPECT_EQ(visibleRows({80, 15}), 11u);
@@ -284,7 +284,7 @@ TEST(WatchTable, rows_that_fit)
     EXPECT_EQ(visibleRows({80, 1}), 0u);
 }
 
-TEST(WatchTable, the_last_row_stays_at_the_bottom)
+TEST(WatchTable, TheLastRowStaysAtTheBottom)
 {
     EXPECT_EQ(lastTop(30, {80, 24}), 12u);
     EXPECT_EQ(lastTop(18, {80, 24}), 0u);
@@ -292,43 +292,43 @@ TEST(WatchTable, the_last_row_stays_at_the_bottom)
     EXPECT_EQ(lastTop(30, {80, 4}), 30u);
 }
 
-TEST(CourseText, spans_from_the_least_to_the_greatest)
+TEST(CourseText, SpansFromTheLeastToTheGreatest)
 {
     EXPECT_EQ(courseText({-4, 4}, 8, true), "▁█");
     EXPECT_EQ(courseText({0, 50, 100}, 8, true), "▁▅█");
     EXPECT_EQ(courseText({0, 12, 13, 100}, 8, true), "▁▁▂█");
 }
 
-TEST(CourseText, a_constant_is_a_line)
+TEST(CourseText, AConstantIsALine)
 {
     EXPECT_EQ(courseText({7, 7, 7}, 8, true), "▁▁▁");
 }
 
-TEST(CourseText, shows_the_latest_and_scales_by_them)
+TEST(CourseText, ShowsTheLatestAndScalesByThem)
 {
     EXPECT_EQ(courseText({1000, 1, 2}, 2, true), "▁█");
     EXPECT_EQ(courseText({1000, 1, 2}, 3, true), "█▁▁");
     EXPECT_EQ(courseText({}, 8, true), "");
 }
 
-TEST(CourseText, marks_what_is_not_known)
+TEST(CourseText, MarksWhatIsNotKnown)
 {
     EXPECT_EQ(courseText({UNKNOWN, 1, NO_NUMBER}, 8, true), "·▁ ");
     EXPECT_EQ(courseText({UNKNOWN, 1, NO_NUMBER}, 8, false), "?_ ");
 }
 
-TEST(CourseText, ascii_levels)
+TEST(CourseText, AsciiLevels)
 {
     EXPECT_EQ(courseText({0, 1, 2, 3, 4, 5, 6, 7}, 8, false), "_.,-~=^#");
 }
 
-TEST(CourseText, the_largest_numbers_do_not_overflow)
+TEST(CourseText, TheLargestNumbersDoNotOverflow)
 {
     const double huge = std::numeric_limits<double>::max();
     EXPECT_EQ(courseText({-huge, 0, huge}, 8, true), "▁▅█");
 }
 
-TEST(AgeText, units)
+TEST(AgeText, Units)
 {
     using std::chrono::seconds;
     EXPECT_EQ(ageText(seconds(0)), "0 s");
@@ -341,7 +341,7 @@ TEST(AgeText, units)
     EXPECT_EQ(ageText(seconds(172800)), "2 d");
 }
 
-TEST(ScreenWidth, counts_characters_and_no_attributes)
+TEST(ScreenWidth, CountsCharactersAndNoAttributes)
 {
     EXPECT_EQ(screenWidth(""), 0u);
     EXPECT_EQ(screenWidth("ab"), 2u);

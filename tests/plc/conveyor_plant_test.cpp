@@ -10,14 +10,14 @@ protected:
     void SetUp() override { start("conveyor"); }
 };
 
-TEST_F(ConveyorPlantTest, startingValues)
+TEST_F(ConveyorPlantTest, StartingValues)
 {
     EXPECT_EQ(values("DM:0:7"), "0 0 300 0 0 480 520");
     EXPECT_EQ(values("CIO_bit:100.0:3"), "1 0 0");
     EXPECT_EQ(get("T:0"), 10u);
 }
 
-TEST_F(ConveyorPlantTest, theBeltSpeedsUpAndCarries)
+TEST_F(ConveyorPlantTest, TheBeltSpeedsUpAndCarries)
 {
     step();
     EXPECT_EQ(values("DM:0:2"), "20 2");
@@ -29,7 +29,7 @@ TEST_F(ConveyorPlantTest, theBeltSpeedsUpAndCarries)
     EXPECT_EQ(values("DM:0:2"), "300 270");
 }
 
-TEST_F(ConveyorPlantTest, firstPartsOfSeed1)
+TEST_F(ConveyorPlantTest, FirstPartsOfSeed1)
 {
     const struct {
         unsigned    step;
@@ -55,7 +55,7 @@ TEST_F(ConveyorPlantTest, firstPartsOfSeed1)
     EXPECT_EQ(values("CIO_bit:0.0:4"), "1 0 0 0");
 }
 
-TEST_F(ConveyorPlantTest, theLimitsDecideWhatIsThrownOut)
+TEST_F(ConveyorPlantTest, TheLimitsDecideWhatIsThrownOut)
 {
     set("DM:6", 529);
     step(10);
@@ -65,7 +65,7 @@ TEST_F(ConveyorPlantTest, theLimitsDecideWhatIsThrownOut)
     EXPECT_EQ(values("C:0:2"), "1 1");
 }
 
-TEST_F(ConveyorPlantTest, aJamStopsTheBeltUntilItIsCleared)
+TEST_F(ConveyorPlantTest, AJamStopsTheBeltUntilItIsCleared)
 {
     stepUntil("CIO_bit:0.3", 1);
     step(15);
@@ -80,7 +80,7 @@ TEST_F(ConveyorPlantTest, aJamStopsTheBeltUntilItIsCleared)
     EXPECT_EQ(get("DM:0"), 20u);
 }
 
-TEST_F(ConveyorPlantTest, stopsByHand)
+TEST_F(ConveyorPlantTest, StopsByHand)
 {
     step(15);
     set("CIO_bit:100.0", 0);
@@ -89,7 +89,7 @@ TEST_F(ConveyorPlantTest, stopsByHand)
     EXPECT_EQ(get("CIO_bit:0.0"), 0u);
 }
 
-TEST_F(ConveyorPlantTest, followsTheSetSpeedUpToItsMost)
+TEST_F(ConveyorPlantTest, FollowsTheSetSpeedUpToItsMost)
 {
     set("DM:2", 601);
     step(40);
@@ -99,7 +99,7 @@ TEST_F(ConveyorPlantTest, followsTheSetSpeedUpToItsMost)
     EXPECT_EQ(get("DM:0"), 55u);
 }
 
-TEST_F(ConveyorPlantTest, resetSetsTheCountersToZero)
+TEST_F(ConveyorPlantTest, ResetSetsTheCountersToZero)
 {
     step(36);
     EXPECT_EQ(values("C:0:2"), "1 2");
@@ -109,7 +109,7 @@ TEST_F(ConveyorPlantTest, resetSetsTheCountersToZero)
     EXPECT_EQ(get("CIO_bit:100.2"), 0u);
 }
 
-TEST_F(ConveyorPlantTest, isShownWithUnits)
+TEST_F(ConveyorPlantTest, IsShownWithUnits)
 {
     step(36);
     EXPECT_EQ(shown("DM:0"), "belt speed 30.0 m/min");

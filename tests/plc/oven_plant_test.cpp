@@ -8,7 +8,7 @@ protected:
     void SetUp() override { start("oven"); }
 };
 
-TEST_F(OvenPlantTest, startingValues)
+TEST_F(OvenPlantTest, StartingValues)
 {
     EXPECT_EQ(values("DM:0:5"), "200 200 200 0 0");
     EXPECT_EQ(values("DM:10:3"), "1500 1800 1650");
@@ -16,7 +16,7 @@ TEST_F(OvenPlantTest, startingValues)
     EXPECT_EQ(values("CIO_bit:100.0:2"), "1 0");
 }
 
-TEST_F(OvenPlantTest, firstStepsOfSeed1)
+TEST_F(OvenPlantTest, FirstStepsOfSeed1)
 {
     step(); // 25 by the heaters, and 1, 2, 0
     EXPECT_EQ(values("DM:0:3"), "226 227 225");
@@ -27,7 +27,7 @@ TEST_F(OvenPlantTest, firstStepsOfSeed1)
     EXPECT_EQ(values("DM:0:3"), "252 252 250");
 }
 
-TEST_F(OvenPlantTest, theHeatersThrottleNearTheSetPoints)
+TEST_F(OvenPlantTest, TheHeatersThrottleNearTheSetPoints)
 {
     set("DM:0", 1451);
     set("DM:1", 1799);
@@ -37,7 +37,7 @@ TEST_F(OvenPlantTest, theHeatersThrottleNearTheSetPoints)
     EXPECT_EQ(values("CIO_bit:0.0:3"), "1 1 0");
 }
 
-TEST_F(OvenPlantTest, getsReadyAndCountsTheStepsSince)
+TEST_F(OvenPlantTest, GetsReadyAndCountsTheStepsSince)
 {
     stepUntil("CIO_bit:0.3", 1);
     EXPECT_EQ(get("T:0"), 1u);
@@ -50,7 +50,7 @@ TEST_F(OvenPlantTest, getsReadyAndCountsTheStepsSince)
     EXPECT_EQ(get("T:0"), 0u);
 }
 
-TEST_F(OvenPlantTest, holdsTheSetPoints)
+TEST_F(OvenPlantTest, HoldsTheSetPoints)
 {
     stepUntil("CIO_bit:0.3", 1);
     step(50);
@@ -62,7 +62,7 @@ TEST_F(OvenPlantTest, holdsTheSetPoints)
     }
 }
 
-TEST_F(OvenPlantTest, anOpenDoorCoolsAndIsCounted)
+TEST_F(OvenPlantTest, AnOpenDoorCoolsAndIsCounted)
 {
     stepUntil("CIO_bit:0.3", 1);
     set("CIO_bit:100.1", 1);
@@ -78,7 +78,7 @@ TEST_F(OvenPlantTest, anOpenDoorCoolsAndIsCounted)
     EXPECT_EQ(get("C:0"), 1u);
 }
 
-TEST_F(OvenPlantTest, theHeatBitTurnsTheHeatersOff)
+TEST_F(OvenPlantTest, TheHeatBitTurnsTheHeatersOff)
 {
     step();
     EXPECT_EQ(values("DM:20:3"), "100 100 100");
@@ -88,7 +88,7 @@ TEST_F(OvenPlantTest, theHeatBitTurnsTheHeatersOff)
     EXPECT_EQ(values("CIO_bit:0.0:3"), "0 0 0");
 }
 
-TEST_F(OvenPlantTest, tellsOfTooMuchHeat)
+TEST_F(OvenPlantTest, TellsOfTooMuchHeat)
 {
     set("CIO_bit:100.0", 0);
     set("DM:2", 2915); // loses 19 and gains 0 to 2: 2896 to 2898
@@ -100,7 +100,7 @@ TEST_F(OvenPlantTest, tellsOfTooMuchHeat)
     EXPECT_EQ(shown("CIO_bit:0.4"), "too hot on");
 }
 
-TEST_F(OvenPlantTest, isShownWithUnits)
+TEST_F(OvenPlantTest, IsShownWithUnits)
 {
     step();
     EXPECT_EQ(shown("DM:1"), "zone 2 22.7 C");

@@ -29,20 +29,20 @@ protected:
     }
 };
 
-TEST_P(AnyPlantTest, equalSeedsAndWritesGiveEqualCourses)
+TEST_P(AnyPlantTest, EqualSeedsAndWritesGiveEqualCourses)
 {
     const Course first = course(7);
     EXPECT_EQ(course(7), first);
     EXPECT_NE(first.front(), first.back());
 }
 
-TEST_P(AnyPlantTest, aSeedChangesAPlantWithChance)
+TEST_P(AnyPlantTest, ASeedChangesAPlantWithChance)
 {
     const bool hasChance = GetParam() != std::string("tank");
     EXPECT_EQ(course(7) != course(8), hasChance);
 }
 
-TEST_P(AnyPlantTest, standsStillInProgramModeAndGoesOnBehindIt)
+TEST_P(AnyPlantTest, StandsStillInProgramModeAndGoesOnBehindIt)
 {
     const auto all = [this] { return values("DM:0:40") + values("CIO:0") + values("T:0:2") + values("C:0:2"); };
     start(GetParam());
@@ -61,7 +61,7 @@ TEST_P(AnyPlantTest, standsStillInProgramModeAndGoesOnBehindIt)
     }
 }
 
-TEST_P(AnyPlantTest, wildValuesDoNoHarm)
+TEST_P(AnyPlantTest, WildValuesDoNoHarm)
 {
     start(GetParam());
     for (unsigned number = 0; number < 40; ++number)
@@ -78,7 +78,7 @@ TEST_P(AnyPlantTest, wildValuesDoNoHarm)
 INSTANTIATE_TEST_SUITE_P(Plants, AnyPlantTest, ::testing::Values("tank", "conveyor", "oven"),
                          [](const auto &plantInfo) { return std::string(plantInfo.param); });
 
-TEST(PlantNamesTest, areThoseThatCanBeMade)
+TEST(PlantNamesTest, AreThoseThatCanBeMade)
 {
     EXPECT_EQ(plc::plantNames(), "tank conveyor oven");
     EXPECT_FALSE(plc::isPlant("mill"));

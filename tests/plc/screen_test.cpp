@@ -58,7 +58,7 @@ protected:
 
 using Rows = std::vector<std::string>;
 
-TEST_F(ScreenTest, tankIn80Columns)
+TEST_F(ScreenTest, TankIn80Columns)
 {
     showPlant("tank");
     EXPECT_EQ(rowsBelow("PLANT tank", draw(80, 24)),
@@ -68,7 +68,7 @@ TEST_F(ScreenTest, tankIn80Columns)
                     "outflow      DM:2        0.0 % a step   starts       C:0         0"}));
 }
 
-TEST_F(ScreenTest, conveyorIn80Columns)
+TEST_F(ScreenTest, ConveyorIn80Columns)
 {
     showPlant("conveyor");
     EXPECT_EQ(rowsBelow("PLANT conveyor", draw(80, 24)),
@@ -78,7 +78,7 @@ TEST_F(ScreenTest, conveyorIn80Columns)
                     "last part    DM:3        0 g            next part    T:0         10 steps"}));
 }
 
-TEST_F(ScreenTest, ovenZonesStandInColumns)
+TEST_F(ScreenTest, OvenZonesStandInColumns)
 {
     showPlant("oven");
     EXPECT_EQ(rowsBelow("PLANT oven", draw(80, 24)),
@@ -94,7 +94,7 @@ TEST_F(ScreenTest, ovenZonesStandInColumns)
                        "heater 2     DM:21       0 %            too hot      CIO_bit:0.4 off");
 }
 
-TEST_F(ScreenTest, threeWrittenPlacesIn80Columns)
+TEST_F(ScreenTest, ThreeWrittenPlacesIn80Columns)
 {
     state.writes = {{"CIO_bit:6143.15", 1, 0}, {"DM:32767", 65535, 59}, {"T:4095", 9999, 3599}, {"HR:0", 7, 7200}};
     EXPECT_EQ(rowsBelow("WRITTEN LAST", draw(80, 24)),
@@ -102,7 +102,7 @@ TEST_F(ScreenTest, threeWrittenPlacesIn80Columns)
                     "HR:0 = 7            2 h"}));
 }
 
-TEST_F(ScreenTest, anEmptyRowStandsAboveTheAnswer)
+TEST_F(ScreenTest, AnEmptyRowStandsAboveTheAnswer)
 {
     addWrites(64);
     addClients(3);
@@ -116,7 +116,7 @@ TEST_F(ScreenTest, anEmptyRowStandsAboveTheAnswer)
     }
 }
 
-TEST_F(ScreenTest, clientsBeyondTheRoomAreCounted)
+TEST_F(ScreenTest, ClientsBeyondTheRoomAreCounted)
 {
     showPlant("oven");
     addClients(9);
@@ -127,7 +127,7 @@ TEST_F(ScreenTest, clientsBeyondTheRoomAreCounted)
     EXPECT_EQ(rowsBelow("CLIENTS 9 OF 16", draw(80, 50)).size(), 9u);
 }
 
-TEST_F(ScreenTest, clientsTakeTheRoomThatWritesLeave)
+TEST_F(ScreenTest, ClientsTakeTheRoomThatWritesLeave)
 {
     showPlant("conveyor");
     addClients(9);
@@ -137,7 +137,7 @@ TEST_F(ScreenTest, clientsTakeTheRoomThatWritesLeave)
     EXPECT_EQ(rowsBelow("CLIENTS 9 OF 16", draw(80, 26)).size(), 9u);
 }
 
-TEST_F(ScreenTest, aLongAnswerTakesSeveralRows)
+TEST_F(ScreenTest, ALongAnswerTakesSeveralRows)
 {
     state.answer = "help: ok read write mode fault faults tcp-error clients disconnect stats help quit";
     const Rows screen = draw(80, 24);
@@ -146,7 +146,7 @@ TEST_F(ScreenTest, aLongAnswerTakesSeveralRows)
     EXPECT_EQ(screen[22], "quit");
 }
 
-TEST_F(ScreenTest, whatIsClippedEndsWithATilde)
+TEST_F(ScreenTest, WhatIsClippedEndsWithATilde)
 {
     state.answer = "one two three four five six seven eight nine ten";
     state.faults = "delay=20@0.1 drop@0.1";
@@ -157,14 +157,14 @@ TEST_F(ScreenTest, whatIsClippedEndsWithATilde)
     EXPECT_EQ(screen[22], "five six se~");
 }
 
-TEST_F(ScreenTest, theEndOfALongCommandIsShown)
+TEST_F(ScreenTest, TheEndOfALongCommandIsShown)
 {
     state.typed = "write DM:0 1 2 3 4";
     EXPECT_EQ(draw(21, 24).back(), "> write DM:0 1 2 3 4_");
     EXPECT_EQ(draw(20, 24).back(), "> ~ite DM:0 1 2 3 4_");
 }
 
-TEST_F(ScreenTest, fitsEveryScreen)
+TEST_F(ScreenTest, FitsEveryScreen)
 {
     addWrites(64);
     addClients(16);
@@ -183,7 +183,7 @@ TEST_F(ScreenTest, fitsEveryScreen)
     }
 }
 
-TEST_F(ScreenTest, coloursChangeNothingButTheColour)
+TEST_F(ScreenTest, ColoursChangeNothingButTheColour)
 {
     showPlant("conveyor");
     addWrites(3);

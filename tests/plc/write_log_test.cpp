@@ -26,7 +26,7 @@ protected:
     plc::WriteLog log;
 };
 
-TEST_F(WriteLogTest, newestFirstEachOnce)
+TEST_F(WriteLogTest, NewestFirstEachOnce)
 {
     write(5, {1, 2});
     write(9, {3});
@@ -35,14 +35,14 @@ TEST_F(WriteLogTest, newestFirstEachOnce)
     EXPECT_EQ(text(), "DM:6=4 DM:9=3 DM:5=1 ");
 }
 
-TEST_F(WriteLogTest, keepsWhatWasWritten)
+TEST_F(WriteLogTest, KeepsWhatWasWritten)
 {
     write(5, {600});
     memory.setWord(plc::AREA_DM, 5, 514);
     EXPECT_EQ(text(), "DM:5=600 ");
 }
 
-TEST_F(WriteLogTest, keepsTheFirst64OfALongWrite)
+TEST_F(WriteLogTest, KeepsTheFirst64OfALongWrite)
 {
     write(0, std::vector<unsigned>(100, 7));
     EXPECT_EQ(log.entries().size(), 64u);

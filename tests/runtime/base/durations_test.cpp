@@ -12,7 +12,7 @@ Durations durations(std::initializer_list<int> micros)
     return all;
 }
 
-TEST(Durations, none)
+TEST(Durations, None)
 {
     const Durations none;
     EXPECT_EQ(none.count(), 0u);
@@ -22,7 +22,7 @@ TEST(Durations, none)
     EXPECT_TRUE(none.histogram(10).empty());
 }
 
-TEST(Durations, extremes)
+TEST(Durations, Extremes)
 {
     const Durations some = durations({30, 10, 20});
     EXPECT_EQ(some.count(), 3u);
@@ -30,7 +30,7 @@ TEST(Durations, extremes)
     EXPECT_EQ(some.maximum(), Micros(30));
 }
 
-TEST(Durations, percentiles_are_of_the_nearest_rank)
+TEST(Durations, PercentilesAreOfTheNearestRank)
 {
     Durations hundred;
     for (int i = 100; i >= 1; --i)
@@ -46,7 +46,7 @@ TEST(Durations, percentiles_are_of_the_nearest_rank)
     EXPECT_EQ(three.percentile(67), Micros(3));
 }
 
-TEST(Durations, the_oldest_leave_the_percentiles_and_stay_in_the_extremes)
+TEST(Durations, TheOldestLeaveThePercentilesAndStayInTheExtremes)
 {
     Durations many;
     many.add(Micros(9));
@@ -60,7 +60,7 @@ TEST(Durations, the_oldest_leave_the_percentiles_and_stay_in_the_extremes)
     EXPECT_EQ(many.maximum(), Micros(9));
 }
 
-TEST(Durations, histogram_has_a_line_for_each_class_between)
+TEST(Durations, HistogramHasALineForEachClassBetween)
 {
     const std::vector<std::string> expected = {
         "from     0.01 ms       2 ##########",
@@ -70,14 +70,14 @@ TEST(Durations, histogram_has_a_line_for_each_class_between)
     EXPECT_EQ(durations({10, 19, 50}).histogram(10), expected);
 }
 
-TEST(Durations, histogram_classes_begin_at_their_lower_end)
+TEST(Durations, HistogramClassesBeginAtTheirLowerEnd)
 {
     EXPECT_EQ(durations({1000}).histogram(1), std::vector<std::string>{"from        1 ms       1 #"});
     EXPECT_EQ(durations({999}).histogram(1), std::vector<std::string>{"from      0.5 ms       1 #"});
     EXPECT_EQ(durations({0}).histogram(1), std::vector<std::string>{"from        0 ms       1 #"});
 }
 
-TEST(Durations, histogram_shows_the_smallest_class)
+TEST(Durations, HistogramShowsTheSmallestClass)
 {
     Durations many = durations({20});
     for (int i = 0; i < 1000; ++i)
@@ -85,14 +85,14 @@ TEST(Durations, histogram_shows_the_smallest_class)
     EXPECT_EQ(many.histogram(5).back(), "from     0.02 ms       1 #");
 }
 
-TEST(PerSecond, of_any_time)
+TEST(PerSecond, OfAnyTime)
 {
     EXPECT_EQ(perSecond(100, std::chrono::milliseconds(4000)), 25.0);
     EXPECT_EQ(perSecond(1, std::chrono::milliseconds(250)), 4.0);
     EXPECT_EQ(perSecond(7, std::chrono::milliseconds(0)), 0.0);
 }
 
-TEST(MillisText, three_digits)
+TEST(MillisText, ThreeDigits)
 {
     EXPECT_EQ(millisText(Micros(0)), "0.000");
     EXPECT_EQ(millisText(Micros(52)), "0.052");
@@ -105,7 +105,7 @@ TEST(MillisText, three_digits)
     EXPECT_EQ(millisText(Micros(1250000)), "1250");
 }
 
-TEST(SpreadText, from_least_to_greatest)
+TEST(SpreadText, FromLeastToGreatest)
 {
     Durations hundred;
     for (int i = 1; i <= 100; ++i)

@@ -18,24 +18,24 @@ std::string saidBy(const std::vector<std::string> &lines)
     return ::testing::internal::GetCapturedStderr();
 }
 
-TEST(Messages, different_ones_are_all_said)
+TEST(Messages, DifferentOnesAreAllSaid)
 {
     EXPECT_EQ(saidBy({"a", "b", "a"}), "a\nb\na\n");
 }
 
-TEST(Messages, equal_ones_in_a_row_are_counted)
+TEST(Messages, EqualOnesInARowAreCounted)
 {
     EXPECT_EQ(saidBy({"a", "a", "b"}), "a\n(the last message came 1 more time)\nb\n");
     EXPECT_EQ(saidBy({"a", "a", "a", "b", "b"}), "a\n(the last message came 2 more times)\nb\n"
                                                  "(the last message came 1 more time)\n");
 }
 
-TEST(Messages, an_empty_run_says_nothing)
+TEST(Messages, AnEmptyRunSaysNothing)
 {
     EXPECT_EQ(saidBy({}), "");
 }
 
-TEST(Messages, a_sink_gets_every_one)
+TEST(Messages, ASinkGetsEveryOne)
 {
     std::vector<std::string> lines;
     ::testing::internal::CaptureStderr();
@@ -53,7 +53,7 @@ TEST(Messages, a_sink_gets_every_one)
     EXPECT_EQ(lines, (std::vector<std::string>{"w||always", "a|do b|", "a|do b|"}));
 }
 
-TEST(Messages, a_hint_follows_its_message)
+TEST(Messages, AHintFollowsItsMessage)
 {
     ::testing::internal::CaptureStderr();
     Messages messages;
@@ -94,7 +94,7 @@ protected:
     std::string text;
 };
 
-TEST_F(MessageRate, those_beyond_a_burst_are_counted)
+TEST_F(MessageRate, ThoseBeyondABurstAreCounted)
 {
     note(102);
     messages.finish();
@@ -102,7 +102,7 @@ TEST_F(MessageRate, those_beyond_a_burst_are_counted)
     EXPECT_TRUE(endsWith("number 99\n(2 messages were left out: too many in a short time)\n")) << text;
 }
 
-TEST_F(MessageRate, their_number_is_said_before_the_next)
+TEST_F(MessageRate, TheirNumberIsSaidBeforeTheNext)
 {
     note(101);
     now += std::chrono::milliseconds(99);
@@ -113,7 +113,7 @@ TEST_F(MessageRate, their_number_is_said_before_the_next)
     EXPECT_TRUE(endsWith("number 99\n(2 messages were left out: too many in a short time)\nnumber 102\n")) << text;
 }
 
-TEST_F(MessageRate, one_that_was_left_out)
+TEST_F(MessageRate, OneThatWasLeftOut)
 {
     note(101);
     messages.finish();
@@ -122,7 +122,7 @@ TEST_F(MessageRate, one_that_was_left_out)
     EXPECT_TRUE(endsWith("number 99\n(1 message was left out: too many in a short time)\n")) << text;
 }
 
-TEST_F(MessageRate, a_pause_gives_back_one_burst_at_most)
+TEST_F(MessageRate, APauseGivesBackOneBurstAtMost)
 {
     note(100);
     now += std::chrono::hours(1);
@@ -131,7 +131,7 @@ TEST_F(MessageRate, a_pause_gives_back_one_burst_at_most)
     EXPECT_EQ(lines(), 201u);
 }
 
-TEST_F(MessageRate, what_was_asked_for_is_never_left_out)
+TEST_F(MessageRate, WhatWasAskedForIsNeverLeftOut)
 {
     note(100);
     for (int i = 0; i < 200; ++i)

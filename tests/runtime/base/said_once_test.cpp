@@ -6,7 +6,7 @@ namespace {
 
 std::string numbered(std::size_t number) { return "text " + std::to_string(number); }
 
-TEST(SaidOnce, a_text_is_new_once)
+TEST(SaidOnce, ATextIsNewOnce)
 {
     SaidOnce said;
     EXPECT_TRUE(said.isNew("a"));
@@ -15,7 +15,7 @@ TEST(SaidOnce, a_text_is_new_once)
     EXPECT_FALSE(said.isNew("b"));
 }
 
-TEST(SaidOnce, forgets_what_begins_so)
+TEST(SaidOnce, ForgetsWhatBeginsSo)
 {
     SaidOnce said;
     for (const char *text : {"read DM:1: 1", "read DM:1: 2", "read DM:10: 1", "read DM:0: 1"})
@@ -27,7 +27,7 @@ TEST(SaidOnce, forgets_what_begins_so)
     EXPECT_FALSE(said.isNew("read DM:0: 1"));
 }
 
-TEST(SaidOnce, remembers_a_thousand_and_then_forgets_the_first)
+TEST(SaidOnce, RemembersAThousandAndThenForgetsTheFirst)
 {
     SaidOnce said;
     for (std::size_t i = 0; i < 1000; ++i)
@@ -39,7 +39,7 @@ TEST(SaidOnce, remembers_a_thousand_and_then_forgets_the_first)
     EXPECT_TRUE(said.isNew(numbered(1)));
 }
 
-TEST(SaidOnce, goes_on_behind_forgotten_ones)
+TEST(SaidOnce, GoesOnBehindForgottenOnes)
 {
     SaidOnce said;
     for (std::size_t i = 0; i < 1000; ++i)

@@ -35,27 +35,27 @@ const std::string TCP     = "46494E53 00000000 00000002 00000000";
 const std::string COMMAND = TCP + "80 00 02 00 01 00 00 0A 00 07";
 const std::string REPLY   = TCP + "C0 00 02 00 0A 00 00 01 00 07";
 
-TEST(FrameLine, node_addresses)
+TEST(FrameLine, NodeAddresses)
 {
     EXPECT_EQ(line("46494E53 0000000C 00000000 00000000 00000000"), "node address request, client node 0");
     EXPECT_EQ(line("46494E53 00000010 00000001 00000000 0000000A 00000001"),
               "node address reply, client node 10, PLC node 1");
 }
 
-TEST(FrameLine, refused_node_address)
+TEST(FrameLine, RefusedNodeAddress)
 {
     EXPECT_EQ(line("46494E53 00000010 00000001 00000025 00000000 00000000"),
               "node address reply, client node 0, PLC node 0, "
               "FINS/TCP error 25 (the PLC has no free node address for this client)");
 }
 
-TEST(FrameLine, error_notice)
+TEST(FrameLine, ErrorNotice)
 {
     EXPECT_EQ(line("46494E53 00000008 00000003 00000020"),
               "error notice, FINS/TCP error 20 (all connections of the PLC are in use)");
 }
 
-TEST(FrameLine, reads_of_every_area)
+TEST(FrameLine, ReadsOfEveryArea)
 {
     EXPECT_EQ(line(COMMAND + "0101 82 0064 00 000A"), "read DM:100 count 10, sid 7");
     EXPECT_EQ(line(COMMAND + "0101 B0 0001 00 0001"), "read CIO:1 count 1, sid 7");
@@ -67,7 +67,7 @@ TEST(FrameLine, reads_of_every_area)
     EXPECT_EQ(line(COMMAND + "0101 99 0005 00 0001"), "read area 99:5 count 1, sid 7");
 }
 
-TEST(FrameLine, writes_show_their_data)
+TEST(FrameLine, WritesShowTheirData)
 {
     EXPECT_EQ(line(COMMAND + "0102 82 0064 00 0002 1234 5678"), "write DM:100 count 2: 1234 5678, sid 7");
     EXPECT_EQ(line(COMMAND + "0102 30 0064 05 0003 01 00 01"), "write CIO_bit:100.5 count 3: 1 0 1, sid 7");
@@ -77,14 +77,14 @@ TEST(FrameLine, writes_show_their_data)
     EXPECT_EQ(line(COMMAND + "0102 02 0001 0F 0001 01"), "write DM_bit:1.15 count 1: 1, sid 7");
 }
 
-TEST(FrameLine, mode_changes)
+TEST(FrameLine, ModeChanges)
 {
     EXPECT_EQ(line(COMMAND + "0401 FFFF 02"), "run in MONITOR mode, sid 7");
     EXPECT_EQ(line(COMMAND + "0401 FFFF 04"), "run in RUN mode, sid 7");
     EXPECT_EQ(line(COMMAND + "0401 FFFF 05"), "run in 05 mode, sid 7");
 }
 
-TEST(FrameLine, replies)
+TEST(FrameLine, Replies)
 {
     EXPECT_EQ(line(REPLY + "0101 0000 002A FFFF"), "read reply, done: 002A FFFF, sid 7");
     EXPECT_EQ(line(REPLY + "0102 0000"), "write reply, done, sid 7");
@@ -92,7 +92,7 @@ TEST(FrameLine, replies)
     EXPECT_EQ(line(REPLY + "0601 0000"), "command 0601 reply, done, sid 7");
 }
 
-TEST(FrameLine, what_is_missing_is_said)
+TEST(FrameLine, WhatIsMissingIsSaid)
 {
     EXPECT_EQ(line(REPLY + "0101 00"), "read reply without an end code, sid 7");
     EXPECT_EQ(line(COMMAND + "0101 82 0064"), "read, sid 7");
@@ -103,7 +103,7 @@ TEST(FrameLine, what_is_missing_is_said)
     EXPECT_EQ(line("46494E53 00000008 00000009 00000000"), "unknown command 9");
 }
 
-TEST(FrameFields, read_request)
+TEST(FrameFields, ReadRequest)
 {
     EXPECT_EQ(fields("46494E53 0000001A 00000002 00000000 80 00 02 00 01 00 00 0A 00 07 0101 82 0064 00 000A"),
               "     0  46 49 4E 53  magic           FINS\n"
@@ -127,7 +127,7 @@ TEST(FrameFields, read_request)
               "    32  00 0A        count           10\n");
 }
 
-TEST(FrameFields, read_reply_with_two_lines_of_data)
+TEST(FrameFields, ReadReplyWithTwoLinesOfData)
 {
     const std::string text = fields(REPLY + "0101 0000 000102030405060708090A0B0C0D0E0F 1011");
     const std::string tail = "    26  01 01        command         read\n"
@@ -139,7 +139,7 @@ TEST(FrameFields, read_reply_with_two_lines_of_data)
     EXPECT_NE(text.find("    16  C0           ICF             response\n"), std::string::npos);
 }
 
-TEST(FrameFields, node_address_reply)
+TEST(FrameFields, NodeAddressReply)
 {
     EXPECT_EQ(fields("46494E53 00000010 00000001 00000023 0000000A 00000001"),
               "     0  46 49 4E 53  magic           FINS\n"
@@ -150,20 +150,20 @@ TEST(FrameFields, node_address_reply)
               "    20  00 00 00 01  PLC node        1\n");
 }
 
-TEST(FrameFields, a_frame_cut_in_a_field)
+TEST(FrameFields, AFrameCutInAField)
 {
     EXPECT_EQ(fields("46494E53 0000"), "     0  46 49 4E 53  magic           FINS\n"
                                        "     4  00 00        length          (the frame ends here)\n");
 }
 
-TEST(FrameFields, mode_change)
+TEST(FrameFields, ModeChange)
 {
     const std::string text = fields(COMMAND + "0401 FFFF 02");
     EXPECT_NE(text.find("    28  FF FF        program         FFFF\n    30  02           mode            MONITOR\n"),
               std::string::npos);
 }
 
-TEST(HexText, pairs_of_digits)
+TEST(HexText, PairsOfDigits)
 {
     const std::uint8_t bytes[] = {0x00, 0x9F, 0xFA};
     EXPECT_EQ(hexText(bytes, 3), "00 9F FA");

@@ -20,7 +20,7 @@ std::string whileConnecting(LinkFailure failure, const std::string &text = "")
     return of(failure, LinkPhase::WAITING, text).problem;
 }
 
-TEST(Diagnosis, while_connecting)
+TEST(Diagnosis, WhileConnecting)
 {
     const Peer unknown = {"plc", "9600", "", Millis(1000)};
     EXPECT_EQ(diagnose({LinkFailure::NOT_RESOLVED, 0, LinkPhase::WAITING, "Host not found"}, unknown, "").problem,
@@ -42,7 +42,7 @@ Diagnosis afterError(int number)
     return of(connectFailure(error), LinkPhase::WAITING, error.message());
 }
 
-TEST(Diagnosis, no_way_to_the_host)
+TEST(Diagnosis, NoWayToTheHost)
 {
     EXPECT_EQ(afterError(EHOSTUNREACH).problem, "there is no way to 192.168.250.1: No route to host");
     EXPECT_EQ(afterError(ENETUNREACH).problem, "there is no way to 192.168.250.1: Network is unreachable");
@@ -53,7 +53,7 @@ TEST(Diagnosis, no_way_to_the_host)
     EXPECT_EQ(afterError(ENETUNREACH).remedies, remedies);
 }
 
-TEST(Diagnosis, other_errors_of_the_system)
+TEST(Diagnosis, OtherErrorsOfTheSystem)
 {
     EXPECT_EQ(afterError(ECONNREFUSED).problem,
               "the host 192.168.250.1 is there, but nothing listens on TCP port 9600");
@@ -61,7 +61,7 @@ TEST(Diagnosis, other_errors_of_the_system)
     EXPECT_EQ(afterError(EACCES).problem, "no connection to 192.168.250.1: Permission denied");
 }
 
-TEST(Diagnosis, fins_tcp_errors_in_words)
+TEST(Diagnosis, FinsTcpErrorsInWords)
 {
     const auto refused = [](std::uint32_t error) {
         return of(LinkFailure::TCP_ERROR, LinkPhase::HANDSHAKING, "", error).problem;
@@ -75,14 +75,14 @@ TEST(Diagnosis, fins_tcp_errors_in_words)
     EXPECT_EQ(refused(0x25), start + "25 (the PLC has no free node address for this client)");
 }
 
-TEST(Diagnosis, fins_tcp_error_has_its_remedy)
+TEST(Diagnosis, FinsTcpErrorHasItsRemedy)
 {
     const Diagnosis filtered = of(LinkFailure::TCP_ERROR, LinkPhase::HANDSHAKING, "", 0x22);
     EXPECT_EQ(filtered.remedies, std::vector<std::string>{
         "add this computer's address in the unit's settings, or switch its IP address filter off"});
 }
 
-TEST(Diagnosis, silence_before_and_after_the_node_address)
+TEST(Diagnosis, SilenceBeforeAndAfterTheNodeAddress)
 {
     EXPECT_EQ(of(LinkFailure::SILENCE, LinkPhase::HANDSHAKING, "").problem,
               "the connection is made, but the node address request is not answered within 1000 ms");
@@ -92,7 +92,7 @@ TEST(Diagnosis, silence_before_and_after_the_node_address)
               "the PLC gave a node address, then left requests without an answer within 1000 ms");
 }
 
-TEST(Diagnosis, half_a_reply_before_and_after_the_node_address)
+TEST(Diagnosis, HalfAReplyBeforeAndAfterTheNodeAddress)
 {
     EXPECT_EQ(of(LinkFailure::CUT_REPLY, LinkPhase::HANDSHAKING,
                  "no node addresses: only 20 of 24 bytes of the reply came in time").problem,
@@ -104,7 +104,7 @@ TEST(Diagnosis, half_a_reply_before_and_after_the_node_address)
     }
 }
 
-TEST(Diagnosis, unusable_node_addresses)
+TEST(Diagnosis, UnusableNodeAddresses)
 {
     const Diagnosis unusable = of(LinkFailure::BAD_NODES, LinkPhase::HANDSHAKING,
                                   "no node addresses: this node is to be 0, a node is 1 to 254");
@@ -114,14 +114,14 @@ TEST(Diagnosis, unusable_node_addresses)
               "set the unit to assign node addresses by itself, for the range of its network");
 }
 
-TEST(Diagnosis, closed_before_and_after_the_node_address)
+TEST(Diagnosis, ClosedBeforeAndAfterTheNodeAddress)
 {
     EXPECT_EQ(of(LinkFailure::CLOSED, LinkPhase::HANDSHAKING, "reset").problem,
               "the connection is closed again before a node address is given: reset");
     EXPECT_EQ(of(LinkFailure::CLOSED, LinkPhase::ONLINE, "reset").problem, "the link broke: reset");
 }
 
-TEST(Diagnosis, another_protocol)
+TEST(Diagnosis, AnotherProtocol)
 {
     const LinkTrouble trouble = {LinkFailure::WRONG_PROTOCOL, 0, LinkPhase::HANDSHAKING, "x"};
     EXPECT_EQ(diagnose(trouble, PEER, "HTTP").problem,
@@ -132,7 +132,7 @@ TEST(Diagnosis, another_protocol)
               "the PLC gave a node address, then answered wrongly: bad reply");
 }
 
-TEST(Diagnosis, every_one_has_a_remedy)
+TEST(Diagnosis, EveryOneHasARemedy)
 {
     for (const LinkPhase phase : {LinkPhase::WAITING, LinkPhase::HANDSHAKING, LinkPhase::PROVING, LinkPhase::ONLINE}) {
         for (int failure = 0; failure <= static_cast<int>(LinkFailure::OTHER); ++failure)
@@ -140,7 +140,7 @@ TEST(Diagnosis, every_one_has_a_remedy)
     }
 }
 
-TEST(StrayText, shows_what_is_printable)
+TEST(StrayText, ShowsWhatIsPrintable)
 {
     EXPECT_EQ(strayText(std::string("\x01 ~\x7f\xff", 5)), "01 20 7E 7F FF '. ~..'");
 }

@@ -11,7 +11,7 @@ TimePoint at(int ms)
     return START + Millis(ms);
 }
 
-TEST(PollCycle, from_a_block_to_the_same_block)
+TEST(PollCycle, FromABlockToTheSameBlock)
 {
     PollCycle cycle;
     cycle.note("DM", 0, at(0));
@@ -27,7 +27,7 @@ TEST(PollCycle, from_a_block_to_the_same_block)
     EXPECT_EQ(cycle.all().count(), 2u);
 }
 
-TEST(PollCycle, one_block)
+TEST(PollCycle, OneBlock)
 {
     PollCycle cycle;
     cycle.note("DM", 0, at(0));
@@ -35,7 +35,7 @@ TEST(PollCycle, one_block)
     EXPECT_EQ(cycle.latest(), Micros(3000));
 }
 
-TEST(PollCycle, a_restart_leaves_the_cycle_in_progress_out)
+TEST(PollCycle, ARestartLeavesTheCycleInProgressOut)
 {
     PollCycle cycle;
     cycle.note("DM", 0, at(0));

@@ -4,7 +4,7 @@
 
 namespace {
 
-TEST(Statistics, text_of_a_run)
+TEST(Statistics, TextOfARun)
 {
     Statistics run;
     run.connections  = 3;
@@ -34,7 +34,7 @@ TEST(Statistics, text_of_a_run)
     EXPECT_EQ(run.errorCount(), 3u);
 }
 
-TEST(Statistics, text_of_a_run_without_a_link)
+TEST(Statistics, TextOfARunWithoutALink)
 {
     EXPECT_EQ(Statistics().text(std::chrono::milliseconds(0)),
               "statistics of 0.0 s\n"
@@ -45,7 +45,7 @@ TEST(Statistics, text_of_a_run_without_a_link)
               "  words        read 0, written 0, 0.0 a second\n");
 }
 
-TEST(Statistics, one_connection_is_no_reconnect)
+TEST(Statistics, OneConnectionIsNoReconnect)
 {
     Statistics run;
     EXPECT_EQ(run.reconnects(), 0u);
@@ -55,7 +55,7 @@ TEST(Statistics, one_connection_is_no_reconnect)
     EXPECT_EQ(run.reconnects(), 1u);
 }
 
-TEST(Statistics, tells_twenty_errors_apart_and_counts_the_others)
+TEST(Statistics, TellsTwentyErrorsApartAndCountsTheOthers)
 {
     Statistics run;
     for (int i = 0; i < 22; ++i)

@@ -15,14 +15,14 @@ std::vector<std::string> namesOf(const std::vector<Tag> &tags)
 
 using Names = std::vector<std::string>;
 
-TEST(SingleValues, an_item_becomes_its_words_and_bits)
+TEST(SingleValues, AnItemBecomesItsWordsAndBits)
 {
     const TagBook book(builtDriver());
     EXPECT_EQ(namesOf(book.resolveAll({"DM:100:3"}, Access::READ)), (Names{"DM:100", "DM:101", "DM:102"}));
     EXPECT_EQ(namesOf(book.resolveAll({"CIO_bit:0.15:2"}, Access::READ)), (Names{"CIO_bit:0.15", "CIO_bit:1.0"}));
 }
 
-TEST(SingleValues, a_value_of_two_words_stays_whole)
+TEST(SingleValues, AValueOfTwoWordsStaysWhole)
 {
     const TagBook book(builtDriver());
     const std::vector<WatchedValue> values = singleValues(book.resolveAll({"DM:100:2/f32"}, Access::READ));
@@ -35,20 +35,20 @@ TEST(SingleValues, a_value_of_two_words_stays_whole)
     EXPECT_EQ(values[1].text, "");
 }
 
-TEST(SingleValues, a_text_stays_whole)
+TEST(SingleValues, ATextStaysWhole)
 {
     const TagBook book(builtDriver());
     EXPECT_EQ(namesOf(book.resolveAll({"DM:100:8/string"}, Access::READ)), Names{"DM:100:8/string"});
 }
 
-TEST(SingleValues, values_of_a_tag_are_numbered)
+TEST(SingleValues, ValuesOfATagAreNumbered)
 {
     const Tag tag = {"Level", {"DM", 10, 2, false}, ValueFormat(), "", ""};
     const Tag one = {"Pump", {"CIO_bit", 3, 1, true}, ValueFormat(), "", ""};
     EXPECT_EQ(namesOf({tag, one}), (Names{"Level[0]", "Level[1]", "Pump"}));
 }
 
-TEST(SingleValues, what_is_named_twice_comes_once)
+TEST(SingleValues, WhatIsNamedTwiceComesOnce)
 {
     const TagBook book(builtDriver());
     EXPECT_EQ(namesOf(book.resolveAll({"DM:1:2", "DM:2:2", "DM:2/hex"}, Access::READ)),
