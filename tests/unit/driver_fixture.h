@@ -42,6 +42,7 @@ protected:
     {
         reload();
         notifications().clear();
+        seen().clear();
         driver.runtimeBlock = sharedBlock.data();
         driver.recipeBuffer = recipeWords.data();
         driver.runtimeMutex = &mutex;
@@ -55,6 +56,33 @@ protected:
     {
         static std::vector<Notification> calls;
         return calls;
+    }
+
+    /// What the callbacks found.
+    static std::vector<int> &seen()
+    {
+        static std::vector<int> values;
+        return values;
+    }
+
+    /// A callback that reads what changed and makes the data image 200 words longer with each call.
+    static void readBack(qint32 stationNo, qint32 requestTag, QString regType, qint32 address)
+    {
+        notifications().push_back({stationNo, requestTag, regType.toStdString(), address});
+        quint8 value[2] = {0, 0};
+        intf_getData(requestTag, regType, address, 1, value);
+        seen().push_back(value[0] + 256 * value[1]);
+        quint8 other[2 * 200];
+        intf_getData(1000 + address + static_cast<qint32>(seen().size()), QLatin1String("WR"), 0, 200, other);
+    }
+
+    /// A callback that finds whether the mutex is free.
+    static void tryMutex(qint32, qint32, QString, qint32)
+    {
+        const bool isFree = driver.runtimeMutex->tryLock();
+        if (isFree)
+            driver.runtimeMutex->unlock();
+        seen().push_back(isFree);
     }
 
     std::vector<quint8>  sharedBlock;

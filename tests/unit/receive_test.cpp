@@ -50,7 +50,6 @@ protected:
         driver.retryLimit = 3;
         driver.stationNo = 2;
         driver.jobType = JOB_POLL;
-        seen().clear();
     }
 
     static void queueRead(const char *regType, qint32 address, qint32 count)
@@ -152,32 +151,6 @@ protected:
     }
 
     static qint32 firstPolled() { return driver.readList.first().address; }
-
-    /// What the callbacks found.
-    static std::vector<int> &seen()
-    {
-        static std::vector<int> values;
-        return values;
-    }
-
-    /// A callback that reads what changed and makes the data image much longer.
-    static void readBack(qint32 stationNo, qint32 requestTag, QString regType, qint32 address)
-    {
-        notifications().push_back({stationNo, requestTag, regType.toStdString(), address});
-        quint8 value[2] = {0, 0};
-        intf_getData(requestTag, regType, address, 1, value);
-        seen().push_back(value[0] + 256 * value[1]);
-        quint8 other[2 * 200];
-        intf_getData(1000 + address, QLatin1String("WR"), 0, 200, other);
-    }
-
-    static void tryMutex(qint32, qint32, QString, qint32)
-    {
-        const bool isFree = driver.runtimeMutex->tryLock();
-        if (isFree)
-            driver.runtimeMutex->unlock();
-        seen().push_back(isFree);
-    }
 
     QByteArray reply;
     QString    info = QLatin1String("from before");

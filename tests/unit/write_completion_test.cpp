@@ -33,11 +33,7 @@ Addresses addressesOf(const QList<VARIABLE> &list)
 
 class WriteCompletion : public DriverTest {
 protected:
-    WriteCompletion()
-    {
-        driver.stationNo = 3;
-        seen().clear();
-    }
+    WriteCompletion() { driver.stationNo = 3; }
 
     static void finish(qint32 jobType, qint32 commFailed = 0)
     {
@@ -71,31 +67,6 @@ protected:
 
     static int plcWord(qint32 address) { return word(address).plcValue[0] + 256 * word(address).plcValue[1]; }
     static int writtenWord(qint32 address) { return word(address).writeValue[0] + 256 * word(address).writeValue[1]; }
-
-    static std::vector<int> &seen()
-    {
-        static std::vector<int> values;
-        return values;
-    }
-
-    /// A callback that reads what changed and makes the data image much longer.
-    static void readBack(qint32 stationNo, qint32 requestTag, QString regType, qint32 address)
-    {
-        notifications().push_back({stationNo, requestTag, regType.toStdString(), address});
-        quint8 value[2] = {0, 0};
-        intf_getData(requestTag, regType, address, 1, value);
-        seen().push_back(value[0] + 256 * value[1]);
-        quint8 other[2 * 200];
-        intf_getData(1000 + address + static_cast<qint32>(seen().size()), QLatin1String("WR"), 0, 200, other);
-    }
-
-    static void tryMutex(qint32, qint32, QString, qint32)
-    {
-        const bool isFree = driver.runtimeMutex->tryLock();
-        if (isFree)
-            driver.runtimeMutex->unlock();
-        seen().push_back(isFree);
-    }
 };
 
 // ---- Words ---------------------------------------------------------------------------------------------------------
