@@ -1,30 +1,12 @@
 #ifndef TESTS_REFERENCE_LIBRARY_DRIVER_H
 #define TESTS_REFERENCE_LIBRARY_DRIVER_H
 
-#include "omron_fins_ethernet.h"
 #include "plain_records.h"
+#include "support/driver_functions.h"
 
 // The driver behind the plain interface.
 
 namespace reference {
-
-/// The exported functions, however they were found.
-struct DriverFunctions {
-    decltype(&intf_setAddrValueChangeCallBack) setAddrValueChangeCallBack;
-    decltype(&intf_initProperty)               initProperty;
-    decltype(&intf_checkAddrValidity)          checkAddrValidity;
-    decltype(&intf_checkAddr)                  checkAddr;
-    decltype(&intf_getRegListByType)           getRegListByType;
-    decltype(&intf_getRegDiscription)          getRegDiscription;
-    decltype(&intf_multiCopy)                  multiCopy;
-    decltype(&intf_addrMerge)                  addrMerge;
-    decltype(&intf_setRcpAddress)              setRcpAddress;
-    decltype(&intf_getSendFrame)               getSendFrame;
-    decltype(&intf_dealRcvFrame)               dealRcvFrame;
-    decltype(&intf_getData)                    getData;
-    decltype(&intf_setData)                    setData;
-    decltype(&intf_addConditionRead)           addConditionRead;
-};
 
 /// Where the runtime's three objects lie, as intf_initProperty takes them.
 struct LowAddresses {

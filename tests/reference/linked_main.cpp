@@ -1,13 +1,9 @@
 // The reference against the driver's own sources, inner state included.
 
 #include <algorithm>
-#include <cstdio>
-#include <exception>
 #include <new>
 
-#include "comparison.h"
-#include "library_driver.h"
-#include "support/low_memory.h"
+#include "library_subject.h"
 
 namespace {
 
@@ -156,33 +152,21 @@ void compareNumbers(const ReferenceDriver &expected, Difference &difference)
     }
 }
 
-class LinkedSubject : public reference::Subject {
+class LinkedSubject : public reference::LibrarySubject {
 public:
     // The driver lives in zeroed static storage when it is constructed, so it is zeroed here too.
     reference::AnyDriver &fresh() override
     {
-        driver_.reset();
+        end();
         driver.~omron_fins_ethernet();
         void *storage = &driver;
         std::fill_n(static_cast<unsigned char *>(storage), sizeof driver, static_cast<unsigned char>(0));
         new (storage) omron_fins_ethernet;
-        driver_ = std::make_unique<reference::LibraryDriver>(
-            reference::DriverFunctions{&intf_setAddrValueChangeCallBack, &intf_initProperty, &intf_checkAddrValidity,
-                                       &intf_checkAddr, &intf_getRegListByType, &intf_getRegDiscription,
-                                       &intf_multiCopy, &intf_addrMerge, &intf_setRcpAddress, &intf_getSendFrame,
-                                       &intf_dealRcvFrame, &intf_getData, &intf_setData, &intf_addConditionRead},
-            reference::LowAddresses{block_.address(), recipe_.address(), mutex_.address()});
-        return *driver_;
-    }
-
-    reference::RuntimeMemory memory() override
-    {
-        return {block_.data(), recipe_.data(), [this] {
-                    const bool isFree = mutex_->tryLock();
-                    if (isFree)
-                        mutex_->unlock();
-                    return !isFree;
-                }};
+        return begin({&intf_getProtocolType, &intf_getDriverParameter, &intf_getDriverPropertyPage,
+                      &intf_SetDriverPropertyPage, &intf_setAddrValueChangeCallBack, &intf_initProperty,
+                      &intf_checkAddrValidity, &intf_checkAddr, &intf_getRegListByType, &intf_getRegDiscription,
+                      &intf_multiCopy, &intf_addrMerge, &intf_setRcpAddress, &intf_getSendFrame,
+                      &intf_dealRcvFrame, &intf_getData, &intf_setData, &intf_addConditionRead});
     }
 
     Text stateDifference(const ReferenceDriver &expected) override
@@ -190,30 +174,15 @@ public:
         Difference difference;
         compareNumbers(expected, difference);
         compareLists(expected, difference);
-        difference.place("runtimeBlock", expected.runtimeBlock == nullptr ? nullptr : block_.data(),
+        difference.place("runtimeBlock", expected.runtimeBlock == nullptr ? nullptr : block.data(),
                          driver.runtimeBlock);
-        difference.place("recipeBuffer", expected.recipeBuffer == nullptr ? nullptr : recipe_.data(),
+        difference.place("recipeBuffer", expected.recipeBuffer == nullptr ? nullptr : recipe.data(),
                          driver.recipeBuffer);
-        difference.place("runtimeMutex", expected.hasMutex ? &*mutex_ : nullptr, driver.runtimeMutex);
+        difference.place("runtimeMutex", expected.hasMutex ? &*mutex : nullptr, driver.runtimeMutex);
         return difference.text();
     }
-
-private:
-    LowMemory                                 block_{reference::BLOCK_SIZE};
-    LowMemory                                 recipe_{2 * reference::RECIPE_WORDS, 2};
-    LowObject<QMutex>                         mutex_;
-    std::unique_ptr<reference::LibraryDriver> driver_;
 };
 
 } // namespace
 
-int main(int argc, char **argv)
-{
-    try {
-        LinkedSubject subject;
-        return reference::compareSequences(argc, argv, subject);
-    } catch (const std::exception &error) {
-        std::fprintf(stderr, "%s: %s\n", argv[0], error.what());
-        return 1;
-    }
-}
+int main(int argc, char **argv) { return reference::runComparison<LinkedSubject>(argc, argv); }

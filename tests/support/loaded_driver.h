@@ -7,7 +7,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "omron_fins_ethernet.h"
+#include "support/driver_functions.h"
 
 // The built library as a runtime sees it: loaded by name, its functions found by name, nothing linked.
 
@@ -18,8 +18,8 @@ inline std::string driverPath()
     return named != nullptr ? named : OMRON_FINS_LIBRARY;
 }
 
-/// One loaded library with its eighteen functions. Destroying it unloads the library.
-class LoadedDriver {
+/// One loaded library with its functions. Destroying it unloads the library.
+class LoadedDriver : public DriverFunctions {
 public:
     explicit LoadedDriver(const std::string &path = driverPath(), int flags = RTLD_NOW)
         : path_(path), handle_(dlopen(path.c_str(), flags))
@@ -64,25 +64,6 @@ public:
     }
 
     void *handle() const { return handle_; }
-
-    decltype(&intf_getProtocolType)            getProtocolType;
-    decltype(&intf_getDriverParameter)         getDriverParameter;
-    decltype(&intf_getDriverPropertyPage)      getDriverPropertyPage;
-    decltype(&intf_SetDriverPropertyPage)      setDriverPropertyPage;
-    decltype(&intf_setAddrValueChangeCallBack) setAddrValueChangeCallBack;
-    decltype(&intf_initProperty)               initProperty;
-    decltype(&intf_checkAddrValidity)          checkAddrValidity;
-    decltype(&intf_checkAddr)                  checkAddr;
-    decltype(&intf_getRegListByType)           getRegListByType;
-    decltype(&intf_getRegDiscription)          getRegDiscription;
-    decltype(&intf_multiCopy)                  multiCopy;
-    decltype(&intf_addrMerge)                  addrMerge;
-    decltype(&intf_setRcpAddress)              setRcpAddress;
-    decltype(&intf_getSendFrame)               getSendFrame;
-    decltype(&intf_dealRcvFrame)               dealRcvFrame;
-    decltype(&intf_getData)                    getData;
-    decltype(&intf_setData)                    setData;
-    decltype(&intf_addConditionRead)           addConditionRead;
 
 private:
     template <class Function> void resolve(Function &function, const char *name)
