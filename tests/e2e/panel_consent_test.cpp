@@ -168,16 +168,14 @@ TEST_F(PanelConsent, ADryRunSaysWhatAWriteMayAskFor)
 
 // ---- A PLC that answers RUN in its own way -------------------------------------------------------------------------
 
-class PanelModeChange : public ::testing::Test {
+class PanelModeChange : public PlayedTest {
 protected:
     // Up to the RUN command, which is left unanswered.
     void refuseTheWrite(const Words &more = {}, const std::string &endCode = "2203")
     {
         Words arguments = {"write", plc.host(), "DM:0=5", "--allow-mode-change"};
         arguments.insert(arguments.end(), more.begin(), more.end());
-        panel = startPanel(arguments);
-        link  = plc.accept();
-        link->exchangeNodes();
+        begin(arguments);
         EXPECT_EQ(link->command(), plainHex("0101 82 0000 00 0001"));
         link->answer("0101 0000 0000");
         EXPECT_EQ(link->command(), plainHex("0102 82 0000 00 0001 0005"));
@@ -190,12 +188,6 @@ protected:
         EXPECT_EQ(link->command(), plainHex("0101 82 0000 00 0001"));
         link->answer("0101 0000 0000");
     }
-
-    std::string connected() const { return "connected to " + plc.host() + ": this node 239, PLC node 1\n"; }
-
-    PlayedPlc                   plc;
-    std::unique_ptr<Process>    panel;
-    std::unique_ptr<PlayedLink> link;
 };
 
 TEST_F(PanelModeChange, RefusedToo)
@@ -246,9 +238,7 @@ TEST_F(PanelModeChange, IsFollowedByTheWriteWhenTheLinkIsLostBehindIt)
     refuseTheWrite();
     link->answer("0401 0000");
     EXPECT_EQ(link->command(), plainHex("0101 82 0000 00 0001"));
-    link = nullptr;
-    link = plc.accept();
-    link->exchangeNodes();
+    acceptLink();
     readBack();
     EXPECT_EQ(link->command(), plainHex("0102 82 0000 00 0001 0005"));
     link->answer("0102 0000");
@@ -276,8 +266,7 @@ TEST_F(PanelModeChange, IsUnconfirmedWhenTheReplyNeverComes)
 {
     refuseTheWrite({"--timeout", "200", "--retries", "2", "--give-up", "20"});
     link->awaitClose();
-    link = plc.accept();
-    link->exchangeNodes();
+    acceptLink();
     readBack();
     EXPECT_EQ(panel->wait(), 3);
     const std::string errors = panel->errors();

@@ -221,7 +221,7 @@ const BadPeer BAD_REPLIES[] = {
      "FINS/TCP error 22 (the PLC does not accept connections from this IP address)"},
 };
 
-class PanelBadPeerTest : public ::testing::Test, public ::testing::WithParamInterface<BadPeer> {
+class PanelBadPeerTest : public PlayedTest, public ::testing::WithParamInterface<BadPeer> {
 protected:
     // Only a reply that does not come is waited for.
     void startWatch()
@@ -233,16 +233,10 @@ protected:
     // A connection that is served as it should be: DM:0 is 9.
     void serveWell()
     {
-        link = nullptr;
-        link = plc.accept();
-        link->exchangeNodes();
+        acceptLink();
         EXPECT_EQ(link->command(), plainHex("0101 82 0000 00 0001"));
         link->answer("0101 0000 0009");
     }
-
-    PlayedPlc                   plc;
-    std::unique_ptr<Process>    panel;
-    std::unique_ptr<PlayedLink> link;
 };
 
 class PanelBadHandshakeTest : public PanelBadPeerTest {};
@@ -275,8 +269,7 @@ INSTANTIATE_TEST_SUITE_P(Answers, PanelBadReplyTest, ::testing::ValuesIn(BAD_REP
 TEST_P(PanelBadReplyTest, IsNoValue)
 {
     startWatch();
-    link = plc.accept();
-    link->exchangeNodes();
+    acceptLink();
     EXPECT_EQ(link->command(), plainHex("0101 82 0000 00 0001"));
     std::string bytes = plainHex(GetParam().bytes);
     if (bytes.size() > 2 * 25)

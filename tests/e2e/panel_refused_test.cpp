@@ -221,17 +221,15 @@ TEST_F(PanelRefusedTest, AWriteDuringTheSearchIsShown)
 
 // ---- Against a PLC that the test plays ---------------------------------------------------------------------------
 
-class PanelPlayedRefusalTest : public ::testing::Test {
+class PanelPlayedRefusalTest : public PlayedTest {
 protected:
     // A watch that leaves a block out after `retries` refusals.
     void startWatch(Words more, int retries = 1)
     {
         more.insert(more.end(), {"--retries", std::to_string(retries)});
-        Words all = {"watch", played.host(), "--interval", "0"};
+        Words all = {"watch", plc.host(), "--interval", "0"};
         all.insert(all.end(), more.begin(), more.end());
-        panel = startPanel(all);
-        link = played.accept();
-        link->exchangeNodes();
+        begin(all);
     }
 
     // Answers reads of DM:0 with 7 until another command comes, and returns that one.
@@ -242,10 +240,6 @@ protected:
             link->answer("0101 0000 0007");
         return command;
     }
-
-    PlayedPlc                   played;
-    std::unique_ptr<Process>    panel;
-    std::unique_ptr<PlayedLink> link;
 };
 
 TEST_F(PanelPlayedRefusalTest, ABlockThatIsMendedComesBack)
@@ -259,7 +253,7 @@ TEST_F(PanelPlayedRefusalTest, ABlockThatIsMendedComesBack)
     link->answer("0101 0000 0005");
     EXPECT_EQ(nextChange(*panel), "DM:0 - 7");
     EXPECT_EQ(nextChange(*panel), "HR:0 - 5");
-    EXPECT_EQ(nextMessage(*panel), "connected to " + played.host() + ": this node 239, PLC node 1");
+    EXPECT_EQ(nextMessage(*panel), "connected to " + plc.host() + ": this node 239, PLC node 1");
     EXPECT_EQ(nextMessage(*panel), "the PLC refuses to read HR:0: 1101 (there is no such memory area)");
     EXPECT_EQ(nextMessage(*panel), "HR:0 can be read again");
     // It is back in the poll, and a new refusal is said anew.
@@ -314,8 +308,7 @@ TEST_F(PanelPlayedRefusalTest, AHoleIsLeftOut)
     EXPECT_EQ(polls, (std::map<std::string, int>{{"0000 0002", 10}, {"0009 0001", 10}}));
     EXPECT_EQ(interrupt(*panel), 0);
     EXPECT_EQ(withoutHints(panel->errors()),
-              "connected to " + played.host() + ": this node 239, PLC node 1\n"
-              "the PLC refuses to read DM:3: 1103 (the first address is out of range)\n");
+              connected() + "the PLC refuses to read DM:3: 1103 (the first address is out of range)\n");
 }
 
 // The driver would take a refused reply of the right length for data.
@@ -372,8 +365,7 @@ TEST_F(PanelPlayedRefusalTest, ANewLinkTriesEverything)
     panel->waitForLine(",HR:0,HR:0,quality,,,,refused");
     link = nullptr;
     panel->waitForLine(",HR:0,HR:0,quality,,,,not connected");
-    link = played.accept();
-    link->exchangeNodes();
+    acceptLink();
     EXPECT_EQ(link->command(), plainHex("0101 B2 0000 00 0001"));
     link->answer("0101 0000 0004");
     panel->waitForLine(",HR:0,HR:0,first,,4,,good");
@@ -402,9 +394,7 @@ TEST_F(PanelPlayedRefusalTest, SilenceLeavesRefusedValuesRefused)
 // One area of seven is refused, whichever has its turn after it.
 TEST_F(PanelPlayedRefusalTest, LinkReadsEveryOtherArea)
 {
-    panel = startPanel({"link", played.host(), "--count", "9"});
-    link = played.accept();
-    link->exchangeNodes();
+    begin({"link", plc.host(), "--count", "9"});
     try {
         for (;;)
             link->answer(link->command().substr(0, 6) == "0101B3" ? "0101 1101" : "0101 0000 0000"); // B3: AR

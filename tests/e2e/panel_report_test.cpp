@@ -44,29 +44,14 @@ TEST_F(PanelReport, KeepGoingGoesOnBehindARefusedOne)
 }
 
 // A PLC that the test plays: it lets the first item be read, and then gets the first write.
-class PanelReportPlayed : public ::testing::Test {
+class PanelReportPlayed : public PlayedTest {
 protected:
-    void begin(const Words &command)
-    {
-        panel = startPanel(command);
-        link  = plc.accept();
-        link->exchangeNodes();
-    }
-
-    void again()
-    {
-        link = nullptr;
-        link = plc.accept();
-        link->exchangeNodes();
-    }
-
     PanelRun ended()
     {
         const int code = panel->wait();
         return {code, panel->output(), withoutHints(panel->errors())};
     }
 
-    std::string connected() const { return "connected to " + plc.host() + ": this node 239, PLC node 1\n"; }
     std::string lost() const { return plc.linkLost("the PLC closed the connection") + "\n"; }
 
     // DM:0=5 and DM:1=6, of which the first is cut off.
@@ -78,13 +63,9 @@ protected:
         EXPECT_EQ(link->command(), plainHex("0101 82 0000 00 0002"));
         link->answer("0101 0000 0000 0000");
         EXPECT_EQ(link->command(), plainHex("0102 82 0000 00 0001 0005"));
-        again();
+        acceptLink();
         EXPECT_EQ(link->command(), plainHex("0101 82 0000 00 0002"));
     }
-
-    PlayedPlc                   plc;
-    std::unique_ptr<Process>    panel;
-    std::unique_ptr<PlayedLink> link;
 };
 
 TEST_F(PanelReportPlayed, WritesStopBehindAnUnknownOne)
@@ -151,9 +132,7 @@ TEST_F(PanelReportPlayed, TheTagIsNamed)
     const PanelFiles files;
     const std::string tags = files.put("tags.toml", "[tags]\nLevel = { type = \"DM\", address = 0 }\n"
                                                     "Pump = { type = \"DM\", address = 1 }\n");
-    panel = startPanel({"--project", tags, "write", plc.host(), "Level=5", "Pump=6", "--timeout", "60000"});
-    link = plc.accept();
-    link->exchangeNodes();
+    begin({"--project", tags, "write", plc.host(), "Level=5", "Pump=6", "--timeout", "60000"});
     EXPECT_EQ(link->command(), plainHex("0101 82 0000 00 0002"));
     link->answer("0101 0000 0000 0000");
     EXPECT_EQ(link->command(), plainHex("0102 82 0000 00 0001 0005"));
@@ -240,7 +219,7 @@ TEST_F(PanelReportPlayed, AReconnectBringsValueAndQualityInOneLine)
     begin({"watch", plc.host(), "DM:0", "--csv"});
     link->command();
     link->answer("0101 0000 0001");
-    again();
+    acceptLink();
     link->command();
     link->answer("0101 0000 0002");
     std::string lines = panel->readLine() + "\n";

@@ -310,4 +310,28 @@ private:
     int fd_ = heldPort.startListening();
 };
 
+// A panel, and the PLC that the test plays for it.
+class PlayedTest : public ::testing::Test {
+protected:
+    void begin(const Words &command)
+    {
+        panel = startPanel(command);
+        acceptLink();
+    }
+
+    // A link up to the exchange of node addresses; the one before, if any, is closed.
+    void acceptLink()
+    {
+        link = nullptr;
+        link = plc.accept();
+        link->exchangeNodes();
+    }
+
+    std::string connected() const { return "connected to " + plc.host() + ": this node 239, PLC node 1\n"; }
+
+    PlayedPlc                   plc;
+    std::unique_ptr<Process>    panel;
+    std::unique_ptr<PlayedLink> link;
+};
+
 #endif

@@ -210,19 +210,15 @@ TEST_F(PanelWriteTest, ReadsRefusedNothingIsWritten)
 // ---- Writes without a reply --------------------------------------------------------------------------------------
 
 // The PLC of these tests closes the connection at the first write, and then holds `held`.
-class PanelUnconfirmedWriteTest : public ::testing::Test {
+class PanelUnconfirmedWriteTest : public PlayedTest {
 protected:
     void cutAtFirstWrite(const std::string &held)
     {
-        panel = startPanel({"write", plc.host(), "DM:0=5"});
-        std::unique_ptr<PlayedLink> link = plc.accept();
-        link->exchangeNodes();
+        begin({"write", plc.host(), "DM:0=5"});
         EXPECT_EQ(link->command(), plainHex("0101 82 0000 00 0001"));
         link->answer("0101 0000 0000");
         EXPECT_EQ(link->command(), plainHex("0102 82 0000 00 0001 0005"));
-        link = nullptr;
-        link = plc.accept();
-        link->exchangeNodes();
+        acceptLink();
         EXPECT_EQ(link->command(), plainHex("0101 82 0000 00 0001"));
         link->answer("0101 0000 " + held);
         code = panel->wait();
@@ -230,14 +226,11 @@ protected:
 
     std::string expectedErrors(const std::string &last) const
     {
-        const std::string connected = "connected to " + plc.host() + ": this node 239, PLC node 1\n";
-        return connected + plc.linkLost("the PLC closed the connection") +
-               "\nno reply to the write of DM:0; it will be read back\n" + connected + last;
+        return connected() + plc.linkLost("the PLC closed the connection") +
+               "\nno reply to the write of DM:0; it will be read back\n" + connected() + last;
     }
 
-    PlayedPlc                plc;
-    std::unique_ptr<Process> panel;
-    int                      code = -1;
+    int code = -1;
 };
 
 TEST_F(PanelUnconfirmedWriteTest, HasReachedThePlc)
