@@ -5,11 +5,12 @@
 
 Messages::Messages(Watch now) : now_(std::move(now)), countedAt_(now_()) {}
 
-void Messages::redirect(Sink sink)
+void Messages::redirect(Sink sink, bool keeps)
 {
     if (!sink_)
         finish();
-    sink_ = std::move(sink);
+    sink_  = std::move(sink);
+    keeps_ = keeps;
 }
 
 bool Messages::takeToken()
@@ -49,7 +50,8 @@ void Messages::sayAlways(const std::string &line)
 {
     if (sink_) {
         sink_({line, "", true});
-        kept_.push_back(line);
+        if (keeps_)
+            kept_.push_back(line);
         return;
     }
     finish();

@@ -32,7 +32,8 @@ public:
     Messages &operator=(const Messages &) = delete;
 
     /// Messages go to `sink` instead; it gets every message at once, and no counts.
-    void redirect(Sink sink);
+    /// With `keeps` what must not get lost is said again on standard error once the sink has gone.
+    void redirect(Sink sink, bool keeps = true);
 
     /// Says what happens on the link. A peer can cause any number of messages: those that come too fast are counted
     /// instead, and their number is said before the next one that is not, or at the end.
@@ -49,6 +50,7 @@ private:
 
     Watch         now_;
     Sink          sink_; // empty: standard error
+    bool          keeps_ = true;
     std::string   last_;
     std::vector<std::string> kept_; // what the sink was told by sayAlways()
     unsigned long again_   = 0;     // times that `last_` came again

@@ -11,17 +11,22 @@ static const std::size_t FILE_MOST_BYTES = 2 * 1024 * 1024;
 
 void Problems::add(const std::string &file, Place place, const std::string &text)
 {
-    lines_.push_back({file, place, text});
+    entries_.push_back({file, place, text});
+}
+
+std::vector<Problems::Entry> Problems::entries() const
+{
+    std::vector<Entry> sorted = entries_;
+    std::stable_sort(sorted.begin(), sorted.end(), [](const Entry &a, const Entry &b) {
+        return std::tie(a.file, a.place.line, a.place.column) < std::tie(b.file, b.place.line, b.place.column);
+    });
+    return sorted;
 }
 
 std::vector<std::string> Problems::lines() const
 {
-    std::vector<Entry> sorted = lines_;
-    std::stable_sort(sorted.begin(), sorted.end(), [](const Entry &a, const Entry &b) {
-        return std::tie(a.file, a.place.line, a.place.column) < std::tie(b.file, b.place.line, b.place.column);
-    });
     std::vector<std::string> lines;
-    for (const Entry &entry : sorted) {
+    for (const Entry &entry : entries()) {
         std::string line = entry.file + ":";
         if (entry.place.line > 0)
             line += std::to_string(entry.place.line) + ":";

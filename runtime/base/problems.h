@@ -15,7 +15,16 @@ class Problems {
 public:
     void add(const std::string &file, Place place, const std::string &text);
 
-    bool any() const { return !lines_.empty(); }
+    struct Entry {
+        std::string file;
+        Place       place;
+        std::string text;
+    };
+
+    bool any() const { return !entries_.empty(); }
+
+    /// In the order of the places within a file.
+    std::vector<Entry> entries() const;
 
     /// "FILE:LINE:COL: text", in the order of the places within a file.
     std::vector<std::string> lines() const;
@@ -25,12 +34,7 @@ public:
     void refuse(const std::string &hint = std::string()) const;
 
 private:
-    struct Entry {
-        std::string file;
-        Place       place;
-        std::string text;
-    };
-    std::vector<Entry> lines_;
+    std::vector<Entry> entries_;
 };
 
 /// Reads a whole file of 2 MiB at most. Throws UsageError, which names the file and the reason.

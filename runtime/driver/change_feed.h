@@ -5,15 +5,15 @@
 
 #include <vector>
 
-// The driver's change notifications. The driver calls a plain function, so there is one feed in the process; it only
-// notes what changed, and the caller of the driver collects that after the call.
+// The driver's change notifications. The driver calls a plain function, so there is one feed a thread; it only notes what
+// changed, and the caller of the driver collects that after the call.
 
 struct Change {
     QString regType; // a bit type for a bit
     qint32  address;
 };
 
-/// Registers the feed with the driver and empties it. The driver calls it in any case; with `notes` false nothing is
+/// Registers the feed of this thread with the driver and empties it; this thread alone calls the driver from then on. The driver calls it in any case; with `notes` false nothing is
 /// noted, for commands that want no changes.
 void installChangeFeed(const DriverLibrary &library, bool notes);
 

@@ -3,9 +3,12 @@
 #include "base/usage_error.h"
 
 #include <dlfcn.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <climits>
+#include <fstream>
+#include <iterator>
 #include <vector>
 
 static const char LIBRARY_NAME[] = "libomron_fins_ethernet.so";
@@ -35,12 +38,70 @@ static std::string ownLibrary()
     return LIBRARY_NAME; // the loader searches its own path
 }
 
+// A bare name would be searched on the loader's path; a file that the user names is that file.
+static std::string pathOf(const std::string &file)
+{
+    if (file.empty())
+        return ownLibrary();
+    return (file.find('/') == std::string::npos ? "./" : "") + file;
+}
+
 DriverLibrary::DriverLibrary(const std::string &file)
     : handle_(nullptr), file_(file.empty() ? ownLibrary() : file)
 {
-    // A bare name would be searched on the loader's path; a file that the user names is that file.
-    const bool named = !file.empty() && file.find('/') == std::string::npos;
-    handle_ = dlopen(((named ? "./" : "") + file_).c_str(), RTLD_NOW | RTLD_LOCAL);
+    load(pathOf(file));
+}
+
+DriverLibrary::DriverLibrary(const std::string &file, int copy) : handle_(nullptr), copy_(copy), file_(file)
+{
+    try {
+        load("/proc/self/fd/" + std::to_string(copy));
+    } catch (...) {
+        close(copy_);
+        throw;
+    }
+}
+
+// The bytes of the library; where the loader alone finds it, those of the file that it finds.
+static std::string contentOf(const std::string &file)
+{
+    std::string path = pathOf(file);
+    if (path.find('/') == std::string::npos) {
+        const DriverLibrary found(file);
+        Dl_info info = {};
+        if (dladdr(reinterpret_cast<const void *>(found.getSendFrame), &info) != 0)
+            path = info.dli_fname;
+    }
+    std::ifstream input(path, std::ios::binary);
+    std::string content((std::istreambuf_iterator<char>(input)), std::istreambuf_iterator<char>());
+    if (!input || content.empty())
+        throw UsageError("cannot read the driver " + path + "; name the library's file");
+    return content;
+}
+
+// The loader takes a file that it has already loaded for the same library, by its name or by its number in the file
+// system. So each copy is a memory file of its own, which stays open as long as the copy is loaded: the next one would
+// get its name otherwise.
+std::unique_ptr<DriverLibrary> DriverLibrary::copyOf(const std::string &file)
+{
+    const std::string content = contentOf(file);
+    const int copy = memfd_create("omron_fins_ethernet", MFD_CLOEXEC);
+    if (copy < 0)
+        throw std::runtime_error("the system has no file descriptor left for a copy of the driver");
+    for (std::size_t done = 0; done < content.size();) {
+        const ssize_t written = write(copy, content.data() + done, content.size() - done);
+        if (written <= 0) {
+            close(copy);
+            throw std::runtime_error("the system has no memory left for a copy of the driver");
+        }
+        done += static_cast<std::size_t>(written);
+    }
+    return std::unique_ptr<DriverLibrary>(new DriverLibrary(file.empty() ? LIBRARY_NAME : file, copy));
+}
+
+void DriverLibrary::load(const std::string &path)
+{
+    handle_ = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (!handle_) {
         const char *reason = dlerror();
         throw UsageError("cannot load the driver: " + std::string(reason ? reason : file_)
@@ -57,6 +118,8 @@ DriverLibrary::DriverLibrary(const std::string &file)
 DriverLibrary::~DriverLibrary()
 {
     dlclose(handle_);
+    if (copy_ >= 0)
+        close(copy_);
 }
 
 template <typename Function>

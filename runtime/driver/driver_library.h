@@ -3,6 +3,7 @@
 
 #include "omron_fins_ethernet.h"
 
+#include <memory>
 #include <string>
 
 // The driver as a runtime has it: a library loaded by file name, its functions looked up by their names. Nothing of the
@@ -14,6 +15,10 @@ public:
     /// beside the program's folder, in the build folder, or wherever the system's loader finds it. Throws UsageError,
     /// which names the file, or the function that it lacks.
     explicit DriverLibrary(const std::string &file);
+
+    /// The same as a copy of its own: with data that no other copy in the process shares, so that it serves a PLC of its
+    /// own. Throws std::runtime_error, too, if the system lacks memory or descriptors.
+    static std::unique_ptr<DriverLibrary> copyOf(const std::string &file);
     ~DriverLibrary();
     DriverLibrary(const DriverLibrary &) = delete;
     DriverLibrary &operator=(const DriverLibrary &) = delete;
@@ -38,10 +43,13 @@ public:
     decltype(&intf_addConditionRead)           addConditionRead;
 
 private:
+    DriverLibrary(const std::string &file, int copy);
+    void load(const std::string &path);
     void lookUpAll();
     template <typename Function> void lookUp(Function &function, const char *name);
 
     void       *handle_;
+    int         copy_ = -1; // the memory file of a copy
     std::string file_;
 };
 

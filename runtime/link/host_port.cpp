@@ -3,8 +3,6 @@
 #include "base/numbers.h"
 #include "base/usage_error.h"
 
-#include <algorithm>
-
 static const char DEFAULT_PORT[] = "9600";
 
 void parseHost(const std::string &text, std::string &host, std::string &port)
@@ -26,11 +24,4 @@ std::string hostAndPort(const std::string &host, const std::string &port)
 {
     const bool isIpv6 = host.find(':') != std::string::npos;
     return (isIpv6 ? "[" + host + "]" : host) + ":" + port;
-}
-
-// The resolver takes 1 to 30 seconds for each try, and makes two unless told otherwise.
-std::string resolverOptions(Millis timeout)
-{
-    const long long seconds = std::chrono::ceil<std::chrono::seconds>(timeout).count();
-    return "timeout:" + std::to_string(std::clamp(seconds, 1LL, 30LL)) + " attempts:1";
 }

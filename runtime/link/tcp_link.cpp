@@ -1,11 +1,9 @@
 #include "link/tcp_link.h"
 
-#include "base/stop_flag.h"
 #include "link/fins_layout.h"
 #include "link/reply_judge.h"
 
-#include <asio.hpp>
-
+#include <fcntl.h>
 #include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -17,8 +15,6 @@
 // Bytes kept of what is no reply.
 static const std::size_t STRAY_LIMIT = 16;
 
-static const auto NUMERIC = asio::ip::resolver_base::numeric_host | asio::ip::resolver_base::numeric_service;
-
 static timeval toTimeval(Millis time)
 {
     timeval value = {};
@@ -27,7 +23,10 @@ static timeval toTimeval(Millis time)
     return value;
 }
 
-TcpLink::TcpLink(Millis timeout) : timeout_(timeout), receiveTimeout_(0), socket_(-1), failure_(LinkFailure::NONE) {}
+TcpLink::TcpLink(Millis timeout, StopSignal *stop)
+    : timeout_(timeout), stop_(stop), receiveTimeout_(0), socket_(-1), failure_(LinkFailure::NONE)
+{
+}
 
 TcpLink::~TcpLink()
 {
@@ -36,9 +35,17 @@ TcpLink::~TcpLink()
 
 void TcpLink::close()
 {
+    const std::lock_guard<std::mutex> lock(socketMutex_);
     if (socket_ >= 0)
         ::close(socket_);
     socket_ = -1;
+}
+
+void TcpLink::abort()
+{
+    const std::lock_guard<std::mutex> lock(socketMutex_);
+    if (socket_ >= 0)
+        shutdown(socket_, SHUT_RDWR);
 }
 
 void TcpLink::tick()
@@ -56,22 +63,92 @@ bool TcpLink::notConnected(LinkFailure failure, const std::string &reason)
 
 LinkFailure connectFailure(const std::error_code &error)
 {
-    if (error == asio::error::connection_refused)
+    if (error == std::errc::connection_refused)
         return LinkFailure::REFUSED;
-    if (error == asio::error::host_unreachable || error == asio::error::network_unreachable)
+    if (error == std::errc::host_unreachable || error == std::errc::network_unreachable)
         return LinkFailure::UNREACHABLE;
-    return error == asio::error::timed_out ? LinkFailure::CONNECT_TIMEOUT : LinkFailure::OTHER;
+    return error == std::errc::timed_out ? LinkFailure::CONNECT_TIMEOUT : LinkFailure::OTHER;
 }
 
-// Lets `context` work until `done`, the deadline or the end of the program.
-template <typename Tick>
-static bool runUntil(asio::io_context &context, const bool &done, TimePoint deadline, Tick tick)
+// Waits for `events` of the descriptor, which may be -1, in slices: a signal that comes just before poll() does not
+// interrupt it.
+TcpLink::Wait TcpLink::awaitEvent(int descriptor, short events, TimePoint deadline)
 {
-    while (!done && !stopRequested() && Clock::now() < deadline) {
-        context.run_one_until(std::min(deadline, Clock::now() + Millis(100)));
-        tick();
+    for (;;) {
+        const Millis left = std::chrono::ceil<Millis>(deadline - Clock::now());
+        if (isStopped() || left.count() <= 0)
+            return Wait::OVER;
+        pollfd polled[] = {{descriptor, events, 0}, {stop_ ? stop_->fd() : -1, POLLIN, 0}};
+        const bool any = ::poll(polled, 2, static_cast<int>(std::min(left, TICK).count())) > 0;
+        if (any && polled[0].revents != 0)
+            return Wait::READY;
+        if (any)
+            return Wait::WOKEN;
+        if (left > TICK)
+            tick();
     }
-    return done;
+}
+
+// The same where a wake is for somebody else, who looks for himself before the next pause.
+bool TcpLink::awaitDone(int descriptor, short events, TimePoint deadline)
+{
+    Wait wait = awaitEvent(descriptor, events, deadline);
+    while (wait == Wait::WOKEN) {
+        stop_->clear();
+        wait = awaitEvent(descriptor, events, deadline);
+    }
+    return wait == Wait::READY;
+}
+
+// Returns false with problem() set.
+bool TcpLink::connectTo(const addrinfo &address, TimePoint deadline)
+{
+    const int made = socket(address.ai_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    int error = made < 0 || ::connect(made, address.ai_addr, address.ai_addrlen) == 0 ? 0 : errno;
+    if (made < 0)
+        error = errno;
+    if (error == EINPROGRESS) {
+        socklen_t size = sizeof error;
+        if (awaitDone(made, POLLOUT, deadline))
+            getsockopt(made, SOL_SOCKET, SO_ERROR, &error, &size);
+    }
+    if (error == 0) {
+        adopt(made);
+        return true;
+    }
+    if (made >= 0)
+        ::close(made);
+    if (error == EINPROGRESS)
+        return notConnected(LinkFailure::CONNECT_TIMEOUT, "no connection in time");
+    const std::error_code code(error, std::generic_category());
+    return notConnected(connectFailure(code), code.message());
+}
+
+// The addresses of the host, or null with problem() set.
+NameLookup::Addresses TcpLink::resolve(const std::string &host, const std::string &port, TimePoint deadline)
+{
+    NameLookup::Addresses found = NameLookup::ofNumbers(host, port);
+    if (found)
+        return found;
+    if (!lookup_ || !lookup_->isOf(host, port))
+        lookup_ = NameLookup::begin(host, port);
+    if (!awaitDone(lookup_->fd(), POLLIN, deadline)) {
+        notConnected(LinkFailure::RESOLVE_TIMEOUT, "the host name was not resolved in time");
+        return nullptr;
+    }
+    std::string problem;
+    found = lookup_->take(problem);
+    lookup_.reset();
+    if (!found)
+        notConnected(LinkFailure::NOT_RESOLVED, "cannot resolve the host name: " + problem);
+    return found;
+}
+
+static std::string addressText(const addrinfo &address)
+{
+    char text[NI_MAXHOST] = "";
+    getnameinfo(address.ai_addr, address.ai_addrlen, text, sizeof text, nullptr, 0, NI_NUMERICHOST);
+    return text;
 }
 
 bool TcpLink::connect(const std::string &host, const std::string &port)
@@ -80,74 +157,43 @@ bool TcpLink::connect(const std::string &host, const std::string &port)
     stray_.clear();
     address_.clear();
     failure_ = LinkFailure::NONE;
+    connectTime_ = {};
     const TimePoint start = Clock::now();
-    TimePoint resolvedAt = start;
-    asio::io_context context;
-    asio::ip::tcp::resolver resolver(context);
-    asio::ip::tcp::socket socket(context);
-    asio::error_code error;
-    bool done = false;
-    bool resolved = false;
-    const auto connectTo = [&](const asio::error_code &failure, const auto &endpoints) {
-        resolvedAt = Clock::now();
-        error    = failure;
-        done     = static_cast<bool>(failure);
-        resolved = !failure;
-        if (done)
-            return;
-        address_ = endpoints.begin()->endpoint().address().to_string();
-        asio::async_connect(socket, endpoints, [&](const asio::error_code &refused, const auto &connected) {
-            error = refused;
-            done  = true;
-            if (!refused)
-                address_ = connected.address().to_string();
-        });
-    };
-    // Numbers need no name server and thus no thread of their own.
-    const auto numbers = resolver.resolve(host, port, NUMERIC, error);
-    if (!error)
-        connectTo(error, numbers);
-    else
-        resolver.async_resolve(host, port, connectTo);
-    const bool ended = runUntil(context, done, deadlineFrom(start), [this] { tick(); });
+    const NameLookup::Addresses found = resolve(host, port, deadlineFrom(start));
+    const TimePoint resolvedAt = Clock::now();
     resolveTime_ = resolvedAt - start;
+    if (!found)
+        return false;
+    address_ = addressText(*found);
+    bool isConnected = false;
+    for (const addrinfo *address = found.get(); address && !isConnected; address = address->ai_next) {
+        isConnected = connectTo(*address, deadlineFrom(start));
+        if (isConnected)
+            address_ = addressText(*address);
+        else if (failure_ == LinkFailure::CONNECT_TIMEOUT && (isStopped() || Clock::now() >= deadlineFrom(start)))
+            break;
+    }
     connectTime_ = Clock::now() - resolvedAt;
-    if (!ended && !resolved)
-        return notConnected(LinkFailure::RESOLVE_TIMEOUT, "the host name was not resolved in time");
-    if (!ended)
-        return notConnected(LinkFailure::CONNECT_TIMEOUT, "no connection in time");
-    if (!resolved)
-        return notConnected(LinkFailure::NOT_RESOLVED, "cannot resolve the host name: " + error.message());
-    if (error)
-        return notConnected(connectFailure(error), error.message());
-    socket.native_non_blocking(false, error);
-    const int connected = socket.release(error);
-    if (error)
-        return notConnected(LinkFailure::OTHER, error.message());
-    adopt(connected);
-    return true;
+    return isConnected;
 }
 
 bool TcpLink::pauseUntil(TimePoint end)
 {
-    while (!stopRequested()) {
-        const Millis left = std::chrono::ceil<Millis>(end - Clock::now());
-        if (left.count() <= 0)
-            return true;
-        pollfd polled = {socket_, POLLRDHUP, 0};
-        if (::poll(&polled, 1, static_cast<int>(std::min(left, TICK).count())) > 0) {
-            lost("the PLC closed the connection");
-            return false;
-        }
-        if (left > TICK)
-            tick();
-    }
-    return true;
+    if (awaitEvent(socket_, POLLRDHUP, end) != Wait::READY)
+        return true;
+    lost("the PLC closed the connection");
+    return false;
 }
 
 void TcpLink::adopt(int connected)
 {
-    socket_ = connected;
+    fcntl(connected, F_SETFL, fcntl(connected, F_GETFL) & ~O_NONBLOCK);
+    {
+        const std::lock_guard<std::mutex> lock(socketMutex_);
+        socket_ = connected;
+        if (isStopped())
+            shutdown(socket_, SHUT_RDWR); // abort() came before
+    }
     const int on = 1;
     const timeval sendTimeout = toTimeval(timeout_);
     setsockopt(socket_, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
@@ -209,7 +255,7 @@ ExchangeStatus TcpLink::sendAll(const std::uint8_t *request, std::size_t size)
             return lost("the request could not be sent in time");
         } else if (errno != EINTR) {
             return lost(std::generic_category().message(errno));
-        } else if (stopRequested()) {
+        } else if (isStopped()) {
             return ExchangeStatus::INTERRUPTED;
         }
     }
@@ -254,12 +300,14 @@ ExchangeStatus TcpLink::receiveSome(TimePoint deadline)
         assembler_.added(static_cast<std::size_t>(received));
         return ExchangeStatus::REPLY;
     }
+    const int problem = errno;
+    if (isStopped() && received == 0)
+        return ExchangeStatus::INTERRUPTED;
     if (received == 0)
         return lost("the PLC closed the connection");
-    const int problem = errno;
     if (problem != EINTR && problem != EAGAIN && problem != EWOULDBLOCK)
         return lost(std::generic_category().message(problem));
-    if (stopRequested())
+    if (isStopped())
         return ExchangeStatus::INTERRUPTED;
     tick();
     if (problem == EINTR || (tick_ && deadline - Clock::now() >= Millis(1)))

@@ -2,13 +2,17 @@
 #define RUNTIME_LINK_TCP_LINK_H
 
 #include "base/clock.h"
+#include "base/stop_signal.h"
 #include "link/late_replies.h"
+#include "link/name_lookup.h"
 #include "link/reply_assembler.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
+#include <mutex>
 #include <string>
 #include <system_error>
 
@@ -44,7 +48,8 @@ LinkFailure connectFailure(const std::error_code &error);
 
 class TcpLink {
 public:
-    explicit TcpLink(Millis timeout);
+    /// `stop`, which may be null and outlives this object, ends every wait.
+    TcpLink(Millis timeout, StopSignal *stop);
     ~TcpLink();
     TcpLink(const TcpLink &) = delete;
     TcpLink &operator=(const TcpLink &) = delete;
@@ -57,6 +62,11 @@ public:
     bool connect(const std::string &host, const std::string &port);
     void close();
 
+    /// From any thread, once the signal was stopped: ends the wait for a reply.
+    void abort();
+
+    bool isStopped() const { return stop_ && stop_->isStopped(); }
+
     /// Calls `tick` at least every TICK while the link waits for anything.
     void onTick(std::function<void()> tick) { tick_ = std::move(tick); }
     static constexpr Millis TICK{150};
@@ -64,7 +74,7 @@ public:
     /// Calls `call` with every late reply that is dropped.
     void onLate(std::function<void(const std::uint8_t *, std::size_t)> call) { lateCall_ = std::move(call); }
 
-    /// Pauses until `end`, or until the program is asked to end. Returns false, with problem() set and the connection
+    /// Pauses until `end`, or until the signal wakes or stops it. Returns false, with problem() set and the connection
     /// closed, when the peer ends the connection meanwhile.
     bool pauseUntil(TimePoint end);
 
@@ -88,6 +98,11 @@ public:
 
 private:
     void tick();
+    enum class Wait { READY, WOKEN, OVER };
+    Wait awaitEvent(int descriptor, short events, TimePoint deadline);
+    bool awaitDone(int descriptor, short events, TimePoint deadline);
+    [[gnu::cold]] bool connectTo(const addrinfo &address, TimePoint deadline);
+    [[gnu::cold]] NameLookup::Addresses resolve(const std::string &host, const std::string &port, TimePoint deadline);
     ExchangeStatus sendAll(const std::uint8_t *request, std::size_t size);
     ExchangeStatus receiveReply(const std::uint8_t *request, std::size_t size, TimePoint start);
     ExchangeStatus receiveSome(TimePoint deadline);
@@ -106,9 +121,12 @@ private:
     [[gnu::cold]] ExchangeStatus lost(const std::string &reason);
 
     const Millis   timeout_;
+    StopSignal *const stop_; // null: none
     TimePoint      limit_ = TimePoint::max();
     Millis         receiveTimeout_; // as the socket has it
+    std::mutex     socketMutex_;    // held where socket_ changes, and by abort()
     int            socket_;         // -1: not connected
+    std::shared_ptr<NameLookup> lookup_; // the latest; null: none is under way
     ReplyAssembler assembler_;
     LateReplies    late_;
     std::string    problem_;

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 
-LinkState::LinkState(TimePoint now)
-    : phase_(LinkPhase::WAITING), retryAt_(now), delay_(0), nextDelay_(FIRST_DELAY)
+LinkState::LinkState(TimePoint now, std::uint32_t spread)
+    : phase_(LinkPhase::WAITING), retryAt_(now), delay_(0), nextDelay_(FIRST_DELAY), isSpread_(spread != 0),
+      random_(spread)
 {
 }
 
@@ -46,6 +47,8 @@ void LinkState::lost(TimePoint now)
 {
     phase_     = LinkPhase::WAITING;
     delay_     = nextDelay_;
+    if (isSpread_)
+        delay_ -= Millis(std::uniform_int_distribution<Millis::rep>(0, nextDelay_.count() / 2)(random_));
     retryAt_   = now + delay_;
     nextDelay_ = std::min(LAST_DELAY, 2 * nextDelay_);
 }

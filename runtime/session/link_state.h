@@ -3,6 +3,9 @@
 
 #include "base/clock.h"
 
+#include <cstdint>
+#include <random>
+
 // The life of the link to one PLC, without the link: which state it is in, what ends the state, and when the next
 // attempt to connect is due. The time is an argument everywhere.
 
@@ -26,8 +29,9 @@ public:
     static constexpr Millis FIRST_DELAY{100};
     static constexpr Millis LAST_DELAY{5000};
 
-    /// The first attempt is due at once.
-    explicit LinkState(TimePoint now);
+    /// The first attempt is due at once. With a `spread` other than 0, which seeds it, each pause is shortened at random,
+    /// to half at most: links that were lost together do not come back together.
+    explicit LinkState(TimePoint now, std::uint32_t spread = 0);
 
     /// The one place where the phase changes.
     void on(LinkEvent event, TimePoint now);
@@ -45,6 +49,8 @@ private:
     TimePoint retryAt_;
     Millis    delay_;     // the pause of the last loss
     Millis    nextDelay_; // the pause of the next loss
+    bool      isSpread_;
+    std::minstd_rand random_;
 };
 
 #endif

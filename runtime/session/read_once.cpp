@@ -1,13 +1,13 @@
 #include "session/read_once.h"
 
-FreshValues::FreshValues(Runtime &runtime, const std::vector<Item> &items) : runtime_(runtime)
+ReadOnce::ReadOnce(Runtime &runtime, const std::vector<Item> &items) : runtime_(runtime)
 {
     calls_.push_back(runtime.onExchange([this](const Exchange &exchange) { note(exchange); }));
     runtime.watch(items);
     awaited_.expect(items);
 }
 
-void FreshValues::note(const Exchange &exchange)
+void ReadOnce::note(const Exchange &exchange)
 {
     if (exchange.kind != RequestKind::READ || !(exchange.accepted || exchange.leftOut))
         return;
@@ -16,7 +16,7 @@ void FreshValues::note(const Exchange &exchange)
         refused_.push_back({request.regType, request.address, request.count, false});
 }
 
-bool FreshValues::refused(const Item &item) const
+bool ReadOnce::refused(const Item &item) const
 {
     for (const Item &block : refused_) {
         if (shareWord(block, item))

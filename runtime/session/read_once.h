@@ -6,12 +6,12 @@
 
 // Waits until every word of some watched items was read anew, or its read was refused by the PLC.
 
-class FreshValues {
+class ReadOnce {
 public:
     /// Watches `items` in `runtime`, which outlives this object.
-    FreshValues(Runtime &runtime, const std::vector<Item> &items);
-    FreshValues(const FreshValues &) = delete;
-    FreshValues &operator=(const FreshValues &) = delete;
+    ReadOnce(Runtime &runtime, const std::vector<Item> &items);
+    ReadOnce(const ReadOnce &) = delete;
+    ReadOnce &operator=(const ReadOnce &) = delete;
 
     bool complete() const { return awaited_.complete(); }
 
@@ -26,7 +26,7 @@ private:
     void note(const Exchange &exchange);
 
     Runtime                &runtime_;
-    Coverage                awaited_;
+    AwaitedWords                awaited_;
     std::vector<Item>       refused_; // the refused blocks
     std::vector<CallHandle> calls_;
 };

@@ -93,6 +93,17 @@ TransferEnd RecipeTransfer::read(TimePoint giveUp)
     return end == TransferEnd::REFUSED ? poll(giveUp) : end;
 }
 
+template <typename Condition>
+bool RecipeTransfer::stepUntilEnd(TimePoint giveUp, Condition done)
+{
+    bool goesOn = true;
+    const bool ended = stepUntil(runtime_, giveUp, [&] {
+        goesOn = !goesOn_ || goesOn_();
+        return !goesOn || done();
+    });
+    return ended && goesOn;
+}
+
 // The driver gives up a transfer for one word that is refused. The poll leaves out that word alone.
 TransferEnd RecipeTransfer::poll(TimePoint giveUp)
 {
@@ -103,7 +114,7 @@ TransferEnd RecipeTransfer::poll(TimePoint giveUp)
             unread.push_back(item);
     }
     polled_.emplace(runtime_, unread);
-    if (!stepUntil(runtime_, giveUp, [this] { return polled_->complete(); }))
+    if (!stepUntilEnd(giveUp, [this] { return polled_->complete(); }))
         return TransferEnd::NO_LINK;
     return polled_->anyRefused() ? TransferEnd::REFUSED : TransferEnd::DONE;
 }
@@ -113,7 +124,7 @@ TransferEnd RecipeTransfer::run(std::size_t flag, TimePoint giveUp)
     refused_  = runtime_.leavesOut(probe_);
     running_  = false;
     switched_ = false;
-    if (!stepUntil(runtime_, giveUp, [this] { return refused_ || runtime_.canWrite(); }))
+    if (!stepUntilEnd(giveUp, [this] { return refused_ || runtime_.canWrite(); }))
         return TransferEnd::NO_LINK;
     if (refused_)
         return TransferEnd::REFUSED;
@@ -122,7 +133,7 @@ TransferEnd RecipeTransfer::run(std::size_t flag, TimePoint giveUp)
     doneWords_ = 0;
     runtime_.startRecipe(flag);
     const bool isRead = flag == RECIPE_READ_FLAG;
-    if (!stepUntil(runtime_, giveUp, [&] { return !runtime_.recipeRunning() || (isRead && refused_); }))
+    if (!stepUntilEnd(giveUp, [&] { return !runtime_.recipeRunning() || (isRead && refused_); }))
         return TransferEnd::NO_LINK;
     if (refused_)
         return TransferEnd::REFUSED;

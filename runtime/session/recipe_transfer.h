@@ -36,6 +36,12 @@ public:
     /// A call with the words done so far and all words, after every block.
     void onProgress(std::function<void(std::size_t done, std::size_t total)> call) { progress_ = std::move(call); }
 
+    /// Calls `goesOn` before each step; once it returns false the transfer ends as NO_LINK.
+    void onStep(std::function<bool()> goesOn) { goesOn_ = std::move(goesOn); }
+
+    /// True if a request of the latest transfer was handed to the driver.
+    bool hasBegun() const { return running_; }
+
     /// Writes the values of the entries, once; again from the start after a change of the PLC's operating mode.
     TransferEnd write(TimePoint giveUp);
 
@@ -50,6 +56,8 @@ public:
 
 private:
     TransferEnd run(std::size_t flag, TimePoint giveUp);
+    template <typename Condition>
+    bool stepUntilEnd(TimePoint giveUp, Condition done);
     TransferEnd poll(TimePoint giveUp);
     std::vector<Item> items() const;
     void note(const Exchange &exchange);
@@ -58,9 +66,10 @@ private:
     Runtime                       &runtime_;
     const std::vector<RecipeEntry> pieces_;      // as they lie in the buffer
     Item                           probe_;       // one word of the recipe, whose poll proves the link
-    Coverage                       unread_;      // words that the read has not brought
-    std::optional<FreshValues>     polled_;      // the poll of the latest read, if one was needed
+    AwaitedWords                       unread_;      // words that the read has not brought
+    std::optional<ReadOnce>     polled_;      // the poll of the latest read, if one was needed
     std::function<void(std::size_t, std::size_t)> progress_;
+    std::function<bool()>          goesOn_;      // empty: always
     std::size_t                    doneWords_;
     std::size_t                    totalWords_;
     RequestKind                    kind_;        // of the transfer's requests

@@ -1,6 +1,5 @@
 #include "session/runtime.h"
 
-#include "base/stop_flag.h"
 #include "base/usage_error.h"
 #include "driver/change_feed.h"
 #include "link/fins_codes.h"
@@ -31,7 +30,7 @@ static const Millis IDLE_PAUSE(10);
 static const qint32 MODE_CHANGE_RETRIES = 2;
 
 Runtime::Runtime(const DriverLibrary &library, const LinkOptions &options)
-    : library_(library), options_(options), link_(options.timeout), state_(Clock::now()), plan_(options.refusedPause),
+    : library_(library), options_(options), link_(options.timeout, options.stop), state_(Clock::now(), options.spread), plan_(options.refusedPause),
       request_(), hasSwitched_(false), needsNodes_(false), inFlight_(false), isPoll_(false), lastSid_(0),
       wasOnline_(false), writesSincePoll_(0), statistics_(options.statistics ? *options.statistics : ownStatistics_),
       answering_(false), clientNode_(0), serverNode_(0), roundTrip_(0)
@@ -72,6 +71,20 @@ void Runtime::setWordsPerFrame(qint32 wordsPerFrame)
 
 void Runtime::watch(const std::vector<Item> &items)
 {
+    watched_ = items;
+    setPlan();
+}
+
+void Runtime::keep(const std::vector<Item> &items)
+{
+    kept_ = items;
+    setPlan();
+}
+
+void Runtime::setPlan()
+{
+    std::vector<Item> items = watched_;
+    items.insert(items.end(), kept_.begin(), kept_.end());
     plan_.set(items, options_.wordsPerFrame);
     handOverPlan();
 }
@@ -172,19 +185,20 @@ void Runtime::step(TimePoint wakeAt)
         return;
     }
     link_.pauseUntil(std::min(wakeAt, state_.retryAt()));
-    if (!stopRequested() && Clock::now() >= state_.retryAt())
+    if (!isStopped() && Clock::now() >= state_.retryAt())
         connect();
 }
 
 void Runtime::connect()
 {
+    attemptCalls_.tell();
     if (link_.connect(options_.host, options_.port)) {
         ++statistics_.connections;
         state_.on(LinkEvent::CONNECTED, Clock::now());
         return;
     }
     // An attempt that the end of the command cuts short tells less than the one before.
-    const bool isCutShort = stopRequested() || link_.isOver();
+    const bool isCutShort = isStopped() || link_.isOver();
     if (!isCutShort || trouble_.failure == LinkFailure::NONE)
         trouble_ = {link_.failure(), 0, LinkPhase::WAITING, link_.problem()};
     if (isCutShort)

@@ -4,6 +4,7 @@
 #include "base/calls.h"
 #include "base/messages.h"
 #include "base/said_once.h"
+#include "base/stop_signal.h"
 #include "driver/driver_library.h"
 #include "driver/low_memory.h"
 #include "link/reply_judge.h"
@@ -49,6 +50,8 @@ struct LinkOptions {
     Millis refusedPause  = PollPlan::PAUSE; // until a block that the PLC refused is read again
     TraceMode trace      = TraceMode::NONE;
     Statistics *statistics = nullptr; // counts here; null: nobody wants to know
+    StopSignal *stop       = nullptr; // ends every wait; null: nothing does
+    std::uint32_t spread   = 0;       // of the pauses before attempts to connect, see LinkState
     bool roundTrips      = false;     // are measured
 };
 
@@ -84,6 +87,9 @@ public:
     /// Replaces the cyclic poll, nothing being left out. At least one item is needed before the first step.
     void watch(const std::vector<Item> &items);
 
+    /// Polls `items`, too, whatever watch() is given before or after.
+    void keep(const std::vector<Item> &items);
+
     /// True if a word of the item is left out of the poll, since the PLC refuses to read it.
     bool leavesOut(const Item &item) const { return plan_.leavesOut(item); }
 
@@ -100,6 +106,9 @@ public:
     [[nodiscard]] CallHandle onExchange(Calls<Exchange>::Call call) { return exchangeCalls_.add(std::move(call)); }
     [[nodiscard]] CallHandle onLost(Calls<>::Call call) { return lostCalls_.add(std::move(call)); }
 
+    /// Calls `call` before each attempt to connect.
+    [[nodiscard]] CallHandle onAttempt(Calls<>::Call call) { return attemptCalls_.add(std::move(call)); }
+
     /// Calls `call` just before a write or a change of the operating mode is sent, each time that it is sent.
     [[nodiscard]] CallHandle onOrder(Calls<FRAME_PRO, RequestKind>::Call call) { return orderCalls_.add(std::move(call)); }
 
@@ -107,11 +116,20 @@ public:
     /// functions but through values().
     void onTick(std::function<void()> tick) { link_.onTick(std::move(tick)); }
 
-    /// One attempt to connect, one request with its reply, or a pause; it ends at `wakeAt` at the latest. A request
+    /// One attempt to connect, one request with its reply, or a pause; it ends at `wakeAt` at the latest, and a pause when
+    /// the signal of the options wakes it. A request
     /// whose reply has not come by then counts as interrupted, and is not reported.
     void step(TimePoint wakeAt);
 
+    /// From any thread: a request that waits for its reply ends at once. The options' signal has been stopped before.
+    void abort() { link_.abort(); }
+
     LinkPhase phase() const { return state_.phase(); }
+
+    bool isStopped() const { return link_.isStopped(); }
+
+    /// The pause after each request from now on.
+    void setInterval(Millis interval) { options_.interval = interval; }
 
     /// True if a read was accepted since the program began.
     bool wasOnline() const { return wasOnline_; }
@@ -167,6 +185,7 @@ private:
     // What is rare lies apart from the code of a steady exchange, which then fits the processor's nearest cache better.
     [[gnu::cold]] void configure();
     [[gnu::cold]] void connect();
+    [[gnu::cold]] void setPlan();
     [[gnu::cold]] void handOverPlan();
     void beginTurn();
     [[gnu::cold]] void refuseRead(const Judgement &judgement);
@@ -193,6 +212,8 @@ private:
     TcpLink              link_;
     LinkState            state_;
     PollPlan             plan_;
+    std::vector<Item>    watched_;        // as of watch()
+    std::vector<Item>    kept_;           // as of keep()
     FRAME_PRO            request_;        // the request in flight
     QByteArray           reply_;          // the reply as the driver gets it
     QByteArray           nodes_;          // the reply with the node addresses of this connection
@@ -217,6 +238,7 @@ private:
     Micros               roundTrip_;
     Calls<Exchange>              exchangeCalls_;
     Calls<>                      lostCalls_;
+    Calls<>                      attemptCalls_;
     Calls<FRAME_PRO, RequestKind> orderCalls_;
 };
 

@@ -2,7 +2,7 @@
 
 std::string endedEarly(const Runtime &runtime)
 {
-    if (stopRequested())
+    if (runtime.isStopped())
         return "interrupted";
     return runtime.isUnreachable() ? "there is no PLC to connect to" : "no answer in time";
 }

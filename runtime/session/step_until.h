@@ -1,7 +1,6 @@
 #ifndef RUNTIME_SESSION_STEP_UNTIL_H
 #define RUNTIME_SESSION_STEP_UNTIL_H
 
-#include "base/stop_flag.h"
 #include "session/runtime.h"
 
 #include <string>
@@ -14,7 +13,7 @@ template <typename Condition>
 bool stepUntil(Runtime &runtime, TimePoint giveUp, Condition done)
 {
     while (!done()) {
-        if (stopRequested() || runtime.isUnreachable() || (giveUp != TimePoint::max() && Clock::now() >= giveUp))
+        if (runtime.isStopped() || runtime.isUnreachable() || (giveUp != TimePoint::max() && Clock::now() >= giveUp))
             return false;
         runtime.step(giveUp);
     }

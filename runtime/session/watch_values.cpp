@@ -4,18 +4,6 @@
 #include <set>
 #include <tuple>
 
-const char *qualityText(Quality quality)
-{
-    switch (quality) {
-    case Quality::GOOD:          return "good";
-    case Quality::WRITE_PENDING: return "write pending";
-    case Quality::LAST_KNOWN:    return "last known";
-    case Quality::NOT_CONNECTED: return "not connected";
-    case Quality::REFUSED:       return "refused";
-    }
-    return "";
-}
-
 std::vector<WatchedValue> singleValues(const std::vector<Tag> &tags)
 {
     std::vector<WatchedValue> values;
@@ -40,16 +28,55 @@ static Quality unconfirmed(const WatchedValue &value)
     return value.text.empty() ? Quality::NOT_CONNECTED : Quality::LAST_KNOWN;
 }
 
+WatchValues::WatchValues(Runtime &runtime, std::function<std::vector<Item>()> pending)
+    : runtime_(runtime), pendingItems_(std::move(pending)), anyPending_(!pendingItems_().empty()), changes_(0),
+      silent_(true)
+{
+    installChangeFeed(runtime.library(), true);
+    calls_.push_back(runtime.onExchange([this](const Exchange &exchange) { noteExchange(exchange); }));
+    calls_.push_back(runtime.onLost([this] { noteLost(); }));
+}
+
+static std::vector<Item> joined(std::vector<Item> items, const std::vector<Item> &others)
+{
+    items.insert(items.end(), others.begin(), others.end());
+    return items;
+}
+
 WatchValues::WatchValues(Runtime &runtime, const std::vector<Tag> &tags, const std::vector<Item> &others,
                          std::function<std::vector<Item>()> pending)
-    : runtime_(runtime), values_(singleValues(tags)), pending_(values_.size(), false),
-      pendingItems_(std::move(pending)), anyPending_(!pendingItems_().empty()), changes_(0), silent_(true)
+    : WatchValues(runtime, std::move(pending))
 {
-    std::vector<Item> items = itemsOf(tags);
-    stale_.expect(items);
-    items.insert(items.end(), others.begin(), others.end());
-    installChangeFeed(runtime.library(), true);
-    runtime.watch(items);
+    set(tags);
+    runtime.watch(joined(itemsOf(tags), others));
+}
+
+void WatchValues::watch(const std::vector<Tag> &tags, const std::vector<Item> &others)
+{
+    set(tags);
+    runtime_.keep(joined(itemsOf(tags), others));
+}
+
+void WatchValues::set(const std::vector<Tag> &tags)
+{
+    std::map<std::string, WatchedValue *> known;
+    for (WatchedValue &value : values_)
+        known[value.name] = &value;
+    std::vector<WatchedValue> values = singleValues(tags);
+    AwaitedWords stale;
+    for (WatchedValue &value : values) {
+        const auto found = known.find(value.name);
+        const bool isKnown = found != known.end();
+        if (isKnown)
+            value = *found->second;
+        if (!isKnown || stale_.awaits(value.item) || value.quality == Quality::WRITE_PENDING)
+            stale.expect({value.item});
+    }
+    values_ = std::move(values);
+    stale_  = std::move(stale);
+    pending_.assign(values_.size(), false);
+    inOrder_.clear();
+    byAddress_.clear();
     for (std::size_t i = 0; i < values_.size(); ++i) {
         const Item &item = values_[i].item;
         inOrder_.push_back(i);
@@ -61,8 +88,6 @@ WatchValues::WatchValues(Runtime &runtime, const std::vector<Tag> &tags, const s
                < std::tie(values_[b].item.regType, values_[b].item.address);
     });
     markPending();
-    calls_.push_back(runtime.onExchange([this](const Exchange &exchange) { noteExchange(exchange); }));
-    calls_.push_back(runtime.onLost([this] { noteLost(); }));
 }
 
 void WatchValues::noteExchange(const Exchange &exchange)
@@ -147,7 +172,10 @@ void WatchValues::noteChanges()
 
 void WatchValues::refresh(WatchedValue &value, Quality quality)
 {
-    const std::string text = decodeValues(value.format, runtime_.values(value.item));
+    std::vector<quint8> bytes = runtime_.values(value.item);
+    const bool isSame = bytes == value.bytes;
+    value.bytes = std::move(bytes);
+    const std::string text = isSame ? value.text : decodeValues(value.format, value.bytes);
     if (text == value.text) {
         setQuality(value, quality);
         return;
@@ -196,4 +224,13 @@ bool WatchValues::refused() const
     return std::any_of(values_.begin(), values_.end(), [](const WatchedValue &value) {
         return value.quality == Quality::REFUSED && value.text.empty();
     });
+}
+
+bool WatchValues::covers(const std::vector<Item> &items) const
+{
+    AwaitedWords words;
+    words.expect(items);
+    for (const WatchedValue &value : values_)
+        words.settle(value.item.wordType(), value.item.firstWord(), value.item.endWord() - value.item.firstWord());
+    return words.complete();
 }

@@ -2,6 +2,7 @@
 #define RUNTIME_SESSION_WATCH_VALUES_H
 
 #include "driver/change_feed.h"
+#include "fins_runtime/values.h"
 #include "session/runtime.h"
 #include "values/awaited_words.h"
 #include "values/tags.h"
@@ -13,16 +14,7 @@
 // keeps its text for ever; only its quality tells that the PLC no longer confirms it. A value's text and its quality
 // change together: whoever is told of one sees the other as it is then.
 
-enum class Quality {
-    GOOD,          // read on this link
-    WRITE_PENDING, // written by this program, the PLC has not yet confirmed it
-    LAST_KNOWN,    // as it was before the link was lost or a reply was missing
-    NOT_CONNECTED, // never received, and there is no link
-    REFUSED        // the PLC refuses to read it
-};
-
-/// "good", "write pending", "last known", "not connected", "refused".
-const char *qualityText(Quality quality);
+using fins::Quality;
 
 struct WatchedValue {
     std::string name;
@@ -32,6 +24,7 @@ struct WatchedValue {
     Quality     quality;
     TimePoint   changedAt; // of the latest change; meaningless while changes is 0
     unsigned long changes; // the first value is none
+    std::vector<quint8> bytes = {}; // as received; empty until then
 };
 
 struct WatchEvent {
@@ -53,11 +46,23 @@ public:
     /// the values that share a word with one are pending, and good again when they were read after that.
     WatchValues(Runtime &runtime, const std::vector<Tag> &tags, const std::vector<Item> &others,
                 std::function<std::vector<Item>()> pending);
+    /// The same without tags: watch() has to follow before the first step.
+    WatchValues(Runtime &runtime, std::function<std::vector<Item>()> pending);
     WatchValues(const WatchValues &) = delete;
     WatchValues &operator=(const WatchValues &) = delete;
 
+    /// Watches these tags from now on and has `others` polled, too, by Runtime::keep(): Runtime::watch() is free for
+    /// more. What was known of a value that was watched before stays known.
+    void watch(const std::vector<Tag> &tags, const std::vector<Item> &others);
+
     /// Calls `call` for everything that happens to a value, during step().
     void onEvent(std::function<void(const WatchEvent &)> call) { call_ = std::move(call); }
+
+    /// Asks anew which items have a write that is not settled; to be called when the answer has changed.
+    void notePending() { markPending(); }
+
+    /// True if every word of the items belongs to a watched value.
+    bool covers(const std::vector<Item> &items) const;
 
     const std::vector<WatchedValue> &values() const { return values_; }
     unsigned long changes() const { return changes_; }
@@ -68,6 +73,8 @@ public:
 private:
     using Key = std::pair<QString, qint32>;
 
+    void set(const std::vector<Tag> &tags);
+    void listen();
     void noteExchange(const Exchange &exchange);
     void noteSilence();
     void noteLost();
@@ -82,7 +89,7 @@ private:
     std::vector<WatchedValue>               values_;
     std::vector<std::size_t>                inOrder_;   // by type and address
     std::map<Key, std::vector<std::size_t>> byAddress_; // the values that hold a word or a bit
-    Coverage                                stale_;     // words not yet read on this link
+    AwaitedWords                                stale_;     // words not yet read on this link
     std::vector<Change>                     changed_;
     std::vector<bool>                       pending_;
     std::function<std::vector<Item>()>      pendingItems_;

@@ -58,3 +58,8 @@ void WriteQueue::fail()
     stopped_ = true;
     pieces_.clear();
 }
+
+void WriteQueue::drop()
+{
+    pieces_.erase(pieces_.begin() + (inFlight_ ? 1 : 0), pieces_.end());
+}

@@ -23,6 +23,9 @@ public:
     /// Hands over the next write if the time is right; to be called before every step.
     void pump();
 
+    /// Forgets what has not been handed over.
+    void drop();
+
     /// True if no write is in flight, and none will be handed over any more.
     bool settled() const { return pieces_.empty() && !inFlight_; }
 

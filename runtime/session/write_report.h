@@ -1,6 +1,7 @@
 #ifndef RUNTIME_SESSION_WRITE_REPORT_H
 #define RUNTIME_SESSION_WRITE_REPORT_H
 
+#include "fins_runtime/values.h"
 #include "session/runtime.h"
 #include "values/awaited_words.h"
 #include "values/tags.h"
@@ -17,14 +18,7 @@
 // until its reply came, and it is done only when the PLC's words were read afterwards and agree. A change of the
 // operating mode that went out with a write is reported in the same way.
 
-enum class WriteFate {
-    OPEN,        // not yet known
-    DONE,        // the PLC holds the value: it was read back
-    REFUSED,     // by the PLC: nothing was changed
-    DIFFERS,     // the PLC has acknowledged the write, and holds another value
-    UNCONFIRMED, // sent, but nothing tells whether the PLC holds or will hold it
-    NOT_SENT
-};
+using fins::Fate;
 
 enum class WriteVerdict {
     DONE,         // the PLC holds every value
@@ -39,12 +33,15 @@ public:
         Item                item;
         ValueFormat         format;
         std::vector<quint8> data; // wanted
-        WriteFate           fate = WriteFate::OPEN;
+        std::optional<Fate> fate = std::nullopt; // none: not yet known
+        std::uint16_t       endCode = 0;         // of a refusal
+        std::string         text = "";           // the line that tells the fate; "" until it is known
         std::optional<std::vector<quint8>> held = std::nullopt; // as read back
     };
 
-    /// `runtime` outlives this object.
-    explicit WriteReport(Runtime &runtime);
+    /// `runtime` outlives this object. Without `readsBack` an acknowledged write is ACCEPTED, and one without a reply
+    /// when the link is lost is unconfirmed.
+    explicit WriteReport(Runtime &runtime, bool readsBack = true);
 
     /// Reports what finish() has not.
     ~WriteReport() { finish(); }
@@ -89,9 +86,8 @@ private:
 
     struct Progress {
         std::vector<Cell> cells;   // a word or bit each
-        Coverage          unread;  // words not read since the write was sent
+        AwaitedWords          unread;  // words not read since the write was sent
         std::string       refusal; // of the PLC, in words
-        std::uint16_t     endCode; // of the refusal
         bool              isUnreadable;
         bool              isSaidUnanswered;
     };
@@ -101,6 +97,7 @@ private:
     void noteOrder(const FRAME_PRO &request, RequestKind kind);
     void noteExchange(const Exchange &exchange);
     void noteWrite(const Exchange &exchange);
+    void acceptAll();
     void noteRead(const FRAME_PRO &request);
     void noteModeChange(const Judgement &judgement);
     void noteLost();
@@ -110,13 +107,14 @@ private:
     bool awaitsReading(std::size_t index) const;
     std::size_t cellsThatAre(std::size_t index, Cell cell) const;
     void compare(std::size_t index);
-    void settle(std::size_t index, WriteFate fate, const std::string &text);
+    void settle(std::size_t index, Fate fate, const std::string &text);
     void sayHint(std::uint16_t endCode);
     void settleUnread(std::size_t index, const std::string &why);
     void end(std::size_t index, const std::string &reason);
     void say(const std::string &line) { runtime_.messages().sayAlways(line); }
 
     Runtime              &runtime_;
+    const bool            readsBack_;
     std::vector<Order>    orders_;
     std::vector<Progress> progress_; // of the orders
     std::function<void(const Order &)> resultCall_;

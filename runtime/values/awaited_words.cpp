@@ -1,6 +1,6 @@
 #include "values/awaited_words.h"
 
-void Coverage::expect(const std::vector<Item> &items)
+void AwaitedWords::expect(const std::vector<Item> &items)
 {
     for (const Item &item : items) {
         for (qint32 word = item.firstWord(); word < item.endWord(); ++word)
@@ -8,7 +8,7 @@ void Coverage::expect(const std::vector<Item> &items)
     }
 }
 
-std::size_t Coverage::settle(const QString &wordType, qint32 address, qint32 count)
+std::size_t AwaitedWords::settle(const QString &wordType, qint32 address, qint32 count)
 {
     const auto first = words_.lower_bound({wordType, address});
     auto last = first;
@@ -21,7 +21,7 @@ std::size_t Coverage::settle(const QString &wordType, qint32 address, qint32 cou
     return settled;
 }
 
-bool Coverage::awaits(const Item &item) const
+bool AwaitedWords::awaits(const Item &item) const
 {
     const auto word = words_.lower_bound({item.wordType(), item.firstWord()});
     return word != words_.end() && word->first == item.wordType() && word->second < item.endWord();

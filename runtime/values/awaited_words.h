@@ -9,7 +9,7 @@
 // Which words of some items are still to be seen: the driver answers value reads at once, with 0 for a word that it
 // never received, so the panel itself notes what has arrived.
 
-class Coverage {
+class AwaitedWords {
 public:
     /// Adds the words of the items.
     void expect(const std::vector<Item> &items);

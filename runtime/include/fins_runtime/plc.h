@@ -18,6 +18,8 @@
 
 namespace fins {
 
+class Target; // of the library alone
+
 /// Ends what it stands for when it is destroyed; then none of its callbacks runs any more, once one that is running on
 /// another thread has returned. It never waits for the network, and may outlive its Plc.
 class FINS_RUNTIME_API Handle {
@@ -29,7 +31,6 @@ public:
 
 protected:
     friend class Plc;
-    struct Target;
     explicit Handle(std::shared_ptr<Target> target);
     std::shared_ptr<Target> target_;
 };
@@ -131,6 +132,7 @@ public:
 private:
     class Impl;
     explicit Plc(std::shared_ptr<Impl> impl);
+    std::shared_ptr<Target> order(const std::shared_ptr<Target> &target);
     std::shared_ptr<Impl> impl_;
 };
 

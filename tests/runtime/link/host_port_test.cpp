@@ -14,15 +14,6 @@ std::string split(const std::string &text)
 
 } // namespace
 
-TEST(Host, ASilentNameServerHoldsUpForTheTimeout)
-{
-    EXPECT_EQ(resolverOptions(Millis(10)), "timeout:1 attempts:1");
-    EXPECT_EQ(resolverOptions(Millis(1000)), "timeout:1 attempts:1");
-    EXPECT_EQ(resolverOptions(Millis(1001)), "timeout:2 attempts:1");
-    EXPECT_EQ(resolverOptions(Millis(29999)), "timeout:30 attempts:1");
-    EXPECT_EQ(resolverOptions(Millis(60000)), "timeout:30 attempts:1");
-}
-
 TEST(Host, ThePortIs9600WhereNoneIsGiven)
 {
     EXPECT_EQ(split("192.168.1.99"), "192.168.1.99 9600");

@@ -9,14 +9,14 @@ const QString HR = QString::fromLatin1("HR");
 
 } // namespace
 
-TEST(Coverage, IsCompleteWithoutItems)
+TEST(AwaitedWords, IsCompleteWithoutItems)
 {
-    EXPECT_TRUE(Coverage().complete());
+    EXPECT_TRUE(AwaitedWords().complete());
 }
 
-TEST(Coverage, AwaitsEveryWord)
+TEST(AwaitedWords, AwaitsEveryWord)
 {
-    Coverage coverage;
+    AwaitedWords coverage;
     coverage.expect({{DM, 100, 3, false}, {HR, 100, 1, false}});
     EXPECT_EQ(coverage.settle(DM, 100, 2), 2u);
     EXPECT_FALSE(coverage.complete());
@@ -26,9 +26,9 @@ TEST(Coverage, AwaitsEveryWord)
     EXPECT_TRUE(coverage.complete());
 }
 
-TEST(Coverage, CountsOnlyExpectedWords)
+TEST(AwaitedWords, CountsOnlyExpectedWords)
 {
-    Coverage coverage;
+    AwaitedWords coverage;
     coverage.expect({{DM, 100, 2, false}, {DM, 101, 1, false}});
     EXPECT_EQ(coverage.settle(DM, 90, 10), 0u);
     EXPECT_EQ(coverage.settle(DM, 102, 5), 0u);
@@ -37,9 +37,9 @@ TEST(Coverage, CountsOnlyExpectedWords)
     EXPECT_EQ(coverage.settle(DM, 90, 30), 0u);
 }
 
-TEST(Coverage, ABitAwaitsItsWord)
+TEST(AwaitedWords, ABitAwaitsItsWord)
 {
-    Coverage coverage;
+    AwaitedWords coverage;
     const Item bits = {QString::fromLatin1("DM_bit"), 175, 2, true}; // 10.15 and 11.0
     coverage.expect({bits});
     EXPECT_TRUE(coverage.awaits(bits));

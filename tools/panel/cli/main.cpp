@@ -1,4 +1,3 @@
-#include "base/stop_flag.h"
 #include "base/usage_error.h"
 #include "cli/command_definitions.h"
 #include "cli/help_format.h"
@@ -6,6 +5,7 @@
 #include "commands/exit_codes.h"
 #include "link/host_port.h"
 #include "project/settings.h"
+#include "terminal/stop_flag.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -142,8 +142,8 @@ int run(CLI::App &app, Arguments &arguments)
     arguments.link.roundTrips = arguments.stats;
     arguments.link.trace      = traceMode(arguments.trace);
     arguments.link.timeout    = Millis(arguments.timeoutMs);
-    setenv("RES_OPTIONS", resolverOptions(arguments.link.timeout).c_str(), 0); // the user's own count
     installStopSignals();
+    arguments.link.stop = &programStop();
     const int code = arguments.action(*arguments.library);
     if (arguments.stats)
         std::cerr << statistics.text(std::chrono::duration_cast<Millis>(Clock::now() - start)) << std::flush;

@@ -1,9 +1,9 @@
 #include "commands/commands.h"
 
-#include "base/stop_flag.h"
 #include "commands/exit_codes.h"
 #include "link/fins_codes.h"
 #include "session/diagnosis.h"
+#include "terminal/stop_flag.h"
 #include "values/awaited_words.h"
 #include "values/tags.h"
 
@@ -134,7 +134,7 @@ bool LinkCheck::shakeHands()
 // Steps until every area has been answered; the order is the driver's.
 bool LinkCheck::readAreas()
 {
-    Coverage awaited;
+    AwaitedWords awaited;
     awaited.expect(areas_);
     while (!awaited.complete()) {
         if (!step())

@@ -1,6 +1,5 @@
 #include "commands/no_answer.h"
 
-#include "base/stop_flag.h"
 #include "commands/exit_codes.h"
 #include "link/host_port.h"
 #include "session/diagnosis.h"
@@ -33,6 +32,6 @@ static std::string noAnswerText(const Runtime &runtime, Millis giveUp)
 int noAnswer(Runtime &runtime, Millis giveUp)
 {
     runtime.messages().finish();
-    std::cerr << "fins_panel: " << (stopRequested() ? "interrupted" : noAnswerText(runtime, giveUp)) << std::endl;
+    std::cerr << "fins_panel: " << (runtime.isStopped() ? "interrupted" : noAnswerText(runtime, giveUp)) << std::endl;
     return EXIT_NO_LINK;
 }

@@ -11,7 +11,7 @@ int runRead(const TagBook &book, const LinkOptions &link, Millis giveUp, const s
 {
     const std::vector<Tag> tags = book.resolveAll(texts, Access::READ);
     Runtime runtime(book.library(), link);
-    FreshValues fresh(runtime, itemsOf(tags));
+    ReadOnce fresh(runtime, itemsOf(tags));
     if (!stepUntil(runtime, Clock::now() + giveUp, [&] { return fresh.complete(); }))
         return noAnswer(runtime, giveUp);
     for (const Tag &tag : tags) {

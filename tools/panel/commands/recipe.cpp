@@ -141,7 +141,7 @@ void showDifferences(const WriteReport &report)
 {
     std::vector<std::vector<std::string>> rows = {DIFFERENCE_HEAD};
     for (const WriteReport::Order &order : report.orders()) {
-        if (order.fate != WriteFate::DIFFERS)
+        if (order.fate != Fate::DIFFERS)
             continue;
         for (const std::vector<std::string> &row : differences({order.item, order.data, order.name, order.format},
                                                                *order.held))

@@ -5,6 +5,7 @@
 #include "session/watch_values.h"
 #include "session/write_queue.h"
 #include "session/write_report.h"
+#include "terminal/stop_flag.h"
 #include "terminal/terminal.h"
 #include "watch/watch_lines.h"
 #include "watch/watch_view.h"

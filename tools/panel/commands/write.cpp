@@ -26,7 +26,7 @@ int showFrames(const TagBook &book, const LinkOptions &link, const std::vector<T
 }
 
 // The values that the PLC holds are read and shown first. Returns why nothing is to be written, or "".
-std::string askFirst(Runtime &runtime, FreshValues &fresh, const WriteReport &report, TimePoint end)
+std::string askFirst(Runtime &runtime, ReadOnce &fresh, const WriteReport &report, TimePoint end)
 {
     if (!stepUntil(runtime, end, [&] { return fresh.complete(); }))
         return endedEarly(runtime);
@@ -38,7 +38,7 @@ std::string askFirst(Runtime &runtime, FreshValues &fresh, const WriteReport &re
     return isConfirmed(report.orders(), held) ? "" : "not confirmed";
 }
 
-std::string whyNotSent(const Runtime &runtime, const WriteQueue &queue, const FreshValues &fresh)
+std::string whyNotSent(const Runtime &runtime, const WriteQueue &queue, const ReadOnce &fresh)
 {
     if (queue.stopped())
         return "a write before it was not done; with --keep-going it would be sent all the same";
@@ -68,7 +68,7 @@ int runWrite(const TagBook &book, const LinkOptions &link, Millis giveUp, const 
     report.onResult([](const WriteReport::Order &order) {
         std::cout << order.name << " = " << shownValue(order.format, *order.held) << std::endl;
     });
-    FreshValues fresh(runtime, items);
+    ReadOnce fresh(runtime, items);
     TimePoint end = Clock::now() + giveUp;
     if (options.confirm) {
         const std::string reason = askFirst(runtime, fresh, report, end);

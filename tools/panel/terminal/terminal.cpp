@@ -1,6 +1,6 @@
 #include "terminal/terminal.h"
 
-#include "base/stop_flag.h"
+#include "terminal/stop_flag.h"
 #include "terminal/text_width.h"
 
 #include <poll.h>

@@ -1,6 +1,6 @@
 #include "terminal/terminal_output.h"
 
-#include "base/stop_flag.h"
+#include "terminal/stop_flag.h"
 
 #include <fcntl.h>
 #include <poll.h>

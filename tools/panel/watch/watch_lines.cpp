@@ -73,7 +73,7 @@ static std::string jsonLine(const WatchEvent &event, SystemTime time)
     line["old"]     = jsonValue(event.old, value.format);
     line["value"]   = jsonValue(value.text, value.format);
     line["unit"]    = value.format.unit;
-    line["quality"] = qualityText(value.quality);
+    line["quality"] = fins::text(value.quality);
     return line.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
@@ -90,7 +90,7 @@ static std::string csvLine(const WatchEvent &event, SystemTime time)
     };
     return timeText(time) + "," + csvText(value.name) + "," + itemText(value.item) + "," + eventName(event.kind) + ","
            + cell(event.old) + "," + cell(value.text) + "," + csvText(value.format.unit) + ","
-           + qualityText(value.quality);
+           + fins::text(value.quality);
 }
 
 std::string eventLine(LineFormat format, const WatchEvent &event, SystemTime time)

@@ -178,7 +178,7 @@ std::string rowLine(const TableRow &row, const Columns &plan, std::size_t column
     const std::string name = fit(row.name, plan.name) + " ";
     const std::string unit = plan.unit > 0 ? fit(row.unit, plan.unit) + " " : "";
     const std::string tail = unit + (plan.age > 0 ? fit(row.age, plan.age, true) + "  " : "");
-    const std::string quality = fit(qualityText(row.quality), plan.quality);
+    const std::string quality = fit(fins::text(row.quality), plan.quality);
     const std::string course = plan.course > 0 ? "  " + courseText(row.course, plan.course, style.utf8) : "";
     if (!style.colour || usedColumns(plan) > columns)
         return trimmed(textStart(name + value + " " + tail + quality + course, columns));

@@ -1,6 +1,6 @@
 #include "watch/watch_view.h"
 
-#include "base/stop_flag.h"
+#include "terminal/stop_flag.h"
 
 #include <algorithm>
 #include <cmath>

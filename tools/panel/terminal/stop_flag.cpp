@@ -1,21 +1,26 @@
-#include "base/stop_flag.h"
+#include "terminal/stop_flag.h"
 
 #include <unistd.h>
 
 #include <csignal>
 #include <initializer_list>
 
-static volatile std::sig_atomic_t stopFlag = 0;
+static StopSignal &theSignal()
+{
+    static StopSignal signal;
+    return signal;
+}
 
 // A signal that comes just before a blocking call does not interrupt that call, so the alarm interrupts it again.
 static void onStopSignal(int)
 {
-    stopFlag = 1;
+    theSignal().stop();
     alarm(1);
 }
 
 void installStopSignals()
 {
+    theSignal(); // is made before the first signal
     struct sigaction action = {};
     action.sa_handler = onStopSignal;
     sigemptyset(&action.sa_mask);
@@ -36,10 +41,15 @@ bool isIgnored(int signal)
 
 void requestStop()
 {
-    stopFlag = 1;
+    theSignal().stop();
+}
+
+StopSignal &programStop()
+{
+    return theSignal();
 }
 
 bool stopRequested()
 {
-    return stopFlag != 0;
+    return theSignal().isStopped();
 }

@@ -1,0 +1,34 @@
+#ifndef RUNTIME_BASE_STOP_SIGNAL_H
+#define RUNTIME_BASE_STOP_SIGNAL_H
+
+#include <atomic>
+
+// Asks a thread that waits for a PLC to end its wait, or to look up from a pause.
+
+class StopSignal {
+public:
+    /// Throws std::runtime_error when the system has no descriptor left.
+    StopSignal();
+    ~StopSignal();
+    StopSignal(const StopSignal &) = delete;
+    StopSignal &operator=(const StopSignal &) = delete;
+
+    /// Asks for the end, for good. From any thread, and from a signal handler.
+    void stop();
+    bool isStopped() const { return stopped_.load(std::memory_order_acquire); }
+
+    /// Ends the present pause, or the next one. From any thread.
+    void wake();
+
+    /// Readable from stop() or wake() on.
+    int fd() const { return fd_; }
+
+    /// Takes wake() back; after stop() it does nothing.
+    void clear();
+
+private:
+    std::atomic<bool> stopped_{false};
+    int               fd_;
+};
+
+#endif

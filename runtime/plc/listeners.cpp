@@ -1,0 +1,105 @@
+#include "plc/listeners.h"
+
+namespace fins {
+
+std::vector<Sample> firstSamples(const std::vector<Tag> &tags)
+{
+    std::vector<Sample> samples;
+    for (const WatchedValue &value : singleValues(tags)) {
+        Sample sample;
+        sample.index = samples.size();
+        sample.name  = value.name;
+        sample.unit  = value.format.unit;
+        samples.push_back(std::move(sample));
+    }
+    return samples;
+}
+
+// ---- Subscription ------------------------------------------------------------------------------------------------
+
+Subscription::Subscription(std::vector<Tag> tags, Plc::SamplesCall call)
+    : tags_(std::move(tags)), call_(std::move(call)), latest_(firstSamples(tags_)), waits_(latest_.size(), false)
+{
+}
+
+bool Subscription::changed(std::size_t index)
+{
+    if (waits_[index]) {
+        ++latest_[index].dropped;
+        return false;
+    }
+    waits_[index] = true;
+    order_.push_back(index);
+    return true;
+}
+
+void Subscription::take()
+{
+    taken_.resize(order_.size());
+    for (std::size_t i = 0; i < order_.size(); ++i) {
+        Sample &sample = latest_[order_[i]];
+        taken_[i] = sample;
+        sample.dropped = 0;
+        waits_[order_[i]] = false;
+    }
+    order_.clear();
+}
+
+// ---- Undertaking -------------------------------------------------------------------------------------------------
+
+bool Undertaking::cancelUnsent()
+{
+    isToCancel = true;
+    Stage expected = Stage::QUEUED;
+    return stage.compare_exchange_strong(expected, Stage::CANCELLED);
+}
+
+bool Undertaking::begin()
+{
+    Stage expected = Stage::QUEUED;
+    return stage.compare_exchange_strong(expected, Stage::BEGUN) || expected == Stage::BEGUN;
+}
+
+bool Undertaking::progress(std::size_t doneWords, std::size_t allWords)
+{
+    progress_ = {doneWords, allWords};
+    hasProgress_ = progressCall != nullptr;
+    return hasProgress_;
+}
+
+bool Undertaking::end(Outcomes result)
+{
+    outcomes_ = std::move(result);
+    hasEnd_   = true;
+    stage     = Stage::OVER;
+    return true;
+}
+
+bool Undertaking::end(RecipeValues result)
+{
+    values_ = std::move(result);
+    hasEnd_ = true;
+    stage   = Stage::OVER;
+    return true;
+}
+
+void Undertaking::take()
+{
+    takenProgress_ = progress_;
+    tellsProgress_ = std::exchange(hasProgress_, false);
+    tellsEnd_      = std::exchange(hasEnd_, false);
+}
+
+void Undertaking::deliver()
+{
+    if (tellsProgress_)
+        progressCall(takenProgress_.first, takenProgress_.second);
+    if (!tellsEnd_ || hasEnded())
+        return;
+    if (kind == Kind::READ_RECIPE && recipeCall)
+        recipeCall(values_);
+    else if (kind != Kind::READ_RECIPE && outcomesCall)
+        outcomesCall(outcomes_);
+}
+
+} // namespace fins
