@@ -57,8 +57,6 @@ struct Assignment {
     std::vector<Value> values;
 
     Assignment(std::string name, Value value) : item(std::move(name)), values{std::move(value)} {}
-    Assignment(std::string name, const char *text) : item(std::move(name)), values{Value(std::string(text))} {}
-    Assignment(std::string name, int value) : item(std::move(name)), values{Value(std::int64_t(value))} {}
     Assignment(std::string name, std::vector<Value> several) : item(std::move(name)), values(std::move(several)) {}
 };
 
