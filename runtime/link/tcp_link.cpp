@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <system_error>
 
 // Bytes kept of what is no reply.
 static const std::size_t STRAY_LIMIT = 16;
@@ -61,17 +62,18 @@ bool TcpLink::notConnected(LinkFailure failure, const std::string &reason)
     return false;
 }
 
-LinkFailure connectFailure(const std::error_code &error)
+LinkFailure connectFailure(int error)
 {
-    if (error == std::errc::connection_refused)
-        return LinkFailure::REFUSED;
-    if (error == std::errc::host_unreachable || error == std::errc::network_unreachable)
-        return LinkFailure::UNREACHABLE;
-    return error == std::errc::timed_out ? LinkFailure::CONNECT_TIMEOUT : LinkFailure::OTHER;
+    switch (error) {
+    case ECONNREFUSED: return LinkFailure::REFUSED;
+    case EHOSTUNREACH:
+    case ENETUNREACH:  return LinkFailure::UNREACHABLE;
+    case ETIMEDOUT:    return LinkFailure::CONNECT_TIMEOUT;
+    default:           return LinkFailure::OTHER;
+    }
 }
 
-// Waits for `events` of the descriptor, which may be -1, in slices: a signal that comes just before poll() does not
-// interrupt it.
+// Waits for `events` of the descriptor, which may be -1.
 TcpLink::Wait TcpLink::awaitEvent(int descriptor, short events, TimePoint deadline)
 {
     for (;;) {
@@ -79,7 +81,7 @@ TcpLink::Wait TcpLink::awaitEvent(int descriptor, short events, TimePoint deadli
         if (isStopped() || left.count() <= 0)
             return Wait::OVER;
         pollfd polled[] = {{descriptor, events, 0}, {stop_ ? stop_->fd() : -1, POLLIN, 0}};
-        const bool any = ::poll(polled, 2, static_cast<int>(std::min(left, TICK).count())) > 0;
+        const bool any = ::poll(polled, 2, static_cast<int>(slice(left).count())) > 0;
         if (any && polled[0].revents != 0)
             return Wait::READY;
         if (any)
@@ -104,9 +106,8 @@ bool TcpLink::awaitDone(int descriptor, short events, TimePoint deadline)
 bool TcpLink::connectTo(const addrinfo &address, TimePoint deadline)
 {
     const int made = socket(address.ai_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-    int error = made < 0 || ::connect(made, address.ai_addr, address.ai_addrlen) == 0 ? 0 : errno;
-    if (made < 0)
-        error = errno;
+    const bool isConnected = made >= 0 && ::connect(made, address.ai_addr, address.ai_addrlen) == 0;
+    int error = isConnected ? 0 : errno;
     if (error == EINPROGRESS) {
         socklen_t size = sizeof error;
         if (awaitDone(made, POLLOUT, deadline))
@@ -120,8 +121,7 @@ bool TcpLink::connectTo(const addrinfo &address, TimePoint deadline)
         ::close(made);
     if (error == EINPROGRESS)
         return notConnected(LinkFailure::CONNECT_TIMEOUT, "no connection in time");
-    const std::error_code code(error, std::generic_category());
-    return notConnected(connectFailure(code), code.message());
+    return notConnected(connectFailure(error), std::generic_category().message(error));
 }
 
 // The addresses of the host, or null with problem() set.
@@ -250,13 +250,13 @@ ExchangeStatus TcpLink::sendAll(const std::uint8_t *request, std::size_t size)
         if (sent >= 0) {
             request += sent;
             size -= static_cast<std::size_t>(sent);
+        } else if (isStopped()) {
+            return ExchangeStatus::INTERRUPTED;
         } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
             // Part of the request may be on its way, so the connection cannot be used again.
             return lost("the request could not be sent in time");
         } else if (errno != EINTR) {
             return lost(std::generic_category().message(errno));
-        } else if (isStopped()) {
-            return ExchangeStatus::INTERRUPTED;
         }
     }
     return ExchangeStatus::REPLY;

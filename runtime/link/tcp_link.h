@@ -14,7 +14,6 @@
 #include <memory>
 #include <mutex>
 #include <string>
-#include <system_error>
 
 // One TCP connection to a PLC: connect, send and receive under deadlines. A steady exchange costs one send and one
 // receive; the socket's own receive timeout is the deadline.
@@ -43,8 +42,8 @@ enum class LinkFailure {
     OTHER
 };
 
-/// What an error of an attempt to connect means.
-LinkFailure connectFailure(const std::error_code &error);
+/// What the system's error number after an attempt to connect means.
+LinkFailure connectFailure(int error);
 
 class TcpLink {
 public:

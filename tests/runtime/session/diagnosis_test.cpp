@@ -2,9 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <asio/error_code.hpp>
-
 #include <cerrno>
+#include <system_error>
 
 namespace {
 
@@ -38,8 +37,7 @@ TEST(Diagnosis, WhileConnecting)
 // From the number of the system's error to what the user reads.
 Diagnosis afterError(int number)
 {
-    const std::error_code error(number, asio::system_category());
-    return of(connectFailure(error), LinkPhase::WAITING, error.message());
+    return of(connectFailure(number), LinkPhase::WAITING, std::generic_category().message(number));
 }
 
 TEST(Diagnosis, NoWayToTheHost)
