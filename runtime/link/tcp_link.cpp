@@ -130,8 +130,13 @@ NameLookup::Addresses TcpLink::resolve(const std::string &host, const std::strin
     NameLookup::Addresses found = NameLookup::ofNumbers(host, port);
     if (found)
         return found;
-    if (!lookup_ || !lookup_->isOf(host, port))
-        lookup_ = NameLookup::begin(host, port);
+    try {
+        if (!lookup_ || !lookup_->isOf(host, port))
+            lookup_ = NameLookup::begin(host, port);
+    } catch (const std::exception &error) { // the system lacks a thread or a descriptor
+        notConnected(LinkFailure::OTHER, error.what());
+        return nullptr;
+    }
     if (!awaitDone(lookup_->fd(), POLLIN, deadline)) {
         notConnected(LinkFailure::RESOLVE_TIMEOUT, "the host name was not resolved in time");
         return nullptr;

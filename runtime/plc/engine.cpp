@@ -335,6 +335,8 @@ void Engine::plan()
             }
         }
     });
+    if (active_)
+        pollWritten();
     isIdle_ = tags.empty();
     setInterval();
 }
@@ -484,9 +486,17 @@ void Engine::beginWrite(const std::shared_ptr<Undertaking> &write)
     writes_ = std::make_unique<WriteQueue>(*runtime_, write->options.keepGoing);
     for (const RecipeEntry &entry : write->entries)
         writes_->add(entry.item, entry.values);
-    isReadBack_ = write->options.verify && !values_->covers(itemsOf(write->entries));
-    if (isReadBack_)
-        runtime_->watch(itemsOf(write->entries));
+    pollWritten();
+}
+
+// What is to be read back is polled for the write alone, unless it is watched.
+void Engine::pollWritten()
+{
+    const std::vector<Item> items = itemsOf(active_->entries);
+    if (isReadBack_ || !active_->options.verify || values_->covers(items))
+        return;
+    isReadBack_ = true;
+    runtime_->watch(items);
 }
 
 void Engine::advanceWrite()

@@ -81,6 +81,7 @@ private:
     void beginReport(const Undertaking &undertaking);
     Outcomes endReport(const std::string &reason);
     void beginWrite(const std::shared_ptr<Undertaking> &write);
+    void pollWritten();
     void advanceWrite();
     void pumpWrite();
     void endWrite(const std::string &reason);

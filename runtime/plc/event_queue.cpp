@@ -42,12 +42,14 @@ void EventQueue::announce()
     isSignalled_ = write(fd_, &one, sizeof one) == sizeof one;
 }
 
-// The next target with what it has to tell taken, or null.
-std::shared_ptr<Target> EventQueue::next()
+// The next target with what it has to tell taken, or null. The last outcomes come however many there are: nobody calls
+// again.
+std::shared_ptr<Target> EventQueue::next(std::size_t &most)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    if (ready_.empty())
+    if (ready_.empty() || (most == 0 && !onlyOutcomes_))
         return nullptr;
+    most -= most > 0 ? 1 : 0;
     std::shared_ptr<Target> target = std::move(ready_.front());
     ready_.pop_front();
     target->isQueued = false;
@@ -84,12 +86,8 @@ bool EventQueue::dispatch(std::chrono::milliseconds wait)
             queue.announce();
         }
     } const returning{*this};
-    for (; most > 0; --most) {
-        const std::shared_ptr<Target> target = next();
-        if (!target)
-            break;
+    while (const std::shared_ptr<Target> target = next(most))
         target->run();
-    }
     return true;
 }
 

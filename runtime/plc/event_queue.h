@@ -53,7 +53,7 @@ public:
 private:
     void enqueue(const std::shared_ptr<Target> &target);
     void announce();
-    std::shared_ptr<Target> next();
+    std::shared_ptr<Target> next(std::size_t &most);
 
     mutable std::mutex      mutex_;
     std::condition_variable arrived_;

@@ -61,7 +61,7 @@ struct Config {
     std::vector<TagConfig>    tags = {};
     std::vector<RecipeConfig> recipes = {};
 
-    /// The most messages and changes of state that wait for dispatch(); of more the oldest is dropped and counted.
+    /// The most messages and changes of state that wait for dispatch(); of more the oldest is dropped.
     std::size_t queueLimit = 1000;
 
     /// The clocks of samples, states and deadlines of operations; empty: the system's. They are called on the library's
