@@ -4,6 +4,7 @@
 #include "values.h"
 
 #include <memory>
+#include <type_traits>
 
 // One PLC: a link that a thread of the library keeps alive, subscriptions to its values, writes and recipes.
 //
@@ -58,6 +59,22 @@ struct Assignment {
 
     Assignment(std::string name, Value value) : item(std::move(name)), values{std::move(value)} {}
     Assignment(std::string name, std::vector<Value> several) : item(std::move(name)), values(std::move(several)) {}
+    template <typename Number, typename = std::enable_if_t<std::is_arithmetic_v<Number>>>
+    Assignment(std::string name, Number number) : item(std::move(name)), values{valueOf(number)} {}
+
+private:
+    template <typename Number>
+    static Value valueOf(Number number)
+    {
+        if constexpr (std::is_same_v<Number, bool>)
+            return Value(number);
+        else if constexpr (std::is_floating_point_v<Number>)
+            return Value(static_cast<double>(number));
+        else if (number < 0 || static_cast<std::uint64_t>(number) <= INT64_MAX)
+            return Value(static_cast<std::int64_t>(number));
+        else
+            return Value(static_cast<std::uint64_t>(number));
+    }
 };
 
 struct OperationOptions {
