@@ -5,7 +5,7 @@
 
 namespace fins {
 
-class Plc::Impl : public std::enable_shared_from_this<Plc::Impl> {
+class __attribute__((visibility("hidden"))) Plc::Impl : public std::enable_shared_from_this<Plc::Impl> {
 public:
     explicit Impl(const Config &config) : setup(config), engine(std::make_unique<Engine>(setup, queue)) {}
 
