@@ -3,6 +3,7 @@
 #include "base/usage_error.h"
 
 #include <dlfcn.h>
+#include <link.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -13,24 +14,38 @@
 
 static const char LIBRARY_NAME[] = "libomron_fins_ethernet.so";
 
+static std::string folderOf(const std::string &file)
+{
+    return file.substr(0, file.rfind('/') + 1);
+}
+
+// The folder of the shared library that this code is a part of; empty if it is a part of the program itself.
+static std::string ownFolder()
+{
+    Dl_info   information;
+    link_map *module = nullptr;
+    if (dladdr1(LIBRARY_NAME, &information, reinterpret_cast<void **>(&module), RTLD_DL_LINKMAP) == 0 || !module)
+        return "";
+    return folderOf(module->l_name);
+}
+
 static std::string programFolder()
 {
     char path[PATH_MAX];
     const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
-    const std::string file(path, length > 0 ? static_cast<std::size_t>(length) : 0);
-    return file.substr(0, file.rfind('/') + 1);
+    return folderOf(std::string(path, length > 0 ? static_cast<std::size_t>(length) : 0));
 }
 
-// Where the library that belongs to this program is looked for, in this order.
+// Where the driver that belongs to this library or program is looked for, in this order.
 static std::string ownLibrary()
 {
+    std::vector<std::string> candidates;
+    const std::string own = ownFolder();
+    if (!own.empty())
+        candidates = {own + LIBRARY_NAME, own + "../src/" + LIBRARY_NAME}; // installed, and in the build folder
     const std::string folder = programFolder();
-    const std::vector<std::string> candidates = {
-        folder + LIBRARY_NAME,
-        folder + "../" FINS_PANEL_LIBDIR "/" + LIBRARY_NAME,
-        folder + "../lib/" + LIBRARY_NAME,
-        folder + "../../src/" + LIBRARY_NAME, // the build folder
-    };
+    for (const char *place : {"", "../" FINS_PANEL_LIBDIR "/", "../lib/", "../../src/"}) // the last in the build folder
+        candidates.push_back(folder + place + LIBRARY_NAME);
     for (const std::string &candidate : candidates) {
         if (access(candidate.c_str(), R_OK) == 0)
             return candidate;

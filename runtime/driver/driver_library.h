@@ -11,9 +11,9 @@
 
 class DriverLibrary {
 public:
-    /// Loads `file`, or the library that belongs to this program if `file` is empty: the one in the library folder
-    /// beside the program's folder, in the build folder, or wherever the system's loader finds it. Throws UsageError,
-    /// which names the file, or the function that it lacks.
+    /// Loads `file`, or the driver that belongs to this runtime if `file` is empty: the one beside libfins_runtime.so, in
+    /// the library folder beside the program's folder, in the build folder, or wherever the system's loader finds it.
+    /// Throws UsageError, which names the file, or the function that it lacks.
     explicit DriverLibrary(const std::string &file);
 
     /// The same as a copy of its own: with data that no other copy in the process shares, so that it serves a PLC of its
