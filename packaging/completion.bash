@@ -34,15 +34,15 @@ _fins_offer()
 {
     local line
     while IFS= read -r line; do
-        [[ -n $line && $line == "$1"* ]] && COMPREPLY+=("$line$2")
+        [[ -n $line && $line == "$1"* ]] && COMPREPLY+=("$line${2-}")
     done
 }
 
 # Offers the names of the project $2, of the kind $1: tags or recipes.
 _fins_offer_names()
 {
-    [[ -n $2 ]] && _fins_offer "$3" "$4" < <("${COMP_WORDS[0]}" complete "$1" --project "$2" 2>/dev/null)
-    [[ -n $4 ]] && compopt -o nospace +o filenames 2>/dev/null # else '=' would be quoted
+    [[ -n $2 ]] && _fins_offer "$3" "${4-}" < <("${COMP_WORDS[0]}" complete "$1" --project "$2" 2>/dev/null)
+    [[ -n ${4-} ]] && compopt -o nospace +o filenames 2>/dev/null # else '=' would be quoted
     return 0
 }
 
