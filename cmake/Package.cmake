@@ -1,4 +1,5 @@
-# Installation, and three Debian packages of it: the driver with its header, the panel program, the simulator.
+# Installation, and five Debian packages of it: the driver with its header, the runtime library, what others need to build
+# with that, the panel program, the simulator.
 install(TARGETS omron_fins_ethernet LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT driver)
 install(FILES src/omron_fins_ethernet.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT driver)
 install(FILES packaging/lintian-overrides RENAME omron-fins-ethernet
@@ -6,7 +7,8 @@ install(FILES packaging/lintian-overrides RENAME omron-fins-ethernet
 set(CPACK_COMPONENTS_ALL driver)
 
 if(OMRON_FINS_TOOLS)
-    list(APPEND CPACK_COMPONENTS_ALL fins_panel fins_plc)
+    list(APPEND CPACK_COMPONENTS_ALL runtime runtime_dev fins_panel fins_plc)
+    include(cmake/RuntimeLibrary.cmake)
     foreach(program fins_panel fins_plc)
         install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT ${program})
         install(FILES packaging/completion.bash RENAME ${program}
@@ -35,6 +37,20 @@ set(CPACK_DEBIAN_DRIVER_PACKAGE_SUGGESTS ${qt_headers_${OMRON_FINS_QT}})
 set(CPACK_COMPONENT_DRIVER_DESCRIPTION "FINS/TCP driver for operator panel runtimes
 A shared library that a panel runtime loads by name. It plans what to poll,
 builds requests and judges replies; the runtime owns the connection.")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libfins-runtime${PROJECT_VERSION_MAJOR})
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "omron-fins-ethernet (= ${PROJECT_VERSION})")
+set(shlibs ${PROJECT_BINARY_DIR}/shlibs) # what a package of a program that links the library depends on
+file(WRITE ${shlibs} "libfins_runtime ${PROJECT_VERSION_MAJOR} ${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME}\n")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/triggers ${shlibs})
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "panel runtime for Omron PLCs, as a library
+It keeps the links to PLCs alive, tells programs of their values and how far
+these can be trusted, and what became of each write.")
+set(CPACK_DEBIAN_RUNTIME_DEV_PACKAGE_NAME libfins-runtime-dev)
+set(CPACK_DEBIAN_RUNTIME_DEV_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_RUNTIME_DEV_PACKAGE_DEPENDS "${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} (= ${PROJECT_VERSION})")
+set(CPACK_COMPONENT_RUNTIME_DEV_DESCRIPTION "panel runtime for Omron PLCs, to build with
+The headers of the runtime library, its CMake package and its pkg-config file.")
 set(CPACK_DEBIAN_FINS_PANEL_PACKAGE_NAME fins-panel)
 set(CPACK_DEBIAN_FINS_PANEL_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_FINS_PANEL_PACKAGE_DEPENDS "omron-fins-ethernet (= ${PROJECT_VERSION})")
