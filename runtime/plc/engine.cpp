@@ -256,7 +256,6 @@ void Engine::takeOrders()
 void Engine::dropUnsent()
 {
     const TimePoint now = setup_.steady();
-    nextDeadline_ = active_ ? active_->deadline : TimePoint::max();
     std::deque<std::shared_ptr<Undertaking>> kept;
     for (const std::shared_ptr<Undertaking> &waiting : waiting_) {
         const bool isLate = now >= waiting->deadline;
@@ -265,10 +264,17 @@ void Engine::dropUnsent()
             endUnsent(*waiting, waiting, isLate ? "it could not be sent in time" : "it was cancelled");
             continue;
         }
-        nextDeadline_ = std::min(nextDeadline_, waiting->deadline);
         kept.push_back(waiting);
     }
     waiting_ = std::move(kept);
+    noteDeadlines();
+}
+
+void Engine::noteDeadlines()
+{
+    nextDeadline_ = active_ ? active_->deadline : TimePoint::max();
+    for (const std::shared_ptr<Undertaking> &waiting : waiting_)
+        nextDeadline_ = std::min(nextDeadline_, waiting->deadline);
 }
 
 void Engine::carryOn()
@@ -501,7 +507,8 @@ void Engine::pollWritten()
 
 void Engine::advanceWrite()
 {
-    const bool mayBegin = active_->stage == Undertaking::Stage::BEGUN || runtime_->canWrite();
+    const bool isNew    = active_->stage != Undertaking::Stage::BEGUN;
+    const bool mayBegin = !isNew || runtime_->canWrite();
     if (active_->isToCancel && active_->stage == Undertaking::Stage::CANCELLED)
         endWrite("it was cancelled");
     else if (mayBegin && !active_->begin())
@@ -509,12 +516,13 @@ void Engine::advanceWrite()
     else if (setup_.steady() >= active_->deadline)
         endWrite(mayBegin ? "no answer in time" : "it could not be sent in time");
     else if (mayBegin)
-        pumpWrite();
+        pumpWrite(isNew);
 }
 
-void Engine::pumpWrite()
+// Who cancels was told that something was sent as soon as the write has begun: then the first of it is.
+void Engine::pumpWrite(bool isNew)
 {
-    if (active_->isToCancel)
+    if (active_->isToCancel && !isNew)
         writes_->drop();
     writes_->pump();
     if (writes_->settled() && report_->settled())
@@ -524,6 +532,7 @@ void Engine::pumpWrite()
 void Engine::endWrite(const std::string &reason)
 {
     const std::shared_ptr<Undertaking> write = std::exchange(active_, nullptr);
+    noteDeadlines();
     writes_.reset();
     Outcomes outcomes = endReport(reason);
     if (std::exchange(isReadBack_, false))
@@ -563,6 +572,7 @@ void Engine::endUnsent(Undertaking &undertaking, const std::shared_ptr<Target> &
 void Engine::transfer(const std::shared_ptr<Undertaking> &recipe)
 {
     const bool isWrite = recipe->kind == Undertaking::Kind::WRITE_RECIPE;
+    noteDeadlines(); // its own is the transfer's
     if (isWrite)
         beginReport(*recipe);
     Outcomes outcomes;
@@ -595,9 +605,11 @@ void Engine::transfer(const std::shared_ptr<Undertaking> &recipe)
 bool Engine::goesOn(const RecipeTransfer &transfer, Undertaking &recipe)
 {
     takeOrders();
+    if (setup_.steady() >= nextDeadline_)
+        dropUnsent();
     noteState(false);
     if (recipe.kind == Undertaking::Kind::READ_RECIPE)
-        return !recipe.isToCancel;
+        return !recipe.isToCancel && (!transfer.hasBegun() || recipe.begin());
     if (transfer.hasBegun())
         return true;
     return runtime_->canWrite() ? recipe.begin() : !recipe.isToCancel;
@@ -664,6 +676,8 @@ void Engine::endAll()
     State state = state_;
     state.phase = Phase::CLOSED;
     state.since = setup_.utc();
+    values_->noteLost();
+    postChanges();
     calls_.clear();
     values_.reset();
     {

@@ -64,6 +64,7 @@ private:
     void run();
     void takeOrders();
     void dropUnsent();
+    void noteDeadlines();
     void carryOn();
 
     void plan();
@@ -83,7 +84,7 @@ private:
     void beginWrite(const std::shared_ptr<Undertaking> &write);
     void pollWritten();
     void advanceWrite();
-    void pumpWrite();
+    void pumpWrite(bool isNew);
     void endWrite(const std::string &reason);
     void endUnsent(Undertaking &undertaking, const std::shared_ptr<Target> &target, const std::string &reason);
 

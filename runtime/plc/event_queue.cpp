@@ -42,8 +42,8 @@ void EventQueue::announce()
     isSignalled_ = write(fd_, &one, sizeof one) == sizeof one;
 }
 
-// The next target with what it has to tell taken, or null. The last outcomes come however many there are: nobody calls
-// again.
+// The next target with what it has to tell taken, or null. What comes while the `most` are delivered waits for the next
+// call, unless there will be none: the Plc is being destroyed.
 std::shared_ptr<Target> EventQueue::next(std::size_t &most)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
@@ -60,34 +60,60 @@ std::shared_ptr<Target> EventQueue::next(std::size_t &most)
     return target;
 }
 
+void EventQueue::putBack(const std::shared_ptr<Target> &target)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (target->putBack())
+        enqueue(target);
+}
+
+bool EventQueue::begin(std::chrono::milliseconds wait, std::size_t &most)
+{
+    std::unique_lock<std::mutex> lock(mutex_);
+    if (deliverer_ == std::this_thread::get_id())
+        return false;
+    const auto isFree = [this] { return deliverer_ == std::thread::id(); };
+    const auto mayGo  = [&] { return isFree() && (!ready_.empty() || isWoken_); };
+    if (wait.count() > 0 && !mayGo()) {
+        ++waiting_;
+        arrived_.wait_for(lock, wait, mayGo);
+        --waiting_;
+    }
+    if (!isFree()) {
+        announce();
+        return false;
+    }
+    deliverer_ = std::this_thread::get_id();
+    most = ready_.size();
+    return true;
+}
+
+void EventQueue::finish()
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    deliverer_ = std::thread::id();
+    if (waiting_ > 0)
+        arrived_.notify_all();
+    announce();
+}
+
 bool EventQueue::dispatch(std::chrono::milliseconds wait)
 {
-    std::size_t most = 0; // what comes while this is delivered waits for the next call
-    {
-        std::unique_lock<std::mutex> lock(mutex_);
-        if (delivers_)
-            return false;
-        if (ready_.empty() && wait.count() > 0) {
-            ++waiting_;
-            arrived_.wait_for(lock, wait, [this] { return !ready_.empty() || isWoken_; });
-            --waiting_;
-        }
-        if (delivers_)
-            return false;
-        delivers_ = true;
-        most = ready_.size();
-    }
+    std::size_t most = 0;
+    if (!begin(wait, most))
+        return false;
     struct Return {
         EventQueue &queue;
-        ~Return()
-        {
-            const std::lock_guard<std::mutex> lock(queue.mutex_);
-            queue.delivers_ = false;
-            queue.announce();
-        }
+        ~Return() { queue.finish(); }
     } const returning{*this};
-    while (const std::shared_ptr<Target> target = next(most))
-        target->run();
+    while (const std::shared_ptr<Target> target = next(most)) {
+        try {
+            target->run();
+        } catch (...) {
+            putBack(target);
+            throw;
+        }
+    }
     return true;
 }
 

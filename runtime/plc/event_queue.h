@@ -39,7 +39,8 @@ public:
         look();
     }
 
-    /// Delivers what waits, after waiting up to `wait` for it. Returns false, at once, while another call delivers.
+    /// Delivers what waits, after waiting up to `wait` for it and for the call on another thread that delivers, if any.
+    /// Returns false when that still delivers then, and at once inside a callback.
     bool dispatch(std::chrono::milliseconds wait);
 
     /// From now on only outcomes are delivered.
@@ -53,7 +54,10 @@ public:
 private:
     void enqueue(const std::shared_ptr<Target> &target);
     void announce();
+    bool begin(std::chrono::milliseconds wait, std::size_t &most);
+    void finish();
     std::shared_ptr<Target> next(std::size_t &most);
+    void putBack(const std::shared_ptr<Target> &target);
 
     mutable std::mutex      mutex_;
     std::condition_variable arrived_;
@@ -61,7 +65,7 @@ private:
     bool                    isSignalled_ = false; // fd_ is readable
     int                     waiting_     = 0;     // calls of dispatch() that wait
     bool                    isWoken_     = false;
-    bool                    delivers_    = false;
+    std::thread::id         deliverer_;           // none: nobody delivers
     bool                    onlyOutcomes_ = false;
     std::deque<std::shared_ptr<Target>> ready_;
 };

@@ -63,7 +63,7 @@ bool Undertaking::begin()
 bool Undertaking::progress(std::size_t doneWords, std::size_t allWords)
 {
     progress_ = {doneWords, allWords};
-    hasProgress_ = progressCall != nullptr;
+    hasProgress_ = tellsProgress;
     return hasProgress_;
 }
 
@@ -86,15 +86,28 @@ bool Undertaking::end(RecipeValues result)
 void Undertaking::take()
 {
     takenProgress_ = progress_;
-    tellsProgress_ = std::exchange(hasProgress_, false);
-    tellsEnd_      = std::exchange(hasEnd_, false);
+    hasTakenProgress_ = std::exchange(hasProgress_, false);
+    hasTakenEnd_      = std::exchange(hasEnd_, false);
+}
+
+bool Undertaking::putBack()
+{
+    hasEnd_ = std::exchange(hasTakenEnd_, false) || hasEnd_;
+    return hasEnd_ || hasProgress_;
+}
+
+void Undertaking::letGo()
+{
+    outcomesCall = nullptr;
+    recipeCall   = nullptr;
+    progressCall = nullptr;
 }
 
 void Undertaking::deliver()
 {
-    if (tellsProgress_)
+    if (std::exchange(hasTakenProgress_, false))
         progressCall(takenProgress_.first, takenProgress_.second);
-    if (!tellsEnd_ || hasEnded())
+    if (hasEnded() || !std::exchange(hasTakenEnd_, false))
         return;
     if (kind == Kind::READ_RECIPE && recipeCall)
         recipeCall(values_);

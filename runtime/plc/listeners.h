@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <deque>
+#include <utility>
 
 // The targets of events, each with what waits for it. The functions that add to it are called under the lock of the
 // queue, and return true if the target is to be queued.
@@ -29,9 +30,12 @@ public:
     void take() override;
     void deliver() override { call_(taken_); }
 
+protected:
+    void letGo() override { call_ = nullptr; }
+
 private:
     const std::vector<Tag>   tags_;
-    const Plc::SamplesCall   call_;
+    Plc::SamplesCall         call_;
     std::vector<Sample>      latest_;
     std::vector<bool>        waits_;
     std::vector<std::size_t> order_; // of those that wait
@@ -46,7 +50,7 @@ public:
 
     bool add(const Event &event)
     {
-        if (waiting_.size() >= limit_)
+        while (waiting_.size() >= limit_)
             waiting_.pop_front();
         waiting_.push_back(event);
         return true;
@@ -64,8 +68,18 @@ public:
         taken_.clear();
     }
 
+    bool putBack() override
+    {
+        taken_.insert(taken_.end(), waiting_.begin(), waiting_.end());
+        waiting_ = std::exchange(taken_, {});
+        return !waiting_.empty();
+    }
+
+protected:
+    void letGo() override { call_ = nullptr; }
+
 private:
-    const std::function<void(const Event &)> call_;
+    std::function<void(const Event &)> call_;
     const std::size_t limit_;
     std::deque<Event> waiting_;
     std::deque<Event> taken_;
@@ -91,6 +105,7 @@ public:
 
     void take() override;
     void deliver() override;
+    bool putBack() override;
 
     const Kind             kind;
     const OperationOptions options;
@@ -99,17 +114,21 @@ public:
     Plc::OutcomesCall      outcomesCall;
     Plc::RecipeCall        recipeCall;
     Plc::ProgressCall      progressCall;
+    bool                   tellsProgress = false; // set before it is ordered
     std::function<void()>  wake; // the thread, which looks at isToCancel; set before it is ordered
     std::atomic<Stage>     stage{Stage::QUEUED};
     std::atomic<bool>      isToCancel{false};
+
+protected:
+    void letGo() override;
 
 private:
     std::pair<std::size_t, std::size_t> progress_{0, 0};
     bool         hasProgress_ = false;
     bool         hasEnd_      = false;
     std::pair<std::size_t, std::size_t> takenProgress_{0, 0};
-    bool         tellsProgress_ = false;
-    bool         tellsEnd_      = false;
+    bool         hasTakenProgress_ = false;
+    bool         hasTakenEnd_      = false;
     Outcomes     outcomes_;
     RecipeValues values_;
 };

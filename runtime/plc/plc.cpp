@@ -157,6 +157,7 @@ Operation Plc::write(const std::vector<Assignment> &values, OutcomesCall call, c
 std::shared_ptr<Target> Plc::order(const std::shared_ptr<Target> &target)
 {
     const auto undertaking = std::static_pointer_cast<Undertaking>(target);
+    undertaking->tellsProgress = undertaking->progressCall != nullptr;
     undertaking->wake = [weak = std::weak_ptr<Impl>(impl_)] {
         if (const std::shared_ptr<Impl> impl = weak.lock())
             impl->engine->wake();

@@ -16,9 +16,15 @@ void Target::run()
         Target &target;
         ~Return()
         {
-            const std::lock_guard<std::mutex> lock(target.mutex_);
-            target.runner_ = std::thread::id();
-            target.returned_.notify_all();
+            bool endsInside = false;
+            {
+                const std::lock_guard<std::mutex> lock(target.mutex_);
+                target.runner_ = std::thread::id();
+                target.returned_.notify_all();
+                endsInside = target.endsInside_;
+            }
+            if (endsInside)
+                target.letGo();
         }
     } const returning{*this};
     deliver();
@@ -26,13 +32,17 @@ void Target::run()
 
 void Target::end()
 {
+    bool isInside = false;
     {
         std::unique_lock<std::mutex> lock(mutex_);
         hasEnded_ = true;
         returned_.wait(lock, [this] { return runner_ == std::thread::id() || runner_ == std::this_thread::get_id(); });
+        isInside = endsInside_ = runner_ != std::thread::id();
     }
     if (onEnd)
         std::exchange(onEnd, nullptr)();
+    if (!isInside)
+        letGo();
 }
 
 bool Target::hasEnded() const

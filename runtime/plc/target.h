@@ -24,6 +24,10 @@ public:
     /// Tells the application what take() has taken. Under no lock.
     virtual void deliver() = 0;
 
+    /// A callback threw: what take() has taken and deliver() has not told waits again, before what has come since.
+    /// Returns false if that is nothing. Under the lock of the queue.
+    virtual bool putBack() { return false; }
+
     /// Calls deliver(), unless the handle has gone.
     void run();
 
@@ -36,11 +40,17 @@ public:
     bool       isQueued = false; // guarded by the queue
     std::function<void()> onEnd; // called by end(); set before the handle is given out
 
+protected:
+    /// Destroys the callbacks, which may own anything, the Plc included. Under no lock, on the thread that ends the
+    /// handle, when no deliver() runs or will.
+    virtual void letGo() = 0;
+
 private:
     mutable std::mutex      mutex_;
     std::condition_variable returned_;
     std::thread::id         runner_; // of deliver(); none: it does not run
     bool                    hasEnded_ = false;
+    bool                    endsInside_ = false; // end() was called inside deliver()
 };
 
 } // namespace fins

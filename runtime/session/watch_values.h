@@ -61,6 +61,9 @@ public:
     /// Asks anew which items have a write that is not settled; to be called when the answer has changed.
     void notePending() { markPending(); }
 
+    /// Nothing is confirmed any more. Called by itself when the runtime loses the link, and to be called when it ends.
+    void noteLost();
+
     /// True if every word of the items belongs to a watched value.
     bool covers(const std::vector<Item> &items) const;
 
@@ -77,7 +80,6 @@ private:
     void listen();
     void noteExchange(const Exchange &exchange);
     void noteSilence();
-    void noteLost();
     void noteRefused(const Item &block);
     void noteFresh(const Item &block);
     void markPending();
