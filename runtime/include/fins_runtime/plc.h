@@ -47,12 +47,13 @@ class FINS_RUNTIME_API Operation : public Handle {
 
 public:
     /// Takes back what has not been sent. True: nothing of it was sent, nor will be; the outcome NOT_SENT comes. False:
-    /// some of it was sent, or it is over; what was not sent is still taken back, and the outcome tells of each value.
+    /// some of it was sent, or it is over; the rest of a write is still taken back, and the outcome tells of each value; a
+    /// recipe that has begun is written to its end.
     bool cancel();
 };
 
 /// One value of a write: a tag or item, and what it is to hold; as many values as it has. Text is read as people write
-/// it, in the form in which the item is shown.
+/// it, in the form in which the item is shown; a single text may hold several values with commas between them.
 struct Assignment {
     std::string        item;
     std::vector<Value> values;
@@ -111,22 +112,21 @@ public:
     /// latest. Throws NameError.
     [[nodiscard]] Watch watch(const std::vector<std::string> &items, SamplesCall call);
 
-    /// The values of tags or items that are being watched, or were written, as they are known now; NOT_CONNECTED for others.
-    /// Throws NameError.
+    /// The values of tags or items that are being watched, as they are known now; NOT_CONNECTED for others. Throws NameError.
     Samples snapshot(const std::vector<std::string> &items) const;
 
     /// Writes in the order of the list, as soon as the link is up, after all writes ordered before. The write stops at the
     /// first value that is refused or unknown; the rest is NOT_SENT. `call` comes once, with an outcome for each value.
-    Operation write(const std::vector<Assignment> &values, OutcomesCall call, const OperationOptions &options = {});
+    [[nodiscard]] Operation write(const std::vector<Assignment> &values, OutcomesCall call, const OperationOptions &options = {});
 
     /// Writes a recipe of the configuration as one transfer, reads it back, and tells what became of each variable. A transfer
     /// that is cut off is not repeated. Throws NameError.
-    Operation writeRecipe(const std::string &name, OutcomesCall call, const OperationOptions &options = {},
-                          ProgressCall progress = {});
+    [[nodiscard]] Operation writeRecipe(const std::string &name, OutcomesCall call, const OperationOptions &options = {},
+                                        ProgressCall progress = {});
 
     /// Reads the variables of a recipe of the configuration. Throws NameError.
-    Operation readRecipe(const std::string &name, RecipeCall call, const OperationOptions &options = {},
-                         ProgressCall progress = {});
+    [[nodiscard]] Operation readRecipe(const std::string &name, RecipeCall call, const OperationOptions &options = {},
+                                       ProgressCall progress = {});
 
     State state() const;
 

@@ -25,8 +25,8 @@ enum class Quality {
 
 /// A value at a time. Values that are not GOOD keep the last that was received, and its times.
 struct Sample {
-    std::size_t   index = 0;   // of the item within the watch, from 0 in the order of the call; arrays have one for each value
-    std::string   name;        // of the tag or item; of an array's values NAME[0] or the address of each
+    std::size_t   index = 0;   // from 0, in the order of the call; an array has one for each of its values
+    std::string   name;        // of the tag or item; of a tag's several values NAME[0], of an item's their own: DM:1/s16
     Value         value;
     std::string   text;        // as people read it, without the unit; "" until it is received
     std::string   unit;
@@ -44,7 +44,7 @@ enum class Fate {
     REFUSED,     // by the PLC; nothing was changed but what `text` names
     UNCONFIRMED, // sent, and no reply came: the PLC may hold the old value or the new one, or take the new one yet
     NOT_SENT,    // and never will be
-    INVALID      // no such item, or a value that it cannot have: nothing of the call was sent
+    INVALID      // no such item, or a value that it cannot have, here or elsewhere in the call: nothing of it was sent
 };
 
 /// What became of one value of a write or of a recipe.
@@ -54,7 +54,7 @@ struct Outcome {
     std::string   wanted;      // as people read it, with the unit
     std::string   held;        // what the PLC holds, where it was read back; else ""
     std::uint16_t endCode = 0; // of Fate::REFUSED: FINS main and sub response code; else 0
-    std::string   text;        // one line for people: "refused: Level: 2103 (...)"
+    std::string   text;        // one line for people: "done: Level = 5 %", "refused: Level: 2103 (...)"
 };
 using Outcomes = std::vector<Outcome>;
 
@@ -65,7 +65,7 @@ FINS_RUNTIME_API bool isDone(const Outcomes &outcomes);
 struct RecipeValues {
     enum class End { DONE, REFUSED, NO_ANSWER };
     End     end = End::NO_ANSWER;  // REFUSED: some of the values; NO_ANSWER: none of them, in time
-    Samples values;                // in the order of the recipe, whole arrays; Quality::REFUSED or NOT_CONNECTED where none came
+    Samples values;                // in the order of the recipe; Quality::REFUSED or NOT_CONNECTED where none came
 };
 
 enum class Phase {
