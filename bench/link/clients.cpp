@@ -68,6 +68,8 @@ public:
         : library_(OMRON_FINS_LIBRARY), runtime_(library_, linkOptions(port, interval)), exchanges_(0), changes_(0),
           call_(runtime_.onExchange([this](const Exchange &exchange) { exchanges_ += exchange.accepted ? 1 : 0; }))
     {
+
+        installChangeFeed(library_, true);
         runtime_.watch({{QLatin1String("DM"), 0, WORDS, false}});
         request(2);
         require(runtime_.phase() == LinkPhase::ONLINE, "panel: no link");

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -21,7 +22,8 @@ double seconds(clockid_t clock)
     return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
 }
 
-void measure(int round, const char *name, Client &client, long requests)
+/// Throws if fewer changes are delivered than are made, `made` of them.
+void measure(int round, const char *name, Client &client, long requests, long made)
 {
     const long changes = client.changes();
     const double start = seconds(CLOCK_MONOTONIC);
@@ -29,8 +31,12 @@ void measure(int round, const char *name, Client &client, long requests)
     client.request(requests);
     const double cpu = seconds(CLOCK_PROCESS_CPUTIME_ID) - startCpu;
     const double elapsed = seconds(CLOCK_MONOTONIC) - start;
+    const long delivered = client.changes() - changes;
+    if (delivered < made)
+        throw std::runtime_error(std::string(name) + ": " + std::to_string(delivered) + " changes delivered, "
+                                 + std::to_string(made) + " made");
     std::printf("%d %s %.9f %.9f %ld\n", round, name, elapsed / static_cast<double>(requests),
-                cpu / static_cast<double>(requests), client.changes() - changes);
+                cpu / static_cast<double>(requests), delivered);
 }
 
 /// Paired rounds: in each, every client makes as many requests, one client after the other in turning order.
@@ -45,14 +51,17 @@ int rounds(int count, long requests, int changingWords)
     const struct {
         const char *name;
         Client     *client;
-    } clients[] = { { "pingpong", pingPong.get() }, { "panel", panel.get() }, { "libmodbus", modbus.get() } };
+        bool        delivers; // every change
+    } clients[] = { { "pingpong", pingPong.get(), false },
+                    { "panel", panel.get(), true },
+                    { "libmodbus", modbus.get(), false } };
     for (int round = -1; round < count; ++round) {
         for (int i = 0; i < 3; ++i) {
             const auto &turn = clients[(round + 1 + i) % 3];
             if (round < 0)
                 turn.client->request(requests / 10 + 1);
             else
-                measure(round, turn.name, *turn.client, requests);
+                measure(round, turn.name, *turn.client, requests, turn.delivers ? requests * changingWords : 0);
         }
     }
     return 0;
