@@ -158,24 +158,34 @@ class Bench:
         return times
 
     def link(self):
-        # One core; ahead of everything else on it, where the system permits that.
-        turns = ["taskset", "-c", max(os.sched_getaffinity(0)), self.programs / "bench_link", "rounds", 400, 150]
-        if subprocess.run(["chrt", "--fifo", "10", "true"], capture_output=True).returncode == 0:
-            turns = ["chrt", "--fifo", "10", *turns]
+        # Ahead of everything else, where the system permits that; what is compared with bare sends, on one core.
+        ahead = ["chrt", "--fifo", "10"]
+        if subprocess.run([*ahead, "true"], capture_output=True).returncode != 0:
+            ahead = []
+        core = [*ahead, "taskset", "-c", max(os.sched_getaffinity(0))]
         for changing, what in ((1, "1 word of 64 changes"), (8, "8 words of 64 change"), (64, "all 64 words change")):
             rounds = collections.defaultdict(dict)
-            for line in run([*turns, changing]).splitlines():
-                number, client, elapsed, cpu, _ = line.split()
-                rounds[number][client] = (float(elapsed), float(cpu))
+            for line in self.lines(*core, "rounds", 400, 150, changing):
+                number, client, elapsed, cpu, delivered, left_out = line
+                rounds[number][client] = tuple(float(figure) for figure in (elapsed, cpu, delivered, left_out))
             self.compare(what, list(rounds.values()), is_bar=changing == 1)
+            self.compare_threads(what, list(rounds.values()), is_bar=changing == 1)
         calls = [self.system_calls(requests) for requests in (500, 2500)]
         each = (calls[1] - calls[0]) / 2000
         self.add(6, "system calls of fins_panel's loop", f"{each:.2f} a request", "2 to 4", 2 <= each <= 4)
         idle = [float(run([self.programs / "bench_link", "idle", 2000]).split()[1]) for _ in range(5)]
         self.add(6, "CPU while no request is due", spread(idle, "%", 3), "0.5 %", statistics.median(idle) < 0.5, True)
+        self.writes(self.lines(*core, "writes", 60, 20))
+        self.many([(self.lines(*ahead, "many", 1, 5)[0], self.lines(*ahead, "many", 100, 5)[0]) for _ in range(5)])
+
+    def lines(self, *arguments):
+        """What the link benchmark prints, as lists of words. Before its arguments those of what places it may stand."""
+        place = next(i for i, argument in enumerate(arguments) if argument in ("rounds", "writes", "many"))
+        text = run([*arguments[:place], self.programs / "bench_link", *arguments[place:]])
+        return [line.split() for line in text.splitlines()]
 
     def compare(self, what, rounds, is_bar):
-        """Paired rounds of the three clients. The bar is that of a steady poll, with few changes; the rest is shown."""
+        """Paired rounds of the clients. The bar is that of a steady poll, with few changes; the rest is shown."""
         def ratios(place, above, below):
             return [turn[above][place] / turn[below][place] for turn in rounds]
 
@@ -191,6 +201,58 @@ class Bench:
         add("fins_panel's rate", ratios(0, "pingpong", "panel"), "ping-pong", "at least 0.88", lambda rate: rate >= 0.88)
         add("its CPU a request", ratios(1, "panel", "pingpong"), "ping-pong", "1.25", lambda cpu: cpu <= 1.25)
         add("its rate", ratios(0, "libmodbus", "panel"), "libmodbus", "above 1", lambda rate: rate > 1)
+
+    def compare_threads(self, what, rounds, is_bar):
+        """The public object, which wakes the application's thread for each reply. The second core is the application's."""
+        for suffix, cores, least in (("-2", "two cores", 0.70), ("", "one core", 0.60)):
+            if f"plc{suffix}" not in rounds[0]:
+                continue
+            def ratios(above, below):
+                return [turn[above][0] / turn[below + suffix][0] for turn in rounds]
+
+            rates, others = ratios("pingpong", "plc"), ratios("libmodbus", "plc")
+            self.add(8 if is_bar else "", f"the public object's rate, {cores}, {what}", f"{spread(rates, '')} of ping-pong",
+                     f"at least {least:.2f}" if is_bar else "", statistics.median(rates) >= least if is_bar else None, True)
+            is_limit = is_bar and suffix == "-2"
+            self.add(8 if is_bar else "", f"its rate, {cores}, {what}", f"{spread(others, '')} of libmodbus",
+                     "above 1" if is_limit else "", statistics.median(others) > 1 if is_limit else None, True)
+            delivered, left_out = (sum(turn[f"plc{suffix}"][place] for turn in rounds) for place in (2, 3))
+            self.add(8 if is_bar else "", f"its changes left out for later ones, {cores}, {what}",
+                     f"{100 * left_out / (delivered + left_out):.1f} %", "", None, True)
+            self.add(8 if is_bar else "", f"a thread woken for each reply, {cores}, {what}",
+                     f"{spread(ratios('pingpong', 'woken'), '')} of ping-pong", "", None, True)
+
+    def writes(self, lines):
+        for place, cores in (("one", "one core"), ("any", "two cores")):
+            rounds = [[float(figure) for figure in line[2:]] for line in lines if line[1] == place]
+            if not rounds:
+                continue
+            def ratios(column, to=0):
+                return [turn[column] / turn[to] for turn in rounds]
+
+            accepted = ratios(2)
+            self.add(9, f"from write() to ACCEPTED, {cores}", f"{spread(accepted, '')} bare round trips", "2.5",
+                     statistics.median(accepted) <= 2.5, True)
+            self.add(9, f"from write() to VERIFIED, {cores}", f"{spread(ratios(3), '')} bare round trips", "", None, True)
+            self.add(9, f"a bare round trip after a pause as before these writes, {cores}",
+                     f"{spread(ratios(1), '')} bare round trips", "", None, True)
+
+    def many(self, runs):
+        """Pairs of runs with one PLC and with a hundred: the columns are those of bench/link/scenes.h."""
+        def column(number, which=1):
+            return [float(pair[which][number]) for pair in runs]
+
+        ratios = [hundred / one for one, hundred in zip(column(2, 0), column(2))]
+        self.add(10, "CPU a request, 100 PLCs with 500 words each", f"{spread(ratios, '')} of one PLC", "1.25",
+                 statistics.median(ratios) <= 1.25, True)
+        self.add(10, "requests a second, 100 PLCs", f"{spread(column(1), '', 0)}, one PLC {spread(column(1, 0), '', 0)}", "",
+                 None, True)
+        for number, what in ((3, "resident memory"), (4, "memory in proportion to who shares it")):
+            self.add(10, f"{what} of each further PLC", spread(column(number), "KiB", 0), "512 KiB",
+                     statistics.median(column(number)) <= 512, True)
+        late = [1e3 * seconds for seconds in column(6)]
+        self.add(10, "from a reply's sending to the callback, 99th percentile", spread(late, "ms"), "2 ms",
+                 statistics.median(late) <= 2, True)
 
     def system_calls(self, requests):
         with tempfile.TemporaryDirectory() as folder:
@@ -210,7 +272,7 @@ class Bench:
 def table(rows):
     lines = ["| bar | what | measured | limit | met |", "|---|---|---|---|---|"]
     marks = {True: "yes", False: "**no**", None: ""}
-    for row in sorted(rows, key=lambda row: str(row.bar) or "9"):
+    for row in sorted(rows, key=lambda row: row.bar or math.inf):
         lines.append(f"| {row.bar} | {row.what} | {row.measured} | {row.limit} | {marks[row.met]} |")
     return "\n".join(lines)
 
