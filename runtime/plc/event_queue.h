@@ -26,9 +26,16 @@ public:
     template <typename Change>
     void post(Change change)
     {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        change([this](const std::shared_ptr<Target> &target) { enqueue(target); });
-        announce();
+        bool isAwaited = false;
+        {
+            const std::lock_guard<std::mutex> lock(mutex_);
+            change([this](const std::shared_ptr<Target> &target) { enqueue(target); });
+            isAwaited = waiting_ > 0 && !ready_.empty();
+            if (!isAwaited)
+                announce();
+        }
+        if (isAwaited)
+            arrived_.notify_one(); // who is woken finds the lock free
     }
 
     /// Calls `look` under the lock.
