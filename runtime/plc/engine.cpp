@@ -7,6 +7,7 @@
 #include <future>
 #include <map>
 #include <random>
+#include <string_view>
 
 namespace fins {
 
@@ -319,7 +320,8 @@ void Engine::plan()
     watched_.assign(values.size(), Watched());
     isChanged_.assign(values.size(), false);
     changed_.clear();
-    std::map<std::string, std::size_t> indexOf;
+    changed_.reserve(values.size());
+    std::map<std::string_view, std::size_t> indexOf;
     for (std::size_t i = 0; i < values.size(); ++i) {
         indexOf[values[i].name] = i;
         const auto known = times.find(values[i].name);

@@ -4,8 +4,10 @@ namespace fins {
 
 std::vector<Sample> firstSamples(const std::vector<Tag> &tags)
 {
+    const std::vector<WatchedValue> values = singleValues(tags);
     std::vector<Sample> samples;
-    for (const WatchedValue &value : singleValues(tags)) {
+    samples.reserve(values.size());
+    for (const WatchedValue &value : values) {
         Sample sample;
         sample.index = samples.size();
         sample.name  = value.name;
@@ -20,7 +22,11 @@ std::vector<Sample> firstSamples(const std::vector<Tag> &tags)
 Subscription::Subscription(std::vector<Tag> tags, Plc::SamplesCall call)
     : tags_(std::move(tags)), call_(std::move(call)), latest_(firstSamples(tags_)), waits_(latest_.size(), false)
 {
+    order_.reserve(latest_.size());
 }
+
+// As many as one reply can change.
+static const std::size_t KEPT_SAMPLES = 128;
 
 bool Subscription::changed(std::size_t index)
 {
@@ -43,6 +49,14 @@ void Subscription::take()
         waits_[order_[i]] = false;
     }
     order_.clear();
+}
+
+void Subscription::deliver()
+{
+    call_(taken_);
+    // The first samples are all, and further ones few: their memory is not kept.
+    if (taken_.size() > KEPT_SAMPLES)
+        Samples().swap(taken_);
 }
 
 // ---- Undertaking -------------------------------------------------------------------------------------------------

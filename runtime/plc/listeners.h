@@ -28,7 +28,7 @@ public:
     bool changed(std::size_t index);
 
     void take() override;
-    void deliver() override { call_(taken_); }
+    void deliver() override;
 
 protected:
     void letGo() override { call_ = nullptr; }
