@@ -358,9 +358,13 @@ void Engine::setInterval()
 void Engine::noteEvent(const WatchEvent &event)
 {
     const auto index = static_cast<std::size_t>(&event.value - values_->values().data());
+    if (changed_.empty()) {
+        exchangeUtc_    = setup_.utc();
+        exchangeSteady_ = setup_.steady();
+    }
     if (event.kind != WatchEvent::QUALITY || event.value.quality == Quality::GOOD) {
-        watched_[index].utc    = setup_.utc();
-        watched_[index].steady = setup_.steady();
+        watched_[index].utc    = exchangeUtc_;
+        watched_[index].steady = exchangeSteady_;
     }
     if (isChanged_[index])
         return;

@@ -118,6 +118,8 @@ private:
     std::vector<Watched>         watched_;  // as values_->values()
     std::vector<std::size_t>     changed_;  // of these, in the exchange
     std::vector<bool>            isChanged_;
+    std::chrono::system_clock::time_point exchangeUtc_; // when the first of these changed
+    TimePoint                    exchangeSteady_;
     bool                         isIdle_ = false; // nothing is watched
     std::deque<std::shared_ptr<Undertaking>> waiting_;
     TimePoint                    nextDeadline_ = TimePoint::max(); // of what waits and of the active write
