@@ -100,8 +100,8 @@ private:
     enum class Wait { READY, WOKEN, OVER };
     Wait awaitEvent(int descriptor, short events, TimePoint deadline);
     bool awaitDone(int descriptor, short events, TimePoint deadline);
-    [[gnu::cold]] bool connectTo(const addrinfo &address, TimePoint deadline);
-    [[gnu::cold]] NameLookup::Addresses resolve(const std::string &host, const std::string &port, TimePoint deadline);
+    bool connectTo(const addrinfo &address, TimePoint deadline);
+    NameLookup::Addresses resolve(const std::string &host, const std::string &port, TimePoint deadline);
     ExchangeStatus sendAll(const std::uint8_t *request, std::size_t size);
     ExchangeStatus receiveReply(const std::uint8_t *request, std::size_t size, TimePoint start);
     ExchangeStatus receiveSome(TimePoint deadline);
@@ -109,15 +109,13 @@ private:
     Millis firstWait() const;
     Millis slice(Millis wait) const;
     void setReceiveTimeout(Millis timeout);
-
-    // What is rare lies apart from the code of a steady exchange.
-    [[gnu::cold]] bool notConnected(LinkFailure failure, const std::string &reason);
-    [[gnu::cold]] void adopt(int connected);
-    [[gnu::cold]] bool awaitUntil(TimePoint deadline);
-    [[gnu::cold]] ExchangeStatus noReply(LinkFailure failure, const std::string &reason);
-    [[gnu::cold]] ExchangeStatus notInTime();
+    bool notConnected(LinkFailure failure, const std::string &reason);
+    void adopt(int connected);
+    bool awaitUntil(TimePoint deadline);
+    ExchangeStatus noReply(LinkFailure failure, const std::string &reason);
+    ExchangeStatus notInTime();
     TimePoint deadlineFrom(TimePoint start) const { return std::min(start + timeout_, limit_); }
-    [[gnu::cold]] ExchangeStatus lost(const std::string &reason);
+    ExchangeStatus lost(const std::string &reason);
 
     const Millis   timeout_;
     StopSignal *const stop_; // null: none

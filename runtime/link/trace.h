@@ -14,9 +14,9 @@ enum class TraceMode {
     FULL  // a line for each field of the frame
 };
 
-[[gnu::cold]] void traceFrame(TraceMode mode, char direction, const std::uint8_t *frame, std::size_t size);
+void traceFrame(TraceMode mode, char direction, const std::uint8_t *frame, std::size_t size);
 
 /// "< (text)" for a reply that did not come.
-[[gnu::cold]] void traceNoReply(TraceMode mode, const char *text);
+void traceNoReply(TraceMode mode, const char *text);
 
 #endif

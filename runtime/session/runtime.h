@@ -182,29 +182,27 @@ private:
     Item polledBlock() const { return {request_.regType, request_.address, request_.count, false}; }
     std::string peer() const { return options_.host + ":" + options_.port; }
 
-    // What is rare lies apart from the code of a steady exchange, which then fits the processor's nearest cache better.
-    [[gnu::cold]] void configure();
-    [[gnu::cold]] void connect();
-    [[gnu::cold]] void setPlan();
-    [[gnu::cold]] void handOverPlan();
+    void configure();
+    void connect();
+    void setPlan();
+    void handOverPlan();
     void beginTurn();
-    [[gnu::cold]] void refuseRead(const Judgement &judgement);
-    [[gnu::cold]] void noteRead();
-    [[gnu::cold]] void sayRefusedReads();
-    [[gnu::cold]] void noteNodes();
-    [[gnu::cold]] void idle();
-    [[gnu::cold]] std::string refusalText(RequestKind kind) const;
-    [[gnu::cold]] void refuse(RequestKind kind, const Judgement &judgement);
-    [[gnu::cold]] void noteRejection(const Judgement &judgement);
-    [[gnu::cold]] void makeUnconnected();
-    [[gnu::cold]] void closeJob();
-    [[gnu::cold]] void handOverNodes();
-    [[gnu::cold]] void refuseWrite(const Judgement &judgement);
-    [[gnu::cold]] void endModeChange(const Judgement &judgement);
-    [[gnu::cold]] bool startModeChange(const Judgement &judgement);
-    [[gnu::cold]] void loseInPause();
-    [[gnu::cold]] void lose(const std::string &reason, LinkFailure failure, std::uint32_t tcpError = 0,
-                            const std::string &hint = "");
+    void refuseRead(const Judgement &judgement);
+    void noteRead();
+    void sayRefusedReads();
+    void noteNodes();
+    void idle();
+    std::string refusalText(RequestKind kind) const;
+    void refuse(RequestKind kind, const Judgement &judgement);
+    void noteRejection(const Judgement &judgement);
+    void makeUnconnected();
+    void closeJob();
+    void handOverNodes();
+    void refuseWrite(const Judgement &judgement);
+    void endModeChange(const Judgement &judgement);
+    bool startModeChange(const Judgement &judgement);
+    void loseInPause();
+    void lose(const std::string &reason, LinkFailure failure, std::uint32_t tcpError = 0, const std::string &hint = "");
 
     const DriverLibrary &library_;
     LinkOptions          options_;
