@@ -38,7 +38,9 @@ TEST_F(HandleOf, AListenerMayBeDestroyedInItsOwnCallback)
         states.reset();
     });
     served.awaitRound(); // several states wait
+    plc.dispatch();
     ASSERT_TRUE(untilOnline(plc));
+    plc.dispatch();
     EXPECT_EQ(calls, 1);
 }
 

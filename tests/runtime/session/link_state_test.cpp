@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <set>
+
 namespace {
 
 const TimePoint START = TimePoint() + std::chrono::hours(1);
@@ -96,4 +99,34 @@ TEST_F(LinkStateTest, OnlyAnAcceptedReadStartsThePausesAnew)
     EXPECT_EQ(state.delay(), Millis(100));
     state.on(LinkEvent::LOST, START);
     EXPECT_EQ(state.delay(), Millis(200));
+}
+
+// Links that were lost together come back at different times: each pause is shortened at random, to half at most, and
+// still doubles up to its limit.
+TEST(LinkState, SpreadsThePausesWithinTheirBounds)
+{
+    std::set<Millis::rep> different;
+    for (std::uint32_t seed = 1; seed <= 200; ++seed) {
+        LinkState state(START, seed);
+        Millis longest(100);
+        for (int loss = 0; loss < 10; ++loss) {
+            const TimePoint now = START + Millis(1000 * loss);
+            state.on(LinkEvent::LOST, now);
+            EXPECT_GE(state.delay(), longest / 2);
+            EXPECT_LE(state.delay(), longest);
+            EXPECT_EQ(state.retryAt(), now + state.delay());
+            longest = std::min(Millis(5000), 2 * longest);
+        }
+        different.insert(state.delay().count());
+    }
+    EXPECT_GT(different.size(), 150u);
+}
+
+TEST(LinkState, SpreadsInTheSameWayForTheSameSeed)
+{
+    LinkState one(START, 7), two(START, 7), none(START);
+    for (LinkState *const state : {&one, &two, &none})
+        state->on(LinkEvent::LOST, START);
+    EXPECT_EQ(one.delay(), two.delay());
+    EXPECT_EQ(none.delay(), Millis(100));
 }
