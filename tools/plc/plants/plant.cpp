@@ -1,49 +1,40 @@
 #include "plants/plant.h"
 
-#include "plants/conveyor_plant.h"
-#include "plants/oven_plant.h"
-#include "plants/tank_plant.h"
-
 namespace plc {
 
 namespace {
 
-struct PlantRow {
-    const char *name;
-    const char *meaning;
-    std::string (*help)();
-    std::unique_ptr<Plant> (*make)(Controller &controller, std::uint32_t seed);
-};
+const PlantKind *const PLANTS[] = {&TANK, &CONVEYOR, &OVEN};
 
-const PlantRow PLANTS[] = {
-    {"tank", "a pump fills a tank that drains; the level is held", TankPlant::help,
-     [](Controller &controller, std::uint32_t) -> std::unique_ptr<Plant> {
-         return std::make_unique<TankPlant>(controller);
-     }},
-    {"conveyor", "parts come on a belt, are weighed, and thrown out if too light or too heavy", ConveyorPlant::help,
-     [](Controller &controller, std::uint32_t seed) -> std::unique_ptr<Plant> {
-         return std::make_unique<ConveyorPlant>(controller, seed);
-     }},
-    {"oven", "three zones are heated to their set-points", OvenPlant::help,
-     [](Controller &controller, std::uint32_t seed) -> std::unique_ptr<Plant> {
-         return std::make_unique<OvenPlant>(controller, seed);
-     }},
-};
-
-const PlantRow *findPlant(const std::string &name)
+const PlantKind *findPlant(const std::string &name)
 {
-    for (const PlantRow &row : PLANTS)
-        if (name == row.name)
-            return &row;
+    for (const PlantKind *const kind : PLANTS)
+        if (name == kind->name)
+            return kind;
     return nullptr;
 }
 
 } // namespace
 
+void Plant::step()
+{
+    if (controller.mode == Mode::PROGRAM)
+        return;
+    setData(DM_STEPS, nextCount(data(DM_STEPS)));
+    if (data(DM_STEPS) % 5 == 0)
+        setState(STATE_HEARTBEAT, !state(STATE_HEARTBEAT));
+    advance();
+}
+
+std::string Plant::tenthsText(unsigned tenths)
+{
+    return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10);
+}
+
 std::unique_ptr<Plant> makePlant(const std::string &name, Controller &controller, std::uint32_t seed)
 {
-    const PlantRow *const row = findPlant(name);
-    return row ? row->make(controller, seed) : nullptr;
+    const PlantKind *const kind = findPlant(name);
+    return kind ? kind->make(controller, seed) : nullptr;
 }
 
 bool isPlant(const std::string &name) { return findPlant(name) != nullptr; }
@@ -51,23 +42,17 @@ bool isPlant(const std::string &name) { return findPlant(name) != nullptr; }
 std::string plantNames()
 {
     std::string names;
-    for (const PlantRow &row : PLANTS)
-        names += (names.empty() ? "" : " ") + std::string(row.name);
+    for (const PlantKind *const kind : PLANTS)
+        names += (names.empty() ? "" : " ") + std::string(kind->name);
     return names;
 }
 
 std::string plantHelp()
 {
     std::string text;
-    for (const PlantRow &row : PLANTS)
-        text += std::string(row.name) + ": " + row.meaning + "\n" + row.help();
+    for (const PlantKind *const kind : PLANTS)
+        text += std::string(kind->name) + ": " + kind->meaning + "\n" + kind->addresses;
     return text;
 }
-
-std::string tenthsText(unsigned tenths) { return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10); }
-
-std::string switchText(bool isOn) { return isOn ? "on" : "off"; }
-
-unsigned nextCount(unsigned count) { return count >= 9999 ? 0 : count + 1; }
 
 } // namespace plc
