@@ -1,9 +1,16 @@
 # What the programs are built with.
 find_package(Threads REQUIRED)
 find_package(CLI11 REQUIRED)
+find_package(fmt REQUIRED)
 
 # Headers only: the programs need no library of TOML to run.
 find_path(TOMLPLUSPLUS_INCLUDE_DIR toml++/toml.h)
 if(NOT TOMLPLUSPLUS_INCLUDE_DIR)
     message(FATAL_ERROR "toml++ is needed for project files; install the package libtomlplusplus-dev")
+endif()
+
+find_path(UNISTRING_INCLUDE_DIR unistr.h)
+find_library(UNISTRING_LIBRARY unistring)
+if(NOT UNISTRING_INCLUDE_DIR OR NOT UNISTRING_LIBRARY)
+    message(FATAL_ERROR "libunistring is needed for UTF-8; install the package libunistring-dev")
 endif()

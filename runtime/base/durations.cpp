@@ -1,7 +1,7 @@
 #include "base/durations.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <fmt/format.h>
 
 void Durations::add(Micros duration)
 {
@@ -54,9 +54,7 @@ std::vector<std::string> Durations::histogram(std::size_t barWidth) const
     for (std::size_t i = classOf(starts, *least); i <= classOf(starts, *greatest); ++i) {
         // A class that is not empty shows at least one mark.
         const std::size_t bar = (counts[i] * barWidth + most - 1) / most;
-        char text[64];
-        std::snprintf(text, sizeof text, "from %8.6g ms %7zu ", starts[i] / 1000.0, counts[i]);
-        std::string line = text + std::string(bar, '#');
+        std::string line = fmt::format("from {:8.6g} ms {:7} {}", starts[i] / 1000.0, counts[i], std::string(bar, '#'));
         line.erase(line.find_last_not_of(' ') + 1);
         lines.push_back(line);
     }
@@ -73,14 +71,12 @@ std::string millisText(Micros duration)
     const double millis = static_cast<double>(duration.count()) / 1000.0;
     // The limits are those from which on rounding gives another digit before the point.
     const int decimals = millis < 0.9995 ? 3 : millis < 9.995 ? 2 : millis < 99.95 ? 1 : 0;
-    char text[48];
-    std::snprintf(text, sizeof text, "%.*f", decimals, millis);
-    return text;
+    return fmt::format("{:.{}f}", millis, decimals);
 }
 
 std::string spreadText(const Durations &durations)
 {
-    return "min " + millisText(durations.minimum()) + ", median " + millisText(durations.percentile(50)) + ", 95 % "
-           + millisText(durations.percentile(95)) + ", 99 % " + millisText(durations.percentile(99)) + ", max "
-           + millisText(durations.maximum());
+    return fmt::format("min {}, median {}, 95 % {}, 99 % {}, max {}", millisText(durations.minimum()),
+                       millisText(durations.percentile(50)), millisText(durations.percentile(95)),
+                       millisText(durations.percentile(99)), millisText(durations.maximum()));
 }

@@ -1,7 +1,6 @@
 #include "base/numbers.h"
 
 #include <cctype>
-#include <charconv>
 
 bool parseNumber(const std::string &text, long minimum, long maximum, long &value)
 {
@@ -22,12 +21,6 @@ bool parseNumber(const std::string &text, long minimum, long maximum, long &valu
         return false;
     value = number;
     return true;
-}
-
-std::string shortestText(double number)
-{
-    char text[64];
-    return std::string(text, std::to_chars(text, text + sizeof text, number).ptr);
 }
 
 std::string counted(std::size_t number, const std::string &noun)

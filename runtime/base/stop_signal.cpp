@@ -8,13 +8,8 @@
 
 StopSignal::StopSignal() : fd_(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC))
 {
-    if (fd_ < 0)
+    if (fd() < 0)
         throw std::runtime_error("the system has no file descriptor left");
-}
-
-StopSignal::~StopSignal()
-{
-    close(fd_);
 }
 
 void StopSignal::stop()
@@ -27,14 +22,14 @@ void StopSignal::stop()
 void StopSignal::wake()
 {
     const std::uint64_t one = 1;
-    const ssize_t written = write(fd_, &one, sizeof one);
+    const ssize_t written = write(fd(), &one, sizeof one);
     static_cast<void>(written);
 }
 
 void StopSignal::clear()
 {
     std::uint64_t count = 0;
-    if (!isStopped() && read(fd_, &count, sizeof count) < 0)
+    if (!isStopped() && read(fd(), &count, sizeof count) < 0)
         return; // nobody had woken it
     if (isStopped())
         wake(); // stop() came in between

@@ -1,6 +1,8 @@
 #ifndef RUNTIME_BASE_STOP_SIGNAL_H
 #define RUNTIME_BASE_STOP_SIGNAL_H
 
+#include "common/descriptor.h"
+
 #include <atomic>
 
 // Asks a thread that waits for a PLC to end its wait, or to look up from a pause.
@@ -9,9 +11,6 @@ class StopSignal {
 public:
     /// Throws std::runtime_error when the system has no descriptor left.
     StopSignal();
-    ~StopSignal();
-    StopSignal(const StopSignal &) = delete;
-    StopSignal &operator=(const StopSignal &) = delete;
 
     /// Asks for the end, for good. From any thread, and from a signal handler.
     void stop();
@@ -21,14 +20,14 @@ public:
     void wake();
 
     /// Readable from stop() or wake() on.
-    int fd() const { return fd_; }
+    int fd() const { return fd_.get(); }
 
     /// Takes wake() back; after stop() it does nothing.
     void clear();
 
 private:
     std::atomic<bool> stopped_{false};
-    int               fd_;
+    Descriptor        fd_;
 };
 
 #endif

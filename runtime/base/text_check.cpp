@@ -1,58 +1,27 @@
 #include "base/text_check.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <cstdint>
+#include <fmt/format.h>
+#include <unictype.h>
+#include <unistr.h>
 
-namespace {
-
-// A character of UTF-8: the length of its bytes, 0 if they are none.
-struct Character {
-    char32_t    code;
-    std::size_t size;
-};
-
-Character characterAt(const std::string &text, std::size_t at)
+// Control characters, and the marks that set the direction of the text behind them.
+static bool isControl(ucs4_t code)
 {
-    const auto byte = [&](std::size_t i) -> unsigned {
-        return at + i < text.size() ? static_cast<unsigned char>(text[at + i]) : 0;
-    };
-    const unsigned first = byte(0);
-    if (first < 0x80)
-        return {first, 1};
-    const std::size_t size = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
-    const char32_t least[] = {0, 0, 0x80, 0x800, 0x10000};
-    char32_t code = first & (0x7Fu >> size);
-    for (std::size_t i = 1; i < size; ++i) {
-        if ((byte(i) & 0xC0) != 0x80)
-            return {0, 0};
-        code = code << 6 | (byte(i) & 0x3F);
-    }
-    const bool isSurrogate = code >= 0xD800 && code <= 0xDFFF;
-    const bool isOne = first >= 0xC2 && first <= 0xF4 && code >= least[size] && code <= 0x10FFFF && !isSurrogate;
-    return {code, isOne ? size : 0};
+    return uc_is_general_category(code, UC_CONTROL) || uc_is_property_bidi_control(code);
 }
-
-// The codes below space, DEL and those from 0x80 on, and the marks that set the direction of the text behind them.
-bool isControl(char32_t code)
-{
-    return code < 0x20 || (code >= 0x7F && code < 0xA0) || code == 0x061C || code == 0x200E || code == 0x200F
-           || (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
-}
-
-} // namespace
 
 std::optional<BadCharacter> findBadCharacter(const std::string &text, const std::string &allowed)
 {
     for (std::size_t at = 0; at < text.size();) {
-        const Character character = characterAt(text, at);
-        if (character.size == 0)
+        ucs4_t code = 0;
+        const int size = u8_mbtoucr(&code, reinterpret_cast<const std::uint8_t *>(text.data()) + at, text.size() - at);
+        if (size < 0)
             return BadCharacter{at, "this is not UTF-8; save the file as UTF-8"};
-        if (isControl(character.code) && allowed.find(text[at]) == std::string::npos) {
-            char name[16];
-            std::snprintf(name, sizeof name, "U+%04X", static_cast<unsigned>(character.code));
-            return BadCharacter{at, std::string(name) + " is a control character; remove it"};
-        }
-        at += character.size;
+        if (isControl(code) && allowed.find(text[at]) == std::string::npos)
+            return BadCharacter{at, fmt::format("U+{:04X} is a control character; remove it", code)};
+        at += static_cast<std::size_t>(size);
     }
     return std::nullopt;
 }

@@ -61,20 +61,37 @@ static std::string pathOf(const std::string &file)
     return (file.find('/') == std::string::npos ? "./" : "") + file;
 }
 
-DriverLibrary::DriverLibrary(const std::string &file)
-    : handle_(nullptr), file_(file.empty() ? ownLibrary() : file)
+static void *load(const std::string &file, const std::string &path)
 {
-    load(pathOf(file));
+    void *handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (handle)
+        return handle;
+    const char *reason = dlerror();
+    throw UsageError("cannot load the driver: " + std::string(reason ? reason : file)
+                     + "; name the library with --library FILE");
 }
 
-DriverLibrary::DriverLibrary(const std::string &file, int copy) : handle_(nullptr), copy_(copy), file_(file)
+DriverLibrary::DriverLibrary(const std::string &file)
+    : DriverLibrary(file.empty() ? ownLibrary() : file, pathOf(file), -1)
 {
-    try {
-        load("/proc/self/fd/" + std::to_string(copy));
-    } catch (...) {
-        close(copy_);
-        throw;
-    }
+}
+
+DriverLibrary::DriverLibrary(const std::string &file, const std::string &path, int copy)
+    : file_(file), copy_(copy), handle_(load(file, path))
+{
+}
+
+void DriverLibrary::Unload::operator()(void *handle) const
+{
+    dlclose(handle);
+}
+
+DriverLibrary::Symbol DriverLibrary::lookUp(const char *name) const
+{
+    void *address = dlsym(handle_.get(), name);
+    if (!address)
+        throw UsageError(file_ + " is not a driver for this program: it lacks the function " + name);
+    return {address};
 }
 
 // The bytes of the library; where the loader alone finds it, those of the file that it finds.
@@ -103,67 +120,10 @@ std::unique_ptr<DriverLibrary> DriverLibrary::copyOf(const std::string &file)
     const int copy = memfd_create("omron_fins_ethernet", MFD_CLOEXEC);
     if (copy < 0)
         throw std::runtime_error("the system has no file descriptor left for a copy of the driver");
-    for (std::size_t done = 0; done < content.size();) {
-        const ssize_t written = write(copy, content.data() + done, content.size() - done);
-        if (written <= 0) {
-            close(copy);
-            throw std::runtime_error("the system has no memory left for a copy of the driver");
-        }
-        done += static_cast<std::size_t>(written);
+    if (!writeAll(copy, content)) {
+        close(copy);
+        throw std::runtime_error("the system has no memory left for a copy of the driver");
     }
-    return std::unique_ptr<DriverLibrary>(new DriverLibrary(file.empty() ? LIBRARY_NAME : file, copy));
-}
-
-void DriverLibrary::load(const std::string &path)
-{
-    handle_ = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (!handle_) {
-        const char *reason = dlerror();
-        throw UsageError("cannot load the driver: " + std::string(reason ? reason : file_)
-                         + "; name the library with --library FILE");
-    }
-    try {
-        lookUpAll();
-    } catch (...) {
-        dlclose(handle_);
-        throw;
-    }
-}
-
-DriverLibrary::~DriverLibrary()
-{
-    dlclose(handle_);
-    if (copy_ >= 0)
-        close(copy_);
-}
-
-template <typename Function>
-void DriverLibrary::lookUp(Function &function, const char *name)
-{
-    void *address = dlsym(handle_, name);
-    if (!address)
-        throw UsageError(file_ + " is not a driver for this program: it lacks the function " + name);
-    function = reinterpret_cast<Function>(address);
-}
-
-void DriverLibrary::lookUpAll()
-{
-    lookUp(getProtocolType,            "intf_getProtocolType");
-    lookUp(getDriverParameter,         "intf_getDriverParameter");
-    lookUp(getDriverPropertyPage,      "intf_getDriverPropertyPage");
-    lookUp(setDriverPropertyPage,      "intf_SetDriverPropertyPage");
-    lookUp(setAddrValueChangeCallBack, "intf_setAddrValueChangeCallBack");
-    lookUp(initProperty,               "intf_initProperty");
-    lookUp(checkAddrValidity,          "intf_checkAddrValidity");
-    lookUp(checkAddr,                  "intf_checkAddr");
-    lookUp(getRegListByType,           "intf_getRegListByType");
-    lookUp(getRegDiscription,          "intf_getRegDiscription");
-    lookUp(multiCopy,                  "intf_multiCopy");
-    lookUp(addrMerge,                  "intf_addrMerge");
-    lookUp(setRcpAddress,              "intf_setRcpAddress");
-    lookUp(getSendFrame,               "intf_getSendFrame");
-    lookUp(dealRcvFrame,               "intf_dealRcvFrame");
-    lookUp(getData,                    "intf_getData");
-    lookUp(setData,                    "intf_setData");
-    lookUp(addConditionRead,           "intf_addConditionRead");
+    const std::string path = "/proc/self/fd/" + std::to_string(copy);
+    return std::unique_ptr<DriverLibrary>(new DriverLibrary(file.empty() ? LIBRARY_NAME : file, path, copy));
 }

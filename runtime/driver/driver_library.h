@@ -3,6 +3,8 @@
 
 #include "omron_fins_ethernet.h"
 
+#include "common/descriptor.h"
+
 #include <memory>
 #include <string>
 
@@ -19,38 +21,47 @@ public:
     /// The same as a copy of its own: with data that no other copy in the process shares, so that it serves a PLC of its
     /// own. Throws std::runtime_error, too, if the system lacks memory or descriptors.
     static std::unique_ptr<DriverLibrary> copyOf(const std::string &file);
-    ~DriverLibrary();
-    DriverLibrary(const DriverLibrary &) = delete;
-    DriverLibrary &operator=(const DriverLibrary &) = delete;
-
-    decltype(&intf_getProtocolType)            getProtocolType;
-    decltype(&intf_getDriverParameter)         getDriverParameter;
-    decltype(&intf_getDriverPropertyPage)      getDriverPropertyPage;
-    decltype(&intf_SetDriverPropertyPage)      setDriverPropertyPage;
-    decltype(&intf_setAddrValueChangeCallBack) setAddrValueChangeCallBack;
-    decltype(&intf_initProperty)               initProperty;
-    decltype(&intf_checkAddrValidity)          checkAddrValidity;
-    decltype(&intf_checkAddr)                  checkAddr;
-    decltype(&intf_getRegListByType)           getRegListByType;
-    decltype(&intf_getRegDiscription)          getRegDiscription;
-    decltype(&intf_multiCopy)                  multiCopy;
-    decltype(&intf_addrMerge)                  addrMerge;
-    decltype(&intf_setRcpAddress)              setRcpAddress;
-    decltype(&intf_getSendFrame)               getSendFrame;
-    decltype(&intf_dealRcvFrame)               dealRcvFrame;
-    decltype(&intf_getData)                    getData;
-    decltype(&intf_setData)                    setData;
-    decltype(&intf_addConditionRead)           addConditionRead;
 
 private:
-    DriverLibrary(const std::string &file, int copy);
-    void load(const std::string &path);
-    void lookUpAll();
-    template <typename Function> void lookUp(Function &function, const char *name);
+    struct Unload {
+        void operator()(void *handle) const;
+    };
+    // A function of whatever type.
+    struct Symbol {
+        void *address;
+        template <typename Function>
+        operator Function *() const
+        {
+            return reinterpret_cast<Function *>(address);
+        }
+    };
 
-    void       *handle_;
-    int         copy_ = -1; // the memory file of a copy
-    std::string file_;
+    DriverLibrary(const std::string &file, const std::string &path, int copy);
+    Symbol lookUp(const char *name) const;
+
+    const std::string                   file_;
+    const Descriptor                    copy_; // the memory file of a copy
+    const std::unique_ptr<void, Unload> handle_;
+
+public:
+    decltype(&intf_getProtocolType) getProtocolType = lookUp("intf_getProtocolType");
+    decltype(&intf_getDriverParameter) getDriverParameter = lookUp("intf_getDriverParameter");
+    decltype(&intf_getDriverPropertyPage) getDriverPropertyPage = lookUp("intf_getDriverPropertyPage");
+    decltype(&intf_SetDriverPropertyPage) setDriverPropertyPage = lookUp("intf_SetDriverPropertyPage");
+    decltype(&intf_setAddrValueChangeCallBack) setAddrValueChangeCallBack = lookUp("intf_setAddrValueChangeCallBack");
+    decltype(&intf_initProperty) initProperty = lookUp("intf_initProperty");
+    decltype(&intf_checkAddrValidity) checkAddrValidity = lookUp("intf_checkAddrValidity");
+    decltype(&intf_checkAddr) checkAddr = lookUp("intf_checkAddr");
+    decltype(&intf_getRegListByType) getRegListByType = lookUp("intf_getRegListByType");
+    decltype(&intf_getRegDiscription) getRegDiscription = lookUp("intf_getRegDiscription");
+    decltype(&intf_multiCopy) multiCopy = lookUp("intf_multiCopy");
+    decltype(&intf_addrMerge) addrMerge = lookUp("intf_addrMerge");
+    decltype(&intf_setRcpAddress) setRcpAddress = lookUp("intf_setRcpAddress");
+    decltype(&intf_getSendFrame) getSendFrame = lookUp("intf_getSendFrame");
+    decltype(&intf_dealRcvFrame) dealRcvFrame = lookUp("intf_dealRcvFrame");
+    decltype(&intf_getData) getData = lookUp("intf_getData");
+    decltype(&intf_setData) setData = lookUp("intf_setData");
+    decltype(&intf_addConditionRead) addConditionRead = lookUp("intf_addConditionRead");
 };
 
 #endif

@@ -1,6 +1,6 @@
 #include "link/fins_codes.h"
 
-#include <cstdio>
+#include <fmt/format.h>
 
 namespace {
 
@@ -119,11 +119,9 @@ const CodeText *findCode(const CodeText (&table)[N], std::uint32_t code)
     return nullptr;
 }
 
-std::string codeText(const CodeText *row, std::uint32_t code, const char *format)
+std::string codeText(const CodeText *row, const std::string &number)
 {
-    char number[16];
-    std::snprintf(number, sizeof number, format, code);
-    return row ? std::string(number) + " (" + row->text + ")" : number;
+    return row ? number + " (" + row->text + ")" : number;
 }
 
 const std::uint32_t CPU_UNIT_FLAGS = 0x00C0;
@@ -157,7 +155,7 @@ static std::uint32_t withoutFlags(std::uint16_t endCode)
 std::string endCodeText(std::uint16_t endCode)
 {
     const std::uint32_t code = withoutFlags(endCode);
-    return codeText(findCode(END_CODES, code), code, "%04X");
+    return codeText(findCode(END_CODES, code), fmt::format("{:04X}", code));
 }
 
 bool isPassing(std::uint16_t endCode)
@@ -174,7 +172,7 @@ std::string endCodeHint(std::uint16_t endCode)
 
 std::string tcpErrorText(std::uint32_t errorCode)
 {
-    return codeText(findCode(TCP_ERRORS, errorCode), errorCode, "%X");
+    return codeText(findCode(TCP_ERRORS, errorCode), fmt::format("{:X}", errorCode));
 }
 
 std::string tcpErrorHint(std::uint32_t errorCode)

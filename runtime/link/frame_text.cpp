@@ -3,8 +3,9 @@
 #include "link/fins_codes.h"
 #include "link/fins_layout.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
-#include <cstdio>
 
 namespace {
 
@@ -53,13 +54,6 @@ private:
     std::size_t         size_;
 };
 
-std::string number(unsigned value, const char *format = "%u")
-{
-    char text[16];
-    std::snprintf(text, sizeof text, format, value);
-    return text;
-}
-
 const Area *findArea(unsigned code)
 {
     const auto found = std::find_if(std::begin(AREAS), std::end(AREAS), [&](const Area &a) { return a.code == code; });
@@ -75,16 +69,21 @@ std::string areaText(const Frame &frame)
 {
     const Area *area = findArea(frame.get(MEM_AREA, 1));
     if (!area)
-        return "area " + number(frame.get(MEM_AREA, 1), "%02X");
+        return "area " + fmt::format("{:02X}", frame.get(MEM_AREA, 1));
     return isCounter(frame) ? "C" : area->name;
+}
+
+bool isBitRequest(const Frame &frame)
+{
+    const Area *area = findArea(frame.get(MEM_AREA, 1));
+    return area && area->isBit;
 }
 
 std::string addressText(const Frame &frame)
 {
     const unsigned word = frame.get(MEM_WORD, 2) - (isCounter(frame) ? COUNTER_OFFSET : 0);
-    const Area *area = findArea(frame.get(MEM_AREA, 1));
-    const std::string bit = area && area->isBit ? "." + number(frame.get(MEM_BIT, 1)) : "";
-    return areaText(frame) + ":" + number(word) + bit;
+    const std::string bit = isBitRequest(frame) ? "." + std::to_string(frame.get(MEM_BIT, 1)) : "";
+    return areaText(frame) + ":" + std::to_string(word) + bit;
 }
 
 std::string commandName(unsigned command)
@@ -93,7 +92,7 @@ std::string commandName(unsigned command)
     case MEMORY_READ:  return "read";
     case MEMORY_WRITE: return "write";
     case RUN:          return "run";
-    default:           return "command " + number(command, "%04X");
+    default:           return "command " + fmt::format("{:04X}", command);
     }
 }
 
@@ -105,7 +104,7 @@ std::string endText(const Frame &frame)
 
 std::string modeText(unsigned mode)
 {
-    return mode == 2 ? "MONITOR" : mode == 4 ? "RUN" : number(mode, "%02X");
+    return mode == 2 ? "MONITOR" : mode == 4 ? "RUN" : fmt::format("{:02X}", mode);
 }
 
 // The data from `offset` on, as they are on the wire: words, or bytes of one bit each.
@@ -113,14 +112,8 @@ std::string dataText(const Frame &frame, std::size_t offset, std::size_t unit)
 {
     std::string text;
     for (std::size_t i = offset; frame.has(i, unit); i += unit)
-        text += " " + number(frame.get(i, unit), unit == 2 ? "%04X" : "%u");
+        text += " " + fmt::format(unit == 2 ? "{:04X}" : "{}", frame.get(i, unit));
     return text.empty() ? "" : ":" + text;
-}
-
-bool isBitRequest(const Frame &frame)
-{
-    const Area *area = findArea(frame.get(MEM_AREA, 1));
-    return area && area->isBit;
 }
 
 std::string requestText(const Frame &frame)
@@ -130,7 +123,7 @@ std::string requestText(const Frame &frame)
         return "run in " + modeText(frame.get(RUN_MODE, 1)) + " mode";
     if ((frame.command() != MEMORY_READ && frame.command() != MEMORY_WRITE) || !frame.has(MEM_COUNT, 2))
         return name;
-    const std::string target = name + " " + addressText(frame) + " count " + number(frame.get(MEM_COUNT, 2));
+    const std::string target = name + " " + addressText(frame) + " count " + std::to_string(frame.get(MEM_COUNT, 2));
     return target + (frame.command() == MEMORY_WRITE ? dataText(frame, MEM_DATA, isBitRequest(frame) ? 1 : 2) : "");
 }
 
@@ -149,15 +142,15 @@ std::string tcpCommandText(const Frame &frame)
     case 1:  return "node address reply";
     case 2:  return "FINS frame";
     case 3:  return "error notice";
-    default: return "unknown command " + number(frame.get(TCP_COMMAND, 4));
+    default: return "unknown command " + std::to_string(frame.get(TCP_COMMAND, 4));
     }
 }
 
 std::string nodesText(const Frame &frame)
 {
-    std::string text = ", client node " + number(frame.get(CLIENT_NODE, 4));
+    std::string text = ", client node " + std::to_string(frame.get(CLIENT_NODE, 4));
     if (frame.has(SERVER_NODE, 4))
-        text += ", PLC node " + number(frame.get(SERVER_NODE, 4));
+        text += ", PLC node " + std::to_string(frame.get(SERVER_NODE, 4));
     return text;
 }
 
@@ -172,21 +165,20 @@ public:
             return;
         const bool whole = frame_.has(offset, size);
         const std::size_t shown = whole ? size : frame_.size() - offset;
-        char line[64];
-        std::snprintf(line, sizeof line, "%6zu  %-12s %-15s ", offset, hexText(frame_.at(offset), shown).c_str(), name);
-        lines_ += line + (whole ? meaning : "(the frame ends here)") + "\n";
+        lines_ += fmt::format("{:6}  {:<12} {:<15} {}\n", offset, hexText(frame_.at(offset), shown), name,
+                              whole ? meaning : "(the frame ends here)");
     }
 
     void addNumber(std::size_t offset, std::size_t size, const char *name)
     {
-        add(offset, size, name, number(frame_.get(offset, size)));
+        add(offset, size, name, std::to_string(frame_.get(offset, size)));
     }
 
     void addData(std::size_t offset)
     {
         for (std::size_t at = offset; at < frame_.size(); at += BYTES_PER_LINE) {
             const std::size_t size = std::min(BYTES_PER_LINE, frame_.size() - at);
-            lines_ += number(static_cast<unsigned>(at), "%6u") + "  " + hexText(frame_.at(at), size) + "\n";
+            lines_ += fmt::format("{:6}  {}\n", at, hexText(frame_.at(at), size));
         }
     }
 
@@ -241,7 +233,7 @@ void addFinsBody(FieldTable &table, const Frame &frame)
     } else if (frame.command() == MEMORY_READ || frame.command() == MEMORY_WRITE) {
         addMemoryRequest(table, frame);
     } else if (frame.command() == RUN) {
-        table.add(RUN_PROGRAM, 2, "program", number(frame.get(RUN_PROGRAM, 2), "%04X"));
+        table.add(RUN_PROGRAM, 2, "program", fmt::format("{:04X}", frame.get(RUN_PROGRAM, 2)));
         table.add(RUN_MODE, 1, "mode", modeText(frame.get(RUN_MODE, 1)));
     } else {
         table.addData(FINS_END);
@@ -252,14 +244,7 @@ void addFinsBody(FieldTable &table, const Frame &frame)
 
 std::string hexText(const std::uint8_t *bytes, std::size_t size)
 {
-    static const char HEX[] = "0123456789ABCDEF";
-    std::string text;
-    for (std::size_t i = 0; i < size; ++i) {
-        text += i == 0 ? "" : " ";
-        text += HEX[bytes[i] >> 4];
-        text += HEX[bytes[i] & 15];
-    }
-    return text;
+    return fmt::format("{:02X}", fmt::join(bytes, bytes + size, " "));
 }
 
 std::string frameLine(const std::uint8_t *bytes, std::size_t size)
@@ -268,7 +253,7 @@ std::string frameLine(const std::uint8_t *bytes, std::size_t size)
     if (!frame.has(TCP_ERROR, 4) || frame.get(TCP_MAGIC, 4) != 0x46494E53)
         return "no FINS/TCP frame: " + hexText(bytes, size);
     const std::string error = frame.get(TCP_ERROR, 4) == 0 ? "" : ", FINS/TCP error " + errorText(frame);
-    const std::string sid = ", sid " + number(frame.get(FINS_SID, 1));
+    const std::string sid = ", sid " + std::to_string(frame.get(FINS_SID, 1));
     if (frame.isFins())
         return (frame.isReply() ? replyText(frame) : requestText(frame)) + sid + error;
     const bool hasNodes = frame.get(TCP_COMMAND, 4) <= 1 && frame.has(CLIENT_NODE, 4);
@@ -280,7 +265,7 @@ std::string frameFields(const std::uint8_t *bytes, std::size_t size)
     const Frame frame(bytes, size);
     FieldTable table(frame);
     table.add(TCP_MAGIC, 4, "magic", frame.get(TCP_MAGIC, 4) == 0x46494E53 ? "FINS" : "not FINS");
-    table.add(TCP_LENGTH, 4, "length", number(frame.get(TCP_LENGTH, 4)) + " bytes follow");
+    table.add(TCP_LENGTH, 4, "length", std::to_string(frame.get(TCP_LENGTH, 4)) + " bytes follow");
     table.add(TCP_COMMAND, 4, "TCP command", tcpCommandText(frame));
     table.add(TCP_ERROR, 4, "TCP error", errorText(frame));
     if (frame.isFins()) {

@@ -16,10 +16,19 @@ public:
     void forget() { owed_.fill(0); }
 
     /// A request went out, and its own reply was not received.
-    void unanswered(std::uint8_t sid);
+    void unanswered(std::uint8_t sid)
+    {
+        if (owed_[sid] < 255)
+            ++owed_[sid];
+    }
 
     /// A reply with another service ID than the request's has arrived: true if it is a late one. It is then settled.
-    bool settle(std::uint8_t sid);
+    bool settle(std::uint8_t sid)
+    {
+        const bool isOwed = owed_[sid] > 0;
+        owed_[sid] = static_cast<std::uint8_t>(owed_[sid] - (isOwed ? 1 : 0));
+        return isOwed;
+    }
 
 private:
     std::array<std::uint8_t, 256> owed_; // per service ID, at most 255

@@ -1,11 +1,6 @@
 #include "link/name_lookup.h"
 
-#include <sys/eventfd.h>
-#include <unistd.h>
-
 #include <cerrno>
-#include <cstdint>
-#include <stdexcept>
 #include <system_error>
 #include <thread>
 
@@ -26,18 +21,6 @@ NameLookup::Addresses NameLookup::ofNumbers(const std::string &host, const std::
     Addresses found;
     resolve(host, port, AI_NUMERICHOST | AI_NUMERICSERV, found);
     return found;
-}
-
-NameLookup::NameLookup(const std::string &host, const std::string &port)
-    : host_(host), port_(port), fd_(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC))
-{
-    if (fd_ < 0)
-        throw std::runtime_error("the system has no file descriptor left");
-}
-
-NameLookup::~NameLookup()
-{
-    close(fd_);
 }
 
 std::shared_ptr<NameLookup> NameLookup::begin(const std::string &host, const std::string &port)
@@ -67,9 +50,7 @@ void NameLookup::run()
         found_   = std::move(found);
         problem_ = problem;
     }
-    const std::uint64_t one = 1;
-    const ssize_t written = write(fd_, &one, sizeof one);
-    static_cast<void>(written);
+    ended_.stop();
 }
 
 NameLookup::Addresses NameLookup::take(std::string &problem)

@@ -1,6 +1,8 @@
 #ifndef RUNTIME_LINK_NAME_LOOKUP_H
 #define RUNTIME_LINK_NAME_LOOKUP_H
 
+#include "base/stop_signal.h"
+
 #include <netdb.h>
 
 #include <memory>
@@ -23,25 +25,21 @@ public:
     /// Begins to look the name up. Throws std::runtime_error if the system lacks a thread or a descriptor.
     static std::shared_ptr<NameLookup> begin(const std::string &host, const std::string &port);
 
-    ~NameLookup();
-    NameLookup(const NameLookup &) = delete;
-    NameLookup &operator=(const NameLookup &) = delete;
-
     bool isOf(const std::string &host, const std::string &port) const { return host_ == host && port_ == port; }
 
     /// Readable once the resolver has ended.
-    int fd() const { return fd_; }
+    int fd() const { return ended_.fd(); }
 
     /// The addresses, or null and why there are none. Once, and only after fd() was readable.
     Addresses take(std::string &problem);
 
 private:
-    NameLookup(const std::string &host, const std::string &port);
+    NameLookup(const std::string &host, const std::string &port) : host_(host), port_(port) {}
     void run();
 
     const std::string host_;
     const std::string port_;
-    int               fd_;
+    StopSignal        ended_;
     std::mutex        mutex_;
     Addresses         found_;
     std::string       problem_;

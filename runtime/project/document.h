@@ -3,6 +3,7 @@
 
 #include "base/problems.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -28,9 +29,18 @@ struct DataNode {
     std::vector<DataNode>    children; // of a table or an array
 
     /// The child of a table, or null.
-    const DataNode *find(const std::string &key) const;
+    const DataNode *find(const std::string &key) const
+    {
+        const auto found = std::find(keys.begin(), keys.end(), key);
+        return found == keys.end() ? nullptr : &children[static_cast<std::size_t>(found - keys.begin())];
+    }
 
-    void append(const std::string &key, Place keyPlace, const DataNode &child);
+    void append(const std::string &key, Place keyPlace, const DataNode &child)
+    {
+        keys.push_back(key);
+        keyPlaces.push_back(keyPlace);
+        children.push_back(child);
+    }
 };
 
 /// Parses TOML. A syntax error becomes a problem, and so does a text with control characters; the table is then empty.

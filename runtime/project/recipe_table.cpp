@@ -1,6 +1,7 @@
 #include "project/recipe_table.h"
 
 #include "base/csv_text.h"
+#include "base/numbers.h"
 #include "base/text_check.h"
 #include "base/usage_error.h"
 #include "project/recipe_file.h"
@@ -160,8 +161,7 @@ std::string tomlValue(const std::string &text, DataType type)
     qint64 whole = 0;
     double number = 0;
     const bool isWhole = text.find_first_not_of("-0123456789") == std::string::npos;
-    const bool fits = isWhole ? std::from_chars(text.data(), end, whole).ptr == end
-                                    && std::from_chars(text.data(), end, whole).ec == std::errc()
+    const bool fits = isWhole ? readNumber(text, whole)
                               : std::from_chars(text.data(), end, number).ptr == end
                                     && text.find_first_of("0123456789") != std::string::npos;
     const bool isBare = type == DataType::HEX || (isNumeric(type) && fits);

@@ -36,10 +36,8 @@ bool parseSetting(const Setting &setting, const std::string &text, double &value
 {
     if (setting.isWhole)
         return parseWhole(setting, text, value);
-    const char *end = text.data() + text.size();
     double number = 0;
-    const std::from_chars_result result = std::from_chars(text.data(), end, number);
-    if (result.ec != std::errc() || result.ptr != end || !isSet(setting, number)) // never for nan
+    if (!readNumber(text, number) || !isSet(setting, number)) // never for nan
         return false;
     value = number;
     return true;

@@ -3,7 +3,6 @@
 #include "base/numbers.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 
 const DataNode *TableReader::take(const std::string &key)
@@ -27,10 +26,8 @@ bool TableReader::text(const std::string &key, std::string &value)
     const DataNode *node = take(key);
     if (!node)
         return true;
-    if (node->kind != NodeKind::TEXT && node->kind != NodeKind::CELL) {
-        report(*node, "'" + key + "' is not a text; write it between quotes");
-        return false;
-    }
+    if (node->kind != NodeKind::TEXT && node->kind != NodeKind::CELL)
+        return report(*node, "'" + key + "' is not a text; write it between quotes");
     value = node->text;
     return true;
 }
@@ -43,9 +40,8 @@ bool TableReader::whole(const std::string &key, long minimum, long maximum, long
     const bool isWhole = node->kind == NodeKind::INTEGER || node->kind == NodeKind::CELL;
     if (isWhole && parseNumber(node->text, minimum, maximum, value))
         return true;
-    report(*node, "'" + key + "' is not a whole number from " + std::to_string(minimum) + " to "
-                      + std::to_string(maximum));
-    return false;
+    return report(*node, "'" + key + "' is not a whole number from " + std::to_string(minimum) + " to "
+                             + std::to_string(maximum));
 }
 
 bool TableReader::yesOrNo(const std::string &key, bool &value)
@@ -53,12 +49,10 @@ bool TableReader::yesOrNo(const std::string &key, bool &value)
     const DataNode *node = take(key);
     if (!node)
         return true;
-    const bool fits = node->kind == NodeKind::BOOLEAN;
-    if (fits)
-        value = node->text == "true";
-    else
-        report(*node, "'" + key + "' is neither true nor false, without quotes");
-    return fits;
+    if (node->kind != NodeKind::BOOLEAN)
+        return report(*node, "'" + key + "' is neither true nor false, without quotes");
+    value = node->text == "true";
+    return true;
 }
 
 bool TableReader::number(const std::string &key, double &value)
@@ -67,15 +61,18 @@ bool TableReader::number(const std::string &key, double &value)
     if (!node)
         return true;
     const bool fits = node->kind == NodeKind::INTEGER || node->kind == NodeKind::NUMBER || node->kind == NodeKind::CELL;
-    const char *end = node->text.data() + node->text.size();
     double parsed = 0;
-    const std::from_chars_result result = std::from_chars(node->text.data(), end, parsed);
-    if (!fits || result.ec != std::errc() || result.ptr != end || !std::isfinite(parsed)) {
-        report(*node, "'" + key + "' is not a number; write one such as 0.1, without quotes");
-        return false;
-    }
+    if (!fits || !readNumber(node->text, parsed) || !std::isfinite(parsed))
+        return report(*node, "'" + key + "' is not a number; write one such as 0.1, without quotes");
     value = parsed;
     return true;
+}
+
+bool TableReader::report(const DataNode &node, const std::string &text)
+{
+    problems_.add(file_, node.place, text);
+    sound_ = false;
+    return false;
 }
 
 void TableReader::refuseOthers()

@@ -22,6 +22,9 @@ public:
     /// Like take(), and a problem if it is missing.
     const DataNode *need(const std::string &key, const std::string &example);
 
+    /// False once something was reported.
+    bool isSound() const { return sound_; }
+
     /// Each returns false only if the value is wrong.
     bool text(const std::string &key, std::string &value);
     bool whole(const std::string &key, long minimum, long maximum, long &value);
@@ -31,13 +34,15 @@ public:
     /// Reports every key that nobody took, with those that are known.
     void refuseOthers();
 
-    void report(const DataNode &node, const std::string &text) { problems_.add(file_, node.place, text); }
+    /// Returns false.
+    bool report(const DataNode &node, const std::string &text);
 
 private:
     const DataNode    &table_;
     const std::string &file_;
     Problems          &problems_;
     std::vector<std::string> known_;
+    bool               sound_ = true;
 };
 
 #endif

@@ -19,13 +19,12 @@ public:
     bool read(Tag &tag);
 
 private:
-    bool readFormat(ValueFormat &format, bool isBit);
-    bool readOrders(OrderDefaults &orders);
-    bool readNumberForm(Tag &tag);
-    bool readLimit(const char *key, std::optional<double> &limit);
-    bool readAccess(bool &readOnly);
-    bool readItem(const std::string &regType, Tag &tag);
-    bool addressText(const DataNode &node, std::string &text);
+    void readFormat(ValueFormat &format, bool isBit);
+    void readOrder(const char *key, Order &order);
+    void readNumberForm(Tag &tag);
+    void readLimit(const char *key, std::optional<double> &limit);
+    void readAccess(bool &readOnly);
+    void readItem(const std::string &regType, Tag &tag);
 
     const DataNode &table_;
     TableReader     reader_;
@@ -35,136 +34,103 @@ private:
 bool TagReader::read(Tag &tag)
 {
     std::string regType;
-    const bool hasType = reader_.need("type", "type = \"DM\"") && reader_.text("type", regType);
-    const bool isBit   = isBitType(QString::fromStdString(regType));
-    bool sound = readFormat(tag.format, isBit);
-    sound = readNumberForm(tag) && sound;
-    sound = readItem(regType, tag) && sound;
-    sound = reader_.text("unit", tag.format.unit) && sound;
-    sound = readAccess(tag.readOnly) && sound;
-    sound = reader_.text("comment", tag.comment) && sound;
-    sound = reader_.text("screen", tag.screen) && sound;
-    return hasType && sound;
+    reader_.need("type", "type = \"DM\"");
+    reader_.text("type", regType);
+    readFormat(tag.format, isBitType(QString::fromStdString(regType)));
+    readNumberForm(tag);
+    readItem(regType, tag);
+    reader_.text("unit", tag.format.unit);
+    readAccess(tag.readOnly);
+    reader_.text("comment", tag.comment);
+    reader_.text("screen", tag.screen);
+    return reader_.isSound() && !regType.empty();
 }
 
-bool TagReader::readOrders(OrderDefaults &orders)
+void TagReader::readOrder(const char *key, Order &order)
 {
-    bool sound = true;
-    const auto readOrder = [&](const char *key, Order &order) {
-        std::string text;
-        const bool isText = reader_.text(key, text);
-        sound = isText && sound;
-        if (!isText || text.empty() || parseOrder(text, order))
-            return;
+    std::string text;
+    if (reader_.text(key, text) && !text.empty() && !parseOrder(text, order))
         reader_.report(*table_.find(key), "'" + text + "' is not an order; write low or high");
-        sound = false;
-    };
-    readOrder("word_order", orders.words);
-    readOrder("char_order", orders.characters);
-    return sound;
 }
 
-bool TagReader::readFormat(ValueFormat &format, bool isBit)
+void TagReader::readFormat(ValueFormat &format, bool isBit)
 {
     OrderDefaults orders = book_.orders();
     std::string data;
-    bool sound = reader_.text("data", data);
-    sound = readOrders(orders) && sound;
+    reader_.text("data", data);
+    readOrder("word_order", orders.words);
+    readOrder("char_order", orders.characters);
     if (isBit)
         format.type = DataType::BIT;
-    if (isBit && !data.empty()) {
-        reader_.report(*table_.find("data"), "a bit has no data type; remove 'data'");
-        sound = false;
-    } else if (!data.empty()) {
-        try {
+    try {
+        if (isBit && !data.empty())
+            throw UsageError("a bit has no data type; remove 'data'");
+        if (!data.empty())
             format = parseFormat(data, orders);
-        } catch (const UsageError &error) {
-            reader_.report(*table_.find("data"), error.what());
-            sound = false;
-        }
+    } catch (const UsageError &error) {
+        reader_.report(*table_.find("data"), error.what());
     }
-    return sound;
 }
 
-bool TagReader::readLimit(const char *key, std::optional<double> &limit)
+void TagReader::readLimit(const char *key, std::optional<double> &limit)
 {
     double number = 0;
-    if (!reader_.number(key, number))
-        return false;
-    if (reader_.take(key))
+    if (reader_.number(key, number) && reader_.take(key))
         limit = number;
-    return true;
 }
 
-bool TagReader::readAccess(bool &readOnly)
+void TagReader::readAccess(bool &readOnly)
 {
     std::string access = "rw";
-    if (!reader_.text("access", access))
-        return false;
+    if (reader_.text("access", access) && access != "r" && access != "rw")
+        reader_.report(*table_.find("access"), "'" + access + "' is not an access; write r (read only) or rw");
     readOnly = access == "r";
-    if (readOnly || access == "rw")
-        return true;
-    reader_.report(*table_.find("access"), "'" + access + "' is not an access; write r (read only) or rw");
-    return false;
 }
 
 // What only numbers have.
-bool TagReader::readNumberForm(Tag &tag)
+void TagReader::readNumberForm(Tag &tag)
 {
     ValueFormat &format = tag.format;
     long decimals = format.decimals;
-    bool sound = reader_.number("scale", format.scale);
-    if (format.scale == 0) {
+    reader_.number("scale", format.scale);
+    if (format.scale == 0)
         reader_.report(*table_.find("scale"), "'scale' is 0; write the value of one step, such as 0.1");
-        sound = false;
-    }
-    sound = reader_.number("offset", format.offset) && sound;
-    sound = reader_.whole("decimals", 0, DECIMALS_LIMIT, decimals) && sound;
+    reader_.number("offset", format.offset);
+    reader_.whole("decimals", 0, DECIMALS_LIMIT, decimals);
     format.decimals = static_cast<int>(decimals);
-    sound = readLimit("min", tag.minimum) && sound;
-    sound = readLimit("max", tag.maximum) && sound;
-    if (tag.minimum && tag.maximum && *tag.minimum > *tag.maximum) {
+    readLimit("min", tag.minimum);
+    readLimit("max", tag.maximum);
+    if (tag.minimum && tag.maximum && *tag.minimum > *tag.maximum)
         reader_.report(*table_.find("max"), "'max' is below 'min'; write the lowest value as min, the highest as max");
-        sound = false;
-    }
     for (const char *key : {"scale", "offset", "decimals", "min", "max"}) {
         const DataNode *node = reader_.take(key);
-        if (!node || isNumeric(format.type))
-            continue;
-        reader_.report(*node, "only numbers have '" + std::string(key) + "'; remove it, or change the type");
-        sound = false;
+        if (node && !isNumeric(format.type))
+            reader_.report(*node, "only numbers have '" + std::string(key) + "'; remove it, or change the type");
     }
-    return sound;
 }
 
-// A point in a TOML number would lose the difference of 10.1 and 10.10.
-bool TagReader::addressText(const DataNode &node, std::string &text)
-{
-    text = node.text;
-    if (node.kind == NodeKind::INTEGER || node.kind == NodeKind::TEXT || node.kind == NodeKind::CELL)
-        return true;
-    reader_.report(node, "'address' is not an address; write a word as a number, and a bit as a text such as \"10.5\"");
-    return false;
-}
-
-bool TagReader::readItem(const std::string &regType, Tag &tag)
+void TagReader::readItem(const std::string &regType, Tag &tag)
 {
     const DataNode *address = reader_.need("address", "address = 100");
     long count = 1;
     const bool hasCount = reader_.whole("count", 1, COUNT_LIMIT, count);
-    std::string text;
-    if (!address || !addressText(*address, text) || !hasCount || regType.empty())
-        return false;
+    if (!address)
+        return;
+    // A point in a TOML number would lose the difference of 10.1 and 10.10.
+    if (address->kind != NodeKind::INTEGER && address->kind != NodeKind::TEXT && address->kind != NodeKind::CELL) {
+        reader_.report(*address, "'address' is not an address; write a word as a number, and a bit as a text such as "
+                                 "\"10.5\"");
+        return;
+    }
+    if (!hasCount || regType.empty())
+        return;
     try {
-        const std::string item = regType + ":" + text + (count > 1 ? ":" + std::to_string(count) : "");
+        const std::string item = regType + ":" + address->text + (count > 1 ? ":" + std::to_string(count) : "");
         tag.item = parseItem(book_.library(), item, Access::WRITE, wordsPerValue(tag.format.type));
-        return true;
     } catch (const UnknownTypeError &error) {
         reader_.report(*table_.find("type"), error.what());
-        return false;
     } catch (const UsageError &error) {
         reader_.report(*address, error.what());
-        return false;
     }
 }
 

@@ -5,7 +5,6 @@
 #include "common/toml_text.h"
 
 #include <algorithm>
-#include <tuple>
 
 namespace {
 
@@ -18,20 +17,9 @@ DataNode convert(const toml::node &node);
 
 DataNode convertTable(const toml::table &table)
 {
-    struct Member {
-        Place            place;
-        std::string      key;
-        const toml::node *value;
-    };
-    std::vector<Member> members;
-    for (const auto &[key, value] : table)
-        members.push_back({placeOf(key.source()), std::string(key.str()), &value});
-    std::sort(members.begin(), members.end(), [](const Member &a, const Member &b) {
-        return std::tie(a.place.line, a.place.column) < std::tie(b.place.line, b.place.column);
-    });
     DataNode converted;
-    for (const Member &member : members)
-        converted.append(member.key, member.place, convert(*member.value));
+    for (const TomlMember &member : membersOf(table))
+        converted.append(std::string(member.key->str()), placeOf(member.key->source()), convert(*member.value));
     return converted;
 }
 

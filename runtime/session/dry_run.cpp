@@ -7,28 +7,18 @@
 #include "session/watch_plan.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <fmt/format.h>
 
 static const qint32 REQUEST_ID_WRITE = 2;
-
-static std::string hex(const quint8 *from, int size, const char *separator)
-{
-    std::string text;
-    for (int i = 0; i < size; ++i) {
-        char byte[4];
-        std::snprintf(byte, sizeof byte, "%02X", from[i]);
-        text += (i > 0 ? separator : "") + std::string(byte);
-    }
-    return text;
-}
 
 std::string writeFrameText(const FRAME_PRO &request)
 {
     const int size = std::clamp<qint32>(request.sendLen, MEM_DATA, VALUE_BUFFER_SIZE);
     const quint8 *frame = request.frame;
-    return itemText(request.regType, request.address, request.count) + ": area " + hex(frame + MEM_AREA, 1, "")
-           + ", wire address " + hex(frame + MEM_WORD, 2, "") + " " + hex(frame + MEM_BIT, 1, "") + ", count "
-           + hex(frame + MEM_COUNT, 2, "") + ", bytes " + hex(frame + MEM_DATA, size - MEM_DATA, " ");
+    return fmt::format("{}: area {:02X}, wire address {:04X} {:02X}, count {:04X}, bytes {:02X}",
+                       itemText(request.regType, request.address, request.count), frame[MEM_AREA],
+                       get16(frame + MEM_WORD), frame[MEM_BIT], get16(frame + MEM_COUNT),
+                       fmt::join(frame + MEM_DATA, frame + size, " "));
 }
 
 DryRun::DryRun(const DriverLibrary &library, const LinkOptions &options) : library_(library), options_(options)

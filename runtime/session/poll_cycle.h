@@ -11,7 +11,19 @@
 class PollCycle {
 public:
     /// A block of the poll has been read.
-    void note(const QString &regType, qint32 address, TimePoint now);
+    void note(const QString &regType, qint32 address, TimePoint now)
+    {
+        if (running_ && (regType != regType_ || address != address_))
+            return;
+        if (running_) {
+            latest_ = std::chrono::duration_cast<Micros>(now - start_);
+            all_.add(latest_);
+        }
+        running_ = true;
+        regType_ = regType;
+        address_ = address;
+        start_   = now;
+    }
 
     /// The link or the poll has changed: the cycle in progress does not count.
     void restart() { running_ = false; }

@@ -1,6 +1,6 @@
 #include "session/statistics.h"
 
-#include <cstdio>
+#include <fmt/format.h>
 
 void Statistics::noteError(const std::string &text)
 {
@@ -16,28 +16,20 @@ unsigned long Statistics::errorCount() const
     return sum;
 }
 
-static std::string oneDecimal(double number)
-{
-    char text[32];
-    std::snprintf(text, sizeof text, "%.1f", number);
-    return text;
-}
-
 std::string Statistics::text(std::chrono::milliseconds elapsed) const
 {
-    std::string lines = "statistics of " + oneDecimal(static_cast<double>(elapsed.count()) / 1000.0) + " s\n";
-    lines += "  link         connections " + std::to_string(connections) + ", reconnects "
-             + std::to_string(reconnects()) + ", lost or not made " + std::to_string(losses) + "\n";
-    lines += "  requests     " + std::to_string(requests) + ", retries " + std::to_string(retries) + ", "
-             + oneDecimal(perSecond(requests, elapsed)) + " a second\n";
-    lines += "  replies      " + std::to_string(replies) + ", refused " + std::to_string(refused) + "\n";
-    lines += "  rejected     " + std::to_string(rejected()) + ", missing " + std::to_string(missing) + ", wrong "
-             + std::to_string(wrong) + "\n";
-    lines += "  words        read " + std::to_string(wordsRead) + ", written " + std::to_string(wordsWritten) + ", "
-             + oneDecimal(perSecond(wordsRead + wordsWritten, elapsed)) + " a second\n";
+    std::string lines = fmt::format("statistics of {:.1f} s\n", static_cast<double>(elapsed.count()) / 1000.0);
+    lines += fmt::format("  link         connections {}, reconnects {}, lost or not made {}\n", connections, reconnects(),
+                         losses);
+    lines += fmt::format("  requests     {}, retries {}, {:.1f} a second\n", requests, retries,
+                         perSecond(requests, elapsed));
+    lines += fmt::format("  replies      {}, refused {}\n", replies, refused);
+    lines += fmt::format("  rejected     {}, missing {}, wrong {}\n", rejected(), missing, wrong);
+    lines += fmt::format("  words        read {}, written {}, {:.1f} a second\n", wordsRead, wordsWritten,
+                         perSecond(wordsRead + wordsWritten, elapsed));
     if (roundTrips.count() > 0)
         lines += "  round trip   " + spreadText(roundTrips) + " ms\n";
     for (const auto &[error, count] : errors_)
-        lines += "  error        " + std::to_string(count) + " x " + error + "\n";
+        lines += fmt::format("  error        {} x {}\n", count, error);
     return lines;
 }

@@ -21,6 +21,11 @@ bool stepUntil(Runtime &runtime, TimePoint giveUp, Condition done)
 }
 
 /// Why a command ended before its work was done: "interrupted", "no answer in time" and such.
-std::string endedEarly(const Runtime &runtime);
+inline std::string endedEarly(const Runtime &runtime)
+{
+    if (runtime.isStopped())
+        return "interrupted";
+    return runtime.isUnreachable() ? "there is no PLC to connect to" : "no answer in time";
+}
 
 #endif

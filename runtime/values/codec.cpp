@@ -1,5 +1,9 @@
 #include "values/codec.h"
 
+#include "base/numbers.h"
+
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -148,9 +152,7 @@ bool parseWhole(const std::string &text, bool &negative, quint64 &size)
 template <typename Float>
 bool parseDecimal(const std::string &text, Float &value)
 {
-    const char *end = text.data() + text.size();
-    const std::from_chars_result result = std::from_chars(text.data(), end, value);
-    return result.ec == std::errc() && result.ptr == end && std::isfinite(value);
+    return readNumber(text, value) && std::isfinite(value);
 }
 
 // The number as it lies in the PLC's words, in two's complement where it is negative.
@@ -359,31 +361,22 @@ std::string decodeString(const ValueFormat &format, const std::vector<quint8> &b
     characters.resize(characters.find_last_not_of('\0') + 1);
     std::string text = "\"";
     for (const char c : characters) {
-        char hex[8];
-        std::snprintf(hex, sizeof hex, "\\x%02X", static_cast<unsigned>(static_cast<unsigned char>(c)));
         if (c == '"' || c == '\\')
             text += std::string("\\") + c;
         else
-            text += c >= ' ' && c <= '~' ? std::string(1, c) : hex;
+            text += c >= ' ' && c <= '~' ? std::string(1, c) : fmt::format("\\x{:02X}", static_cast<unsigned char>(c));
     }
     return text + '"';
 }
 
 std::string bitsText(quint64 word)
 {
-    std::string text;
-    for (int bit = BITS_PER_WORD - 1; bit >= 0; --bit) {
-        text += (word >> bit & 1) != 0 ? '1' : '0';
-        text += bit % 4 == 0 && bit > 0 ? "_" : "";
-    }
-    return text;
+    return fmt::format("{:04b}_{:04b}_{:04b}_{:04b}", word >> 12 & 15, word >> 8 & 15, word >> 4 & 15, word & 15);
 }
 
 std::string hexText(quint64 raw, qint32 words)
 {
-    char text[24];
-    std::snprintf(text, sizeof text, "0x%0*llX", 4 * words, static_cast<unsigned long long>(raw));
-    return text;
+    return fmt::format("0x{:0{}X}", raw, 4 * words);
 }
 
 std::string convertedText(const ValueFormat &format, long double raw)
@@ -399,8 +392,7 @@ std::string floatText(const ValueFormat &format, quint64 raw)
     std::memcpy(&value, &bits, sizeof value);
     if (isConverted(format))
         return convertedText(format, static_cast<long double>(value));
-    char text[64];
-    return std::string(text, std::to_chars(text, text + sizeof text, value).ptr);
+    return shortestText(value);
 }
 
 std::string bcdText(const ValueFormat &format, quint64 raw)

@@ -25,28 +25,26 @@ std::string entryName(const RecipeEntry &entry)
 
 std::size_t findOverlap(const std::vector<RecipeEntry> &entries, std::string &reason)
 {
-    std::vector<Item> items;
-    items.reserve(entries.size());
-    for (const RecipeEntry &entry : entries)
-        items.push_back(entry.item);
-    try {
-        refuseOverlaps(items);
-        return entries.size();
-    } catch (const UsageError &error) {
-        reason = error.what();
-    }
-    // The shortest beginning that overlaps, between `sound` items that do not and `broken` that do.
-    std::size_t sound  = 0;
-    std::size_t broken = items.size();
-    while (broken - sound > 1) {
-        const std::size_t middle = (sound + broken) / 2;
+    const auto overlaps = [&](std::size_t count) { // of so many entries
+        std::vector<Item> items;
+        for (std::size_t i = 0; i < count; ++i)
+            items.push_back(entries[i].item);
         try {
-            refuseOverlaps(std::vector<Item>(items.begin(), items.begin() + static_cast<std::ptrdiff_t>(middle)));
-            sound = middle;
+            refuseOverlaps(items);
+            return false;
         } catch (const UsageError &error) {
             reason = error.what();
-            broken = middle;
+            return true;
         }
+    };
+    // The shortest beginning that overlaps, between `sound` items that do not and `broken` that do.
+    std::size_t sound  = 0;
+    std::size_t broken = entries.size();
+    if (!overlaps(broken))
+        return broken;
+    while (broken - sound > 1) {
+        const std::size_t middle = (sound + broken) / 2;
+        (overlaps(middle) ? broken : sound) = middle;
     }
     return broken - 1;
 }

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <charconv>
 #include <cmath>
 
 // "a value from 0 to 100 %", what the limits of the tag allow.
@@ -20,8 +19,7 @@ static std::string allowedText(const Tag &tag)
 static std::string brokenLimit(const Tag &tag, const std::string &value)
 {
     long double number = 0;
-    const char *end = value.data() + value.size();
-    if (std::from_chars(value.data(), end, number).ptr != end || !std::isfinite(number))
+    if (!readNumber(value, number) || !std::isfinite(number))
         return "no number";
     if (tag.minimum && number < *tag.minimum)
         return "below the tag's min of " + withUnit(shortestText(*tag.minimum), tag.format);
@@ -100,13 +98,12 @@ ValueFormat TagBook::formatOf(const Parts &parts) const
         return bit;
     if (!parts.hasType)
         return format_;
-    ValueFormat format = parseFormat(parts.type, orders_);
-    if (!isNumeric(format.type))
-        return format;
-    format.scale    = format_.scale;
-    format.offset   = format_.offset;
-    format.decimals = format_.decimals;
-    format.unit     = format_.unit;
+    const ValueFormat typed = parseFormat(parts.type, orders_);
+    if (!isNumeric(typed.type))
+        return typed;
+    ValueFormat format = format_;
+    format.type  = typed.type;
+    format.order = typed.order;
     return format;
 }
 

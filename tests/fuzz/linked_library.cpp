@@ -4,15 +4,16 @@
 // too. Stands in for the panel's own, which loads the library by its file name.
 
 DriverLibrary::DriverLibrary(const std::string &file)
-    : getProtocolType(&intf_getProtocolType), getDriverParameter(&intf_getDriverParameter),
+    : file_(file), copy_(-1),
+      getProtocolType(&intf_getProtocolType), getDriverParameter(&intf_getDriverParameter),
       getDriverPropertyPage(&intf_getDriverPropertyPage), setDriverPropertyPage(&intf_SetDriverPropertyPage),
       setAddrValueChangeCallBack(&intf_setAddrValueChangeCallBack), initProperty(&intf_initProperty),
       checkAddrValidity(&intf_checkAddrValidity), checkAddr(&intf_checkAddr),
       getRegListByType(&intf_getRegListByType), getRegDiscription(&intf_getRegDiscription),
       multiCopy(&intf_multiCopy), addrMerge(&intf_addrMerge), setRcpAddress(&intf_setRcpAddress),
       getSendFrame(&intf_getSendFrame), dealRcvFrame(&intf_dealRcvFrame), getData(&intf_getData),
-      setData(&intf_setData), addConditionRead(&intf_addConditionRead), handle_(nullptr), file_(file)
+      setData(&intf_setData), addConditionRead(&intf_addConditionRead)
 {
 }
 
-DriverLibrary::~DriverLibrary() {}
+void DriverLibrary::Unload::operator()(void *) const {}

@@ -1,5 +1,7 @@
 #include "common/file_reader.h"
 
+#include "common/descriptor.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -8,29 +10,6 @@
 #include <cstring>
 
 namespace {
-
-// An open file, closed at the end of the block.
-class OpenFile {
-public:
-    // Without O_NONBLOCK the open itself would wait for the writer of a pipe.
-    explicit OpenFile(const std::string &file)
-        : fd_(open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC))
-    {
-    }
-
-    ~OpenFile()
-    {
-        if (fd_ >= 0)
-            close(fd_);
-    }
-    OpenFile(const OpenFile &) = delete;
-    OpenFile &operator=(const OpenFile &) = delete;
-
-    int fd() const { return fd_; }
-
-private:
-    int fd_;
-};
 
 FileContent systemProblem()
 {
@@ -41,16 +20,17 @@ FileContent systemProblem()
 
 FileContent readWholeFile(const std::string &file, std::size_t maxBytes)
 {
-    const OpenFile opened(file);
+    // Without O_NONBLOCK the open itself would wait for the writer of a pipe.
+    const Descriptor opened(open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     struct stat kind = {};
-    if (opened.fd() < 0 || fstat(opened.fd(), &kind) != 0)
+    if (opened.get() < 0 || fstat(opened.get(), &kind) != 0)
         return systemProblem();
     if (!S_ISREG(kind.st_mode))
         return {"", "is not a regular file; name a file of text"};
     FileContent content;
     char part[65536];
     for (;;) {
-        const ssize_t size = read(opened.fd(), part, sizeof part);
+        const ssize_t size = read(opened.get(), part, sizeof part);
         if (size < 0 && errno == EINTR)
             continue;
         if (size < 0)

@@ -1,5 +1,6 @@
 #include "common/toml_text.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -55,4 +56,15 @@ std::optional<TomlProblem> parseTomlText(const std::string &text, toml::table *p
         return TomlProblem{brokenLine(text), 1, notToml + error.what()};
     }
     return std::nullopt;
+}
+
+std::vector<TomlMember> membersOf(const toml::table &table)
+{
+    std::vector<TomlMember> members;
+    for (auto entry = table.cbegin(); entry != table.cend(); ++entry)
+        members.push_back({&entry->first, &entry->second});
+    std::sort(members.begin(), members.end(), [](const TomlMember &a, const TomlMember &b) {
+        return a.key->source().begin < b.key->source().begin;
+    });
+    return members;
 }

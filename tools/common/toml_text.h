@@ -19,4 +19,13 @@
 /// Parses `text` into `parsed`. Returns the first thing that is wrong; then `parsed` is as it was.
 std::optional<TomlProblem> parseTomlText(const std::string &text, toml::table *parsed);
 
+/// One key of a table with its value.
+struct TomlMember {
+    const toml::key  *key;
+    const toml::node *value;
+};
+
+/// The members in the order of the file.
+std::vector<TomlMember> membersOf(const toml::table &table);
+
 #endif

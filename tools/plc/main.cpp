@@ -54,15 +54,20 @@ private:
     std::chrono::milliseconds period;
 };
 
+// Says on standard error what is in the way. Returns false.
+bool refuse(const std::string &text)
+{
+    std::cerr << "fins_plc: " << text << std::endl;
+    return false;
+}
+
 // Sets a place of the project; a command line with a smaller profile than the project's may have left no room for it.
 bool setContents(Memory &memory, const std::vector<Content> &contents)
 {
     for (const Content &content : contents) {
-        if (content.place.first + content.place.count > memory.itemsOf(content.place)) {
-            std::cerr << "fins_plc: " << placeText(content.place) << " of the project is not in the profile's memory; "
-                      << "choose another --profile" << std::endl;
-            return false;
-        }
+        if (content.place.first + content.place.count > memory.itemsOf(content.place))
+            return refuse(placeText(content.place) + " of the project is not in the profile's memory; choose another "
+                                                     "--profile");
         for (unsigned i = 0; i < content.place.count; ++i)
             memory.set(content.place, i, content.values[i]);
     }
@@ -84,47 +89,34 @@ bool openRecording(const Options &options, ConnectionOptions *connection)
 {
     if (options.recordFile.empty())
         return true;
-    if (isInputFile(options.recordFile, options)) {
-        std::cerr << "fins_plc: --record: " << options.recordFile
-                  << " is the file of --replay or --project and would be lost; choose another one" << std::endl;
-        return false;
-    }
+    if (isInputFile(options.recordFile, options))
+        return refuse("--record: " + options.recordFile
+                      + " is the file of --replay or --project and would be lost; choose another one");
     errno = 0;
     connection->recorder = std::make_shared<Recorder>(options.recordFile, options.recordLimitKiB * 1024ull);
     if (connection->recorder->isOpen())
         return true;
-    std::cerr << "fins_plc: --record: cannot write " << options.recordFile << ": " << std::strerror(errno)
-              << std::endl;
-    return false;
+    return refuse("--record: cannot write " + options.recordFile + ": " + std::strerror(errno));
 }
 
 bool loadReplay(const std::string &file, Replay &replay)
 {
     errno = 0;
     std::ifstream text(file, std::ios::binary);
-    if (!text || text.peek() == std::ifstream::traits_type::eof()) {
-        std::cerr << "fins_plc: --replay: cannot read " << file << ": "
-                  << (errno != 0 ? std::strerror(errno) : "it is empty") << std::endl;
-        return false;
-    }
+    if (!text || text.peek() == std::ifstream::traits_type::eof())
+        return refuse("--replay: cannot read " + file + ": " + (errno != 0 ? std::strerror(errno) : "it is empty"));
     const std::string wrong = replay.load(text, file);
-    if (!wrong.empty())
-        std::cerr << "fins_plc: --replay: " << wrong << std::endl;
-    return wrong.empty();
+    return wrong.empty() || refuse("--replay: " + wrong);
 }
 
 bool checkTerminal(const Options &options)
 {
     if (!options.isViewed)
         return true;
-    if (!Terminal::isUsable()) {
-        std::cerr << "fins_plc: --view needs a terminal on standard output; run it in one, with TERM set" << std::endl;
-        return false;
-    }
-    if (options.connection.isTraced && isatty(STDERR_FILENO)) {
-        std::cerr << "fins_plc: --trace would write into the view; add 2>FILE to keep the trace" << std::endl;
-        return false;
-    }
+    if (!Terminal::isUsable())
+        return refuse("--view needs a terminal on standard output; run it in one, with TERM set");
+    if (options.connection.isTraced && isatty(STDERR_FILENO))
+        return refuse("--trace would write into the view; add 2>FILE to keep the trace");
     return true;
 }
 

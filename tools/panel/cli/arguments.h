@@ -54,6 +54,10 @@ struct Arguments {
     std::string              completed; // the kind of names to list
 };
 
+/// The commands of the program with their options and help texts. What the user gives goes to `arguments`, and the
+/// command that was given becomes their action.
+void addCommands(CLI::App &app, Arguments &arguments);
+
 /// Reads the project file, if one was given. Its settings count where their options were not given.
 void applyProject(CLI::App &command, Arguments &arguments);
 

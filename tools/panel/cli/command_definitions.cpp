@@ -1,6 +1,5 @@
-#include "cli/command_definitions.h"
+#include "cli/arguments.h"
 
-#include "cli/command_options.h"
 #include "cli/options.h"
 
 namespace {
@@ -10,6 +9,13 @@ Millis millis(double seconds)
     return std::chrono::duration_cast<Millis>(std::chrono::duration<double>(seconds));
 }
 
+// What is done once all that was given is settled.
+template <typename Action>
+void onCommand(CLI::App &command, Arguments &arguments, Action action)
+{
+    command.callback([&arguments, action] { arguments.action = action; });
+}
+
 // ---- Commands with a link ----------------------------------------------------------------------------------------
 
 void addLink(CLI::App &app, Arguments &arguments)
@@ -17,10 +23,8 @@ void addLink(CLI::App &app, Arguments &arguments)
     CLI::App *command = app.add_subcommand("link", "Try the link to a PLC step by step, and say what is wrong with it");
     addLinkOptions(*command, arguments, settings::READ_WORDS);
     addSetting(*command, settings::ROUND_TRIPS, arguments.roundTrips);
-    command->callback([&arguments] {
-        arguments.action = [&arguments](const DriverLibrary &library) {
-            return runLink(library, arguments.link, arguments.roundTrips);
-        };
+    onCommand(*command, arguments, [&arguments](const DriverLibrary &library) {
+        return runLink(library, arguments.link, arguments.roundTrips);
     });
 }
 
@@ -31,17 +35,14 @@ void addWatchForm(CLI::App &command, Arguments &arguments)
     CLI::Option *csv   = command.add_flag("--csv", "comma-separated values");
     lines->excludes(json)->excludes(csv);
     json->excludes(csv);
-    command.callback([&arguments, lines, json, csv] {
+    onCommand(command, arguments, [&arguments, lines, json, csv](const DriverLibrary &) {
         if (*lines)
-            arguments.watch.format = WatchFormat::LINES;
+            arguments.watch.format = LineFormat::PLAIN;
         if (*json || *csv)
-            arguments.watch.format = *json ? WatchFormat::JSON : WatchFormat::CSV;
-        arguments.action = [&arguments](const DriverLibrary &library) {
-            arguments.link.interval     = Millis(arguments.intervalMs);
-            arguments.link.refusedPause = millis(arguments.retryRefused);
-            arguments.watch.book        = arguments.book.get();
-            return runWatch(library, arguments.link, arguments.watch);
-        };
+            arguments.watch.format = *json ? LineFormat::JSON : LineFormat::CSV;
+        arguments.link.interval     = Millis(arguments.intervalMs);
+        arguments.link.refusedPause = millis(arguments.retryRefused);
+        return runWatch(*arguments.book, arguments.link, arguments.watch);
     });
 }
 
@@ -50,8 +51,9 @@ void addWatch(CLI::App &app, Arguments &arguments)
     CLI::App *command = app.add_subcommand("watch",
                                            "Watch values: a live table on a terminal, else a line for every change");
     addLinkOptions(*command, arguments, settings::READ_WORDS);
-    addItems(*command, arguments.watch.items,
-             "items to watch; a line is time (UTC), item, old and new value, '-' being the old one of a first value");
+    command->add_option("items", arguments.watch.items,
+                        "items to watch; a line is time (UTC), item, old and new value, '-' being the old one of a "
+                        "first value");
     addSetting(*command, settings::WATCH_FOR, arguments.watch.forSeconds);
     addSetting(*command, settings::CHANGES, arguments.watch.changes);
     addSetting(*command, settings::INTERVAL, arguments.intervalMs);
@@ -73,12 +75,9 @@ void addBench(CLI::App &app, Arguments &arguments)
     addSetting(*command, settings::BENCH_WORDS, arguments.bench.words);
     addSettings(*command, settings::BENCH_SIZES, arguments.bench.sizes);
     addSetting(*command, settings::BENCH_FOR, arguments.bench.forSeconds);
-    command->callback([&arguments] {
-        arguments.action = [&arguments](const DriverLibrary &library) {
-            arguments.bench.book  = arguments.book.get();
-            arguments.bench.items = arguments.items;
-            return runBench(library, arguments.link, millis(arguments.giveUp), arguments.bench);
-        };
+    onCommand(*command, arguments, [&arguments](const DriverLibrary &) {
+        arguments.bench.items = arguments.items;
+        return runBench(*arguments.book, arguments.link, millis(arguments.giveUp), arguments.bench);
     });
 }
 
@@ -87,12 +86,10 @@ void addRead(CLI::App &app, Arguments &arguments)
     CLI::App *command = app.add_subcommand("read", "Read items once: ITEM = VALUE ...");
     addLinkOptions(*command, arguments, settings::READ_WORDS);
     addSetting(*command, settings::GIVE_UP, arguments.giveUp);
-    addItems(*command, arguments.items, "items to read");
+    command->add_option("items", arguments.items, "items to read");
     addValueOptions(*command, arguments.values);
-    command->callback([&arguments] {
-        arguments.action = [&arguments](const DriverLibrary &) {
-            return runRead(*arguments.book, arguments.link, millis(arguments.giveUp), arguments.items);
-        };
+    onCommand(*command, arguments, [&arguments](const DriverLibrary &) {
+        return runRead(*arguments.book, arguments.link, millis(arguments.giveUp), arguments.items);
     });
 }
 
@@ -102,17 +99,16 @@ void addWrite(CLI::App &app, Arguments &arguments)
                                            "Write values and read them back: ITEM = VALUE ... as the PLC holds it");
     addLinkOptions(*command, arguments, settings::WRITE_WORDS);
     addSetting(*command, settings::GIVE_UP, arguments.giveUp);
-    addItems(*command, arguments.items, "ITEM=VALUE[,VALUE...]; words -32768 to 65535 or 0x0 to 0xFFFF, bits 0 or 1");
+    command->add_option("items", arguments.items,
+                        "ITEM=VALUE[,VALUE...]; words -32768 to 65535 or 0x0 to 0xFFFF, bits 0 or 1");
     addValueOptions(*command, arguments.values);
     addDryRun(*command, arguments.write.dryRun);
     addConfirm(*command, arguments.write.confirm);
     addModeChange(*command, arguments);
     addKeepGoing(*command, arguments.write.keepGoing);
-    command->callback([&arguments] {
-        arguments.action = [&arguments](const DriverLibrary &) {
-            arguments.write.writes = arguments.items;
-            return runWrite(*arguments.book, arguments.link, millis(arguments.giveUp), arguments.write);
-        };
+    onCommand(*command, arguments, [&arguments](const DriverLibrary &) {
+        arguments.write.writes = arguments.items;
+        return runWrite(*arguments.book, arguments.link, millis(arguments.giveUp), arguments.write);
     });
 }
 
@@ -136,11 +132,9 @@ void addRecipeTransfer(CLI::App &recipe, Arguments &arguments, RecipeTask task, 
         addModeChange(*command, arguments);
         command->add_flag("--table", arguments.recipe.table, "differences as a table, as on a terminal");
     }
-    command->callback([&arguments, task] {
-        arguments.action = [&arguments, task](const DriverLibrary &) {
-            arguments.recipe.task = task;
-            return runRecipe(*arguments.book, arguments.link, millis(arguments.giveUp), arguments.recipe);
-        };
+    onCommand(*command, arguments, [&arguments, task](const DriverLibrary &) {
+        arguments.recipe.task = task;
+        return runRecipe(*arguments.book, arguments.link, millis(arguments.giveUp), arguments.recipe);
     });
 }
 
@@ -154,16 +148,12 @@ void addRecipe(CLI::App &app, Arguments &arguments)
     addRecipeTransfer(*recipe, arguments, RecipeTask::COMPARE, "compare", "Show where the PLC differs from a recipe");
     CLI::App *list = recipe->add_subcommand("list", "List the recipes of the project");
     addProjectOption(*list, arguments);
-    list->callback([&arguments] {
-        arguments.action = [&arguments](const DriverLibrary &) { return runRecipeList(arguments.recipe.project); };
-    });
+    onCommand(*list, arguments, [&arguments](const DriverLibrary &) { return runRecipeList(arguments.recipe.project); });
     CLI::App *show = recipe->add_subcommand("show", "Show the variables and values of a recipe");
     addProjectOption(*show, arguments);
     show->add_option("file", arguments.recipe.file, "recipe file, or a recipe of the project")->required();
-    show->callback([&arguments] {
-        arguments.action = [&arguments](const DriverLibrary &) {
-            return runRecipeShow(*arguments.book, arguments.recipe);
-        };
+    onCommand(*show, arguments, [&arguments](const DriverLibrary &) {
+        return runRecipeShow(*arguments.book, arguments.recipe);
     });
 }
 
@@ -173,10 +163,8 @@ void addFiles(CLI::App &app, Arguments &arguments)
 {
     CLI::App *check = app.add_subcommand("check-project", "Check a project file without a PLC, and show every error");
     check->add_option("file", arguments.file, "project file (TOML)")->required();
-    check->callback([&arguments] {
-        arguments.action = [&arguments](const DriverLibrary &library) {
-            return runCheckProject(library, arguments.file);
-        };
+    onCommand(*check, arguments, [&arguments](const DriverLibrary &library) {
+        return runCheckProject(library, arguments.file);
     });
     CLI::App *import = app.add_subcommand("import-tags", "Turn a CSV list of tags into the TOML of a project file");
     import
@@ -186,10 +174,8 @@ void addFiles(CLI::App &app, Arguments &arguments)
         ->required();
     import->add_option("--output", arguments.output, "file for the tags; standard output by default")
         ->type_name("FILE");
-    import->callback([&arguments] {
-        arguments.action = [&arguments](const DriverLibrary &library) {
-            return runImportTags(library, arguments.file, arguments.output);
-        };
+    onCommand(*import, arguments, [&arguments](const DriverLibrary &library) {
+        return runImportTags(library, arguments.file, arguments.output);
     });
 }
 
@@ -197,25 +183,21 @@ void addCheck(CLI::App &app, Arguments &arguments)
 {
     CLI::App *check = app.add_subcommand("check", "Check items without a PLC");
     addProjectOption(*check, arguments);
-    addItems(*check, arguments.items, "items to check");
+    check->add_option("items", arguments.items, "items to check");
     addValueOptions(*check, arguments.values);
-    check->callback([&arguments] {
-        arguments.action = [&arguments](const DriverLibrary &) { return runCheck(*arguments.book, arguments.items); };
-    });
+    onCommand(*check, arguments, [&arguments](const DriverLibrary &) { return runCheck(*arguments.book, arguments.items); });
 }
 
 void addLists(CLI::App &app, Arguments &arguments)
 {
     CLI::App *types = app.add_subcommand("types", "List the register types with their ranges and notations");
-    types->callback([&arguments] { arguments.action = runTypes; });
+    onCommand(*types, arguments, runTypes);
     CLI::App *copies = app.add_subcommand("copies", "List the addresses of several copies of a variable");
     copies->add_option("item", arguments.copiesItem, "TYPE:ADDRESS of the first copy")->required();
     addSetting(*copies, settings::COPIES, arguments.copies)->required();
     addSetting(*copies, settings::STEP, arguments.step);
-    copies->callback([&arguments] {
-        arguments.action = [&arguments](const DriverLibrary &library) {
-            return runCopies(library, arguments.copiesItem, arguments.copies, arguments.step);
-        };
+    onCommand(*copies, arguments, [&arguments](const DriverLibrary &library) {
+        return runCopies(library, arguments.copiesItem, arguments.copies, arguments.step);
     });
 }
 
@@ -225,10 +207,8 @@ void addCompletion(CLI::App &app, Arguments &arguments)
     complete->group(""); // not for people, and in no help
     addProjectOption(*complete, arguments);
     complete->add_option("kind", arguments.completed)->required()->check(CLI::IsMember({"tags", "recipes"}));
-    complete->callback([&arguments] {
-        arguments.action = [&arguments](const DriverLibrary &) {
-            return runComplete(*arguments.book, arguments.project, arguments.completed == "recipes");
-        };
+    onCommand(*complete, arguments, [&arguments](const DriverLibrary &) {
+        return runComplete(*arguments.book, arguments.project, arguments.completed == "recipes");
     });
 }
 

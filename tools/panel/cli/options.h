@@ -1,13 +1,8 @@
 #ifndef PANEL_CLI_OPTIONS_H
 #define PANEL_CLI_OPTIONS_H
 
+#include "cli/arguments.h"
 #include "project/settings.h"
-
-#include <CLI/CLI.hpp>
-
-#include <functional>
-#include <string>
-#include <vector>
 
 // Options of the command line whose values are checked before anything else happens: numbers with their ranges, and
 // words of a list.
@@ -33,5 +28,21 @@ CLI::Option *addChoice(CLI::App &command, const std::string &name, std::string &
 
 /// "{low,high}"
 std::string choiceText(const std::vector<std::string> &words);
+
+// The options that several commands have.
+
+void addProjectOption(CLI::App &command, Arguments &arguments);
+void addHostOption(CLI::App &command, Arguments &arguments);
+
+/// HOST and all that belongs to a link; `words` is the limit of one request.
+void addLinkOptions(CLI::App &command, Arguments &arguments, const Setting &words);
+
+/// How values are shown and taken.
+void addValueOptions(CLI::App &command, ValueArguments &values);
+
+void addDryRun(CLI::App &command, bool &dryRun);
+void addConfirm(CLI::App &command, bool &confirm);
+void addModeChange(CLI::App &command, Arguments &arguments);
+void addKeepGoing(CLI::App &command, bool &keepGoing);
 
 #endif

@@ -1,8 +1,7 @@
 #include "commands/commands.h"
 
 #include "commands/bench_table.h"
-#include "commands/exit_codes.h"
-#include "commands/no_answer.h"
+#include "commands/ending.h"
 #include "link/fins_codes.h"
 #include "session/poll_cycle.h"
 #include "session/step_until.h"
@@ -87,15 +86,13 @@ long wordCount(const std::vector<Item> &items)
 
 } // namespace
 
-int runBench(const DriverLibrary &library, const LinkOptions &link, Millis giveUp, const BenchOptions &options)
+int runBench(const TagBook &book, const LinkOptions &link, Millis giveUp, const BenchOptions &options)
 {
-    const TagBook own(library);
-    const TagBook &book = options.book ? *options.book : own;
     std::vector<std::string> texts = options.items;
     if (texts.empty())
         texts.push_back("DM:0:" + std::to_string(options.words));
     const std::vector<Item> items = itemsOf(book.resolveAll(texts, Access::READ));
-    Runtime runtime(library, link);
+    Runtime runtime(book.library(), link);
     BenchRun run(runtime);
     std::cout << benchHead(wordCount(items), static_cast<long>(items.size())) << std::flush;
     const auto forTime = std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(options.forSeconds));

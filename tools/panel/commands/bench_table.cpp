@@ -3,31 +3,24 @@
 #include "session/runtime.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <fmt/format.h>
 
 std::string benchHead(long words, long items)
 {
-    char line[160];
-    std::snprintf(line, sizeof line, "polling %ld %s in %ld %s; refresh time in ms\n", words,
-                  words == 1 ? "word" : "words", items, items == 1 ? "item" : "items");
-    char titles[160];
-    std::snprintf(titles, sizeof titles, "%11s  %8s %8s %8s  %10s  %10s\n", "WORDS/FRAME", "MEDIAN", "95 %", "MAX",
-                  "REQUESTS/S", "WORDS/S");
-    return std::string(line) + titles;
+    return fmt::format("polling {} {} in {} {}; refresh time in ms\n", words, words == 1 ? "word" : "words", items,
+                       items == 1 ? "item" : "items")
+           + fmt::format("{:>11}  {:>8} {:>8} {:>8}  {:>10}  {:>10}\n", "WORDS/FRAME", "MEDIAN", "95 %", "MAX",
+                         "REQUESTS/S", "WORDS/S");
 }
 
 std::string benchLine(const BenchRow &row)
 {
-    char line[160];
-    if (!row.refusal.empty()) {
-        std::snprintf(line, sizeof line, "%11d  refused: %s", row.wordsPerFrame, row.refusal.c_str());
-        return line;
-    }
-    std::snprintf(line, sizeof line, "%11d  %8s %8s %8s  %10.0f  %10.0f", row.wordsPerFrame,
-                  millisText(row.cycles.percentile(50)).c_str(), millisText(row.cycles.percentile(95)).c_str(),
-                  millisText(row.cycles.maximum()).c_str(), perSecond(row.requests, row.elapsed),
-                  perSecond(row.words, row.elapsed));
-    return line;
+    if (!row.refusal.empty())
+        return fmt::format("{:11}  refused: {}", row.wordsPerFrame, row.refusal);
+    return fmt::format("{:11}  {:>8} {:>8} {:>8}  {:10.0f}  {:10.0f}", row.wordsPerFrame,
+                       millisText(row.cycles.percentile(50)), millisText(row.cycles.percentile(95)),
+                       millisText(row.cycles.maximum()), perSecond(row.requests, row.elapsed),
+                       perSecond(row.words, row.elapsed));
 }
 
 std::string benchAdvice(const std::vector<BenchRow> &rows)

@@ -5,26 +5,24 @@
 #include "project/project.h"
 #include "session/runtime.h"
 #include "values/tags.h"
+#include "watch/watch_lines.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
 // The commands of the program. Each checks all that the user gave before anything is sent, and returns an ExitCode.
 
-enum class WatchFormat { AUTO, LINES, JSON, CSV }; // AUTO: a live table on a terminal, else lines
-
 struct WatchOptions {
-    const TagBook *book = nullptr;
     std::vector<std::string> items;
     std::vector<std::string> writes; // ITEM=VALUE, sent once when the link is up
-    WatchFormat format = WatchFormat::AUTO;
+    std::optional<LineFormat> format; // none: a live table on a terminal, else plain lines
     double forSeconds = 0; // 0: for ever
     long   changes    = 0; // 0: any number
     bool   keepGoing  = false; // with the other writes when one is refused or its fate is unknown
 };
 
 struct BenchOptions {
-    const TagBook *book = nullptr;
     std::vector<std::string> items;       // none: `words` words from DM:0 on
     long                     words = 500;
     std::vector<qint32>      sizes = {8, 16, 32, 64, 114, 200, 400};
@@ -54,8 +52,8 @@ struct RecipeOptions {
 int runLink(const DriverLibrary &library, const LinkOptions &link, long count);
 
 /// Measures the refresh time for several block sizes. A size counts as unanswered after `giveUp`.
-int runBench(const DriverLibrary &library, const LinkOptions &link, Millis giveUp, const BenchOptions &options);
-int runWatch(const DriverLibrary &library, const LinkOptions &link, const WatchOptions &options);
+int runBench(const TagBook &book, const LinkOptions &link, Millis giveUp, const BenchOptions &options);
+int runWatch(const TagBook &book, const LinkOptions &link, const WatchOptions &options);
 int runRead(const TagBook &book, const LinkOptions &link, Millis giveUp, const std::vector<std::string> &items);
 
 /// Success only when the values read back agree.

@@ -2,8 +2,7 @@
 
 #include "base/usage_error.h"
 #include "commands/difference_table.h"
-#include "commands/exit_codes.h"
-#include "commands/no_answer.h"
+#include "commands/ending.h"
 #include "session/step_until.h"
 
 #include <unistd.h>
@@ -16,12 +15,12 @@ void requireTerminal()
         throw UsageError("--confirm asks on a terminal, and there is none; run the command on one, or leave it out");
 }
 
-bool isConfirmed(const std::vector<WriteReport::Order> &orders, const std::vector<std::vector<quint8>> &held)
+bool isConfirmed(const std::vector<WriteReport::Order> &orders, const HeldBytes &held)
 {
     std::vector<std::vector<std::string>> rows = {{"item", "PLC", "new", "unit"}};
-    for (std::size_t i = 0; i < orders.size(); ++i)
-        rows.push_back({orders[i].name, decodeValues(orders[i].format, held[i]),
-                        decodeValues(orders[i].format, orders[i].data), orders[i].format.unit});
+    for (const WriteReport::Order &order : orders)
+        rows.push_back({order.name, decodeValues(order.format, held(order.item)),
+                        decodeValues(order.format, order.data), order.format.unit});
     std::cerr << tableText(rows, {false, true, true, false}) << "write these values? [y/N] " << std::flush;
     std::string answer;
     std::getline(std::cin, answer);

@@ -8,8 +8,11 @@
 /// Throws UsageError unless somebody can answer on a terminal.
 void requireTerminal();
 
-/// Shows a row for each order with `held`, its value in the PLC now, and asks. Anything but y or yes is a no.
-bool isConfirmed(const std::vector<WriteReport::Order> &orders, const std::vector<std::vector<quint8>> &held);
+/// The bytes that the PLC holds for an item.
+using HeldBytes = std::function<std::vector<quint8>(const Item &item)>;
+
+/// Shows a row for each order with its value in the PLC now, and asks. Anything but y or yes is a no.
+bool isConfirmed(const std::vector<WriteReport::Order> &orders, const HeldBytes &held);
 
 /// Reports that nothing was written, for `reason`; returns the exit code.
 int endUnwritten(Runtime &runtime, WriteReport &report, const std::string &reason, Millis giveUp);

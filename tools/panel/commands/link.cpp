@@ -1,6 +1,6 @@
 #include "commands/commands.h"
 
-#include "commands/exit_codes.h"
+#include "commands/ending.h"
 #include "link/fins_codes.h"
 #include "session/diagnosis.h"
 #include "terminal/stop_flag.h"
@@ -54,7 +54,7 @@ public:
     int run(long count)
     {
         if (!connect() || !shakeHands() || !readAreas() || !measure(count))
-            return stopRequested() ? EXIT_NO_LINK : explain();
+            return programStop().isStopped() ? EXIT_NO_LINK : explain();
         if (refused_ > 0) {
             printStep("result", "the PLC answers, but refuses " + std::to_string(refused_) + " of "
                                     + std::to_string(areas_.size()) + " areas");
@@ -101,7 +101,7 @@ bool LinkCheck::step()
     isLeftOut_ = false;
     isLost_    = false;
     runtime_.step(TimePoint::max());
-    return !stopRequested() && !isLost_;
+    return !programStop().isStopped() && !isLost_;
 }
 
 bool LinkCheck::connect()

@@ -1,6 +1,7 @@
 #include "commands/output_file.h"
 
 #include "base/usage_error.h"
+#include "common/descriptor.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -10,20 +11,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iostream>
 #include <memory>
 
 namespace {
-
-bool writeAll(int fd, const std::string &text)
-{
-    for (std::size_t done = 0; done < text.size();) {
-        const ssize_t size = write(fd, text.data() + done, text.size() - done);
-        if (size < 0 && errno != EINTR)
-            return false;
-        done += size > 0 ? static_cast<std::size_t>(size) : 0;
-    }
-    return true;
-}
 
 // A file beside the one that it replaces. It goes with the object unless it has replaced it.
 class NewFile {
@@ -117,4 +108,12 @@ void replaceFile(const std::string &file, const std::string &text)
     }
     if (!done)
         throw UsageError(file + ": cannot be written: " + std::strerror(errno));
+}
+
+void giveOut(const std::string &text, const std::string &output)
+{
+    if (output.empty())
+        std::cout << text;
+    else
+        replaceFile(output, text);
 }

@@ -13,4 +13,7 @@ void refuseInputs(const std::string &output, const std::vector<std::string> &inp
 /// stays. A device or pipe is written to. Throws UsageError.
 void replaceFile(const std::string &file, const std::string &text);
 
+/// Puts a command's result into the file `output`, or on standard output if that is empty.
+void giveOut(const std::string &text, const std::string &output);
+
 #endif

@@ -3,6 +3,8 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <iostream>
@@ -20,10 +22,8 @@ static std::size_t terminalColumns()
 
 std::string progressText(const std::string &what, std::size_t done, std::size_t total, std::size_t columns)
 {
-    const std::size_t shown   = std::min(done, total);
-    const std::string percent = std::to_string(total > 0 ? 100 * shown / total : 100);
-    const std::string tail = std::string(percent.size() < 3 ? 3 - percent.size() : 0, ' ') + percent + " %  "
-                             + std::to_string(shown) + " of " + std::to_string(total) + " words";
+    const std::size_t shown = std::min(done, total);
+    const std::string tail  = fmt::format("{:3} %  {} of {} words", total > 0 ? 100 * shown / total : 100, shown, total);
     const std::size_t around = what.size() + std::string(" [] ").size() + tail.size();
     if (columns < around + 4)
         return (what + " " + tail).substr(0, columns);

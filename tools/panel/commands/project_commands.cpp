@@ -1,7 +1,7 @@
 #include "commands/commands.h"
 
 #include "base/numbers.h"
-#include "commands/exit_codes.h"
+#include "commands/ending.h"
 #include "commands/output_file.h"
 #include "project/project.h"
 #include "project/tag_table.h"
@@ -38,10 +38,6 @@ int runImportTags(const DriverLibrary &library, const std::string &file, const s
     std::string text = "[tags]\n";
     for (const Tag &tag : book.tags())
         text += tagLine(tag) + "\n";
-    if (output.empty()) {
-        std::cout << text;
-        return EXIT_DONE;
-    }
-    replaceFile(output, text);
+    giveOut(text, output);
     return EXIT_DONE;
 }

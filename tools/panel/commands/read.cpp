@@ -1,7 +1,6 @@
 #include "commands/commands.h"
 
-#include "commands/exit_codes.h"
-#include "commands/no_answer.h"
+#include "commands/ending.h"
 #include "session/read_once.h"
 #include "session/step_until.h"
 

@@ -4,8 +4,7 @@
 #include "base/usage_error.h"
 #include "commands/confirmation.h"
 #include "commands/difference_table.h"
-#include "commands/exit_codes.h"
-#include "commands/no_answer.h"
+#include "commands/ending.h"
 #include "commands/output_file.h"
 #include "commands/progress_bar.h"
 #include "project/recipe_file.h"
@@ -54,17 +53,6 @@ std::vector<RecipeEntry> heldEntries(RecipeTransfer &transfer, const std::vector
     return held;
 }
 
-// A bar for a transfer of several blocks.
-std::unique_ptr<ProgressBar> showProgress(RecipeTransfer &transfer, const Runtime &runtime, const Recipe &recipe,
-                                          const std::string &what)
-{
-    const bool isLong = recipe.wordCount() > static_cast<std::size_t>(runtime.options().wordsPerFrame);
-    auto bar = std::make_unique<ProgressBar>(what, isLong && ProgressBar::isUsable());
-    ProgressBar *shown = bar.get();
-    transfer.onProgress([shown](std::size_t done, std::size_t total) { shown->show(done, total); });
-    return bar;
-}
-
 // The entries that the latest read has brought; names the others.
 std::vector<RecipeEntry> readEntries(Runtime &runtime, const RecipeTransfer &transfer,
                                      const std::vector<RecipeEntry> &entries)
@@ -84,18 +72,16 @@ std::vector<RecipeEntry> readEntries(Runtime &runtime, const RecipeTransfer &tra
     return read;
 }
 
-TransferEnd readWithBar(RecipeTransfer &transfer, const Runtime &runtime, const Recipe &recipe, TimePoint end)
-{
-    const std::unique_ptr<ProgressBar> bar = showProgress(transfer, runtime, recipe, "reading");
-    const TransferEnd result = transfer.read(end);
-    transfer.onProgress(nullptr);
-    return result;
-}
+using Transfer = TransferEnd (RecipeTransfer::*)(TimePoint giveUp);
 
-TransferEnd writeWithBar(RecipeTransfer &transfer, const Runtime &runtime, const Recipe &recipe, TimePoint end)
+// Reads or writes, with a bar where there are several blocks.
+TransferEnd runWithBar(RecipeTransfer &transfer, Transfer run, const Runtime &runtime, const Recipe &recipe,
+                       TimePoint end)
 {
-    const std::unique_ptr<ProgressBar> bar = showProgress(transfer, runtime, recipe, "writing");
-    const TransferEnd result = transfer.write(end);
+    const bool isLong = recipe.wordCount() > static_cast<std::size_t>(runtime.options().wordsPerFrame);
+    ProgressBar bar(run == &RecipeTransfer::read ? "reading" : "writing", isLong && ProgressBar::isUsable());
+    transfer.onProgress([&bar](std::size_t done, std::size_t total) { bar.show(done, total); });
+    const TransferEnd result = (transfer.*run)(end);
     transfer.onProgress(nullptr);
     return result;
 }
@@ -128,14 +114,6 @@ void orderAll(WriteReport &report, const Recipe &recipe)
     });
 }
 
-std::vector<std::vector<quint8>> heldBytes(RecipeTransfer &transfer, const Recipe &recipe)
-{
-    std::vector<std::vector<quint8>> held;
-    for (const RecipeEntry &entry : recipe.entries)
-        held.push_back(transfer.values(entry.item));
-    return held;
-}
-
 // The differences as a table, for a terminal.
 void showDifferences(const WriteReport &report)
 {
@@ -163,10 +141,11 @@ std::string whyNotSent(const Runtime &runtime, TransferEnd written)
 std::string askFirst(RecipeTransfer &transfer, const Runtime &runtime, const Recipe &recipe, const WriteReport &report,
                      TimePoint end)
 {
-    const TransferEnd read = readWithBar(transfer, runtime, recipe, end);
+    const TransferEnd read = runWithBar(transfer, &RecipeTransfer::read, runtime, recipe, end);
     if (read != TransferEnd::DONE)
         return read == TransferEnd::REFUSED ? "the PLC refuses to read what it would replace" : endedEarly(runtime);
-    return isConfirmed(report.orders(), heldBytes(transfer, recipe)) ? "" : "not confirmed";
+    const auto held = [&transfer](const Item &item) { return transfer.values(item); };
+    return isConfirmed(report.orders(), held) ? "" : "not confirmed";
 }
 
 int writeRecipe(Runtime &runtime, const Recipe &recipe, Millis giveUp, const RecipeOptions &options)
@@ -184,27 +163,17 @@ int writeRecipe(Runtime &runtime, const Recipe &recipe, Millis giveUp, const Rec
             return endUnwritten(runtime, report, reason, giveUp);
         end = Clock::now() + giveUp;
     }
-    const TransferEnd written = writeWithBar(transfer, runtime, recipe, end);
+    const TransferEnd written = runWithBar(transfer, &RecipeTransfer::write, runtime, recipe, end);
     const std::string reason  = whyNotSent(runtime, written);
     TransferEnd read = written == TransferEnd::NO_LINK ? written : TransferEnd::DONE;
     if (!report.settled())
-        read = readWithBar(transfer, runtime, recipe, end);
+        read = runWithBar(transfer, &RecipeTransfer::read, runtime, recipe, end);
     report.finish(reason);
     if (asTable)
         showDifferences(report);
     if (read == TransferEnd::NO_LINK)
         noAnswer(runtime, giveUp);
     return exitCode(report);
-}
-
-int giveOut(const std::vector<RecipeEntry> &held, const std::string &output)
-{
-    if (output.empty()) {
-        std::cout << recipeFileText("", held);
-        return EXIT_DONE;
-    }
-    replaceFile(output, recipeFileText(output, held));
-    return EXIT_DONE;
 }
 
 int showComparison(const std::vector<RecipeEntry> &wanted, const std::vector<RecipeEntry> &held)
@@ -222,14 +191,18 @@ int showComparison(const std::vector<RecipeEntry> &wanted, const std::vector<Rec
 int readRecipe(Runtime &runtime, const Recipe &recipe, Millis giveUp, const RecipeOptions &options)
 {
     RecipeTransfer transfer(runtime, recipe.entries);
-    const TransferEnd end = readWithBar(transfer, runtime, recipe, Clock::now() + giveUp);
+    const TransferEnd end = runWithBar(transfer, &RecipeTransfer::read, runtime, recipe, Clock::now() + giveUp);
     if (end == TransferEnd::NO_LINK)
         return noAnswer(runtime, giveUp);
     const std::vector<RecipeEntry> wanted = readEntries(runtime, transfer, recipe.entries);
     if (wanted.empty())
         return EXIT_REFUSED;
     const std::vector<RecipeEntry> held = heldEntries(transfer, wanted);
-    const int code = options.task == RecipeTask::COMPARE ? showComparison(wanted, held) : giveOut(held, options.output);
+    int code = EXIT_DONE;
+    if (options.task == RecipeTask::COMPARE)
+        code = showComparison(wanted, held);
+    else
+        giveOut(recipeFileText(options.output, held), options.output);
     return wanted.size() == recipe.entries.size() ? code : static_cast<int>(EXIT_REFUSED);
 }
 

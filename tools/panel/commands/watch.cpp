@@ -1,6 +1,6 @@
 #include "commands/commands.h"
 
-#include "commands/exit_codes.h"
+#include "commands/ending.h"
 #include "session/step_until.h"
 #include "session/watch_values.h"
 #include "session/write_queue.h"
@@ -81,7 +81,7 @@ std::vector<CallHandle> printLines(Runtime &runtime, WatchValues &values, LineFo
             std::cout << *waiting << std::flush;
         waiting->clear();
         if (!std::cout)
-            requestStop();
+            programStop().stop();
     };
     return {runtime.onExchange([print](const Exchange &) { print(); }), runtime.onLost(print)};
 }
@@ -89,19 +89,12 @@ std::vector<CallHandle> printLines(Runtime &runtime, WatchValues &values, LineFo
 bool showsTable(const LinkOptions &link, const WatchOptions &options)
 {
     const bool traceInTheWay = link.trace != TraceMode::NONE && isatty(STDERR_FILENO) != 0;
-    return options.format == WatchFormat::AUTO && Terminal::isUsable() && !traceInTheWay;
-}
-
-LineFormat lineFormat(WatchFormat format)
-{
-    if (format == WatchFormat::JSON)
-        return LineFormat::JSON;
-    return format == WatchFormat::CSV ? LineFormat::CSV : LineFormat::PLAIN;
+    return !options.format && Terminal::isUsable() && !traceInTheWay;
 }
 
 int exitCode(Runtime &runtime, const WatchValues &values, const WatchOptions &options)
 {
-    if (stopRequested())
+    if (programStop().isStopped())
         return EXIT_DONE;
     if (values.refused())
         return EXIT_REFUSED;
@@ -125,13 +118,11 @@ std::vector<Item> writtenItems(const Writes &writes)
 
 } // namespace
 
-int runWatch(const DriverLibrary &library, const LinkOptions &link, const WatchOptions &options)
+int runWatch(const TagBook &book, const LinkOptions &link, const WatchOptions &options)
 {
-    const TagBook own(library);
-    const TagBook &book = options.book ? *options.book : own;
     const std::vector<Tag> tags = book.resolveAll(options.items, Access::READ);
     const Writes toWrite = book.resolveWrites(options.writes);
-    Runtime runtime(library, link);
+    Runtime runtime(book.library(), link);
     WatchWrites writes(runtime, options.keepGoing, toWrite);
     WatchValues values(runtime, tags, writtenItems(toWrite), [&] { return writes.openItems(); });
     std::optional<WatchView> view;
@@ -139,7 +130,7 @@ int runWatch(const DriverLibrary &library, const LinkOptions &link, const WatchO
     if (showsTable(link, options))
         view.emplace(runtime, values);
     else
-        lines = printLines(runtime, values, lineFormat(options.format));
+        lines = printLines(runtime, values, options.format.value_or(LineFormat::PLAIN));
     const auto forTime = std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(options.forSeconds));
     const TimePoint end = options.forSeconds > 0 ? Clock::now() + forTime : TimePoint::max();
     stepUntil(runtime, end, [&] {

@@ -1,8 +1,7 @@
 #include "commands/commands.h"
 
 #include "commands/confirmation.h"
-#include "commands/exit_codes.h"
-#include "commands/no_answer.h"
+#include "commands/ending.h"
 #include "session/dry_run.h"
 #include "session/read_once.h"
 #include "session/step_until.h"
@@ -32,9 +31,7 @@ std::string askFirst(Runtime &runtime, ReadOnce &fresh, const WriteReport &repor
         return endedEarly(runtime);
     if (fresh.anyRefused())
         return "the PLC refuses to read what it would replace";
-    std::vector<std::vector<quint8>> held;
-    for (const WriteReport::Order &order : report.orders())
-        held.push_back(runtime.values(order.item));
+    const auto held = [&runtime](const Item &item) { return runtime.values(item); };
     return isConfirmed(report.orders(), held) ? "" : "not confirmed";
 }
 

@@ -3,6 +3,7 @@
 
 #include "base/clock.h"
 
+#include <algorithm>
 #include <cstddef>
 
 // When the next screen may be sent, so that what is seen is never much older than it looks. What lies between here and
@@ -16,8 +17,21 @@ public:
     static constexpr Millis ANSWER_LIMIT{30000};  // for one that has answered before
 
     /// A screen of so many bytes was sent, with or without a question behind it.
-    void sent(std::size_t bytes, TimePoint now);
-    void answered();
+    void sent(std::size_t bytes, TimePoint now)
+    {
+        if (unanswered_ > 0)
+            answers_ = false; // not in time
+        ++unanswered_;
+        const Millis onLine(static_cast<Millis::rep>(1000 * bytes / SLOW_LINE));
+        dueAt_ = now + (answers_ ? ANSWER_LIMIT : std::min(onLine, LONGEST_PAUSE));
+    }
+    void answered()
+    {
+        if (unanswered_ == 0)
+            return;
+        --unanswered_;
+        answers_ = true;
+    }
 
     /// What was asked before will not be answered here.
     void restart() { unanswered_ = 0; }

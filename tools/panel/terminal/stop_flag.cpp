@@ -5,7 +5,7 @@
 #include <csignal>
 #include <initializer_list>
 
-static StopSignal &theSignal()
+StopSignal &programStop()
 {
     static StopSignal signal;
     return signal;
@@ -14,13 +14,13 @@ static StopSignal &theSignal()
 // A signal that comes just before a blocking call does not interrupt that call, so the alarm interrupts it again.
 static void onStopSignal(int)
 {
-    theSignal().stop();
+    programStop().stop();
     alarm(1);
 }
 
 void installStopSignals()
 {
-    theSignal(); // is made before the first signal
+    programStop(); // is made before the first signal
     struct sigaction action = {};
     action.sa_handler = onStopSignal;
     sigemptyset(&action.sa_mask);
@@ -37,19 +37,4 @@ bool isIgnored(int signal)
     struct sigaction action = {};
     sigaction(signal, nullptr, &action);
     return action.sa_handler == SIG_IGN;
-}
-
-void requestStop()
-{
-    theSignal().stop();
-}
-
-StopSignal &programStop()
-{
-    return theSignal();
-}
-
-bool stopRequested()
-{
-    return theSignal().isStopped();
 }

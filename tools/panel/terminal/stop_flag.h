@@ -14,9 +14,4 @@ bool isIgnored(int signal);
 /// What the program's loops look at.
 StopSignal &programStop();
 
-bool stopRequested();
-
-/// Asks the program to end, as a signal does.
-void requestStop();
-
 #endif

@@ -17,12 +17,6 @@ static const std::size_t PIECE = 256;
 // A file of its own has a mode of its own: that of standard output is shared with the shell.
 TerminalOutput::TerminalOutput() : own_(::open("/proc/self/fd/1", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {}
 
-TerminalOutput::~TerminalOutput()
-{
-    if (own_ >= 0)
-        ::close(own_);
-}
-
 static bool takesBytes(int file, int waitMs)
 {
     pollfd polled = {file, POLLOUT, 0};
@@ -37,7 +31,7 @@ void TerminalOutput::send(const std::string &text)
 
 bool TerminalOutput::drain()
 {
-    const int file = own_ >= 0 ? own_ : STDOUT_FILENO;
+    const int file = own_.get() >= 0 ? own_.get() : STDOUT_FILENO;
     while (!waiting_.empty() && takesBytes(file, 0)) {
         const ssize_t n = ::write(file, waiting_.data(), std::min(waiting_.size(), PIECE));
         if (n > 0) {
@@ -46,7 +40,7 @@ bool TerminalOutput::drain()
             break;
         } else if (errno != EINTR) {
             waiting_.clear();
-            requestStop();
+            programStop().stop();
         }
     }
     int inLine = 0;
@@ -59,7 +53,7 @@ bool TerminalOutput::drainWithin(std::chrono::milliseconds limit)
     const auto end = steady_clock::now() + limit;
     while (!waiting_.empty() && steady_clock::now() < end) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - steady_clock::now());
-        takesBytes(own_ >= 0 ? own_ : STDOUT_FILENO, std::max(0, static_cast<int>(left.count())));
+        takesBytes(own_.get() >= 0 ? own_.get() : STDOUT_FILENO, std::max(0, static_cast<int>(left.count())));
         drain();
     }
     return waiting_.empty();

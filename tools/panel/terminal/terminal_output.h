@@ -1,6 +1,8 @@
 #ifndef PANEL_TERMINAL_TERMINAL_OUTPUT_H
 #define PANEL_TERMINAL_TERMINAL_OUTPUT_H
 
+#include "common/descriptor.h"
+
 #include <chrono>
 #include <string>
 
@@ -10,9 +12,6 @@
 class TerminalOutput {
 public:
     TerminalOutput();
-    ~TerminalOutput();
-    TerminalOutput(const TerminalOutput &) = delete;
-    TerminalOutput &operator=(const TerminalOutput &) = delete;
 
     /// Adds `text` to what waits. The program is asked to end if the terminal is gone.
     void send(const std::string &text);
@@ -26,7 +25,7 @@ public:
 private:
     bool drainWithin(std::chrono::milliseconds limit);
 
-    int         own_;     // the terminal, opened once more for writing without waiting; -1: that was not allowed
+    Descriptor  own_;     // the terminal, opened once more for writing without waiting; -1: that was not allowed
     std::string waiting_;
 };
 

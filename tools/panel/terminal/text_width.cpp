@@ -1,6 +1,7 @@
 #include "terminal/text_width.h"
 
 #include <cwchar>
+#include <limits>
 
 #include <locale.h>
 
@@ -65,18 +66,32 @@ Character characterAt(const std::string &text, std::size_t at)
     return columns < 0 ? Character{size, 1, false} : Character{size, static_cast<std::size_t>(columns), true};
 }
 
+// The beginning of a text.
+struct Start {
+    std::size_t size    = 0; // bytes
+    std::size_t columns = 0;
+};
+
+// As much of the text as fits into so many columns.
+Start startOf(const std::string &text, std::size_t columns)
+{
+    const Utf8Scope scope;
+    Start start;
+    while (start.size < text.size()) {
+        const Character character = characterAt(text, start.size);
+        if (start.columns + character.columns > columns)
+            break;
+        start.columns += character.columns;
+        start.size += character.size;
+    }
+    return start;
+}
+
 } // namespace
 
 std::size_t textWidth(const std::string &text)
 {
-    const Utf8Scope scope;
-    std::size_t width = 0;
-    for (std::size_t at = 0; at < text.size();) {
-        const Character character = characterAt(text, at);
-        width += character.columns;
-        at += character.size;
-    }
-    return width;
+    return startOf(text, std::numeric_limits<std::size_t>::max()).columns;
 }
 
 std::size_t screenWidth(const std::string &text)
@@ -96,16 +111,7 @@ std::size_t screenWidth(const std::string &text)
 
 std::string textStart(const std::string &text, std::size_t columns)
 {
-    const Utf8Scope scope;
-    std::size_t width = 0;
-    for (std::size_t at = 0; at < text.size();) {
-        const Character character = characterAt(text, at);
-        width += character.columns;
-        if (width > columns)
-            return text.substr(0, at);
-        at += character.size;
-    }
-    return text;
+    return text.substr(0, startOf(text, columns).size);
 }
 
 std::string showable(const std::string &text)

@@ -1,13 +1,10 @@
 #include "watch/watch_lines.h"
 
 #include "base/csv_text.h"
+#include "base/numbers.h"
 
+#include <fmt/chrono.h>
 #include <nlohmann/json.hpp>
-
-#include <charconv>
-#include <cstdio>
-#include <cstdlib>
-#include <ctime>
 
 using Json = nlohmann::ordered_json;
 
@@ -15,15 +12,8 @@ std::string timeText(SystemTime time)
 {
     using namespace std::chrono;
     const auto whole = floor<seconds>(time);
-    const std::time_t seconds = system_clock::to_time_t(whole);
-    std::tm utc = {};
-    gmtime_r(&seconds, &utc);
-    char day[32];
-    char text[48];
-    std::strftime(day, sizeof day, "%Y-%m-%dT%H:%M:%S", &utc);
     const auto millis = duration_cast<milliseconds>(time - whole).count();
-    std::snprintf(text, sizeof text, "%s.%03dZ", day, static_cast<int>(millis));
-    return text;
+    return fmt::format("{:%Y-%m-%dT%H:%M:%S}.{:03}Z", fmt::gmtime(whole), millis);
 }
 
 static const char *eventName(WatchEvent::Kind kind)
@@ -36,13 +26,6 @@ static const char *eventName(WatchEvent::Kind kind)
     return "";
 }
 
-template <typename Number>
-static bool parsesAs(const std::string &text, Number &number)
-{
-    const std::from_chars_result result = std::from_chars(text.data(), text.data() + text.size(), number);
-    return result.ec == std::errc() && result.ptr == text.data() + text.size();
-}
-
 // Numbers as numbers; hex, bits, text and what is no number as it is shown.
 static Json jsonValue(const std::string &text, const ValueFormat &format)
 {
@@ -52,11 +35,11 @@ static Json jsonValue(const std::string &text, const ValueFormat &format)
     std::int64_t  whole    = 0;
     std::uint64_t positive = 0;
     double        real     = 0;
-    if (isNumber && parsesAs(text, whole))
+    if (isNumber && readNumber(text, whole))
         return whole;
-    if (isNumber && parsesAs(text, positive))
+    if (isNumber && readNumber(text, positive))
         return positive;
-    if (isNumber && parsesAs(text, real) && real - real == 0) // neither infinite nor no number
+    if (isNumber && readNumber(text, real) && real - real == 0) // neither infinite nor no number
         return real;
     return text;
 }

@@ -1,6 +1,9 @@
 #include "watch/watch_table.h"
 
+#include "base/numbers.h"
 #include "terminal/text_width.h"
+
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <cmath>
@@ -144,11 +147,9 @@ std::string trimmed(std::string line)
 
 std::string headText(const TableContent &content, std::size_t columns)
 {
-    char rate[48];
-    std::snprintf(rate, sizeof rate, "%.0f requests/s", content.requestsPerSecond);
-    const std::string cycle = content.cycle.empty() ? "-" : content.cycle;
-    const std::string rest = "  " + content.link + "  cycle " + cycle + "  " + rate + "  "
-                             + std::to_string(content.errors) + (content.errors == 1 ? " error" : " errors");
+    const std::string rest = fmt::format("  {}  cycle {}  {:.0f} requests/s  {}", content.link,
+                                         content.cycle.empty() ? "-" : content.cycle, content.requestsPerSecond,
+                                         counted(content.errors, "error"));
     // The time of day goes first where there is no room for all.
     const std::size_t others = textWidth(rest) + 2;
     const std::size_t room   = columns > others + 10 ? columns - others : 10;
@@ -190,8 +191,8 @@ std::string footText(const TableContent &content, std::size_t shown)
 {
     std::string text = "q quit";
     if (shown < content.rows.size())
-        text += "  arrows, page keys: scroll  " + std::to_string(content.first + 1) + "-"
-                + std::to_string(content.first + shown) + " of " + std::to_string(content.rows.size());
+        text += fmt::format("  arrows, page keys: scroll  {}-{} of {}", content.first + 1, content.first + shown,
+                            content.rows.size());
     return text;
 }
 

@@ -2,6 +2,8 @@
 
 #include "terminal/stop_flag.h"
 
+#include <fmt/chrono.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -56,7 +58,7 @@ void WatchView::takeKeys()
 {
     for (Key key = terminal_->readKey(); key != Key::NONE; key = terminal_->readKey()) {
         if (key == Key::QUIT)
-            requestStop();
+            programStop().stop();
         else
             scroll(key);
     }
@@ -137,11 +139,6 @@ TableRow WatchView::row(std::size_t index, TimePoint now) const
 
 TableContent WatchView::content(TimePoint now) const
 {
-    const std::time_t seconds = std::time(nullptr);
-    std::tm local = {};
-    localtime_r(&seconds, &local);
-    char clock[16];
-    std::strftime(clock, sizeof clock, "%H:%M:%S", &local);
     TableContent content = {};
     content.peer   = runtime_.options().host + ":" + runtime_.options().port;
     content.link   = linkText(now);
@@ -149,7 +146,7 @@ TableContent WatchView::content(TimePoint now) const
     content.cycle  = cycle_.all().count() > 0 ? millisText(cycle_.latest()) + " ms" : "";
     content.requestsPerSecond = rate_;
     content.errors  = runtime_.statistics().errorCount();
-    content.clock   = clock;
+    content.clock   = fmt::format("{:%H:%M:%S}", fmt::localtime(std::time(nullptr)));
     content.messages = recent_.lines(messageRows(terminal_->size()));
     content.first   = first_;
     for (std::size_t i = 0; i < values_.values().size(); ++i)

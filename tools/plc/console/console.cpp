@@ -1,5 +1,6 @@
 #include "console/console.h"
 
+#include <fmt/format.h>
 #include <vector>
 
 namespace plc {
@@ -21,10 +22,8 @@ const Console::Command Console::COMMANDS[] = {
 std::string Console::help()
 {
     std::string text;
-    for (const Command &command : COMMANDS) {
-        const std::string usage = std::string(command.name) + " " + command.arguments;
-        text += "  " + usage + std::string(usage.size() < 56 ? 56 - usage.size() : 1, ' ') + command.meaning + "\n";
-    }
+    for (const Command &command : COMMANDS)
+        text += fmt::format("  {:<55} {}\n", std::string(command.name) + " " + command.arguments, command.meaning);
     return text;
 }
 
@@ -144,8 +143,8 @@ std::string Console::disconnect(Words &)
 
 std::string Console::stats(Words &)
 {
-    return "ok connections=" + std::to_string(plc.stats.connections) +
-           " requests=" + std::to_string(plc.stats.requests) + " replies=" + std::to_string(plc.stats.replies);
+    return fmt::format("ok connections={} requests={} replies={}", plc.stats.connections, plc.stats.requests,
+                       plc.stats.replies);
 }
 
 std::string Console::listCommands(Words &)

@@ -1,6 +1,7 @@
 #include "console/error_output.h"
 
-#include <cerrno>
+#include "common/descriptor.h"
+
 #include <chrono>
 #include <condition_variable>
 #include <iostream>
@@ -14,18 +15,6 @@ namespace {
 
 const std::size_t WAITING_MAX_BYTES = 1024 * 1024;
 const std::chrono::seconds LAST_WAIT(1);
-
-// Text that nobody can take any more is lost.
-void writeAll(const std::string &text)
-{
-    std::size_t done = 0;
-    while (done < text.size()) {
-        const ssize_t count = ::write(STDERR_FILENO, text.data() + done, text.size() - done);
-        if (count < 0 && errno != EINTR)
-            return;
-        done += count > 0 ? static_cast<std::size_t>(count) : 0;
-    }
-}
 
 } // namespace
 
@@ -66,7 +55,7 @@ void ErrorOutput::run(Queue &queue)
                     " lines are lost here: standard error is not read fast enough\n";
         queue.dropped = 0;
         lock.unlock();
-        writeAll(text);
+        writeAll(STDERR_FILENO, text); // what nobody can take any more is lost
         lock.lock();
     }
     queue.isDone = true;

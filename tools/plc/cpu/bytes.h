@@ -51,18 +51,6 @@ private:
     std::size_t         length;
 };
 
-/// `bytes` as upper-case hexadecimal text without separators.
-inline std::string hexText(const Bytes &bytes)
-{
-    static const char DIGITS[] = "0123456789ABCDEF";
-    std::string text;
-    for (const std::uint8_t byte : bytes) {
-        text += DIGITS[byte >> 4];
-        text += DIGITS[byte & 15];
-    }
-    return text;
-}
-
 } // namespace plc
 
 #endif

@@ -1,6 +1,7 @@
 #include "cpu/memory.h"
 
-#include <algorithm>
+#include <charconv>
+#include <system_error>
 
 namespace plc {
 
@@ -149,14 +150,10 @@ void Memory::setBit(AreaIndex area, unsigned number, unsigned bitNumber, bool on
 
 bool parseNumber(const std::string &text, unsigned maximum, unsigned *value)
 {
-    if (text.empty() || text.size() > 9 || !std::all_of(text.begin(), text.end(), [](char c) {
-            return c >= '0' && c <= '9';
-        }))
-        return false;
     unsigned number = 0;
-    for (const char c : text)
-        number = number * 10 + static_cast<unsigned>(c - '0');
-    if (number > maximum)
+    const char *const end = text.data() + text.size();
+    const std::from_chars_result read = std::from_chars(text.data(), end, number);
+    if (text.size() > 9 || read.ec != std::errc() || read.ptr != end || number > maximum)
         return false;
     *value = number;
     return true;

@@ -30,13 +30,8 @@ Bytes responseHeader(Slice request)
     add8(header, ICF_RESPONSE);
     add8(header, 0);
     add8(header, GCT_DEFAULT);
-    add8(header, request.get8(FINS_SNA));
-    add8(header, request.get8(FINS_SA1));
-    add8(header, request.get8(FINS_SA2));
-    add8(header, request.get8(FINS_DNA));
-    add8(header, request.get8(FINS_DA1));
-    add8(header, request.get8(FINS_DA2));
-    add8(header, request.get8(FINS_SID));
+    for (const std::size_t field : {FINS_SNA, FINS_SA1, FINS_SA2, FINS_DNA, FINS_DA1, FINS_DA2, FINS_SID})
+        add8(header, request.get8(field));
     return header;
 }
 

@@ -2,7 +2,6 @@
 #define PLC_OPTIONS_OPTIONS_H
 
 #include "cpu/controller.h"
-#include "options/memory_content.h"
 #include "server/connection.h"
 
 #include <cstdint>
@@ -12,6 +11,12 @@
 // What the simulator is to do, from a project file and the command line.
 
 namespace plc {
+
+/// Values for a run of items; as many as the span has.
+struct Content {
+    Span                  place;
+    std::vector<unsigned> values;
+};
 
 struct Options {
     std::string              address = "127.0.0.1";

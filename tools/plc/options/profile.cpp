@@ -2,7 +2,7 @@
 
 #include "fins/fins_command.h"
 
-#include <cstdio>
+#include <fmt/format.h>
 
 namespace plc {
 
@@ -37,12 +37,10 @@ std::string profileHelp()
 {
     std::string text = "  name   clients  message    CIO   WR    HR   AR     DM     T     C\n";
     for (const Profile &profile : PROFILES) {
-        char line[160];
         const AreaSizes &sizes = profile.sizes;
-        std::snprintf(line, sizeof line, "  %-6s %7zu  %7u  %5u  %3u  %4u  %3u  %5u  %4u  %4u  %s\n", profile.name,
-                      profile.clients, profile.messageMax, sizes[AREA_CIO], sizes[AREA_WR], sizes[AREA_HR],
-                      sizes[AREA_AR], sizes[AREA_DM], sizes[AREA_T], sizes[AREA_C], profile.meaning);
-        text += line;
+        text += fmt::format("  {:<6} {:7}  {:7}  {:5}  {:3}  {:4}  {:3}  {:5}  {:4}  {:4}  {}\n", profile.name,
+                            profile.clients, profile.messageMax, sizes[AREA_CIO], sizes[AREA_WR], sizes[AREA_HR],
+                            sizes[AREA_AR], sizes[AREA_DM], sizes[AREA_T], sizes[AREA_C], profile.meaning);
     }
     return text + "  Message: bytes of a FINS command or response, header included. A longer command is refused with\n"
                   "  end code 1001, a read whose response would be longer with 110B. Areas: number of words.\n";

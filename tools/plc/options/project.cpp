@@ -6,6 +6,7 @@
 #include "options/settings.h"
 
 #include <algorithm>
+#include <fmt/format.h>
 #include <tuple>
 
 namespace plc {
@@ -45,7 +46,7 @@ std::string applyValue(const Setting &setting, const toml::node &value, Options 
     return std::string(setting.key) + " is " + wantedValue(setting) + ": " + settingHelp(setting);
 }
 
-void readSetting(const Member &member, Problems &problems, Options *options)
+void readSetting(const TomlMember &member, Problems &problems, Options *options)
 {
     const Setting *const setting = findSetting(*member.key);
     if (!setting) {
@@ -83,25 +84,12 @@ std::vector<std::string> Problems::lines() const
     std::vector<Entry> sorted = entries;
     std::stable_sort(sorted.begin(), sorted.end(), [](const Entry &a, const Entry &b) { return a.place < b.place; });
     std::vector<std::string> all;
-    all.reserve(sorted.size());
     for (const Entry &entry : sorted)
-        all.push_back(file + ":" + std::to_string(entry.place.line) + ":" + std::to_string(entry.place.column) + ": " +
-                      entry.text);
+        all.push_back(fmt::format("{}:{}:{}: {}", file, entry.place.line, entry.place.column, entry.text));
     return all;
 }
 
-std::vector<Member> membersOf(const toml::table &table)
-{
-    std::vector<Member> members;
-    for (auto entry = table.cbegin(); entry != table.cend(); ++entry)
-        members.push_back({&entry->first, &entry->second});
-    std::sort(members.begin(), members.end(), [](const Member &a, const Member &b) {
-        return a.key->source().begin < b.key->source().begin;
-    });
-    return members;
-}
-
-std::vector<std::string> parseProject(const std::string &text, const std::string &file, Options *options)
+static std::vector<std::string> parseProject(const std::string &text, const std::string &file, Options *options)
 {
     Problems problems(file);
     toml::table root;
@@ -109,12 +97,12 @@ std::vector<std::string> parseProject(const std::string &text, const std::string
         problems.add(toml::source_position{wrong->line, wrong->column}, wrong->text);
         return problems.lines();
     }
-    for (const Member &member : membersOf(root))
+    for (const TomlMember &member : membersOf(root))
         if (*member.key != "plc" && *member.key != "memory")
             problems.add(*member.key, "'" + std::string(member.key->str()) + "' is no table of a project; use [plc] "
                                           "and [memory]");
     if (const toml::table *settings = tableOf(root, "plc", problems))
-        for (const Member &member : membersOf(*settings))
+        for (const TomlMember &member : membersOf(*settings))
             readSetting(member, problems, options);
     if (const toml::table *memory = tableOf(root, "memory", problems))
         options->contents = readMemoryTable(*memory, Memory(findProfile(options->profile)->sizes), problems);
@@ -132,10 +120,9 @@ std::vector<std::string> loadProject(const std::string &file, Options *options)
 std::string projectHelp()
 {
     std::string text = "  [plc]\n";
-    for (const Setting &setting : SETTINGS) {
-        const std::string key = std::string("  ") + setting.key + " =";
-        text += key + std::string(29 - key.size(), ' ') + wantedValue(setting) + ": " + settingHelp(setting) + "\n";
-    }
+    for (const Setting &setting : SETTINGS)
+        text += fmt::format("  {:<27}{}: {}\n", std::string(setting.key) + " =", wantedValue(setting),
+                            settingHelp(setting));
     return text + "  [memory]\n"
                   "  \"DM:10\" = 5                 a word, 0 to 65535\n"
                   "  \"DM:10\" = [1, 2, 3]         words in a row\n"

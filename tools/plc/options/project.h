@@ -11,11 +11,8 @@
 
 namespace plc {
 
-/// Reads the project `text`, `file` being what messages call it, into `options`. Returns "FILE:LINE:COL: what is wrong"
-/// for everything that is wrong, in the order of the file; empty: nothing.
-std::vector<std::string> parseProject(const std::string &text, const std::string &file, Options *options);
-
-/// The same for the file itself. "FILE: what is wrong" if it cannot be read.
+/// Reads the file into `options`. Returns "FILE:LINE:COL: what is wrong" for everything that is wrong, in the order of
+/// the file, or "FILE: what is wrong" if it cannot be read; empty: nothing.
 std::vector<std::string> loadProject(const std::string &file, Options *options);
 
 /// The keys of a project file, one a line.

@@ -1,8 +1,104 @@
 #include "options/project_memory.h"
 
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+
 namespace plc {
 
 namespace {
+
+// ---- Values as people write them, turned into words --------------------------------------------------------------
+
+enum class ValueType { U16, S16, BCD16, U32, S32, F32 };
+
+struct TypeRow {
+    ValueType    type;
+    const char  *name;
+    std::int64_t least;
+    std::int64_t most;
+};
+
+const TypeRow TYPES[] = {
+    {ValueType::U16,   "u16",   0,             65535},
+    {ValueType::S16,   "s16",   -32768,        32767},
+    {ValueType::BCD16, "bcd16", 0,             9999},
+    {ValueType::U32,   "u32",   0,             4294967295LL},
+    {ValueType::S32,   "s32",   -2147483648LL, 2147483647},
+    {ValueType::F32,   "f32",   -16777216,     16777216}, // whole numbers that it holds without loss
+};
+
+const TypeRow &rowOf(ValueType type)
+{
+    for (const TypeRow &row : TYPES)
+        if (row.type == type)
+            return row;
+    return TYPES[0];
+}
+
+unsigned bcd(unsigned number)
+{
+    return number % 10 | number / 10 % 10 << 4 | number / 100 % 10 << 8 | number / 1000 % 10 << 12;
+}
+
+// Returns false, `type` unchanged, if `name` is none of u16 s16 bcd16 u32 s32 f32.
+bool parseValueType(const std::string &name, ValueType *type)
+{
+    for (const TypeRow &row : TYPES) {
+        if (name != row.name)
+            continue;
+        *type = row.type;
+        return true;
+    }
+    return false;
+}
+
+// Adds the two words of a 32-bit floating-point number, low word first. Returns an empty text, or what is wrong.
+std::string addFloat(double number, std::vector<unsigned> *words)
+{
+    const bool isTooLarge = std::isfinite(number) && std::fabs(number) > double(std::numeric_limits<float>::max());
+    if (isTooLarge)
+        return "the number is too large for an f32";
+    const float rounded = static_cast<float>(number);
+    std::uint32_t bits = 0;
+    static_assert(sizeof bits == sizeof rounded, "float has 32 bits");
+    std::memcpy(&bits, &rounded, sizeof bits);
+    words->push_back(bits & 0xFFFFu);
+    words->push_back(bits >> 16);
+    return std::string();
+}
+
+// Adds the words of a whole number to `words`, low word first. Returns an empty text, or what is wrong.
+std::string addNumber(ValueType type, std::int64_t number, std::vector<unsigned> *words)
+{
+    const TypeRow &row = rowOf(type);
+    if (number < row.least || number > row.most)
+        return std::to_string(number) + " is no " + row.name + "; use " + std::to_string(row.least) + " to " +
+               std::to_string(row.most);
+    if (type == ValueType::F32)
+        return addFloat(static_cast<double>(number), words);
+    const std::uint32_t bits = static_cast<std::uint32_t>(number & 0xFFFFFFFFLL);
+    words->push_back(type == ValueType::BCD16 ? bcd(bits) : bits & 0xFFFFu);
+    if (type == ValueType::U32 || type == ValueType::S32)
+        words->push_back(bits >> 16);
+    return std::string();
+}
+
+// The words of a text: two characters (bytes) a word, the first in the high byte unless `isLowByteFirst`; an odd one
+// is followed by a zero byte.
+std::vector<unsigned> textWords(const std::string &text, bool isLowByteFirst)
+{
+    std::vector<unsigned> words;
+    for (std::size_t i = 0; i < text.size(); i += 2) {
+        const unsigned first = static_cast<unsigned char>(text[i]);
+        const unsigned second = i + 1 < text.size() ? static_cast<unsigned char>(text[i + 1]) : 0u;
+        words.push_back(isLowByteFirst ? second << 8 | first : first << 8 | second);
+    }
+    return words;
+}
+
+// ---- The table -----------------------------------------------------------------------------------------------------
 
 // One value or a list of them, of one type, on its way into words or bits.
 class ContentReader {
@@ -104,7 +200,7 @@ bool ContentReader::addTyped(const toml::node &node, ValueType type)
 bool ContentReader::addString(const toml::table &table)
 {
     bool isLowByteFirst = false;
-    for (const Member &member : membersOf(table)) {
+    for (const TomlMember &member : membersOf(table)) {
         if (*member.key == "string")
             continue;
         if (*member.key != "low-byte-first" || !member.value->is_boolean()) {
@@ -123,7 +219,7 @@ bool ContentReader::addTable(const toml::table &table)
         return fail(table, "a bit has no type; use true or false");
     if (table.get("string"))
         return addString(table);
-    const std::vector<Member> members = membersOf(table);
+    const std::vector<TomlMember> members = membersOf(table);
     ValueType type = ValueType::U16;
     if (members.size() != 1 || !parseValueType(std::string(members[0].key->str()), &type))
         return fail(table, "use { TYPE = value } with one of u16 s16 bcd16 u32 s32 f32 string");
@@ -151,7 +247,7 @@ std::string fitItems(const ContentReader &reader, unsigned count, std::vector<un
     return std::string();
 }
 
-void readMember(const Member &member, const Memory &memory, Problems &problems, std::vector<Content> *contents)
+void readMember(const TomlMember &member, const Memory &memory, Problems &problems, std::vector<Content> *contents)
 {
     const std::string place(member.key->str());
     Content content;
@@ -182,7 +278,7 @@ void readMember(const Member &member, const Memory &memory, Problems &problems, 
 std::vector<Content> readMemoryTable(const toml::table &table, const Memory &memory, Problems &problems)
 {
     std::vector<Content> contents;
-    for (const Member &member : membersOf(table))
+    for (const TomlMember &member : membersOf(table))
         readMember(member, memory, problems, &contents);
     return contents;
 }

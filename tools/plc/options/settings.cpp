@@ -11,22 +11,25 @@ namespace plc {
 
 namespace {
 
+// Sets a text, or says that it is `wrong`.
+std::string setText(bool isGood, const std::string &text, const std::string &wrong, std::string *setting)
+{
+    if (!isGood)
+        return "'" + text + "' is no " + wrong;
+    *setting = text;
+    return std::string();
+}
+
 std::string setAddress(const std::string &text, Options *options)
 {
     asio::error_code error;
     asio::ip::make_address(text, error);
-    if (error)
-        return "'" + text + "' is no IP address; use one such as 127.0.0.1";
-    options->address = text;
-    return std::string();
+    return setText(!error, text, "IP address; use one such as 127.0.0.1", &options->address);
 }
 
 std::string setProfile(const std::string &text, Options *options)
 {
-    if (!findProfile(text))
-        return "'" + text + "' is no profile; profiles are " + profileNames();
-    options->profile = text;
-    return std::string();
+    return setText(findProfile(text) != nullptr, text, "profile; profiles are " + profileNames(), &options->profile);
 }
 
 std::string setMode(const std::string &text, Options *options)
@@ -36,10 +39,7 @@ std::string setMode(const std::string &text, Options *options)
 
 std::string setPlant(const std::string &text, Options *options)
 {
-    if (!isPlant(text))
-        return "'" + text + "' is no plant; plants are " + plantNames();
-    options->plant = text;
-    return std::string();
+    return setText(isPlant(text), text, "plant; plants are " + plantNames(), &options->plant);
 }
 
 std::string addFault(const std::string &text, Options *options)

@@ -2,7 +2,8 @@
 
 #include "cpu/memory.h"
 
-#include <cstdio>
+#include <charconv>
+#include <fmt/format.h>
 #include <iostream>
 #include <sstream>
 
@@ -21,25 +22,15 @@ bool isTime(const std::string &text)
     return point == std::string::npos || parseNumber(text.substr(point + 1), 999999999, &ignored);
 }
 
-int digitOf(char c)
-{
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
-}
-
 bool parseHex(const std::string &text, Bytes *bytes)
 {
     if (text.empty() || text.size() % 2 != 0)
         return false;
     for (std::size_t i = 0; i < text.size(); i += 2) {
-        const int high = digitOf(text[i]);
-        const int low = digitOf(text[i + 1]);
-        if (high < 0 || low < 0)
+        std::uint8_t byte = 0;
+        if (std::from_chars(text.data() + i, text.data() + i + 2, byte, 16).ptr != text.data() + i + 2)
             return false;
-        add8(*bytes, static_cast<unsigned>(high * 16 + low));
+        bytes->push_back(byte);
     }
     return true;
 }
@@ -71,11 +62,11 @@ std::string parseRecordedFrame(const std::string &line, RecordedFrame *frame)
     return std::string();
 }
 
+std::string hexText(const Bytes &bytes) { return fmt::format("{:02X}", fmt::join(bytes, "")); }
+
 std::string recordedLine(double seconds, unsigned client, char direction, const Bytes &bytes)
 {
-    char head[64];
-    std::snprintf(head, sizeof head, "%.3f %u %c ", seconds, client, direction);
-    return head + hexText(bytes);
+    return fmt::format("{:.3f} {} {} {}", seconds, client, direction, hexText(bytes));
 }
 
 Recorder::Recorder(const std::string &path, std::uint64_t maxBytes)

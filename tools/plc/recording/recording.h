@@ -24,6 +24,9 @@ struct RecordedFrame {
 /// Parses one line with a frame. Returns an empty text and sets `frame`, or what is wrong.
 std::string parseRecordedFrame(const std::string &line, RecordedFrame *frame);
 
+/// `bytes` as upper-case hexadecimal text without separators.
+std::string hexText(const Bytes &bytes);
+
 /// The line of one frame, without its end.
 std::string recordedLine(double seconds, unsigned client, char direction, const Bytes &bytes);
 

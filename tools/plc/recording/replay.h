@@ -2,7 +2,6 @@
 #define PLC_RECORDING_REPLAY_H
 
 #include "recording/recording.h"
-#include "recording/reply_source.h"
 
 #include <istream>
 #include <map>
@@ -15,13 +14,15 @@
 
 namespace plc {
 
-class Replay : public ReplySource {
+class Replay {
 public:
     /// Reads a recording, `name` being what messages call it. Returns an empty text, or "NAME:LINE: what is wrong".
     std::string load(std::istream &text, const std::string &name);
 
-    /// Says on standard error, once for each, which requests are not in the recording.
-    bool answer(const Bytes &request, Bytes *reply) override;
+    /// Finds what goes out in answer to `request`, a whole FINS/TCP frame that carries a FINS command; an empty reply
+    /// means that nothing does. Returns false, `reply` unchanged, if the request is not in the recording, and says so
+    /// on standard error once for each.
+    bool answer(const Bytes &request, Bytes *reply);
 
 private:
     struct Reply {

@@ -4,8 +4,8 @@
 #include "cpu/memory.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
+#include <fmt/format.h>
 
 namespace plc {
 
@@ -55,12 +55,13 @@ const char *valueUsage(ValueKind kind)
 
 std::string valueText(ValueKind kind, unsigned value)
 {
-    char text[16] = "";
-    if (kind == ValueKind::DECIMAL)
-        std::snprintf(text, sizeof text, "=%u", value);
-    else if (kind != ValueKind::NONE)
-        std::snprintf(text, sizeof text, kind == ValueKind::END_CODE ? "=%04X" : "=%02X", value);
-    return text;
+    switch (kind) {
+    case ValueKind::NONE:      return "";
+    case ValueKind::DECIMAL:   return fmt::format("={}", value);
+    case ValueKind::END_CODE:  return fmt::format("={:04X}", value);
+    case ValueKind::TCP_ERROR: return fmt::format("={:02X}", value);
+    }
+    return "";
 }
 
 int findFault(const std::string &name)
@@ -203,9 +204,8 @@ std::string Faults::list() const
         if (settings[i].probability <= 0)
             continue;
         const std::string value = valueText(FAULTS[i].kind, settings[i].value);
-        char probability[32] = "";
-        if (settings[i].probability < 1)
-            std::snprintf(probability, sizeof probability, "@%g", settings[i].probability);
+        const double chance = settings[i].probability;
+        const std::string probability = chance < 1 ? fmt::format("@{:g}", chance) : "";
         const std::string times = settings[i].times > 0 ? "#" + std::to_string(settings[i].times) : "";
         text += (text.empty() ? "" : " ") + std::string(FAULTS[i].name) + value + probability + times;
     }
@@ -215,11 +215,8 @@ std::string Faults::list() const
 std::string Faults::help()
 {
     std::string text;
-    for (const FaultRow &row : FAULTS) {
-        const std::string value = valueUsage(row.kind);
-        const std::string name = "  " + std::string(row.name) + value;
-        text += name + std::string(name.size() < 18 ? 18 - name.size() : 1, ' ') + row.meaning + "\n";
-    }
+    for (const FaultRow &row : FAULTS)
+        text += fmt::format("  {:<15} {}\n", std::string(row.name) + valueUsage(row.kind), row.meaning);
     return text;
 }
 

@@ -78,9 +78,7 @@ Answer Session::exchangeNodes(const TcpFrame &frame)
     const TcpError error = node != 0 ? TCP_NODE_IN_USE : plc.nodes.assign(requested, &node);
     if (error != TCP_OK)
         return refuseExchange(error, requested);
-    Answer answer;
-    answer.bytes = makeNodeReply(TCP_OK, node, plc.nodes.server());
-    return answer;
+    return {makeNodeReply(TCP_OK, node, plc.nodes.server())};
 }
 
 // Without a node address a connection has no place in the FINS network yet.

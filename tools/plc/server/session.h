@@ -4,7 +4,7 @@
 #include "cpu/controller.h"
 #include "fins/fins_tcp.h"
 #include "fins/node_table.h"
-#include "recording/reply_source.h"
+#include "recording/replay.h"
 #include "server/faults.h"
 
 #include <cstdint>
@@ -28,7 +28,7 @@ struct Plc {
     NodeTable    nodes;
     Faults       faults;
     Stats        stats;
-    ReplySource *recorded = nullptr; // answers FINS commands in the controller's place; null: the controller does
+    Replay      *recorded = nullptr; // answers FINS commands in the controller's place; null: the controller does
 };
 
 /// What goes out in answer to one frame.

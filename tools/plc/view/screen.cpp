@@ -1,7 +1,7 @@
 #include "view/screen.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <fmt/format.h>
 
 namespace plc {
 
@@ -110,18 +110,11 @@ std::vector<std::string> wrapped(const std::string &text, std::size_t width, std
     return rows;
 }
 
-std::string rateText(double rate)
-{
-    char text[32];
-    std::snprintf(text, sizeof text, "%.1f", rate);
-    return text;
-}
+std::string rateText(double rate) { return fmt::format("{:.1f}", rate); }
 
 std::string timeText(unsigned seconds)
 {
-    char text[32];
-    std::snprintf(text, sizeof text, "%02u:%02u:%02u", seconds / 3600, seconds / 60 % 60, seconds % 60);
-    return text;
+    return fmt::format("{:02}:{:02}:{:02}", seconds / 3600, seconds / 60 % 60, seconds % 60);
 }
 
 std::string ageText(unsigned seconds)

@@ -1,6 +1,7 @@
 #include "view/terminal.h"
 
-#include <cerrno>
+#include "common/descriptor.h"
+
 #include <cstdlib>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -27,7 +28,7 @@ Terminal::Terminal() : original()
         raw.c_cc[VSUSP] = _POSIX_VDISABLE;
         tcsetattr(STDIN_FILENO, TCSANOW, &raw);
     }
-    send(ENTER);
+    writeAll(STDOUT_FILENO, ENTER);
 }
 
 Terminal::~Terminal() { leave(); }
@@ -37,7 +38,7 @@ void Terminal::leave()
     if (!isEntered)
         return;
     isEntered = false;
-    send(LEAVE);
+    writeAll(STDOUT_FILENO, LEAVE);
     if (hasInput)
         tcsetattr(STDIN_FILENO, TCSANOW, &original);
 }
@@ -65,19 +66,7 @@ void Terminal::show(const std::vector<std::string> &rows)
         if (shown[i] != rows[i])
             changes += "\033[" + std::to_string(i + 1) + ";1H\033[2K" + rows[i];
     shown = rows;
-    send(changes);
-}
-
-// A terminal that is gone takes nothing; its end comes as a signal.
-void Terminal::send(const std::string &text)
-{
-    std::size_t done = 0;
-    while (done < text.size()) {
-        const ssize_t count = ::write(STDOUT_FILENO, text.data() + done, text.size() - done);
-        if (count < 0 && errno != EINTR)
-            return;
-        done += count > 0 ? static_cast<std::size_t>(count) : 0;
-    }
+    writeAll(STDOUT_FILENO, changes); // a terminal that is gone takes nothing; its end comes as a signal
 }
 
 } // namespace plc

@@ -38,8 +38,6 @@ public:
     void forget() { shown.clear(); }
 
 private:
-    static void send(const std::string &text);
-
     bool                     isEntered = true;
     bool                     hasInput = false; // standard input is a terminal, `original` is its state
     termios                  original;

@@ -1,11 +1,24 @@
-#include "commands/no_answer.h"
+#include "commands/ending.h"
 
-#include "commands/exit_codes.h"
 #include "link/host_port.h"
 #include "session/diagnosis.h"
+#include "session/write_report.h"
 
 #include <algorithm>
 #include <iostream>
+
+int exitCode(const WriteReport &report)
+{
+    switch (report.verdict()) {
+    case WriteVerdict::UNKNOWN:
+        return EXIT_NO_LINK;
+    case WriteVerdict::NOT_AS_ASKED:
+        return EXIT_REFUSED;
+    case WriteVerdict::DONE:
+        break;
+    }
+    return EXIT_DONE;
+}
 
 // What is known of the trouble; "" while there is none, such as before the first reply is due.
 static std::string troubleText(const Runtime &runtime, Millis giveUp)

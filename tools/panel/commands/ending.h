@@ -1,5 +1,7 @@
-#ifndef PANEL_COMMANDS_EXIT_CODES_H
-#define PANEL_COMMANDS_EXIT_CODES_H
+#ifndef PANEL_COMMANDS_ENDING_H
+#define PANEL_COMMANDS_ENDING_H
+
+#include "session/runtime.h"
 
 class WriteReport;
 
@@ -14,5 +16,8 @@ enum ExitCode {
 
 /// How a command of writes ends. Only after the report's finish().
 int exitCode(const WriteReport &report);
+
+/// Says in one line on standard error why no answer came; returns the program's exit code.
+int noAnswer(Runtime &runtime, Millis giveUp);
 
 #endif
