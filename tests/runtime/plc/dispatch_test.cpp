@@ -209,6 +209,7 @@ TEST_F(Dispatch, LetsAnExceptionOutAndKeepsTheOtherEvents)
     Seen seen;
     const Watch watch = plc.watch({"DM:0"}, seen.call());
     served.awaitRound();
+    served.awaitRound(); // the link is up, and its first read dealt with
     EXPECT_THROW(plc.dispatch(), std::runtime_error);
     EXPECT_EQ(phases.size(), 1u);
     EXPECT_TRUE(isReadable(plc.readyFd()));
