@@ -175,8 +175,6 @@ bool TcpLink::connect(const std::string &host, const std::string &port)
         isConnected = connectTo(*address, deadlineFrom(start));
         if (isConnected)
             address_ = addressText(*address);
-        else if (failure_ == LinkFailure::CONNECT_TIMEOUT && (isStopped() || Clock::now() >= deadlineFrom(start)))
-            break;
     }
     connectTime_ = Clock::now() - resolvedAt;
     return isConnected;

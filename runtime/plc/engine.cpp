@@ -585,7 +585,7 @@ void Engine::transfer(const std::shared_ptr<Undertaking> &recipe)
     RecipeValues values;
     {
         RecipeTransfer transfer(*runtime_, recipe->entries);
-        transfer.onStep([&] { return goesOn(transfer, *recipe); });
+        transfer.onStep([this, recipe](bool hasBegun) { return goesOn(hasBegun, *recipe); });
         transfer.onProgress([&](std::size_t done, std::size_t all) {
             queue_.post([&](const auto &enqueue) {
                 if (recipe->progress(done, all))
@@ -608,15 +608,15 @@ void Engine::transfer(const std::shared_ptr<Undertaking> &recipe)
     });
 }
 
-bool Engine::goesOn(const RecipeTransfer &transfer, Undertaking &recipe)
+bool Engine::goesOn(bool hasBegun, Undertaking &recipe)
 {
     takeOrders();
     if (setup_.steady() >= nextDeadline_)
         dropUnsent();
     noteState(false);
     if (recipe.kind == Undertaking::Kind::READ_RECIPE)
-        return !recipe.isToCancel && (!transfer.hasBegun() || recipe.begin());
-    if (transfer.hasBegun())
+        return !recipe.isToCancel && (!hasBegun || recipe.begin());
+    if (hasBegun)
         return true;
     return runtime_->canWrite() ? recipe.begin() : !recipe.isToCancel;
 }

@@ -89,7 +89,7 @@ private:
     void endUnsent(Undertaking &undertaking, const std::shared_ptr<Target> &target, const std::string &reason);
 
     void transfer(const std::shared_ptr<Undertaking> &recipe);
-    bool goesOn(const RecipeTransfer &transfer, Undertaking &recipe);
+    bool goesOn(bool hasBegun, Undertaking &recipe);
     std::string writeRecipe(RecipeTransfer &transfer, const Undertaking &recipe, TimePoint end);
     RecipeValues readRecipe(RecipeTransfer &transfer, const Undertaking &recipe, TimePoint end) const;
     void endAll();

@@ -98,7 +98,7 @@ bool RecipeTransfer::stepUntilEnd(TimePoint giveUp, Condition done)
 {
     bool goesOn = true;
     const bool ended = stepUntil(runtime_, giveUp, [&] {
-        goesOn = !goesOn_ || goesOn_();
+        goesOn = !goesOn_ || goesOn_(running_);
         return !goesOn || done();
     });
     return ended && goesOn;

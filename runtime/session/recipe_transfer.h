@@ -36,8 +36,8 @@ public:
     /// A call with the words done so far and all words, after every block.
     void onProgress(std::function<void(std::size_t done, std::size_t total)> call) { progress_ = std::move(call); }
 
-    /// Calls `goesOn` before each step; once it returns false the transfer ends as NO_LINK.
-    void onStep(std::function<bool()> goesOn) { goesOn_ = std::move(goesOn); }
+    /// Calls `goesOn` before each step, with hasBegun(); once it returns false the transfer ends as NO_LINK.
+    void onStep(std::function<bool(bool)> goesOn) { goesOn_ = std::move(goesOn); }
 
     /// True if a request of the latest transfer was handed to the driver.
     bool hasBegun() const { return running_; }
@@ -69,7 +69,7 @@ private:
     AwaitedWords                       unread_;      // words that the read has not brought
     std::optional<ReadOnce>     polled_;      // the poll of the latest read, if one was needed
     std::function<void(std::size_t, std::size_t)> progress_;
-    std::function<bool()>          goesOn_;      // empty: always
+    std::function<bool(bool)>      goesOn_;      // empty: always
     std::size_t                    doneWords_;
     std::size_t                    totalWords_;
     RequestKind                    kind_;        // of the transfer's requests

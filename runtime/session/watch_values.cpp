@@ -12,7 +12,9 @@ std::vector<WatchedValue> singleValues(const std::vector<Tag> &tags)
         const bool whole   = tag.format.type == DataType::STRING || tag.valueCount() == 1;
         const bool isNamed = tag.name != itemName(tag.item, tag.format);
         const qint32 size  = whole ? tag.item.count : wordsPerValue(tag.format.type);
-        for (const Item &item : cutItem(tag.item, size)) {
+        const std::vector<Item> items = cutItem(tag.item, size);
+        values.reserve(values.size() + items.size());
+        for (const Item &item : items) {
             std::string name = isNamed ? tag.name : itemName(item, tag.format);
             if (isNamed && !whole)
                 name += "[" + std::to_string((item.address - tag.item.address) / size) + "]";
@@ -37,28 +39,18 @@ WatchValues::WatchValues(Runtime &runtime, std::function<std::vector<Item>()> pe
     calls_.push_back(runtime.onLost([this] { noteLost(); }));
 }
 
-static std::vector<Item> joined(std::vector<Item> items, const std::vector<Item> &others)
-{
-    items.insert(items.end(), others.begin(), others.end());
-    return items;
-}
-
 WatchValues::WatchValues(Runtime &runtime, const std::vector<Tag> &tags, const std::vector<Item> &others,
                          std::function<std::vector<Item>()> pending)
     : WatchValues(runtime, std::move(pending))
 {
-    set(tags);
-    runtime.watch(joined(itemsOf(tags), others));
+    watch(tags, others);
 }
 
 void WatchValues::watch(const std::vector<Tag> &tags, const std::vector<Item> &others)
 {
-    set(tags);
-    runtime_.keep(joined(itemsOf(tags), others));
-}
-
-void WatchValues::set(const std::vector<Tag> &tags)
-{
+    std::vector<Item> items = itemsOf(tags);
+    items.insert(items.end(), others.begin(), others.end());
+    runtime_.keep(items);
     std::map<std::string, WatchedValue *> known;
     for (WatchedValue &value : values_)
         known[value.name] = &value;
@@ -87,13 +79,13 @@ void WatchValues::set(const std::vector<Tag> &tags)
         return std::tie(values_[a].item.regType, values_[a].item.address)
                < std::tie(values_[b].item.regType, values_[b].item.address);
     });
-    markPending();
+    notePending();
 }
 
 void WatchValues::noteExchange(const Exchange &exchange)
 {
     if (anyPending_)
-        markPending();
+        notePending();
     if (!runtime_.answering()) {
         noteSilence();
         return;
@@ -202,7 +194,7 @@ void WatchValues::setQuality(WatchedValue &value, Quality quality)
 }
 
 // Nobody knows what a written value is until it is read back.
-void WatchValues::markPending()
+void WatchValues::notePending()
 {
     const std::vector<Item> items = pendingItems_();
     anyPending_ = !items.empty();

@@ -59,7 +59,7 @@ public:
     void onEvent(std::function<void(const WatchEvent &)> call) { call_ = std::move(call); }
 
     /// Asks anew which items have a write that is not settled; to be called when the answer has changed.
-    void notePending() { markPending(); }
+    void notePending();
 
     /// Nothing is confirmed any more. Called by itself when the runtime loses the link, and to be called when it ends.
     void noteLost();
@@ -76,13 +76,10 @@ public:
 private:
     using Key = std::pair<QString, qint32>;
 
-    void set(const std::vector<Tag> &tags);
-    void listen();
     void noteExchange(const Exchange &exchange);
     void noteSilence();
     void noteRefused(const Item &block);
     void noteFresh(const Item &block);
-    void markPending();
     void noteChanges();
     void refresh(WatchedValue &value, Quality quality);
     void setQuality(WatchedValue &value, Quality quality);

@@ -58,8 +58,3 @@ void WriteQueue::fail()
     stopped_ = true;
     pieces_.clear();
 }
-
-void WriteQueue::drop()
-{
-    pieces_.erase(pieces_.begin() + (inFlight_ ? 1 : 0), pieces_.end());
-}

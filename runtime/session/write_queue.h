@@ -24,7 +24,7 @@ public:
     void pump();
 
     /// Forgets what has not been handed over.
-    void drop();
+    void drop() { pieces_.erase(pieces_.begin() + (inFlight_ ? 1 : 0), pieces_.end()); }
 
     /// True if no write is in flight, and none will be handed over any more.
     bool settled() const { return pieces_.empty() && !inFlight_; }
