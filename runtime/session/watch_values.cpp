@@ -1,6 +1,7 @@
 #include "session/watch_values.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
 #include <tuple>
 
@@ -73,8 +74,9 @@ void WatchValues::watch(const std::vector<Tag> &tags, const std::vector<Item> &o
         const Item &item = values_[i].item;
         inOrder_.push_back(i);
         for (qint32 at = item.address; at < item.address + item.count; ++at)
-            byAddress_[{item.regType, at}].push_back(i);
+            byAddress_.push_back({{item.regType, at}, i});
     }
+    std::sort(byAddress_.begin(), byAddress_.end());
     std::stable_sort(inOrder_.begin(), inOrder_.end(), [this](std::size_t a, std::size_t b) {
         return std::tie(values_[a].item.regType, values_[a].item.address)
                < std::tie(values_[b].item.regType, values_[b].item.address);
@@ -152,12 +154,12 @@ void WatchValues::noteChanges()
 {
     takeChanges(changed_);
     for (const Change &change : changed_) {
-        const auto found = byAddress_.find({change.regType, change.address});
-        if (found == byAddress_.end())
-            continue;
-        for (const std::size_t i : found->second) {
-            if (!stale_.awaits(values_[i].item))
-                refresh(values_[i], values_[i].quality);
+        const Key key(change.regType, change.address);
+        auto found = std::lower_bound(byAddress_.begin(), byAddress_.end(), std::make_pair(key, std::size_t(0)));
+        for (; found != byAddress_.end() && found->first == key; ++found) {
+            WatchedValue &value = values_[found->second];
+            if (!stale_.awaits(value.item))
+                refresh(value, value.quality);
         }
     }
 }

@@ -8,7 +8,6 @@
 #include "values/tags.h"
 
 #include <functional>
-#include <map>
 
 // The watched values: what each is, how far it can be trusted, and what happened to it. A value that was received once
 // keeps its text for ever; only its quality tells that the PLC no longer confirms it. A value's text and its quality
@@ -87,7 +86,7 @@ private:
     Runtime                                &runtime_;
     std::vector<WatchedValue>               values_;
     std::vector<std::size_t>                inOrder_;   // by type and address
-    std::map<Key, std::vector<std::size_t>> byAddress_; // the values that hold a word or a bit
+    std::vector<std::pair<Key, std::size_t>> byAddress_; // the values that hold a word or a bit, in order
     AwaitedWords                                stale_;     // words not yet read on this link
     std::vector<Change>                     changed_;
     std::vector<bool>                       pending_;
