@@ -321,14 +321,26 @@ void Engine::plan()
     isChanged_.assign(values.size(), false);
     changed_.clear();
     changed_.reserve(values.size());
-    std::map<std::string_view, std::size_t> indexOf;
     for (std::size_t i = 0; i < values.size(); ++i) {
-        indexOf[values[i].name] = i;
         const auto known = times.find(values[i].name);
         if (known != times.end())
             watched_[i] = known->second;
         watched_[i].places.clear();
     }
+    place(subscriptions);
+    if (active_)
+        pollWritten();
+    isIdle_ = tags.empty();
+    setInterval();
+}
+
+// Finds for each value who is told of it, and tells what is known already.
+void Engine::place(const std::vector<std::shared_ptr<Subscription>> &subscriptions)
+{
+    const std::vector<WatchedValue> &values = values_->values();
+    std::map<std::string_view, std::size_t> indexOf;
+    for (std::size_t i = 0; i < values.size(); ++i)
+        indexOf[values[i].name] = i;
     queue_.post([&](const auto &enqueue) {
         for (const std::shared_ptr<Subscription> &subscription : subscriptions) {
             std::vector<Sample> &latest = subscription->latest();
@@ -343,10 +355,6 @@ void Engine::plan()
             }
         }
     });
-    if (active_)
-        pollWritten();
-    isIdle_ = tags.empty();
-    setInterval();
 }
 
 void Engine::setInterval()

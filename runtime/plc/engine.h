@@ -68,6 +68,7 @@ private:
     void carryOn();
 
     void plan();
+    void place(const std::vector<std::shared_ptr<Subscription>> &subscriptions);
     void setInterval();
     void noteEvent(const WatchEvent &event);
     void update(Sample &sample, std::size_t value) const;
