@@ -45,7 +45,7 @@ private:
     }
 
     Runtime                &runtime_;
-    AwaitedWords                awaited_;
+    AwaitedWords            awaited_;
     std::vector<Item>       refused_; // the refused blocks
     std::vector<CallHandle> calls_;
 };
