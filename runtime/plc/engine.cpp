@@ -165,7 +165,7 @@ void Engine::add(const std::shared_ptr<Undertaking> &undertaking)
             return;
         }
     }
-    endUnsent(*undertaking, undertaking, "the link is closed");
+    endUnsent(undertaking, "the link is closed");
 }
 
 void Engine::add(const std::shared_ptr<Listener<State>> &listener)
@@ -262,7 +262,7 @@ void Engine::dropUnsent()
         const bool isLate = now >= waiting->deadline;
         if (isLate || waiting->stage == Undertaking::Stage::CANCELLED) {
             waiting->cancelUnsent();
-            endUnsent(*waiting, waiting, isLate ? "it could not be sent in time" : "it was cancelled");
+            endUnsent(waiting, isLate ? "it could not be sent in time" : "it was cancelled");
             continue;
         }
         kept.push_back(waiting);
@@ -557,11 +557,11 @@ void Engine::endWrite(const std::string &reason)
     });
 }
 
-void Engine::endUnsent(Undertaking &undertaking, const std::shared_ptr<Target> &target, const std::string &reason)
+void Engine::endUnsent(const std::shared_ptr<Undertaking> &undertaking, const std::string &reason)
 {
     Outcomes outcomes;
     RecipeValues values;
-    for (const RecipeEntry &entry : undertaking.entries) {
+    for (const RecipeEntry &entry : undertaking->entries) {
         Outcome outcome;
         outcome.name   = entryName(entry);
         outcome.wanted = shownValue(entry.format, entry.values);
@@ -572,11 +572,11 @@ void Engine::endUnsent(Undertaking &undertaking, const std::shared_ptr<Target> &
             values.values.push_back(std::move(sample));
     }
     queue_.post([&](const auto &enqueue) {
-        if (undertaking.kind == Undertaking::Kind::READ_RECIPE)
-            undertaking.end(std::move(values));
+        if (undertaking->kind == Undertaking::Kind::READ_RECIPE)
+            undertaking->end(std::move(values));
         else
-            undertaking.end(std::move(outcomes));
-        enqueue(target);
+            undertaking->end(std::move(outcomes));
+        enqueue(undertaking);
     });
 }
 
@@ -686,7 +686,7 @@ void Engine::endAll()
         orders_.clear();
     }
     for (const std::shared_ptr<Undertaking> &undertaking : std::exchange(waiting_, {}))
-        endUnsent(*undertaking, undertaking, "the link was closed");
+        endUnsent(undertaking, "the link was closed");
     State state = state_;
     state.phase = Phase::CLOSED;
     state.since = setup_.utc();

@@ -87,7 +87,7 @@ private:
     void advanceWrite();
     void pumpWrite(bool isNew);
     void endWrite(const std::string &reason);
-    void endUnsent(Undertaking &undertaking, const std::shared_ptr<Target> &target, const std::string &reason);
+    void endUnsent(const std::shared_ptr<Undertaking> &undertaking, const std::string &reason);
 
     void transfer(const std::shared_ptr<Undertaking> &recipe);
     bool goesOn(bool hasBegun, Undertaking &recipe);
