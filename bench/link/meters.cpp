@@ -16,7 +16,7 @@ double seconds(clockid_t clock)
 
 } // namespace
 
-Meter::Meter() : start_(seconds(CLOCK_MONOTONIC)), startCpu_(seconds(CLOCK_PROCESS_CPUTIME_ID)) {}
+Meter::Meter() : startCpu_(seconds(CLOCK_PROCESS_CPUTIME_ID)), start_(seconds(CLOCK_MONOTONIC)) {}
 
 double Meter::elapsed() const
 {

@@ -12,8 +12,8 @@ public:
     double cpu() const;     // of the process, in seconds
 
 private:
-    double start_;
     double startCpu_;
+    double start_; // last, since the processor's time takes longer to ask for
 };
 
 /// Lets the calling thread run on every core as long as this lives, whatever the program was started with. Threads that

@@ -9,7 +9,8 @@
 int rounds(int count, long requests, int changingWords);
 
 /// Rounds of writes one at a time while the library polls nothing else. Prints for each: round, placing of the cores,
-/// seconds of a bare round trip, median seconds of a write until it is accepted, and of one until it is verified.
+/// seconds of a bare round trip among many and, median, of a single one, of a write until it is accepted, and of one until
+/// it is verified.
 int writes(int count, int writes);
 
 /// So many PLCs with 500 words each, polled ten times a second; a single one is polled as often as a hundred together.
