@@ -74,7 +74,7 @@ void WatchValues::watch(const std::vector<Tag> &tags, const std::vector<Item> &o
         const Item &item = values_[i].item;
         inOrder_.push_back(i);
         for (qint32 at = item.address; at < item.address + item.count; ++at)
-            byAddress_.push_back({{item.regType, at}, i});
+            byAddress_.push_back({{at, item.regType}, i});
     }
     std::sort(byAddress_.begin(), byAddress_.end());
     std::stable_sort(inOrder_.begin(), inOrder_.end(), [this](std::size_t a, std::size_t b) {
@@ -154,7 +154,7 @@ void WatchValues::noteChanges()
 {
     takeChanges(changed_);
     for (const Change &change : changed_) {
-        const Key key(change.regType, change.address);
+        const Key key(change.address, change.regType);
         auto found = std::lower_bound(byAddress_.begin(), byAddress_.end(), std::make_pair(key, std::size_t(0)));
         for (; found != byAddress_.end() && found->first == key; ++found) {
             WatchedValue &value = values_[found->second];

@@ -73,7 +73,7 @@ public:
     bool refused() const;
 
 private:
-    using Key = std::pair<QString, qint32>;
+    using Key = std::pair<qint32, QString>; // the address first: texts take longer to compare
 
     void noteExchange(const Exchange &exchange);
     void noteSilence();
