@@ -555,6 +555,7 @@ void Engine::endWrite(const std::string &reason)
         write->end(std::move(outcomes));
         enqueue(write);
     });
+    std::this_thread::yield(); // on the only core who waits for the outcome goes before the next request
 }
 
 void Engine::endUnsent(const std::shared_ptr<Undertaking> &undertaking, const std::string &reason)
