@@ -8,6 +8,10 @@
 
 namespace fins {
 
+// How long who waits looks, and how often in one go.
+static const std::chrono::microseconds LOOK(60);
+static const int LOOKS = 50;
+
 EventQueue::EventQueue() : fd_(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC))
 {
     if (fd_ < 0)
@@ -27,19 +31,20 @@ void EventQueue::enqueue(const std::shared_ptr<Target> &target)
     ready_.push_back(target);
 }
 
-// Who waits in dispatch() is told by the condition; the descriptor is for everybody else.
-void EventQueue::announce()
+// Who waits in dispatch() is told by hasNews_ or, asleep, by the condition; the descriptor is for everybody else. Returns
+// true if somebody is to be woken.
+bool EventQueue::announce()
 {
     if (ready_.empty())
-        return;
+        return false;
     if (waiting_ > 0) {
-        arrived_.notify_one();
-        return;
+        hasNews_ = true;
+        return sleeping_ > 0;
     }
-    if (isSignalled_)
-        return;
     const std::uint64_t one = 1;
-    isSignalled_ = write(fd_, &one, sizeof one) == sizeof one;
+    if (!isSignalled_)
+        isSignalled_ = write(fd_, &one, sizeof one) == sizeof one;
+    return false;
 }
 
 // The next target with what it has to tell taken, or null. What comes while the `most` are delivered waits for the next
@@ -67,20 +72,42 @@ void EventQueue::putBack(const std::shared_ptr<Target> &target)
         enqueue(target);
 }
 
+bool EventQueue::mayDeliver() const
+{
+    return deliverer_ == std::thread::id() && (!ready_.empty() || isWoken_);
+}
+
+// To fall asleep and to be woken takes as long as a round trip on a quick link, and the thread that wakes pays for most
+// of it. So after a short wait the next one begins with looking.
+void EventQueue::await(std::unique_lock<std::mutex> &lock, std::chrono::milliseconds wait)
+{
+    using Steady = std::chrono::steady_clock;
+    const Steady::time_point lookEnd = Steady::now() + LOOK;
+    ++waiting_;
+    while (looksOn_ && !mayDeliver() && Steady::now() < lookEnd) {
+        hasNews_ = false;
+        lock.unlock();
+        for (int i = 0; i < LOOKS && !hasNews_; ++i)
+            std::this_thread::yield();
+        lock.lock();
+    }
+    ++sleeping_;
+    arrived_.wait_for(lock, wait, [this] { return mayDeliver(); });
+    --sleeping_;
+    --waiting_;
+    looksOn_ = Steady::now() < lookEnd;
+}
+
 bool EventQueue::begin(std::chrono::milliseconds wait, std::size_t &most)
 {
     std::unique_lock<std::mutex> lock(mutex_);
     if (deliverer_ == std::this_thread::get_id())
         return false;
-    const auto isFree = [this] { return deliverer_ == std::thread::id(); };
-    const auto mayGo  = [&] { return isFree() && (!ready_.empty() || isWoken_); };
-    if (wait.count() > 0 && !mayGo()) {
-        ++waiting_;
-        arrived_.wait_for(lock, wait, mayGo);
-        --waiting_;
-    }
-    if (!isFree()) {
-        announce();
+    if (wait.count() > 0 && !mayDeliver())
+        await(lock, wait);
+    if (deliverer_ != std::thread::id()) {
+        if (announce())
+            arrived_.notify_one();
         return false;
     }
     deliverer_ = std::this_thread::get_id();
@@ -92,9 +119,8 @@ void EventQueue::finish()
 {
     const std::lock_guard<std::mutex> lock(mutex_);
     deliverer_ = std::thread::id();
-    if (waiting_ > 0)
-        arrived_.notify_all();
     announce();
+    arrived_.notify_all();
 }
 
 bool EventQueue::dispatch(std::chrono::milliseconds wait)

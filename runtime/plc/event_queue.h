@@ -3,6 +3,7 @@
 
 #include "plc/target.h"
 
+#include <atomic>
 #include <deque>
 
 // The events on their way from the thread of a PLC to the application. What waits lies in the targets, which know how to
@@ -26,15 +27,13 @@ public:
     template <typename Change>
     void post(Change change)
     {
-        bool isAwaited = false;
+        bool wakes = false;
         {
             const std::lock_guard<std::mutex> lock(mutex_);
             change([this](const std::shared_ptr<Target> &target) { enqueue(target); });
-            isAwaited = waiting_ > 0 && !ready_.empty();
-            if (!isAwaited)
-                announce();
+            wakes = announce();
         }
-        if (isAwaited)
+        if (wakes)
             arrived_.notify_one(); // who is woken finds the lock free
     }
 
@@ -60,7 +59,9 @@ public:
 
 private:
     void enqueue(const std::shared_ptr<Target> &target);
-    void announce();
+    bool announce();
+    bool mayDeliver() const;
+    void await(std::unique_lock<std::mutex> &lock, std::chrono::milliseconds wait);
     bool begin(std::chrono::milliseconds wait, std::size_t &most);
     void finish();
     std::shared_ptr<Target> next(std::size_t &most);
@@ -70,7 +71,10 @@ private:
     std::condition_variable arrived_;
     int                     fd_;
     bool                    isSignalled_ = false; // fd_ is readable
+    std::atomic<bool>       hasNews_{false};      // for those who wait and look
     int                     waiting_     = 0;     // calls of dispatch() that wait
+    int                     sleeping_    = 0;     // of these, that look no more
+    bool                    looksOn_     = false; // the latest wait was short
     bool                    isWoken_     = false;
     std::thread::id         deliverer_;           // none: nobody delivers
     bool                    onlyOutcomes_ = false;
