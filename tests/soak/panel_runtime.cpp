@@ -327,6 +327,14 @@ void PanelRuntime::emptyQueues()
     }
 }
 
+// A PLC in RUN mode outlasts the faults. The driver takes it out when a write is refused, and what was refused ends with
+// the link: the reply to it is compared with the service ID of the mode change. So a write has to come before a recipe.
+void PanelRuntime::leaveRunMode()
+{
+    write();
+    emptyQueues();
+}
+
 void PanelRuntime::pollAround()
 {
     const auto rounds = 2 * driver.readList.size();
@@ -417,6 +425,7 @@ void PanelRuntime::settle()
     link_.setFaults(false);
     watchAll();
     emptyQueues();
+    leaveRunMode();
     compareRecipe();
     pollAround();
     compareImage();

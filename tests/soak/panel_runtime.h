@@ -85,6 +85,7 @@ private:
     void checkFailureReport(const VARIABLE &head) const;
     bool isBusy();
     void emptyQueues();
+    void leaveRunMode();
     void pollAround();
     void compareImage();
     void compareWrites();

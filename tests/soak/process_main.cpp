@@ -23,7 +23,11 @@ public:
     }
 
     bool isUp() const override { return isUp_; }
-    void setFaults(bool isOn) override { hasFaults_ = isOn; }
+    void setFaults(bool isOn) override
+    {
+        hasFaults_ = isOn;
+        badLeft_ = 0;
+    }
 
     Bytes exchange(const Bytes &request) override;
 
