@@ -110,12 +110,6 @@ std::string numberText(long double value, int decimals, int digits)
     return withoutMinusZero(text);
 }
 
-// Digits that a converted value shows when nobody asked for a number of decimals: those that its type can tell.
-int usefulDigits(DataType type)
-{
-    return type == DataType::F32 ? 7 : 15;
-}
-
 std::string allowedText(const ValueFormat &format)
 {
     const TypeRow &row = rowOf(format.type);
@@ -379,9 +373,11 @@ std::string hexText(quint64 raw, qint32 words)
     return fmt::format("0x{:0{}X}", raw, 4 * words);
 }
 
+// Where nobody asked for a number of decimals the digits are as many as the type can tell.
 std::string convertedText(const ValueFormat &format, long double raw)
 {
-    return numberText(raw * format.scale + format.offset, format.decimals, usefulDigits(format.type));
+    const int digits = format.type == DataType::F32 ? 7 : 15;
+    return numberText(raw * format.scale + format.offset, format.decimals, digits);
 }
 
 template <typename Float, typename Bits>
