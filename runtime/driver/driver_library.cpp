@@ -9,7 +9,7 @@
 
 #include <climits>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <vector>
 
 static const char LIBRARY_NAME[] = "libomron_fins_ethernet.so";
@@ -104,11 +104,11 @@ static std::string contentOf(const std::string &file)
         if (dladdr(reinterpret_cast<const void *>(found.getSendFrame), &info) != 0)
             path = info.dli_fname;
     }
-    std::ifstream input(path, std::ios::binary);
-    std::string content((std::istreambuf_iterator<char>(input)), std::istreambuf_iterator<char>());
-    if (!input || content.empty())
+    std::ostringstream content; // takes whole blocks, and nothing of a folder
+    content << std::ifstream(path, std::ios::binary).rdbuf();
+    if (!content)
         throw UsageError("cannot read the driver " + path + "; name the library's file");
-    return content;
+    return content.str();
 }
 
 // The loader takes a file that it has already loaded for the same library, by its name or by its number in the file

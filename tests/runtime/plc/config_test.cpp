@@ -80,6 +80,15 @@ TEST_F(Configuring, NamesADriverThatIsMissing)
     EXPECT_NE(problems[0].text.find("/nowhere/driver.so"), std::string::npos) << problems[0].text;
 }
 
+TEST_F(Configuring, NamesADriverThatIsAFolder)
+{
+    Config with = config();
+    with.library = folder.path();
+    const std::vector<fins::Problem> problems = problemsOf(with);
+    ASSERT_EQ(problems.size(), 1u);
+    EXPECT_EQ(problems[0].text, "cannot read the driver " + with.library + "; name the library's file");
+}
+
 TEST_F(Configuring, TakesTheTagsOfTheProjectAndItsOwn)
 {
     served.set(0, {21, 22});
