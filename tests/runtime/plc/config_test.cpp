@@ -49,6 +49,65 @@ TEST_F(Configuring, TellsAllThatIsWrongWithTheStruct)
     }
 }
 
+TEST_F(Configuring, TellsWhatIsWrongWithATag)
+{
+    Config with = config();
+    const auto tag = [&](const std::string &name, const std::string &item) -> fins::TagConfig & {
+        with.tags.emplace_back();
+        with.tags.back().name = name;
+        with.tags.back().item = item;
+        return with.tags.back();
+    };
+    tag("bare", "DM");
+    tag("text", "DM:0/hex").scale = 2;
+    tag("bits", "DM:0/bits").maximum = 5;
+    fins::TagConfig &crossed = tag("crossed", "DM:0");
+    crossed.minimum = 2;
+    crossed.maximum = 1;
+    tag("flat", "DM:0").scale = 0;
+    tag("far", "DM:0").offset = 1e16;
+    tag("long", "DM:0").decimals = 10;
+    tag("short", "DM:0").decimals = -2;
+    std::vector<std::string> texts;
+    for (const fins::Problem &problem : problemsOf(with))
+        texts.push_back(problem.text);
+    const std::vector<std::string> expected = {
+        "the tag 'bare': 'DM' is not an item; write TYPE:ADDRESS such as DM:100",
+        "the tag 'text' is no number, so it has no scale, offset or decimals",
+        "the tag 'bits' is no number, so it has no limits",
+        "the minimum of the tag 'crossed' is above its maximum",
+        "scale or offset of the tag 'flat' is out of range; use -1e+15 to 1e+15, not 0",
+        "scale or offset of the tag 'far' is out of range; use -1e+15 to 1e+15, not 0",
+        "decimals of the tag 'long' is out of range; use -1 to 9",
+        "decimals of the tag 'short' is out of range; use -1 to 9"};
+    EXPECT_EQ(texts, expected);
+}
+
+TEST_F(Configuring, TakesATagAtTheEndsOfItsRanges)
+{
+    Config with = config();
+    fins::TagConfig tag;
+    tag.name     = "level";
+    tag.item     = "DM:0";
+    tag.offset   = -1e15;
+    tag.decimals = 9;
+    tag.minimum = tag.maximum = 1;
+    with.tags = {tag};
+    EXPECT_TRUE(problemsOf(with).empty());
+}
+
+TEST_F(Configuring, NeedsASecondAttemptToChangeTheMode)
+{
+    Config with = config();
+    with.allowModeChange = true;
+    with.retries = 1;
+    const std::vector<fins::Problem> problems = problemsOf(with);
+    ASSERT_EQ(problems.size(), 1u);
+    EXPECT_EQ(problems[0].text, "allowModeChange needs retries of 2 or more: with 1 the driver drops the link instead");
+    with.retries = 2;
+    EXPECT_TRUE(problemsOf(with).empty());
+}
+
 TEST_F(Configuring, TellsTheFileLineAndColumnOfAProject)
 {
     Config with = config();
