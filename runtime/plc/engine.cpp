@@ -360,7 +360,7 @@ void Engine::place(const std::vector<std::shared_ptr<Subscription>> &subscriptio
 void Engine::setInterval()
 {
     const Millis idle = isIdle_ ? std::max(setup_.link.interval, IDLE_INTERVAL) : setup_.link.interval;
-    runtime_->setInterval(report_ ? Millis(0) : idle);
+    runtime_->setInterval(report_ || isTransferring_ ? Millis(0) : idle);
 }
 
 void Engine::noteEvent(const WatchEvent &event)
@@ -588,6 +588,8 @@ void Engine::transfer(const std::shared_ptr<Undertaking> &recipe)
 {
     const bool isWrite = recipe->kind == Undertaking::Kind::WRITE_RECIPE;
     noteDeadlines(); // its own is the transfer's
+    isTransferring_ = true;
+    setInterval();
     if (isWrite)
         beginReport(*recipe);
     Outcomes outcomes;
@@ -608,6 +610,8 @@ void Engine::transfer(const std::shared_ptr<Undertaking> &recipe)
             values = readRecipe(transfer, *recipe, end);
     }
     runtime_->watch({});
+    isTransferring_ = false;
+    setInterval();
     queue_.post([&](const auto &enqueue) {
         if (isWrite)
             recipe->end(std::move(outcomes));

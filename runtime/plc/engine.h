@@ -122,6 +122,7 @@ private:
     std::chrono::system_clock::time_point exchangeUtc_; // when the first of these changed
     TimePoint                    exchangeSteady_;
     bool                         isIdle_ = false; // nothing is watched
+    bool                         isTransferring_ = false; // a recipe
     std::deque<std::shared_ptr<Undertaking>> waiting_;
     TimePoint                    nextDeadline_ = TimePoint::max(); // of what waits and of the active write
     std::shared_ptr<Undertaking> active_;   // a write
