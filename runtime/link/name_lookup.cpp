@@ -30,7 +30,7 @@ std::shared_ptr<NameLookup> NameLookup::begin(const std::string &host, const std
     return lookup;
 }
 
-static std::string problemText(int error)
+std::string lookupProblem(int error)
 {
     switch (error) {
     case 0:          return "";
@@ -44,7 +44,7 @@ static std::string problemText(int error)
 void NameLookup::run()
 {
     Addresses found;
-    const std::string problem = problemText(resolve(host_, port_, 0, found));
+    const std::string problem = lookupProblem(resolve(host_, port_, 0, found));
     {
         const std::lock_guard<std::mutex> lock(mutex_);
         found_   = std::move(found);

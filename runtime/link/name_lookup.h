@@ -9,6 +9,9 @@
 #include <mutex>
 #include <string>
 
+/// What getaddrinfo's error says, "" for none; EAI_SYSTEM means that errno has it.
+std::string lookupProblem(int error);
+
 // A host name on its way to addresses. The system's resolver waits for a name server as long as it is configured to, and
 // cannot be interrupted; so it runs on a thread of its own, which nobody waits for.
 

@@ -5,6 +5,8 @@
 #include <arpa/inet.h>
 #include <poll.h>
 
+#include <cerrno>
+
 static std::string firstAddress(const NameLookup::Addresses &found)
 {
     char text[NI_MAXHOST] = "";
@@ -51,6 +53,16 @@ TEST(NameLookup, SaysWhyThereAreNoAddresses)
     std::string problem;
     EXPECT_EQ(lookedUp(std::string(64, 'a'), problem), nullptr);
     EXPECT_NE(problem, "");
+}
+
+TEST(NameLookup, TellsAMissingNameFromAMissingNameServer)
+{
+    EXPECT_EQ(lookupProblem(0), "");
+    EXPECT_EQ(lookupProblem(EAI_NONAME), "Host not found (authoritative)");
+    EXPECT_EQ(lookupProblem(EAI_AGAIN), "Host not found (non-authoritative), try again later");
+    errno = EMFILE;
+    EXPECT_EQ(lookupProblem(EAI_SYSTEM), "Too many open files");
+    EXPECT_EQ(lookupProblem(EAI_FAIL), gai_strerror(EAI_FAIL));
 }
 
 TEST(NameLookup, MayBeForgottenBeforeItEnds)

@@ -186,6 +186,23 @@ TEST_F(ReplyAssemblerTest, TakesANewReplyWhereTheRestOfTheOldOneNeverComes)
     EXPECT_EQ(add({1, 2, 3}), AssemblyState::WRONG_MAGIC);
 }
 
+TEST_F(ReplyAssemblerTest, RemembersWhatIsOwedOverASilence)
+{
+    const Bytes late = replyOf(20, 1);
+    addPart(late, 0, 13);
+    assembler.beginReply();
+    assembler.beginReply();
+    EXPECT_EQ(addPart(late, 13, 28), AssemblyState::INCOMPLETE);
+    EXPECT_EQ(add(replyOf(16, 40)), AssemblyState::COMPLETE);
+}
+
+TEST_F(ReplyAssemblerTest, IsOwedNothingOfAReplyThatDidNotTellItsLength)
+{
+    addPart(replyOf(20, 1), 0, 7);
+    assembler.beginReply();
+    EXPECT_EQ(add({1, 2, 3}), AssemblyState::WRONG_MAGIC);
+}
+
 TEST_F(ReplyAssemblerTest, StartsAfreshAfterBrokenBytes)
 {
     EXPECT_EQ(add({1, 2, 3, 4, 5, 6, 7, 8, 9}), AssemblyState::WRONG_MAGIC);

@@ -138,6 +138,67 @@ TEST(Diagnosis, EveryOneHasARemedy)
     }
 }
 
+struct RemedyRow {
+    const char              *name;
+    LinkPhase                phase;
+    LinkFailure              failure;
+    std::vector<std::string> remedies;
+};
+
+void PrintTo(const RemedyRow &row, std::ostream *out) { *out << row.name; }
+
+const char SLOW[]       = "on a slow line try --timeout 5000";
+const char PORT_9600[]  = "check the port: FINS/TCP is 9600 unless the unit's settings say another";
+const char ASK_WHERE[]  = "fins_panel link plc --trace=line     shows where";
+const char NOT_ANOTHER[] = "check that this is the PLC's address and not another device's";
+
+const RemedyRow REMEDIES[] = {
+    {"NotResolved", LinkPhase::WAITING, LinkFailure::NOT_RESOLVED,
+     {"check the spelling, or give the PLC's IP address, such as 192.168.250.1",
+      "getent hosts plc     shows what this computer finds"}},
+    {"ResolveTimeout", LinkPhase::WAITING, LinkFailure::RESOLVE_TIMEOUT,
+     {"give the PLC's IP address", "check the name server in /etc/resolv.conf"}},
+    {"Refused", LinkPhase::WAITING, LinkFailure::REFUSED,
+     {PORT_9600, "switch FINS/TCP on in the settings of the PLC's Ethernet unit, and restart the unit", NOT_ANOTHER}},
+    {"ConnectTimeout", LinkPhase::WAITING, LinkFailure::CONNECT_TIMEOUT,
+     {"ping 192.168.250.1     tells whether the host is there at all",
+      "check cable, address and subnet mask on both sides", "a firewall on the way may drop TCP port 9600", SLOW}},
+    {"NoConnection", LinkPhase::WAITING, LinkFailure::OTHER, {"check address and port"}},
+    {"BadNodes", LinkPhase::HANDSHAKING, LinkFailure::BAD_NODES,
+     {"set the unit to assign node addresses by itself, for the range of its network",
+      "check the node address of the PLC's Ethernet unit: 1 to 254, and no other's",
+      "fins_panel link plc:9600 --trace=full     shows the addresses"}},
+    {"Stranger", LinkPhase::HANDSHAKING, LinkFailure::WRONG_PROTOCOL,
+     {PORT_9600, NOT_ANOTHER, "fins_panel link plc:9600 --trace=full     shows every byte"}},
+    {"SilentFromTheFirst", LinkPhase::HANDSHAKING, LinkFailure::SILENCE,
+     {"the port may belong to another service: FINS/TCP is 9600 unless the unit's settings say another",
+      "restart the Ethernet unit if it answered before", SLOW}},
+    {"CutFromTheFirst", LinkPhase::HANDSHAKING, LinkFailure::CUT_REPLY,
+     {"something on the way may hold back packets: connect directly", SLOW,
+      "fins_panel link plc --trace=full     shows what came"}},
+    {"Cut", LinkPhase::ONLINE, LinkFailure::CUT_REPLY,
+     {"use fewer --words-per-frame: something on the way may hold back long packets", SLOW, ASK_WHERE}},
+    {"Silent", LinkPhase::ONLINE, LinkFailure::SILENCE,
+     {"check the unit address and the routing tables: the CPU unit may not be reachable from the unit", SLOW, ASK_WHERE}},
+    {"ClosedFromTheFirst", LinkPhase::HANDSHAKING, LinkFailure::CLOSED,
+     {"the PLC may have no connection left: end other programs, or restart the unit",
+      "the unit may accept certain IP addresses only: check its FINS/TCP settings"}},
+    {"AnswersWrongly", LinkPhase::ONLINE, LinkFailure::WRONG_PROTOCOL,
+     {"a gateway or another program on the way may mix up replies: connect directly", ASK_WHERE}},
+    {"Broken", LinkPhase::ONLINE, LinkFailure::CLOSED,
+     {"try again; if it breaks again, check cable and switch", "look at the frames with --trace=line"}},
+};
+
+class Remedies : public ::testing::TestWithParam<RemedyRow> {};
+
+INSTANTIATE_TEST_SUITE_P(Diagnosis, Remedies, ::testing::ValuesIn(REMEDIES),
+                         [](const auto &row) { return std::string(row.param.name); });
+
+TEST_P(Remedies, AreThoseOfTheFailure)
+{
+    EXPECT_EQ(of(GetParam().failure, GetParam().phase, "").remedies, GetParam().remedies);
+}
+
 TEST(StrayText, ShowsWhatIsPrintable)
 {
     EXPECT_EQ(strayText(std::string("\x01 ~\x7f\xff", 5)), "01 20 7E 7F FF '. ~..'");
