@@ -197,6 +197,16 @@ TEST_F(PollPlanTest, KeepsApartWhatLiesOnBothSidesOfAGapThatIsRefused)
 }
 
 // What is far enough from both sides is polled with either.
+// Items that begin with the same word stay together behind a gap.
+TEST_F(PollPlanTest, PollsAWordOfTwoItemsOnceBehindAGapThatIsRefused)
+{
+    refuse("DM", 1);
+    watch({"DM:0", "DM:2", "DM_bit:2.0"});
+    settle();
+    EXPECT_EQ(said, Texts());
+    EXPECT_EQ(cycle(6), (Texts{"DM:0", "DM:0", "DM:0", "DM:2", "DM:2", "DM:2"}));
+}
+
 TEST_F(PollPlanTest, PollsEverythingOnceInACycleOfTurns)
 {
     refuse("DM", 10);
