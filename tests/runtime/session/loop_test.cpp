@@ -48,6 +48,17 @@ TEST_F(StepUntil, EndsWhereThereIsNothingToConnectTo)
     EXPECT_TRUE(lines.empty());
 }
 
+// Longer than a label of a name may be: no name server is asked.
+TEST_F(StepUntil, EndsWhereTheNameDoesNotExist)
+{
+    options.host = std::string(64, 'a');
+    options.endsUnreachable = true;
+    const auto runtime = made();
+    EXPECT_FALSE(stepUntil(*runtime, soon(), [this] { return statistics.losses > 1; }));
+    EXPECT_TRUE(runtime->isUnreachable());
+    EXPECT_TRUE(runtime->trouble().failure == LinkFailure::NOT_RESOLVED);
+}
+
 TEST_F(StepUntil, GoesOnUnlessItIsToEndThere)
 {
     served.stopListening();

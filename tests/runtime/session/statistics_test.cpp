@@ -45,6 +45,15 @@ TEST(Statistics, TextOfARunWithoutALink)
               "  words        read 0, written 0, 0.0 a second\n");
 }
 
+TEST(Statistics, TextOfAnHour)
+{
+    Statistics run;
+    run.requests = 36000;
+    const std::string text = run.text(std::chrono::hours(1));
+    EXPECT_NE(text.find("statistics of 3600.0 s\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("  requests     36000, retries 0, 10.0 a second\n"), std::string::npos) << text;
+}
+
 TEST(Statistics, OneConnectionIsNoReconnect)
 {
     Statistics run;
