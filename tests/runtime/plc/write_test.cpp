@@ -460,6 +460,7 @@ TEST_F(Cancelling, InsideTheCallbackOfAnotherIsAllowed)
     served.release();
     ASSERT_TRUE(until(plc, [&] { return last.times > 0; }));
     EXPECT_EQ(last.fate(), Fate::NOT_SENT);
+    served.awaitWrites(2);
     EXPECT_EQ(served.writes().size(), 2u);
 }
 
