@@ -233,6 +233,9 @@ TEST_F(Reporting, SaysThatTheModeIsNotChanged)
                              "the PLC refuses the change to MONITOR mode: 2604 (the access is protected by a password)",
                              "refused: DM:10: 2206 (wrong operating mode: the PLC is in RUN mode)"}));
     EXPECT_TRUE(report->verdict() == WriteVerdict::NOT_AS_ASKED);
+    EXPECT_TRUE(queue->settled());
+    EXPECT_EQ(served.writes().size(), 1u);
+    EXPECT_EQ(served.modeChanges(), 1);
 }
 
 TEST_F(Reporting, SaysThatTheModeMayHaveBeenChanged)
