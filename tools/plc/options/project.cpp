@@ -84,6 +84,7 @@ std::vector<std::string> Problems::lines() const
     std::vector<Entry> sorted = entries;
     std::stable_sort(sorted.begin(), sorted.end(), [](const Entry &a, const Entry &b) { return a.place < b.place; });
     std::vector<std::string> all;
+    all.reserve(sorted.size());
     for (const Entry &entry : sorted)
         all.push_back(fmt::format("{}:{}:{}: {}", file, entry.place.line, entry.place.column, entry.text));
     return all;
