@@ -6,7 +6,7 @@
 
 using fins::RecipeValues;
 
-class Recipe : public PlcFixture {
+class TheRecipe : public PlcFixture {
 protected:
     // DM20 to DM22 and DM40, in three requests.
     Config withRecipe() const
@@ -65,7 +65,7 @@ protected:
     std::vector<std::pair<std::size_t, std::size_t>> progress;
 };
 
-TEST_F(Recipe, IsWrittenAsAWholeAndReadBack)
+TEST_F(TheRecipe, IsWrittenAsAWholeAndReadBack)
 {
     Plc plc = Plc::open(withRecipe());
     const Told told = written(plc);
@@ -79,7 +79,7 @@ TEST_F(Recipe, IsWrittenAsAWholeAndReadBack)
     expectProgress();
 }
 
-TEST_F(Recipe, IsReadInItsOwnOrder)
+TEST_F(TheRecipe, IsReadInItsOwnOrder)
 {
     served.set(20, {5, 6, 8});
     served.set(40, {9});
@@ -92,7 +92,7 @@ TEST_F(Recipe, IsReadInItsOwnOrder)
 }
 
 // Where nothing is watched the link is polled seldom; a recipe does not wait for that.
-TEST_F(Recipe, IsReadWithoutPausesWhereNothingIsWatched)
+TEST_F(TheRecipe, IsReadWithoutPausesWhereNothingIsWatched)
 {
     Config with = config();
     with.wordsPerFrame = 1;
@@ -103,7 +103,7 @@ TEST_F(Recipe, IsReadWithoutPausesWhereNothingIsWatched)
     EXPECT_EQ(values.values.size(), 100u);
 }
 
-TEST_F(Recipe, IsReadButForWhatThePlcRefuses)
+TEST_F(TheRecipe, IsReadButForWhatThePlcRefuses)
 {
     served.set(20, {5, 6, 8});
     served.set(40, {9});
@@ -120,7 +120,7 @@ TEST_F(Recipe, IsReadButForWhatThePlcRefuses)
 }
 
 // What was read before the refusal is not read again.
-TEST_F(Recipe, IsReadOnceWhereThePlcRefusesItsEnd)
+TEST_F(TheRecipe, IsReadOnceWhereThePlcRefusesItsEnd)
 {
     served.set(20, {5, 6, 8});
     served.rule([](const Request &request) {
@@ -132,7 +132,7 @@ TEST_F(Recipe, IsReadOnceWhereThePlcRefusesItsEnd)
     EXPECT_EQ(std::count_if(all.begin(), all.end(), [](const Request &request) { return request.address == 22; }), 1);
 }
 
-TEST_F(Recipe, IsReadAnewAfterALostLink)
+TEST_F(TheRecipe, IsReadAnewAfterALostLink)
 {
     served.set(20, {5, 6, 8});
     served.set(40, {9});
@@ -148,7 +148,7 @@ TEST_F(Recipe, IsReadAnewAfterALostLink)
     EXPECT_EQ(served.connections(), 2);
 }
 
-TEST_F(Recipe, IsNotWrittenAgainAfterALostLink)
+TEST_F(TheRecipe, IsNotWrittenAgainAfterALostLink)
 {
     served.rule([](const Request &request) {
         return Treatment{request.isWrite() && request.address == 22 ? Treatment::HANG_UP : Treatment::ANSWER};
@@ -163,7 +163,7 @@ TEST_F(Recipe, IsNotWrittenAgainAfterALostLink)
     EXPECT_EQ(served.writes().size(), 2u);
 }
 
-TEST_F(Recipe, StopsAtWhatThePlcRefuses)
+TEST_F(TheRecipe, StopsAtWhatThePlcRefuses)
 {
     served.rule([](const Request &request) {
         return Treatment{Treatment::ANSWER, request.isWrite() && request.address == 22 ? 0x2101u : 0u};
@@ -179,7 +179,7 @@ TEST_F(Recipe, StopsAtWhatThePlcRefuses)
     EXPECT_EQ(served.writes().size(), 2u);
 }
 
-TEST_F(Recipe, IsWrittenAgainAfterAChangeOfTheMode)
+TEST_F(TheRecipe, IsWrittenAgainAfterAChangeOfTheMode)
 {
     served.enterRunMode();
     Config with = withRecipe();
