@@ -35,6 +35,7 @@ Phase phaseOf(LinkPhase phase)
 std::vector<Item> itemsOf(const std::vector<RecipeEntry> &entries)
 {
     std::vector<Item> items;
+    items.reserve(entries.size());
     for (const RecipeEntry &entry : entries)
         items.push_back(entry.item);
     return items;
@@ -523,9 +524,8 @@ void Engine::advanceWrite()
 {
     const bool isNew    = active_->stage != Undertaking::Stage::BEGUN;
     const bool mayBegin = !isNew || runtime_->canWrite();
-    if (active_->isToCancel && active_->stage == Undertaking::Stage::CANCELLED)
-        endWrite("it was cancelled");
-    else if (mayBegin && !active_->begin())
+    const bool isCancelled = active_->isToCancel && active_->stage == Undertaking::Stage::CANCELLED;
+    if (isCancelled || (mayBegin && !active_->begin()))
         endWrite("it was cancelled");
     else if (setup_.steady() >= active_->deadline)
         endWrite(mayBegin ? "no answer in time" : "it could not be sent in time");

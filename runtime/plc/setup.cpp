@@ -108,13 +108,6 @@ Recipe recipeOf(const TagBook &book, const RecipeConfig &config)
     return recipe;
 }
 
-void checkSize(const Recipe &recipe)
-{
-    if (recipe.wordCount() > RECIPE_BUFFER_WORDS)
-        throw UsageError("the recipe '" + recipe.name + "' has " + std::to_string(recipe.wordCount()) + " words; a recipe holds at most "
-                         + std::to_string(RECIPE_BUFFER_WORDS));
-}
-
 void throwIfAny(const Problems &problems)
 {
     if (!problems.any())
@@ -155,8 +148,6 @@ Setup::Setup(const Config &config)
         check(problems, [&] { addTag(book, tag); });
     for (const RecipeConfig &recipe : config.recipes)
         check(problems, [&] { recipes.push_back(recipeOf(book, recipe)); });
-    for (const Recipe &recipe : recipes)
-        check(problems, [&] { checkSize(recipe); });
     throwIfAny(problems);
 }
 

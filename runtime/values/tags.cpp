@@ -98,7 +98,7 @@ ValueFormat TagBook::formatOf(const Parts &parts) const
         return bit;
     if (!parts.hasType)
         return format_;
-    const ValueFormat typed = parseFormat(parts.type, orders_);
+    ValueFormat typed = parseFormat(parts.type, orders_);
     if (!isNumeric(typed.type))
         return typed;
     ValueFormat format = format_;
