@@ -5,8 +5,10 @@
 TEST(LateReplies, KnowsNoneAtFirst)
 {
     LateReplies late;
-    EXPECT_FALSE(late.settle(0));
-    EXPECT_FALSE(late.settle(255));
+    for (int again = 0; again < 2; ++again) {
+        EXPECT_FALSE(late.settle(0));
+        EXPECT_FALSE(late.settle(255));
+    }
 }
 
 TEST(LateReplies, SettlesEachUnansweredRequestOnce)
