@@ -14,3 +14,16 @@ find_library(UNISTRING_LIBRARY unistring)
 if(NOT UNISTRING_INCLUDE_DIR OR NOT UNISTRING_LIBRARY)
     message(FATAL_ERROR "libunistring is needed for UTF-8; install the package libunistring-dev")
 endif()
+
+# What reads the files that people write; every program that does is made of it.
+set(FINS_DOCUMENTS
+    ${PROJECT_SOURCE_DIR}/tools/common/descriptor.cpp
+    ${PROJECT_SOURCE_DIR}/tools/common/file_reader.cpp
+    ${PROJECT_SOURCE_DIR}/tools/common/numbers.cpp
+    ${PROJECT_SOURCE_DIR}/tools/documents/csv_document.cpp
+    ${PROJECT_SOURCE_DIR}/tools/documents/problems.cpp
+    ${PROJECT_SOURCE_DIR}/tools/documents/table_reader.cpp
+    ${PROJECT_SOURCE_DIR}/tools/documents/text_check.cpp
+    ${PROJECT_SOURCE_DIR}/tools/documents/toml_document.cpp
+    ${PROJECT_SOURCE_DIR}/tools/documents/toml_guard.cpp
+    ${PROJECT_SOURCE_DIR}/tools/documents/toml_text.cpp)

@@ -1,6 +1,6 @@
 #include "driver/driver_library.h"
 
-#include "base/usage_error.h"
+#include "common/usage_error.h"
 
 #include <dlfcn.h>
 #include <link.h>

@@ -1,7 +1,7 @@
 #include "link/host_port.h"
 
-#include "base/numbers.h"
-#include "base/usage_error.h"
+#include "common/numbers.h"
+#include "common/usage_error.h"
 
 static const char DEFAULT_PORT[] = "9600";
 

@@ -1,6 +1,6 @@
 #include "plc/setup.h"
 
-#include "base/numbers.h"
+#include "common/numbers.h"
 #include "link/host_port.h"
 #include "project/settings.h"
 

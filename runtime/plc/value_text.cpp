@@ -1,6 +1,6 @@
 #include "plc/value_text.h"
 
-#include "base/numbers.h"
+#include "common/numbers.h"
 
 #include <algorithm>
 #include <charconv>

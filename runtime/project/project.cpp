@@ -1,9 +1,9 @@
 #include "project/project.h"
 
-#include "base/usage_error.h"
+#include "common/usage_error.h"
+#include "documents/table_reader.h"
 #include "link/host_port.h"
 #include "project/settings.h"
-#include "project/table_reader.h"
 #include "project/tag_table.h"
 
 namespace {

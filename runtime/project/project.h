@@ -1,7 +1,7 @@
 #ifndef RUNTIME_PROJECT_PROJECT_H
 #define RUNTIME_PROJECT_PROJECT_H
 
-#include "base/problems.h"
+#include "documents/problems.h"
 #include "project/recipe_table.h"
 #include "values/tags.h"
 

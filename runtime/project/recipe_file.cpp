@@ -1,6 +1,6 @@
 #include "project/recipe_file.h"
 
-#include "base/usage_error.h"
+#include "common/usage_error.h"
 
 #include <algorithm>
 #include <istream>

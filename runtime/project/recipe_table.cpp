@@ -1,11 +1,11 @@
 #include "project/recipe_table.h"
 
 #include "base/csv_text.h"
-#include "base/numbers.h"
-#include "base/text_check.h"
-#include "base/usage_error.h"
+#include "common/numbers.h"
+#include "common/usage_error.h"
+#include "documents/table_reader.h"
+#include "documents/text_check.h"
 #include "project/recipe_file.h"
-#include "project/table_reader.h"
 
 #include <charconv>
 #include <sstream>

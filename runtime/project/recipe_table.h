@@ -1,7 +1,7 @@
 #ifndef RUNTIME_PROJECT_RECIPE_TABLE_H
 #define RUNTIME_PROJECT_RECIPE_TABLE_H
 
-#include "project/document.h"
+#include "documents/document.h"
 #include "values/recipe.h"
 
 #include <set>

@@ -1,6 +1,6 @@
 #include "project/settings.h"
 
-#include "base/numbers.h"
+#include "common/numbers.h"
 
 #include <charconv>
 

@@ -1,8 +1,8 @@
 #include "project/tag_table.h"
 
-#include "base/numbers.h"
-#include "base/usage_error.h"
-#include "project/table_reader.h"
+#include "common/numbers.h"
+#include "common/usage_error.h"
+#include "documents/table_reader.h"
 
 namespace {
 

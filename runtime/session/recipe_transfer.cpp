@@ -1,6 +1,6 @@
 #include "session/recipe_transfer.h"
 
-#include "base/usage_error.h"
+#include "common/usage_error.h"
 #include "session/step_until.h"
 #include "session/watch_plan.h"
 

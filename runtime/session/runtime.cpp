@@ -1,6 +1,6 @@
 #include "session/runtime.h"
 
-#include "base/usage_error.h"
+#include "common/usage_error.h"
 #include "driver/change_feed.h"
 #include "link/fins_codes.h"
 #include "link/fins_layout.h"

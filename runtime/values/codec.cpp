@@ -1,6 +1,6 @@
 #include "values/codec.h"
 
-#include "base/numbers.h"
+#include "common/numbers.h"
 
 #include <fmt/format.h>
 

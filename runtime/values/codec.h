@@ -1,7 +1,7 @@
 #ifndef RUNTIME_VALUES_CODEC_H
 #define RUNTIME_VALUES_CODEC_H
 
-#include "base/usage_error.h"
+#include "common/usage_error.h"
 
 #include <QtCore/QtGlobal>
 

@@ -1,6 +1,6 @@
 #include "values/items.h"
 
-#include "base/numbers.h"
+#include "common/numbers.h"
 
 #include <algorithm>
 #include <limits>

@@ -1,7 +1,7 @@
 #ifndef RUNTIME_VALUES_ITEMS_H
 #define RUNTIME_VALUES_ITEMS_H
 
-#include "base/usage_error.h"
+#include "common/usage_error.h"
 #include "driver/driver_library.h"
 
 #include <string>

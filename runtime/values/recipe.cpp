@@ -1,6 +1,6 @@
 #include "values/recipe.h"
 
-#include "base/usage_error.h"
+#include "common/usage_error.h"
 
 #include <algorithm>
 #include <tuple>

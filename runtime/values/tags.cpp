@@ -1,6 +1,6 @@
 #include "values/tags.h"
 
-#include "base/numbers.h"
+#include "common/numbers.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,4 +1,4 @@
-#include "base/usage_error.h"
+#include "common/usage_error.h"
 #include "fuzz_input.h"
 #include "project/recipe_file.h"
 

@@ -1,7 +1,7 @@
 #ifndef SUPPORT_USAGE_ERROR_H
 #define SUPPORT_USAGE_ERROR_H
 
-#include "base/usage_error.h"
+#include "common/usage_error.h"
 
 #include <string>
 

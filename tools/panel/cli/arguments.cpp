@@ -1,6 +1,6 @@
 #include "cli/arguments.h"
 
-#include "base/usage_error.h"
+#include "common/usage_error.h"
 #include "link/host_port.h"
 #include "project/settings.h"
 

@@ -1,8 +1,8 @@
 #include "commands/confirmation.h"
 
-#include "base/usage_error.h"
 #include "commands/difference_table.h"
 #include "commands/ending.h"
+#include "common/usage_error.h"
 #include "session/step_until.h"
 
 #include <unistd.h>

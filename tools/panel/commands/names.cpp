@@ -1,7 +1,7 @@
 #include "commands/commands.h"
 
-#include "base/usage_error.h"
 #include "commands/ending.h"
+#include "common/usage_error.h"
 
 #include <fmt/format.h>
 #include <iostream>

@@ -1,7 +1,7 @@
 #include "commands/output_file.h"
 
-#include "base/usage_error.h"
 #include "common/descriptor.h"
+#include "common/usage_error.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

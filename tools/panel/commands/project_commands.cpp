@@ -1,8 +1,8 @@
 #include "commands/commands.h"
 
-#include "base/numbers.h"
 #include "commands/ending.h"
 #include "commands/output_file.h"
+#include "common/numbers.h"
 #include "project/project.h"
 #include "project/tag_table.h"
 

@@ -1,7 +1,7 @@
 #include "watch/watch_lines.h"
 
 #include "base/csv_text.h"
-#include "base/numbers.h"
+#include "common/numbers.h"
 
 #include <fmt/chrono.h>
 #include <nlohmann/json.hpp>

@@ -1,6 +1,6 @@
 #include "watch/watch_table.h"
 
-#include "base/numbers.h"
+#include "common/numbers.h"
 #include "terminal/text_width.h"
 
 #include <fmt/format.h>

@@ -1,7 +1,7 @@
 #ifndef PLC_OPTIONS_PROJECT_MEMORY_H
 #define PLC_OPTIONS_PROJECT_MEMORY_H
 
-#include "common/toml_text.h"
+#include "documents/toml_text.h"
 #include "options/options.h"
 
 #include <string>

@@ -1,6 +1,6 @@
-#include "project/table_reader.h"
+#include "documents/table_reader.h"
 
-#include "base/numbers.h"
+#include "common/numbers.h"
 
 #include <algorithm>
 #include <cmath>

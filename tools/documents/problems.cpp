@@ -1,7 +1,7 @@
-#include "base/problems.h"
+#include "documents/problems.h"
 
-#include "base/usage_error.h"
 #include "common/file_reader.h"
+#include "common/usage_error.h"
 
 #include <algorithm>
 #include <tuple>

@@ -1,7 +1,7 @@
-#ifndef RUNTIME_PROJECT_DOCUMENT_H
-#define RUNTIME_PROJECT_DOCUMENT_H
+#ifndef DOCUMENTS_DOCUMENT_H
+#define DOCUMENTS_DOCUMENT_H
 
-#include "base/problems.h"
+#include "documents/problems.h"
 
 #include <algorithm>
 #include <string>

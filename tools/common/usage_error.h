@@ -1,5 +1,5 @@
-#ifndef RUNTIME_BASE_USAGE_ERROR_H
-#define RUNTIME_BASE_USAGE_ERROR_H
+#ifndef FINS_COMMON_USAGE_ERROR_H
+#define FINS_COMMON_USAGE_ERROR_H
 
 #include <stdexcept>
 

@@ -1,6 +1,6 @@
-#include "project/document.h"
+#include "documents/document.h"
 
-#include "base/text_check.h"
+#include "documents/text_check.h"
 
 #include <algorithm>
 

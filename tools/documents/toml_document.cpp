@@ -1,8 +1,8 @@
-#include "project/document.h"
+#include "documents/document.h"
 
-#include "base/numbers.h"
-#include "base/text_check.h"
-#include "common/toml_text.h"
+#include "common/numbers.h"
+#include "documents/text_check.h"
+#include "documents/toml_text.h"
 
 #include <algorithm>
 

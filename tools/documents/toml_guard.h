@@ -1,5 +1,5 @@
-#ifndef FINS_COMMON_TOML_GUARD_H
-#define FINS_COMMON_TOML_GUARD_H
+#ifndef DOCUMENTS_TOML_GUARD_H
+#define DOCUMENTS_TOML_GUARD_H
 
 #include <cstddef>
 #include <optional>

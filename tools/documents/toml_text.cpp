@@ -1,4 +1,4 @@
-#include "common/toml_text.h"
+#include "documents/toml_text.h"
 
 #include <algorithm>
 #include <stdexcept>

@@ -1,4 +1,4 @@
-#include "project/document.h"
+#include "documents/document.h"
 
 #include "support/built_driver.h"
 

@@ -1,7 +1,7 @@
-#ifndef RUNTIME_BASE_TEXT_CHECK_H
-#define RUNTIME_BASE_TEXT_CHECK_H
+#ifndef DOCUMENTS_TEXT_CHECK_H
+#define DOCUMENTS_TEXT_CHECK_H
 
-#include "base/problems.h"
+#include "documents/problems.h"
 
 #include <optional>
 #include <string>

@@ -1,4 +1,4 @@
-#include "common/toml_guard.h"
+#include "documents/toml_guard.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#ifndef FINS_COMMON_TOML_TEXT_H
-#define FINS_COMMON_TOML_TEXT_H
+#ifndef DOCUMENTS_TOML_TEXT_H
+#define DOCUMENTS_TOML_TEXT_H
 
-#include "common/toml_guard.h"
+#include "documents/toml_guard.h"
 
 // The TOML parser, set up so that no text ends the program: some malformed ones break what the parser asserts, and without
 // assertions it would go on with what is wrong. Here it gives up on the text in every build. This header is the only one

@@ -1,7 +1,7 @@
-#ifndef RUNTIME_PROJECT_TABLE_READER_H
-#define RUNTIME_PROJECT_TABLE_READER_H
+#ifndef DOCUMENTS_TABLE_READER_H
+#define DOCUMENTS_TABLE_READER_H
 
-#include "project/document.h"
+#include "documents/document.h"
 
 #include <string>
 #include <vector>

@@ -1,5 +1,5 @@
-#ifndef RUNTIME_BASE_PROBLEMS_H
-#define RUNTIME_BASE_PROBLEMS_H
+#ifndef DOCUMENTS_PROBLEMS_H
+#define DOCUMENTS_PROBLEMS_H
 
 #include <string>
 #include <vector>

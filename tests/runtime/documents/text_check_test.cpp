@@ -1,4 +1,4 @@
-#include "base/text_check.h"
+#include "documents/text_check.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "base/numbers.h"
+#include "common/numbers.h"
 
 #include <cctype>
 

@@ -1,5 +1,5 @@
-#ifndef RUNTIME_BASE_NUMBERS_H
-#define RUNTIME_BASE_NUMBERS_H
+#ifndef FINS_COMMON_NUMBERS_H
+#define FINS_COMMON_NUMBERS_H
 
 #include <charconv>
 #include <string>
