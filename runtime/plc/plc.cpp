@@ -1,6 +1,7 @@
 #include "fins_runtime/plc.h"
 
 #include "plc/engine.h"
+#include "plc/listing.h"
 #include "plc/value_text.h"
 
 namespace fins {
@@ -190,6 +191,16 @@ Operation Plc::readRecipe(const std::string &name, RecipeCall call, const Operat
     read->recipeCall   = std::move(call);
     read->progressCall = std::move(progress);
     return Operation(order(read));
+}
+
+std::vector<TagConfig> Plc::tags() const
+{
+    return listed(impl_->setup.book.tags());
+}
+
+std::vector<RecipeConfig> Plc::recipes() const
+{
+    return listed(impl_->setup.recipes);
 }
 
 State Plc::state() const

@@ -88,6 +88,8 @@ void addTag(TagBook &book, const TagConfig &config)
     tag.minimum         = config.minimum;
     tag.maximum         = config.maximum;
     tag.readOnly        = config.readOnly;
+    tag.comment         = config.comment;
+    tag.screen          = config.screen;
     if (!book.add(tag))
         throw UsageError("the tag '" + config.name + "' is there twice; rename one");
 }

@@ -152,6 +152,8 @@ Project ProjectReader::read(const DataNode &root)
     readDefaults(section(reader, "defaults"));
     readTags(reader.take("tags"));
     readRecipes(section(reader, "recipes"));
+    section(reader, "screens"); // of a graphical panel, which reads them itself, and its alarms
+    section(reader, "alarms");
     reader.refuseOthers();
     return project_;
 }

@@ -17,6 +17,7 @@
 //   [defaults]    word_order, char_order
 //   [tags]        Level = { type = "DM", address = 0, ... }     see tag_table.h
 //   [recipes.NAME]                                              see recipe_table.h
+//   [screens.NAME], [alarms.NAME]  what a graphical panel shows, which others pass over
 
 struct Project {
     std::string         file;

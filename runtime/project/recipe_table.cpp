@@ -168,31 +168,15 @@ std::string tomlValue(const std::string &text, DataType type)
     return isBare ? text : tomlString(text);
 }
 
-// What a value is called in a file: of a string what stands between its quotes.
-std::string storedText(const RecipeEntry &entry, std::size_t index)
-{
-    if (entry.format.type != DataType::STRING)
-        return decodeValue(entry.format, entry.values, index);
-    const std::string quoted = decodeValues(entry.format, entry.values);
-    return quoted.substr(1, quoted.size() - 2);
-}
-
-std::size_t storedCount(const RecipeEntry &entry)
-{
-    if (entry.format.type == DataType::STRING)
-        return 1;
-    return entry.values.size() / 2 / static_cast<std::size_t>(wordsPerValue(entry.format.type));
-}
-
 std::string tomlLines(const std::vector<RecipeEntry> &entries)
 {
     std::string text = "[values]\n";
     for (const RecipeEntry &entry : entries) {
         std::string values;
-        const std::size_t count = storedCount(entry);
-        for (std::size_t i = 0; i < count; ++i)
-            values += (i > 0 ? ", " : "") + tomlValue(storedText(entry, i), entry.format.type);
-        text += tomlKey(entryName(entry)) + " = " + (count > 1 ? "[" + values + "]" : values) + "\n";
+        const std::vector<std::string> texts = valueTexts(entry);
+        for (const std::string &value : texts)
+            values += (values.empty() ? "" : ", ") + tomlValue(value, entry.format.type);
+        text += tomlKey(entryName(entry)) + " = " + (texts.size() > 1 ? "[" + values + "]" : values) + "\n";
     }
     return text;
 }
@@ -202,8 +186,8 @@ std::string csvLines(const std::vector<RecipeEntry> &entries)
     std::string text = "variable,value\n";
     for (const RecipeEntry &entry : entries) {
         std::string values;
-        for (std::size_t i = 0; i < storedCount(entry); ++i)
-            values += (i > 0 ? " " : "") + storedText(entry, i);
+        for (const std::string &value : valueTexts(entry))
+            values += (values.empty() ? "" : " ") + value;
         text += csvField(entryName(entry)) + ","
                 + (entry.format.type == DataType::STRING ? csvText(values) : csvField(values)) + "\n";
     }
@@ -218,6 +202,21 @@ std::size_t Recipe::wordCount() const
     for (const RecipeEntry &entry : entries)
         words += static_cast<std::size_t>(entry.item.count);
     return words;
+}
+
+std::vector<std::string> valueTexts(const RecipeEntry &entry)
+{
+    if (entry.values.empty())
+        return {};
+    if (entry.format.type == DataType::STRING) {
+        const std::string quoted = decodeValues(entry.format, entry.values);
+        return {quoted.substr(1, quoted.size() - 2)};
+    }
+    std::vector<std::string> texts;
+    const std::size_t count = entry.values.size() / 2 / static_cast<std::size_t>(wordsPerValue(entry.format.type));
+    for (std::size_t i = 0; i < count; ++i)
+        texts.push_back(decodeValue(entry.format, entry.values, i));
+    return texts;
 }
 
 Recipe readRecipeTable(const DataNode &table, const std::string &file, const TagBook &tags,

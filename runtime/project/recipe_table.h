@@ -32,6 +32,9 @@ Recipe readRecipeTable(const DataNode &table, const std::string &file, const Tag
 /// Throws UsageError with the first problem and its place.
 Recipe loadRecipeFile(const TagBook &tags, const std::string &file, bool needValues);
 
+/// The values of a variable, one text each, as one would write them: of a string what stands between its quotes.
+std::vector<std::string> valueTexts(const RecipeEntry &entry);
+
 /// Throws UsageError if a variable has no values.
 void requireValues(const Recipe &recipe);
 

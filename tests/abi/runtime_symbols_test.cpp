@@ -61,7 +61,7 @@ TEST(RuntimeSymbolsAbi, EveryFunctionOfTheHeadersIsVisible)
              "fins::Handle::~Handle(", "fins::Operation::cancel(", "fins::Plc::open(", "fins::Plc::Plc(fins::Plc&&",
              "fins::Plc::operator=(", "fins::Plc::~Plc(", "fins::Plc::close(", "fins::Plc::watch(",
              "fins::Plc::snapshot(", "fins::Plc::write(", "fins::Plc::writeRecipe(", "fins::Plc::readRecipe(",
-             "fins::Plc::state(", "fins::Plc::onState(", "fins::Plc::onMessage(", "fins::Plc::readyFd(",
+             "fins::Plc::tags(", "fins::Plc::recipes(", "fins::Plc::state(", "fins::Plc::onState(", "fins::Plc::onMessage(", "fins::Plc::readyFd(",
              "fins::Plc::dispatch(", "fins::isDone(", "fins::text(fins::Fate)", "fins::text(fins::Phase)",
              "fins::text(fins::Quality)", "typeinfo for fins::ConfigError", "typeinfo for fins::NameError"}) {
         const auto found = std::find_if(names.begin(), names.end(), [&](const std::string &name) {

@@ -30,6 +30,8 @@ struct TagConfig {
     std::optional<double> minimum = {}; // a write outside these limits is invalid; as shown
     std::optional<double> maximum = {};
     bool        readOnly = false;    // every write is invalid
+    std::string comment = {};
+    std::string screen = {};         // where a graphical panel shows it
 };
 
 /// A recipe: items or tags, each with its values as texts, or with none in a recipe that is only read.

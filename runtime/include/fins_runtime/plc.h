@@ -128,6 +128,11 @@ public:
     [[nodiscard]] Operation readRecipe(const std::string &name, RecipeCall call, const OperationOptions &options = {},
                                        ProgressCall progress = {});
 
+    /// The tags and recipes of the project file and of the configuration, in their order, as one would write them into a
+    /// configuration: a tag's item with every order of words or characters that is not the usual one.
+    std::vector<TagConfig> tags() const;
+    std::vector<RecipeConfig> recipes() const;
+
     State state() const;
 
     /// `call` is told of the state now and of every change; the latest ones where dispatch() comes too late.

@@ -1,6 +1,8 @@
 #include "plc_fixture.h"
 #include "support/temporary_folder.h"
 
+#include <sstream>
+
 // A configuration that cannot work is refused with all that is wrong with it.
 
 class Configuring : public PlcFixture {
@@ -173,6 +175,125 @@ TEST_F(Configuring, ReadsTheConnectionOfAProject)
     EXPECT_EQ(read.project, file);
     EXPECT_FALSE(read.allowModeChange);
     EXPECT_THROW(static_cast<void>(Config::ofProject(folder.put("bad.toml", "[connection]\nhost = 5\n"))), fins::ConfigError);
+}
+
+namespace {
+
+// What the lists of tags and recipes say, a line for each tag, variable and value.
+std::string linesOf(const std::vector<fins::TagConfig> &tags)
+{
+    std::ostringstream lines;
+    for (const fins::TagConfig &tag : tags) {
+        lines << tag.name << " = " << tag.item << " * " << tag.scale << " + " << tag.offset << " ." << tag.decimals << " '"
+              << tag.unit << "'";
+        if (tag.minimum)
+            lines << " from " << *tag.minimum;
+        if (tag.maximum)
+            lines << " to " << *tag.maximum;
+        lines << (tag.readOnly ? " r" : " rw") << " '" << tag.comment << "' on '" << tag.screen << "'\n";
+    }
+    return lines.str();
+}
+
+std::string linesOf(const std::vector<fins::RecipeConfig> &recipes)
+{
+    std::string lines;
+    for (const fins::RecipeConfig &recipe : recipes) {
+        lines += recipe.name + "\n";
+        for (const fins::RecipeConfig::Variable &variable : recipe.variables) {
+            lines += " " + variable.item + "\n";
+            for (const std::string &value : variable.values)
+                lines += "  " + value + "\n";
+        }
+    }
+    return lines;
+}
+
+const char EVERY_KIND[] = R"([defaults]
+word_order = "high"
+[tags]
+Level = { type = "DM", address = 0, data = "s16", scale = 0.1, offset = -2, decimals = 0, unit = "%", min = -1.5, max = 100, comment = "tank 1", screen = "tank" }
+Pump = { type = "CIO_bit", address = "0.10", access = "r" }
+Doors = { type = "WR_bit", address = "3.15", count = 3 }
+Word = { type = "HR", address = 5 }
+Flow = { type = "DM", address = 10, count = 2, data = "f32" }
+Sum = { type = "DM", address = 20, data = "u64-low" }
+Product = { type = "DM", address = 30, count = 4, data = "string" }
+Swapped = { type = "DM", address = 40, data = "string", char_order = "low" }
+Code = { type = "DM", address = 50, data = "hex" }
+[recipes.Lemonade.values]
+Level = 10.3
+Flow = [0.5, -3]
+Product = 'A\"B'
+"DM:60" = -1
+"Sum/hex" = [1, 2, 3, 65535]
+[recipes.Reading]
+variables = ["DM:70:3", "Swapped"]
+[screens.tank]
+[alarms.LevelHigh]
+)";
+
+const char EVERY_TAG[] = "Level = DM:0/s16 * 0.1 + -2 .0 '%' from -1.5 to 100 rw 'tank 1' on 'tank'\n"
+                         "Pump = CIO_bit:0.10 * 1 + 0 .-1 '' r '' on ''\n"
+                         "Doors = WR_bit:3.15:3 * 1 + 0 .-1 '' rw '' on ''\n"
+                         "Word = HR:5 * 1 + 0 .-1 '' rw '' on ''\n"
+                         "Flow = DM:10:2/f32-high * 1 + 0 .-1 '' rw '' on ''\n"
+                         "Sum = DM:20/u64 * 1 + 0 .-1 '' rw '' on ''\n"
+                         "Product = DM:30:4/string * 1 + 0 .-1 '' rw '' on ''\n"
+                         "Swapped = DM:40/string-low * 1 + 0 .-1 '' rw '' on ''\n"
+                         "Code = DM:50/hex * 1 + 0 .-1 '' rw '' on ''\n";
+
+// A value is listed as it is written, whatever decimals are shown of it.
+const char EVERY_RECIPE[] = "Lemonade\n"
+                            " Level\n  10.3\n"
+                            " Flow\n  0.5\n  -3\n"
+                            " Product\n  A\\\"B\n"
+                            " DM:60\n  65535\n"
+                            " Sum/hex\n  0x0001\n  0x0002\n  0x0003\n  0xFFFF\n"
+                            "Reading\n"
+                            " DM:70:3\n"
+                            " Swapped\n";
+
+} // namespace
+
+TEST_F(Configuring, ListsTheTagsAndRecipesOfAProjectAsOneWouldWriteThem)
+{
+    Config with = config();
+    with.project = folder.put("every.toml", EVERY_KIND);
+    const Plc plc = Plc::open(with);
+    EXPECT_EQ(linesOf(plc.tags()), EVERY_TAG);
+    EXPECT_EQ(linesOf(plc.recipes()), EVERY_RECIPE);
+}
+
+TEST_F(Configuring, TakesTheListsForTheProjectItself)
+{
+    Config with = config();
+    with.project = folder.put("every.toml", EVERY_KIND);
+    const Plc plc = Plc::open(with);
+    Config alone = config();
+    alone.tags    = plc.tags();
+    alone.recipes = plc.recipes();
+    const Plc same = Plc::open(alone);
+    EXPECT_EQ(linesOf(same.tags()), EVERY_TAG);
+    EXPECT_EQ(linesOf(same.recipes()), EVERY_RECIPE);
+}
+
+TEST_F(Configuring, ListsItsOwnTagsAndRecipesBehindTheProjects)
+{
+    Config with = config();
+    with.project = folder.put("one.toml", "[tags]\nlevel = { type = \"DM\", address = 0 }\n"
+                                          "[recipes.first]\nvariables = [\"level\"]\n");
+    fins::TagConfig own;
+    own.name    = "own";
+    own.item    = "DM:1/u32-low";
+    own.comment = "mine";
+    own.screen  = "oven";
+    with.tags    = {own};
+    with.recipes = {{"second", {{"own", {"70000"}}}}};
+    const Plc plc = Plc::open(with);
+    EXPECT_EQ(linesOf(plc.tags()), "level = DM:0 * 1 + 0 .-1 '' rw '' on ''\n"
+                                   "own = DM:1/u32 * 1 + 0 .-1 '' rw 'mine' on 'oven'\n");
+    EXPECT_EQ(linesOf(plc.recipes()), "first\n level\nsecond\n own\n  70000\n");
 }
 
 TEST_F(Configuring, NamesTheRecipesThatThereAre)

@@ -355,5 +355,6 @@ TEST_F(ProjectTest, ASyntaxErrorIsTheOnlyProblem)
     ASSERT_EQ(problems.size(), 1u);
     EXPECT_EQ(problems[0].find("p.toml:3:11: this is not TOML: "), 0u) << problems[0];
     EXPECT_EQ(read("hots = 1\n"),
-              (Lines{"p.toml:1:1: 'hots' is not known here; known are connection, driver, defaults, tags, recipes"}));
+              (Lines{"p.toml:1:1: 'hots' is not known here; known are connection, driver, defaults, tags, recipes, "
+                     "screens, alarms"}));
 }
