@@ -1,6 +1,6 @@
 #include "project/recipe_table.h"
 
-#include "base/csv_text.h"
+#include "common/csv_text.h"
 #include "common/numbers.h"
 #include "common/usage_error.h"
 #include "documents/table_reader.h"

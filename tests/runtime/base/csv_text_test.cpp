@@ -1,4 +1,4 @@
-#include "base/csv_text.h"
+#include "common/csv_text.h"
 
 #include <gtest/gtest.h>
 

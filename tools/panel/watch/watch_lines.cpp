@@ -1,20 +1,11 @@
 #include "watch/watch_lines.h"
 
-#include "base/csv_text.h"
+#include "common/csv_text.h"
 #include "common/numbers.h"
 
-#include <fmt/chrono.h>
 #include <nlohmann/json.hpp>
 
 using Json = nlohmann::ordered_json;
-
-std::string timeText(SystemTime time)
-{
-    using namespace std::chrono;
-    const auto whole = floor<seconds>(time);
-    const auto millis = duration_cast<milliseconds>(time - whole).count();
-    return fmt::format("{:%Y-%m-%dT%H:%M:%S}.{:03}Z", fmt::gmtime(whole), millis);
-}
 
 static const char *eventName(WatchEvent::Kind kind)
 {

@@ -1,9 +1,9 @@
 #ifndef PANEL_WATCH_WATCH_LINES_H
 #define PANEL_WATCH_WATCH_LINES_H
 
+#include "common/time_text.h"
 #include "session/watch_values.h"
 
-#include <chrono>
 #include <string>
 
 // What happens to watched values, one line each, for other programs.
@@ -13,11 +13,6 @@ enum class LineFormat {
     JSON,  // an object
     CSV    // a record; csvHead() comes first
 };
-
-using SystemTime = std::chrono::system_clock::time_point;
-
-/// "2026-03-01T08:15:30.250Z"
-std::string timeText(SystemTime time);
 
 /// The names of the fields. They and their order stay as they are: time, tag, item, event, old, value, unit, quality.
 std::string csvHead();

@@ -1,9 +1,9 @@
-#ifndef RUNTIME_BASE_CSV_TEXT_H
-#define RUNTIME_BASE_CSV_TEXT_H
+#ifndef FINS_COMMON_CSV_TEXT_H
+#define FINS_COMMON_CSV_TEXT_H
 
 #include <string>
 
-// Cells of CSV files that the program writes.
+// Cells of CSV files that a program writes.
 
 /// The field as it stands in a CSV file, quoted where it has to be.
 std::string csvField(const std::string &text);

@@ -1,4 +1,4 @@
-#include "base/csv_text.h"
+#include "common/csv_text.h"
 
 // True for a text that is a formula but for apostrophes before it: with one more or less it is one again.
 static bool isFormula(const std::string &text)
