@@ -1,4 +1,4 @@
-#include "cli/suggestion.h"
+#include "common/suggestion.h"
 
 #include <gtest/gtest.h>
 

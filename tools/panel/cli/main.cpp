@@ -1,7 +1,7 @@
 #include "cli/arguments.h"
 #include "cli/help_format.h"
-#include "cli/suggestion.h"
 #include "commands/ending.h"
+#include "common/suggestion.h"
 #include "common/usage_error.h"
 #include "link/host_port.h"
 #include "project/settings.h"

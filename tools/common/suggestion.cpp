@@ -1,4 +1,4 @@
-#include "cli/suggestion.h"
+#include "common/suggestion.h"
 
 #include <algorithm>
 #include <numeric>
@@ -28,6 +28,8 @@ std::string nearestWord(const std::string &typed, const std::vector<std::string>
     std::string nearest;
     std::size_t fewest = 3;
     for (const std::string &word : words) {
+        if (std::max(typed.size(), word.size()) - std::min(typed.size(), word.size()) >= fewest)
+            continue;
         const std::size_t number = slips(typed, word);
         const bool isNear = 3 * number <= word.size() + 1; // of a word of four letters one
         if (number < fewest && isNear) {

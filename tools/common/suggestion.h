@@ -1,5 +1,5 @@
-#ifndef PANEL_CLI_SUGGESTION_H
-#define PANEL_CLI_SUGGESTION_H
+#ifndef FINS_COMMON_SUGGESTION_H
+#define FINS_COMMON_SUGGESTION_H
 
 #include <string>
 #include <vector>
