@@ -1,5 +1,6 @@
 #include "panel_files.h"
 
+#include <algorithm>
 #include <set>
 #include <sys/stat.h>
 
@@ -117,6 +118,76 @@ TEST(PanelCheckProjectTest, AValidProject)
     EXPECT_EQ(check.code, 0);
     EXPECT_EQ(check.out, file + " valid: 2 tags, 1 recipe\n");
     EXPECT_EQ(check.err, "");
+}
+
+TEST(PanelCheckProjectTest, ScreensAndAlarmsWhereThereAreAny)
+{
+    const PanelFiles files;
+    const std::string tags = "[tags]\nLevel = { type = \"DM\", address = 0, data = \"s16\", min = 0, max = 100 }\n"
+                             "Pump = { type = \"CIO_bit\", address = \"0.0\", access = \"r\" }\n"
+                             "[recipes.Mix.values]\nLevel = 5\n";
+    const std::string screens = "[screens.tank]\nelements = [\n"
+                                "{ type = \"bar\", tag = \"Level\", at = [1, 1], size = [1, 3] },\n"
+                                "{ type = \"recipe\", recipe = \"Mix\", at = [2, 1] },\n"
+                                "{ type = \"screen\", screen = \"oven\", at = [3, 1] }]\n"
+                                "[screens.oven]\nelements = [{ type = \"lamp\", tag = \"Pump\", at = [1, 1] }]\n";
+    const std::string alarms = "[alarms.High]\ntag = \"Level\"\nhigh = 90\ntext = \"high\"\n";
+    EXPECT_EQ(runPanel({"check-project", files.put("a.toml", tags + screens)}).out,
+              files.path("a.toml") + " valid: 2 tags, 1 recipe, 2 screens\n");
+    EXPECT_EQ(runPanel({"check-project", files.put("b.toml", tags + alarms)}).out,
+              files.path("b.toml") + " valid: 2 tags, 1 recipe, 1 alarm\n");
+    EXPECT_EQ(runPanel({"check-project", files.put("c.toml", tags + screens + alarms)}).out,
+              files.path("c.toml") + " valid: 2 tags, 1 recipe, 2 screens, 1 alarm\n");
+}
+
+TEST(PanelCheckProjectTest, EveryErrorOfScreensAndAlarmsOnce)
+{
+    const PanelFiles files;
+    const std::string file = files.put("p.toml", "tags = \"tags.csv\"\n"
+                                                 "[screens.tank]\n"
+                                                 "elements = [{ type = \"set-point\", tag = \"Level\", at = [9, 1] },\n"
+                                                 "  { type = \"number\", tag = \"Pump\", at = [1, 1] },\n"
+                                                 "  { type = \"recipe\", recipe = \"Mix\", at = [1, 1] }]\n"
+                                                 "[recipes]\n"
+                                                 "Mix = 5\n"
+                                                 "[alarms]\n"
+                                                 "High = 90\n");
+    const std::string csv = files.put("tags.csv", "name,type,address,access\nLevel,DM,0,r\nPump,CIO_bit,0.16,\n");
+    const PanelRun check = runPanel({"check-project", file});
+    EXPECT_EQ(check.code, 2);
+    EXPECT_EQ(check.out, "");
+    EXPECT_EQ(check.err,
+              file + ":3:41: 'Level' can only be read: the access of the tag is r, and a set-point writes it; name another "
+                     "tag\n" +
+                  file + ":3:56: column 9 lies outside of the grid, which has columns 1 to 8\n" +
+                  file + ":5:43: this element overlaps the one of line 4, column 3; move one, or make it smaller\n" +
+                  file + ":7:1: the recipe 'Mix' is not a table; begin it with a line [recipes.Mix]\n" +
+                  file + ":9:1: the alarm 'High' is not a table; begin it with a line [alarms.High]\n" +
+                  csv + ":3:14: 'CIO_bit:0.16': the address is malformed; the range is 0.0 to 6143.15, written ddddd.DD "
+                        "(DD:0~15)\n");
+}
+
+// What is no table, or no TOML, is told by who reads the file as a whole.
+TEST(PanelCheckProjectTest, ScreensThatAreNoTableAreReportedOnce)
+{
+    const PanelFiles files;
+    const std::string file = files.put("p.toml", "screens = 5\nalarms = \"a\"\n");
+    EXPECT_EQ(runPanel({"check-project", file}).err,
+              file + ":1:11: 'screens' is not a table; begin it with a line [screens]\n" +
+                  file + ":2:10: 'alarms' is not a table; begin it with a line [alarms]\n");
+    const PanelRun broken = runPanel({"check-project", files.put("p.toml", "screens = = 5\n")});
+    EXPECT_EQ(broken.code, 2);
+    EXPECT_EQ(std::count(broken.err.begin(), broken.err.end(), '\n'), 1) << broken.err;
+}
+
+// They are of a graphical panel: a command line needs the tags alone.
+TEST_F(PanelProjectTest, OtherCommandsPassOverScreensAndAlarms)
+{
+    start();
+    const std::string file = files.put("s.toml", "[tags]\nLevel = { type = \"DM\", address = 0 }\n"
+                                                 "[screens.tank]\nelements = [7]\n[alarms.High]\n");
+    EXPECT_EQ(runPanel({"read", "--project", file, "--host", host(), "Level"}).out, "Level = 0\n");
+    EXPECT_EQ(runPanel({"check-project", file}).code, 2);
 }
 
 TEST(PanelCheckProjectTest, EveryErrorWithItsPlace)
