@@ -1,0 +1,12 @@
+#include <QtWidgets/QApplication>
+
+#include <gtest/gtest.h>
+
+// Tests of windows, without a screen.
+int main(int argc, char **argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    testing::InitGoogleTest(&argc, argv);
+    const QApplication application(argc, argv);
+    return RUN_ALL_TESTS();
+}

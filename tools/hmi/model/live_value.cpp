@@ -1,0 +1,43 @@
+#include "model/live_value.h"
+
+#include <cmath>
+
+double LiveValue::number() const
+{
+    struct Reader {
+        double operator()(std::monostate) const { return std::nan(""); }
+        double operator()(bool bit) const { return bit ? 1 : 0; }
+        double operator()(std::int64_t whole) const { return static_cast<double>(whole); }
+        double operator()(std::uint64_t whole) const { return static_cast<double>(whole); }
+        double operator()(double real) const { return real; }
+        double operator()(const std::string &) const { return std::nan(""); }
+    };
+    return std::visit(Reader(), sample.value);
+}
+
+std::string shownText(const fins::Sample &sample)
+{
+    if (sample.text.empty())
+        return "\u2014";
+    return sample.unit.empty() ? sample.text : sample.text + " " + sample.unit;
+}
+
+std::string ageText(std::chrono::steady_clock::duration age)
+{
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(age).count();
+    if (seconds < 60)
+        return std::to_string(seconds < 0 ? 0 : seconds) + " s";
+    if (seconds < 3600)
+        return std::to_string(seconds / 60) + " min";
+    if (seconds < 86400)
+        return std::to_string(seconds / 3600) + " h";
+    return std::to_string(seconds / 86400) + " d";
+}
+
+std::string spokenText(const LiveValue &value, std::chrono::steady_clock::time_point now)
+{
+    std::string text = shownText(value.sample) + ", " + fins::text(value.sample.quality);
+    if (!value.sample.text.empty())
+        text += ", changed " + ageText(now - value.sample.steady) + " ago";
+    return text;
+}

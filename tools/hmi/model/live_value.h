@@ -1,0 +1,50 @@
+#ifndef HMI_MODEL_LIVE_VALUE_H
+#define HMI_MODEL_LIVE_VALUE_H
+
+#include "screens/screen.h"
+
+#include <fins_runtime/values.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+class Station;
+
+/// One value of a PLC as the panel knows it: the latest sample, and what became of the latest write.
+struct LiveValue {
+    Station      *station = nullptr;
+    TagValue      tag;             // or an item in place of a tag
+    std::string   label;           // for people: the tag's comment, or its name
+    ValueKind     kind = ValueKind::NUMBER;
+    std::optional<double> minimum; // as it is shown
+    std::optional<double> maximum;
+    std::string   lock;            // why it can never be written, in words; "" if it can
+    fins::Sample  sample;
+    int           alarmPriority = 0; // of its most urgent alarm that is active or not acknowledged, 1 to 3; 0: none
+    std::uint64_t revision = 0;    // grows with all that changes here
+
+    int           writesUnderWay = 0;
+    std::optional<fins::Outcome> fate; // of the latest write that has ended
+    std::chrono::steady_clock::time_point fateTime;
+
+    /// The value as a number; NaN if it is none, or was never received. A bit is 0 or 1.
+    double number() const;
+
+    /// A reply of this connection brought it.
+    bool isGood() const
+    {
+        return sample.quality == fins::Quality::GOOD || sample.quality == fins::Quality::WRITE_PENDING;
+    }
+};
+
+/// What people read: the text with its unit, and a dash where none was ever received.
+std::string shownText(const fins::Sample &sample);
+
+/// "45.2 %, last known, changed 12 s ago": all that is known of the value, in words.
+std::string spokenText(const LiveValue &value, std::chrono::steady_clock::time_point now);
+
+/// "3 s", "12 min", "5 h", "2 d".
+std::string ageText(std::chrono::steady_clock::duration age);
+
+#endif

@@ -1,0 +1,10 @@
+#ifndef HMI_MODEL_PROJECT_SCREENS_H
+#define HMI_MODEL_PROJECT_SCREENS_H
+
+#include "model/station.h"
+
+/// The screens and alarms of a project file, of which the station has the tags and recipes. Throws fins::ConfigError with
+/// all that is wrong.
+ScreenBook readProjectScreens(const std::string &file, const Station &station);
+
+#endif

@@ -1,0 +1,97 @@
+#include "window/main_window.h"
+
+#include "elements/look.h"
+#include "elements/touch_size.h"
+
+#include <QtGui/QKeyEvent>
+#include <QtGui/QPaintEvent>
+#include <QtGui/QPainter>
+#include <QtWidgets/QScroller>
+
+static const int REFRESH_MS = 100;
+
+MainWindow::MainWindow(Panel &panel)
+    : panel_(panel), actions_(panel, this, [this](std::size_t index) { showScreen(index); }),
+      banner_(new LinkBanner(panel, this)), alarms_(new AlarmList(panel, "Alarms", this)),
+      menu_(new OpenButton("", "Menu", this)), scroll_(new QScrollArea(this))
+{
+    setPalette(look::palette());
+    auto *rows = new QVBoxLayout(this);
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setSpacing(0);
+    auto *top = new QHBoxLayout;
+    const int touch = touchPixels(this);
+    banner_->setFixedHeight(touch);
+    alarms_->setFixedHeight(touch);
+    menu_->setFixedSize(touch * 3 / 2, touch);
+    menu_->setAccessibleName("Menu");
+    top->setSpacing(0);
+    top->addWidget(banner_, 3);
+    top->addWidget(alarms_, 2);
+    top->addWidget(menu_);
+    rows->addLayout(top);
+    rows->addWidget(scroll_, 1);
+    scroll_->setWidgetResizable(true);
+    scroll_->setFrameShape(QFrame::NoFrame);
+    scroll_->setFocusPolicy(Qt::NoFocus);
+    QScroller::grabGesture(scroll_->viewport(), QScroller::TouchGesture);
+    banner_->onTouch = [this] { actions_.showLink(); };
+    alarms_->onTouch = [this] { actions_.showAlarms(); };
+    menu_->onTouch   = [this] { actions_.showMenu(current_); };
+    showScreen(0);
+    listen();
+    QObject::connect(&timer_, &QTimer::timeout, this, [this] { refresh(); });
+    timer_.start(REFRESH_MS);
+}
+
+MainWindow::~MainWindow()
+{
+    timer_.stop();
+}
+
+void MainWindow::listen()
+{
+    for (Station &station : panel_.stations()) {
+        notifiers_.push_back(std::make_unique<QSocketNotifier>(station.plc().readyFd(), QSocketNotifier::Read));
+        QObject::connect(notifiers_.back().get(), &QSocketNotifier::activated, this, [&station] { station.dispatch(); });
+    }
+}
+
+void MainWindow::showScreen(std::size_t index)
+{
+    if (index >= panel_.screens().size())
+        return;
+    current_ = index;
+    if (QWidget *before = scroll_->takeWidget())
+        before->deleteLater(); // a touch of it may have brought us here
+    view_ = new ScreenView(panel_, panel_.screens()[index], actions_, this);
+    scroll_->setWidget(view_);
+    setWindowTitle(look::toQt(panel_.screens()[index].title));
+    refresh();
+}
+
+void MainWindow::refresh()
+{
+    panel_.tick();
+    banner_->refresh();
+    alarms_->refresh();
+    menu_->refresh();
+    view_->refresh();
+    if (Overlay *open = actions_.open())
+        open->refresh();
+}
+
+void MainWindow::paintEvent(QPaintEvent *event)
+{
+    QPainter(this).fillRect(event->rect(), look::GROUND);
+}
+
+void MainWindow::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Menu || event->key() == Qt::Key_F10)
+        menu_->touch();
+    else if (event->key() == Qt::Key_F11)
+        setWindowState(windowState() ^ Qt::WindowFullScreen);
+    else
+        QWidget::keyPressEvent(event);
+}
