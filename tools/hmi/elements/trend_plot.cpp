@@ -1,0 +1,436 @@
+#include "elements/trend_plot.h"
+
+#include "elements/trend_input.h"
+#include "elements/trend_legend.h"
+#include "model/trend_csv.h"
+
+#include <fmt/format.h>
+
+#include <QBuffer>
+#include <QDateTime>
+#include <QGridLayout>
+#include <QPushButton>
+#include <QResizeEvent>
+
+#include <qwt_date_scale_draw.h>
+#include <qwt_date_scale_engine.h>
+#include <qwt_plot.h>
+#include <qwt_plot_canvas.h>
+#include <qwt_plot_grid.h>
+#include <qwt_plot_layout.h>
+#include <qwt_plot_marker.h>
+#include <qwt_plot_textlabel.h>
+#include <qwt_scale_engine.h>
+#include <qwt_text.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+enum Button : std::size_t { CLOSER, WIDER, LIVE, SCALE };
+
+const double BUTTON_ZOOM    = 0.5;
+const double TOUCH_INCHES   = 15 / 25.4;
+const int    SCALE_STEPS    = 5;
+const int    LEGEND_PART    = 3;   // of the height, at most
+const int    SPACE          = 2;   // around and between the parts
+const TrendTime MINUTE      = 60000;
+const double FARTHEST       = 1e300; // so that the length of a scale is still a number
+const int    NARROW_CANVAS  = 100; // the fewest pixels that a canvas is taken to be wide
+
+// "Level [%]"
+QString titleOf(const TrendTag &tag)
+{
+    return tag.unit.isEmpty() ? tag.name : tag.name + QStringLiteral(" [%1]").arg(tag.unit);
+}
+
+// As the axis of the selected tag; never empty.
+TrendScale scaleOf(const TrendTag &tag, const std::vector<TrendBucket> &buckets)
+{
+    double least    = tag.minimum.value_or(INFINITY);
+    double greatest = tag.maximum.value_or(-INFINITY);
+    const bool isFixed = tag.minimum && tag.maximum && *tag.minimum < *tag.maximum;
+    const double fixedLeast = least, fixedGreatest = greatest;
+    for (const TrendBucket &bucket : buckets) {
+        least    = std::min(least, bucket.minimum);
+        greatest = std::max(greatest, bucket.maximum);
+    }
+    if (isFixed && least == fixedLeast && greatest == fixedGreatest)
+        return {0, least, greatest};
+    if (least > greatest) { // nothing is known
+        least    = tag.minimum.value_or(tag.maximum.value_or(0));
+        greatest = least;
+    }
+    double step = 0;
+    least    = std::clamp(least, -FARTHEST, FARTHEST);
+    greatest = std::clamp(greatest, -FARTHEST, FARTHEST);
+    QwtLinearScaleEngine().autoScale(SCALE_STEPS, least, greatest, step);
+    return {0, least, least < greatest ? greatest : least + std::max(1.0, std::abs(least))};
+}
+
+QwtDateScaleDraw *makeTimeAxis()
+{
+    auto *axis = new QwtDateScaleDraw(Qt::LocalTime);
+    axis->setDateFormat(QwtDate::Millisecond, QStringLiteral("hh:mm:ss"));
+    axis->setDateFormat(QwtDate::Second, QStringLiteral("hh:mm:ss"));
+    axis->setDateFormat(QwtDate::Minute, QStringLiteral("hh:mm"));
+    axis->setDateFormat(QwtDate::Hour, QStringLiteral("hh:mm"));
+    axis->setDateFormat(QwtDate::Day, QStringLiteral("d MMM"));
+    return axis;
+}
+
+} // namespace
+
+TrendPlot::TrendPlot(const TrendStore &store, const std::vector<TrendTag> &tags, TrendTime span, QWidget *parent)
+    : QWidget(parent), store_(store), tags_(tags), scales_(tags.size()), window_(span), plot_(new QwtPlot(this)),
+      legend_(new TrendLegend(this)), buttonArea_(new QWidget(this)),
+      touchSize_(static_cast<int>(std::lround(TOUCH_INCHES * logicalDpiX())))
+{
+    makePlot();
+    makeCurves();
+    makeButtons();
+    connectInput();
+    auto *grid = new QGridLayout(this);
+    grid->setContentsMargins(SPACE, SPACE, SPACE, SPACE);
+    grid->setSpacing(SPACE);
+    grid->addWidget(legend_, 0, 0, 1, 2);
+    grid->addWidget(plot_, 1, 0);
+    grid->addWidget(buttonArea_, 1, 1);
+    grid->setRowStretch(1, 1);
+    grid->setColumnStretch(0, 1);
+    setFocusProxy(plot_->canvas());
+    tellAccessibly();
+}
+
+TrendPlot::~TrendPlot()
+{
+    // What is drawn leaves the plot before it is destroyed, which would else destroy it, too.
+    for (const auto &curve : curves_)
+        curve->detach();
+    marks_->detach();
+    cursorLine_->detach();
+    cursorText_->detach();
+}
+
+void TrendPlot::makePlot()
+{
+    auto *canvas = new QwtPlotCanvas(plot_);
+    canvas->setFrameStyle(QFrame::Box | QFrame::Plain);
+    canvas->setLineWidth(1);
+    canvas->setBorderRadius(0);
+    canvas->setFocusIndicator(QwtPlotCanvas::CanvasFocusIndicator);
+    plot_->setCanvas(canvas);
+    plot_->setCanvasBackground(QColor(0xd8, 0xd8, 0xd8));
+    plot_->setAutoReplot(false);
+    plot_->setMinimumSize(NARROW_CANVAS, NARROW_CANVAS);
+    plot_->setAxisScaleDraw(QwtPlot::xBottom, makeTimeAxis());
+    plot_->setAxisScaleEngine(QwtPlot::xBottom, new QwtDateScaleEngine(Qt::LocalTime));
+    plot_->setAxisMaxMinor(QwtPlot::xBottom, 0);
+    plot_->plotLayout()->setAlignCanvasToScales(true);
+    plot_->setAxisMaxMajor(QwtPlot::yLeft, SCALE_STEPS);
+    plot_->setAxisScale(QwtPlot::yRight, 0, 1); // of all curves, not shown
+    QFont font = plot_->axisFont(QwtPlot::xBottom);
+    font.setPointSize(this->font().pointSize());
+    plot_->setAxisFont(QwtPlot::xBottom, font);
+    plot_->setAxisFont(QwtPlot::yLeft, font);
+    auto *grid = new QwtPlotGrid;
+    grid->setPen(QColor(0xb0, 0xb0, 0xb0), 0, Qt::SolidLine);
+    grid->attach(plot_);
+}
+
+void TrendPlot::makeCurves()
+{
+    std::vector<TrendLegendRow> rows;
+    for (const TrendTag &tag : tags_) {
+        curves_.push_back(std::make_unique<TrendCurve>());
+        curves_.back()->setYAxis(QwtPlot::yRight);
+        curves_.back()->attach(plot_);
+        rows.push_back({tag.name, tag.unit, {}, fins::Quality::NOT_CONNECTED});
+    }
+    legend_->setRows(std::move(rows));
+    marks_ = std::make_unique<TrendMarks>();
+    marks_->setYAxis(QwtPlot::yRight);
+    marks_->setZ(30);
+    marks_->attach(plot_);
+    cursorLine_ = std::make_unique<QwtPlotMarker>();
+    cursorLine_->setLineStyle(QwtPlotMarker::VLine);
+    cursorLine_->setLinePen(Qt::black, 1);
+    cursorLine_->setZ(40);
+    cursorText_ = std::make_unique<QwtPlotTextLabel>();
+    cursorText_->setZ(50);
+}
+
+void TrendPlot::makeButtons()
+{
+    const char *const names[] = {"Show a shorter time", "Show a longer time", "", ""};
+    for (const char *name : names) {
+        auto *button = new QPushButton(buttonArea_);
+        button->setFocusPolicy(Qt::NoFocus); // the canvas has the keys for all of them
+        button->setAccessibleName(QLatin1String(name));
+        buttons_.push_back(button);
+    }
+    buttons_[CLOSER]->setText(QStringLiteral("+"));
+    buttons_[WIDER]->setText(QStringLiteral("\u2212"));
+    buttons_[SCALE]->setVisible(tags_.size() > 1);
+    connect(buttons_[CLOSER], &QPushButton::clicked, this, [this] { zoom(BUTTON_ZOOM, 0.5); });
+    connect(buttons_[WIDER], &QPushButton::clicked, this, [this] { zoom(1 / BUTTON_ZOOM, 0.5); });
+    connect(buttons_[LIVE], &QPushButton::clicked, this, [this] { setLive(!window_.isLive()); });
+    connect(buttons_[SCALE], &QPushButton::clicked, this, [this] { select(selected_ + 1); });
+    placeButtons();
+    redrawButtons();
+}
+
+void TrendPlot::connectInput()
+{
+    auto *input = new TrendInput(plot_->canvas());
+    const auto timeAt = [this](double at) {
+        return window_.begin() + TrendTime(std::llround(at * static_cast<double>(window_.span())));
+    };
+    connect(input, &TrendInput::zoomWanted, this, &TrendPlot::zoom);
+    connect(input, &TrendInput::panWanted, this, [this](double part) {
+        window_.pan(part);
+        redraw();
+    });
+    connect(input, &TrendInput::cursorWanted, this, [this, timeAt](double at) { setCursor(timeAt(at)); });
+    connect(input, &TrendInput::cursorMoveWanted, this, [this, timeAt](double part) {
+        const TrendTime from = cursor_.value_or(timeAt(0.5));
+        setCursor(std::clamp(from + timeAt(part) - timeAt(0), window_.begin(), window_.end()));
+    });
+    connect(input, &TrendInput::cursorEndWanted, this, [this] { setCursor(std::nullopt); });
+    connect(input, &TrendInput::liveWanted, this, &TrendPlot::setLive);
+    connect(input, &TrendInput::pauseWanted, this, [this] { setLive(!window_.isLive()); });
+    connect(input, &TrendInput::otherTagWanted, this, [this](int step) { select(selected_ + step); });
+    connect(legend_, &TrendLegend::rowTouched, this, &TrendPlot::select);
+}
+
+void TrendPlot::refresh(TrendTime now, Utc utc)
+{
+    using std::chrono::milliseconds;
+    const auto epoch = std::chrono::duration_cast<milliseconds>(utc.time_since_epoch()).count();
+    offset_ = static_cast<double>(epoch - now);
+    window_.setNow(now);
+    redraw();
+}
+
+void TrendPlot::setValue(int index, const QString &text, fins::Quality quality)
+{
+    legend_->setValue(index, text, quality);
+}
+
+void TrendPlot::setTouchSize(int pixels)
+{
+    touchSize_ = pixels;
+    placeButtons();
+}
+
+void TrendPlot::setButtonsVisible(bool areVisible)
+{
+    buttonArea_->setVisible(areVisible);
+}
+
+void TrendPlot::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    legend_->fitTo(width() - 2 * SPACE, height() / LEGEND_PART);
+    placeButtons();
+    redraw();
+}
+
+// One below the other, in as many columns as the height needs. A layout would ask for the height of all of them.
+void TrendPlot::placeButtons()
+{
+    const int count = static_cast<int>(buttons_.size());
+    const int step  = touchSize_ + SPACE;
+    const int rows  = std::clamp((height() - legend_->height() - 2 * SPACE) / step, 1, count);
+    for (int i = 0; i < count; ++i)
+        buttons_[static_cast<std::size_t>(i)]->setGeometry(i / rows * step, i % rows * step, touchSize_, touchSize_);
+    buttonArea_->setFixedWidth((count + rows - 1) / rows * step - SPACE);
+}
+
+void TrendPlot::select(int index)
+{
+    const int count = static_cast<int>(tags_.size());
+    selected_ = count > 0 ? (index % count + count) % count : 0;
+    redraw();
+}
+
+void TrendPlot::setLive(bool isLive)
+{
+    window_.setLive(isLive);
+    redraw();
+}
+
+void TrendPlot::zoom(double factor, double at)
+{
+    window_.zoom(factor, at);
+    redraw();
+}
+
+void TrendPlot::setCursor(std::optional<TrendTime> time)
+{
+    cursor_ = time;
+    redraw();
+}
+
+void TrendPlot::redraw()
+{
+    for (std::size_t i = 0; i < tags_.size(); ++i)
+        redrawCurve(i);
+    redrawAxes();
+    std::vector<TrendMarks::Mark> marks;
+    for (std::size_t i = 0; i < curves_.size(); ++i) {
+        if (!curves_[i]->lines().empty())
+            marks.push_back({QString::number(i + 1), curves_[i]->lines().back().back()});
+    }
+    marks_->setMarks(std::move(marks));
+    legend_->setSelected(selected_);
+    redrawCursor();
+    redrawButtons();
+    plot_->replot();
+    tellAccessibly();
+}
+
+// How many fit side by side: those without seconds, if they are a minute apart at least.
+int TrendPlot::timeLabels() const
+{
+    const auto fitting = [this](const char *label) {
+        return std::max(2, plot_->canvas()->width() / fontMetrics().horizontalAdvance(QLatin1String(label)));
+    };
+    const int shortOnes = fitting(" 00:00 ");
+    return window_.span() / shortOnes >= MINUTE ? shortOnes : fitting(" 00:00:00 ");
+}
+
+void TrendPlot::redrawAxes()
+{
+    plot_->setAxisMaxMajor(QwtPlot::xBottom, timeLabels());
+    plot_->setAxisScale(QwtPlot::xBottom, utcOf(window_.begin()), utcOf(window_.end()));
+    if (tags_.empty())
+        return;
+    const TrendScale shown = scale(selected_);
+    plot_->setAxisScale(QwtPlot::yLeft, shown.minimum, shown.maximum);
+    const QString text = QString::number(selected_ + 1) + QLatin1Char(' ') + titleOf(tags_[static_cast<std::size_t>(selected_)]);
+    QwtText title(fontMetrics().elidedText(text, Qt::ElideRight, plot_->canvas()->height()), QwtText::PlainText);
+    title.setFont(font());
+    plot_->setAxisTitle(QwtPlot::yLeft, title);
+}
+
+void TrendPlot::redrawCurve(std::size_t index)
+{
+    const auto width = static_cast<std::size_t>(std::max(plot_->canvas()->width(), NARROW_CANVAS));
+    const std::vector<TrendBucket> buckets = store_.points(tags_[index].tag, window_.begin(), window_.end() + 1, width);
+    scales_[index] = scaleOf(tags_[index], buckets);
+    scales_[index].offset = offset_;
+    const int number = static_cast<int>(index);
+    curves_[index]->setPen(trendPen(number, number == selected_));
+    curves_[index]->setZ(number == selected_ ? 21 : 20);
+    curves_[index]->setLines(trendLines(buckets, scales_[index]));
+}
+
+// The text stands where the line does not.
+void TrendPlot::redrawCursor()
+{
+    cursorLine_->attach(cursor_ ? plot_ : nullptr);
+    cursorText_->attach(cursor_ ? plot_ : nullptr);
+    if (!cursor_)
+        return;
+    cursorLine_->setXValue(utcOf(*cursor_));
+    const bool isLeft = *cursor_ < window_.begin() + window_.span() / 2;
+    QwtText text(cursorLines().join(QLatin1Char('\n')), QwtText::PlainText);
+    text.setRenderFlags(Qt::AlignLeft | (isLeft ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignTop);
+    text.setBackgroundBrush(Qt::white);
+    text.setBorderPen(QPen(Qt::black));
+    text.setFont(font());
+    cursorText_->setText(text);
+}
+
+void TrendPlot::redrawButtons()
+{
+    const bool isLive = window_.isLive();
+    buttons_[LIVE]->setText(isLive ? tr("Pause") : tr("Live"));
+    buttons_[LIVE]->setAccessibleName(isLive ? tr("Stop following the time") : tr("Follow the time"));
+    const int next = tags_.empty() ? 0 : (selected_ + 1) % static_cast<int>(tags_.size());
+    buttons_[SCALE]->setText(tr("Scale\nof %1").arg(next + 1));
+    buttons_[SCALE]->setAccessibleName(tr("Show the scale of tag %1").arg(next + 1));
+}
+
+void TrendPlot::tellAccessibly()
+{
+    QStringList names;
+    QStringList values;
+    int number = 0;
+    for (const TrendLegendRow &row : legend_->rows()) {
+        names << row.name;
+        values << QString::number(++number) + QLatin1Char(' ') + row.name + QLatin1Char(' ') + row.valueText(true);
+    }
+    const double minutes = static_cast<double>(window_.span()) / MINUTE;
+    values << (window_.isLive() ? tr("the latest %1 min").arg(minutes, 0, 'g', 3)
+                                : tr("paused, from %1 to %2").arg(timeOf(window_.begin()), timeOf(window_.end())));
+    const QString description = (values + cursorLines()).join(QLatin1String("; "));
+    if (description == accessibleDescription())
+        return; // every call is told to who listens
+    for (QWidget *widget : {static_cast<QWidget *>(this), plot_->canvas()}) {
+        widget->setAccessibleName(tr("Trend of %1").arg(names.join(QLatin1String(", "))));
+        widget->setAccessibleDescription(description);
+    }
+}
+
+QString TrendPlot::valueText(std::size_t index, double value) const
+{
+    const int decimals = tags_[index].decimals;
+    return QString::fromStdString(decimals < 0 ? fmt::format("{}", value) : fmt::format("{:.{}f}", value, decimals));
+}
+
+QString TrendPlot::timeOf(TrendTime time) const
+{
+    return QDateTime::fromMSecsSinceEpoch(std::llround(utcOf(time))).toString(QStringLiteral("hh:mm:ss"));
+}
+
+QStringList TrendPlot::cursorLines() const
+{
+    if (!cursor_)
+        return {};
+    QStringList lines(timeOf(*cursor_));
+    for (std::size_t i = 0; i < tags_.size(); ++i) {
+        const std::optional<TrendBucket> bucket = store_.at(tags_[i].tag, *cursor_);
+        QString line = QString::number(i + 1) + QLatin1Char(' ') + tags_[i].name + QLatin1Char(' ');
+        if (!bucket)
+            line += tr("no value");
+        else if (bucket->minimum == bucket->maximum)
+            line += valueText(i, bucket->last);
+        else
+            line += tr("%1 to %2").arg(valueText(i, bucket->minimum), valueText(i, bucket->maximum));
+        if (bucket && !tags_[i].unit.isEmpty())
+            line += QLatin1Char(' ') + tags_[i].unit;
+        lines << line;
+    }
+    return lines;
+}
+
+const std::vector<QPolygonF> &TrendPlot::lines(int index) const
+{
+    return curves_[static_cast<std::size_t>(index)]->lines();
+}
+
+QByteArray TrendPlot::csv() const
+{
+    std::vector<TrendColumn> columns;
+    for (const TrendTag &tag : tags_)
+        columns.push_back({tag.tag, titleOf(tag).toStdString()});
+    const Utc zero = Utc(std::chrono::milliseconds(std::llround(offset_)));
+    return QByteArray::fromStdString(trendCsv(store_, columns, window_.begin(), window_.end() + 1, zero));
+}
+
+QImage TrendPlot::image()
+{
+    return grab().toImage();
+}
+
+QByteArray TrendPlot::pngOf(const QImage &image)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG");
+    return bytes;
+}
