@@ -188,6 +188,20 @@ TEST_F(Trend, TouchedPlaceTellsTheValuesThere)
     EXPECT_EQ(plot_.cursorLines()[2], QStringLiteral("2 Flow -5 l/s"));
 }
 
+TEST_F(Trend, CursorsTextStandsWhereItsLineDoesNot)
+{
+    const QRgb ground = qRgb(0xd8, 0xd8, 0xd8);
+    const QRgb box    = qRgb(0xff, 0xff, 0xff);
+    const int  right  = canvas().width() - 8;
+    const auto colourAt = [&](int x) { return canvas().grab().toImage().pixel(x, 8); };
+    plot_.setCursor(92 * MINUTE);
+    EXPECT_EQ(colourAt(8), ground);
+    EXPECT_EQ(colourAt(right), box);
+    plot_.setCursor(98 * MINUTE);
+    EXPECT_EQ(colourAt(8), box);
+    EXPECT_EQ(colourAt(right), ground);
+}
+
 TEST_F(Trend, CursorTellsARangeWhereOnlyThatIsKept)
 {
     TrendStore store(1);

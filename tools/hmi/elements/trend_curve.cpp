@@ -90,6 +90,7 @@ void TrendMarks::draw(QPainter *painter, const QwtScaleMap &xMap, const QwtScale
         mark.at = {xMap.transform(mark.at.x()), yMap.transform(mark.at.y())};
     std::stable_sort(marks.begin(), marks.end(), [](const Mark &a, const Mark &b) { return a.at.y() < b.at.y(); });
     std::vector<double> tops;
+    tops.reserve(marks.size());
     for (const Mark &mark : marks)
         tops.push_back(mark.at.y() - size.height() / 2);
     tops = marksApart(tops, size.height(), canvas);
@@ -107,4 +108,9 @@ void TrendMarks::draw(QPainter *painter, const QwtScaleMap &xMap, const QwtScale
         painter->drawText(box, Qt::AlignCenter, marks[i].text);
     }
     painter->restore();
+}
+
+QRectF TrendCursorText::textRect(const QRectF &canvas, const QSizeF &size) const
+{
+    return {QPointF(isAtRight_ ? canvas.right() - size.width() : canvas.left(), canvas.top()), size};
 }

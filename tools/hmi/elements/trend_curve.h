@@ -8,6 +8,7 @@
 #include <QString>
 
 #include <qwt_plot_item.h>
+#include <qwt_plot_textlabel.h>
 
 #include <vector>
 
@@ -62,6 +63,18 @@ public:
 
 private:
     std::vector<Mark> marks_;
+};
+
+/// What is told at the line of the cursor, at the upper edge, left or right.
+class TrendCursorText : public QwtPlotTextLabel {
+public:
+    void setAtRight(bool isAtRight) { isAtRight_ = isAtRight; }
+
+protected:
+    QRectF textRect(const QRectF &canvas, const QSizeF &size) const override;
+
+private:
+    bool isAtRight_ = false;
 };
 
 #endif

@@ -19,7 +19,6 @@
 #include <qwt_plot_grid.h>
 #include <qwt_plot_layout.h>
 #include <qwt_plot_marker.h>
-#include <qwt_plot_textlabel.h>
 #include <qwt_scale_engine.h>
 #include <qwt_text.h>
 
@@ -116,7 +115,8 @@ TrendPlot::~TrendPlot()
 void TrendPlot::makePlot()
 {
     auto *canvas = new QwtPlotCanvas(plot_);
-    canvas->setFrameStyle(QFrame::Box | QFrame::Plain);
+    canvas->setFrameShape(QFrame::Box);
+    canvas->setFrameShadow(QFrame::Plain);
     canvas->setLineWidth(1);
     canvas->setBorderRadius(0);
     canvas->setFocusIndicator(QwtPlotCanvas::CanvasFocusIndicator);
@@ -157,7 +157,7 @@ void TrendPlot::makeCurves()
     cursorLine_->setLineStyle(QwtPlotMarker::VLine);
     cursorLine_->setLinePen(Qt::black, 1);
     cursorLine_->setZ(40);
-    cursorText_ = std::make_unique<QwtPlotTextLabel>();
+    cursorText_ = std::make_unique<TrendCursorText>();
     cursorText_->setZ(50);
 }
 
@@ -337,10 +337,11 @@ void TrendPlot::redrawCursor()
     cursorLine_->setXValue(utcOf(*cursor_));
     const bool isLeft = *cursor_ < window_.begin() + window_.span() / 2;
     QwtText text(cursorLines().join(QLatin1Char('\n')), QwtText::PlainText);
-    text.setRenderFlags(Qt::AlignLeft | (isLeft ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignTop);
+    text.setRenderFlags(int(Qt::AlignLeft) | int(Qt::AlignTop));
     text.setBackgroundBrush(Qt::white);
     text.setBorderPen(QPen(Qt::black));
     text.setFont(font());
+    cursorText_->setAtRight(isLeft);
     cursorText_->setText(text);
 }
 

@@ -20,7 +20,6 @@
 class QPushButton;
 class QwtPlot;
 class QwtPlotMarker;
-class QwtPlotTextLabel;
 class TrendLegend;
 
 /// A tag of a trend.
@@ -114,9 +113,9 @@ private:
     std::vector<QPushButton *> buttons_; // closer, wider, live or pause, scale
     int          touchSize_ = 0;
     std::vector<std::unique_ptr<TrendCurve>> curves_;
-    std::unique_ptr<TrendMarks>       marks_;
-    std::unique_ptr<QwtPlotMarker>    cursorLine_;
-    std::unique_ptr<QwtPlotTextLabel> cursorText_;
+    std::unique_ptr<TrendMarks>      marks_;
+    std::unique_ptr<QwtPlotMarker>   cursorLine_;
+    std::unique_ptr<TrendCursorText> cursorText_;
 };
 
 #endif
