@@ -123,7 +123,7 @@ std::string ElementReader::needCaption(const char *key, const char *example)
 std::optional<NamedValue> ElementReader::readTag(const Kinds &kinds)
 {
     const DataNode *node = reader_.need("tag", "tag = \"Level\"");
-    const std::optional<NamedValue> named = node ? names_.value(*node, kinds, user()) : std::nullopt;
+    std::optional<NamedValue> named = node ? names_.value(*node, kinds, user()) : std::nullopt;
     if (named)
         element_.tags = {named->value};
     return named;
@@ -132,7 +132,7 @@ std::optional<NamedValue> ElementReader::readTag(const Kinds &kinds)
 std::optional<NamedValue> ElementReader::readControl(const Kinds &kinds, const std::string &user)
 {
     const DataNode *node = reader_.need("tag", "tag = \"SetPoint\"");
-    const std::optional<NamedValue> named = node ? names_.writtenValue(*node, kinds, user) : std::nullopt;
+    std::optional<NamedValue> named = node ? names_.writtenValue(*node, kinds, user) : std::nullopt;
     if (named)
         element_.tags = {named->value};
     return named;

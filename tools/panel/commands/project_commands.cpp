@@ -25,6 +25,7 @@ static ScreenBook screensOf(const std::string &file, const TagBook &tags, const 
     Problems told; // what is no TOML is among the problems already
     const DataNode root = parseToml(readFile(file), file, told);
     std::vector<std::string> names;
+    names.reserve(recipes.size());
     for (const Recipe &recipe : recipes)
         names.push_back(recipe.name);
     return readScreens(root, file, fins::listed(tags.tags()), names, problems);
