@@ -15,7 +15,7 @@ public:
     Element(const LiveValue *value, const std::string &label, QWidget *parent);
 
     /// Paints anew if anything has changed since the last call.
-    void refresh();
+    virtual void refresh();
 
     /// What it shows now, in words: what a screen reader says.
     QString spoken() const { return accessibleDescription(); }

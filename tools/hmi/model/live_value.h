@@ -19,6 +19,8 @@ struct LiveValue {
     ValueKind     kind = ValueKind::NUMBER;
     std::optional<double> minimum; // as it is shown
     std::optional<double> maximum;
+    int           decimals = -1;   // digits behind the point; -1: as many as are needed
+    std::optional<std::size_t> trend; // its place in the station's trends; none of a text
     std::string   lock;            // why it can never be written, in words; "" if it can
     fins::Sample  sample;
     int           alarmPriority = 0; // of its most urgent alarm that is active or not acknowledged, 1 to 3; 0: none
@@ -43,6 +45,12 @@ std::string shownText(const fins::Sample &sample);
 
 /// "45.2 %, last known, changed 12 s ago": all that is known of the value, in words.
 std::string spokenText(const LiveValue &value, std::chrono::steady_clock::time_point now);
+
+/// Milliseconds of the steady clock, as trends have them.
+inline std::int64_t trendTimeOf(std::chrono::steady_clock::time_point time)
+{
+    return std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count();
+}
 
 /// "3 s", "12 min", "5 h", "2 d".
 std::string ageText(std::chrono::steady_clock::duration age);

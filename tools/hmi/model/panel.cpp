@@ -15,7 +15,8 @@ Panel::Panel(const std::vector<PlcSource> &sources, const std::string &folder) :
         std::vector<std::string> names = source.items;
         for (const fins::TagConfig &tag : station.tags())
             names.push_back(tag.name);
-        station.watch(names, listenerOf(station, alarms));
+        station.watch(names, listenerOf(station, alarms, trends_.size()));
+        trends_.emplace_back(station.trends());
         if (book.screens.empty() || !source.items.empty())
             addCards(station, source.items);
         for (const Screen &screen : book.screens)
@@ -28,11 +29,13 @@ Panel::~Panel()
     close();
 }
 
-StationListener Panel::listenerOf(Station &station, AlarmBook &book)
+StationListener Panel::listenerOf(Station &station, AlarmBook &book, std::size_t index)
 {
     StationListener listener;
-    listener.onValue = [this, &station, &book](LiveValue &value) {
+    listener.onValue = [this, &station, &book, index](LiveValue &value) {
         const AlarmTime now = {std::chrono::system_clock::now(), std::chrono::steady_clock::now()};
+        if (value.trend)
+            trends_[index].add(*value.trend, trendTimeOf(now.steady), value.number(), value.isGood());
         noteAlarms(station, book, book.take(value.tag.tag, value.tag.index, value.sample.quality, value.sample.value, now));
     };
     listener.onWriteEnd  = [this, &station](const WriteEnd &end) { noteWrite(station, end); };
@@ -96,6 +99,14 @@ void Panel::tick()
     const AlarmTime now = {std::chrono::system_clock::now(), std::chrono::steady_clock::now()};
     for (std::size_t i = 0; i < alarms_.size(); ++i)
         noteAlarms(stations_[i], alarms_[i], alarms_[i].tick(now));
+    for (TrendStore &trends : trends_)
+        trends.advance(trendTimeOf(now.steady));
+}
+
+const TrendStore &Panel::trendsOf(const Station &station) const
+{
+    const auto isIt = [&](const Station &one) { return &one == &station; };
+    return trends_[static_cast<std::size_t>(std::find_if(stations_.begin(), stations_.end(), isIt) - stations_.begin())];
 }
 
 std::vector<Panel::AlarmPlace> Panel::alarms()

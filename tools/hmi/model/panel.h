@@ -5,6 +5,7 @@
 #include "model/journal.h"
 #include "model/saver.h"
 #include "model/station.h"
+#include "model/trend_store.h"
 
 #include <deque>
 #include <functional>
@@ -46,7 +47,10 @@ public:
     /// The first screen of that name or title.
     std::size_t findScreen(const std::string &name) const;
 
-    /// Lets the alarms come whose delay is over; called often.
+    /// The courses of a station's values, at LiveValue::trend.
+    const TrendStore &trendsOf(const Station &station) const;
+
+    /// Lets the alarms come whose delay is over, and time go on in the trends; called often.
     void tick();
 
     /// An alarm of one of the PLCs.
@@ -79,7 +83,7 @@ public:
     std::vector<std::string> close();
 
 private:
-    StationListener listenerOf(Station &station, AlarmBook &book);
+    StationListener listenerOf(Station &station, AlarmBook &book, std::size_t index);
     void noteWrite(const Station &station, const WriteEnd &end);
     void noteRecipe(const Station &station, const RecipeEnd &end);
     void noteAlarms(Station &station, const AlarmBook &book, const AlarmEvents &events);
@@ -89,6 +93,7 @@ private:
     std::deque<Station>      stations_;
     std::deque<ScreenBook>   books_;  // of each station
     std::deque<AlarmBook>    alarms_; // of each station
+    std::deque<TrendStore>   trends_; // of each station
     std::vector<PanelScreen> screens_;
     Journal                  journal_;
     Saver                    saver_;

@@ -36,6 +36,9 @@ void Station::addValues(const std::vector<std::string> &names)
             value.kind    = kindOf(known);
             value.minimum = known.minimum;
             value.maximum = known.maximum;
+            value.decimals = known.decimals;
+            if (value.kind != ValueKind::TEXT)
+                value.trend = trends_++;
             if (known.readOnly)
                 value.lock = "the tag can only be read";
             else if (count != 1)
@@ -87,6 +90,17 @@ LiveValue *Station::find(const TagValue &tag)
             return &value;
     }
     return nullptr;
+}
+
+std::vector<const LiveValue *> Station::trendValues(const std::vector<TagValue> &tags)
+{
+    std::vector<const LiveValue *> found;
+    for (const TagValue &tag : tags) {
+        const LiveValue *value = find(tag);
+        if (value && value->trend)
+            found.push_back(value);
+    }
+    return found;
 }
 
 void Station::write(LiveValue &value, const std::string &text, std::chrono::milliseconds giveUp)

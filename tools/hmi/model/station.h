@@ -57,6 +57,12 @@ public:
     /// Null if it is not watched.
     LiveValue *find(const TagValue &tag);
 
+    /// Those of the tags that have a trend.
+    std::vector<const LiveValue *> trendValues(const std::vector<TagValue> &tags);
+
+    /// How many values have a trend.
+    std::size_t trends() const { return trends_; }
+
     /// Writes a text as people write it. What becomes of it comes to the listener, once.
     void write(LiveValue &value, const std::string &text, std::chrono::milliseconds giveUp = std::chrono::seconds(10));
 
@@ -99,6 +105,7 @@ private:
     std::vector<fins::TagConfig>    tags_;
     std::vector<fins::RecipeConfig> recipes_;
     std::deque<LiveValue>           values_;
+    std::size_t                     trends_ = 0;
     std::list<Order>                orders_;
     StationListener                 listener_;
     fins::State                     state_;

@@ -7,6 +7,7 @@
 #include "dialogs/list_dialog.h"
 #include "dialogs/question.h"
 #include "dialogs/recipe_view.h"
+#include "dialogs/trend_view.h"
 #include "elements/look.h"
 
 #include <QtWidgets/QApplication>
@@ -15,6 +16,8 @@
 #include <charconv>
 
 using look::toQt;
+
+static const std::chrono::minutes TREND_SPAN{10};
 
 // A number in as few characters as tell it.
 static std::string plainText(double number)
@@ -93,6 +96,7 @@ void Actions::showMenu(std::size_t currentScreen)
     if (panel_.screens().size() > 1)
         entries.push_back({"Screens", [this, currentScreen] { chooseScreen(currentScreen); }});
     entries.push_back({"Alarms", [this] { showAlarms(); }});
+    entries.push_back({"Trends", [this, currentScreen] { chooseTrend(currentScreen); }});
     const auto hasRecipes = [](const Station &station) { return !station.recipes().empty(); };
     if (std::any_of(panel_.stations().begin(), panel_.stations().end(), hasRecipes))
         entries.push_back({"Recipes", [this] { chooseRecipe(); }});
@@ -114,6 +118,35 @@ void Actions::showAlarms()
 void Actions::showJournal()
 {
     show<JournalView>(panel_);
+}
+
+// The trends of the screen, and one of each value on it.
+void Actions::chooseTrend(std::size_t currentScreen)
+{
+    const PanelScreen &screen = panel_.screens()[currentScreen];
+    std::vector<ListDialog::Entry> entries;
+    const auto add = [&](const std::string &title, const std::vector<TagValue> &tags, std::chrono::minutes span) {
+        Station &station = *screen.station;
+        const auto isThere = [&](const ListDialog::Entry &entry) { return entry.text == toQt(title); };
+        if (!station.trendValues(tags).empty() && std::none_of(entries.begin(), entries.end(), isThere))
+            entries.push_back({toQt(title), [this, &station, tags, span, title] {
+                                   show<TrendView>(panel_, station, tags, span, toQt(title));
+                               }});
+    };
+    const auto labelOf = [&](const TagValue &tag) { return screen.station->find(tag)->label; };
+    if (screen.screen) {
+        for (const ScreenElement &element : screen.screen->elements) {
+            if (element.kind == ElementKind::TREND)
+                add(element.label.empty() ? labelOf(element.tags.front()) : element.label, element.tags, element.span);
+        }
+        for (const ScreenElement &element : screen.screen->elements) {
+            if (!element.tags.empty())
+                add(labelOf(element.tags.front()), {element.tags.front()}, TREND_SPAN);
+        }
+    }
+    for (const TagValue &tag : screen.cards)
+        add(labelOf(tag), {tag}, TREND_SPAN);
+    show<ListDialog>("Trends", entries);
 }
 
 void Actions::chooseRecipe()

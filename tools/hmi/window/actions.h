@@ -34,6 +34,7 @@ public:
 private:
     void chooseScreen(std::size_t current);
     void chooseRecipe();
+    void chooseTrend(std::size_t currentScreen);
     void ask(LiveValue &value, const std::string &text, const std::string &shown);
     template <typename Dialog, typename... Arguments>
     Dialog *show(Arguments &&...arguments);

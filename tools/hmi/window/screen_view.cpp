@@ -5,6 +5,7 @@
 #include "elements/displays.h"
 #include "elements/look.h"
 #include "elements/touch_size.h"
+#include "elements/trend_element.h"
 
 #include <QtGui/QPaintEvent>
 #include <QtGui/QPainter>
@@ -65,6 +66,8 @@ Element *ScreenView::makeElement(const ScreenElement &config)
     case ElementKind::NUMBER: return new ValueElement(value, label, this);
     case ElementKind::BAR:    return new BarElement(value, label, *config.minimum, *config.maximum, this);
     case ElementKind::LAMP:   return new LampElement(value, label, config.states, this);
+    case ElementKind::TREND:
+        return new TrendElement(panel_.trendsOf(station), station.trendValues(config.tags), config.span, label, this);
     case ElementKind::GROUP:  return new GroupFrame(label, this);
     case ElementKind::SCREEN:
     case ElementKind::RECIPE:
