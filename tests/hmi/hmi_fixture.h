@@ -88,7 +88,8 @@ protected:
     /// Opens the window on a project; the connection is put before `text`.
     void openProject(const std::string &text, QSize size = {800, 480})
     {
-        const std::string head = "[connection]\nhost = \"" + plc.host() + "\"\ntimeout_ms = 300\n[driver]\ninterval_ms = 1\n";
+        const std::string head = "[connection]\nhost = \"" + plc.host() + "\"\ntimeout_ms = 300\n[driver]\ninterval_ms = "
+                                 + std::to_string(intervalMs) + "\n";
         Options options;
         options.projects = {folder.put("plant.toml", head + text)};
         open(options, size);
@@ -189,6 +190,7 @@ protected:
         return until([&] { return panel->journal().csv().find(words) != std::string::npos; });
     }
 
+    int                         intervalMs = 1; // of a project
     TemporaryFolder             folder;
     Simulator                   plc;
     std::unique_ptr<Panel>      panel;

@@ -82,26 +82,38 @@ int runPanel(Panel &panel, const Options &options)
     return ends.empty() ? EXIT_DONE : EXIT_UNCERTAIN;
 }
 
-// The window closes as if its user had closed it, so that no write ends unreported.
-void endBySignals()
-{
-    static int pipe[2];
-    if (pipe2(pipe, O_CLOEXEC | O_NONBLOCK) != 0)
-        return;
-    for (const int number : {SIGINT, SIGTERM, SIGHUP})
-        std::signal(number, [](int) {
-            if (write(pipe[1], "", 1) < 0)
-                return; // it is full of what says the same
-        });
-    auto *notifier = new QSocketNotifier(pipe[0], QSocketNotifier::Read, qApp);
-    QObject::connect(notifier, &QSocketNotifier::activated, qApp, [] { QApplication::quit(); });
-}
+// The end that a signal asks for: the window closes as if its user had closed it, so that no write ends unreported.
+class SignalledEnd {
+public:
+    SignalledEnd()
+    {
+        if (pipe2(pipe_, O_CLOEXEC | O_NONBLOCK) != 0)
+            return;
+        for (const int number : {SIGINT, SIGTERM, SIGHUP})
+            std::signal(number, [](int) {
+                if (write(pipe_[1], "", 1) < 0)
+                    return; // it is full of what says the same
+            });
+    }
+
+    // Begins to listen; the signals that came before are heard, too.
+    static void quit(QApplication &application)
+    {
+        auto *notifier = new QSocketNotifier(pipe_[0], QSocketNotifier::Read, &application);
+        QObject::connect(notifier, &QSocketNotifier::activated, &application, [] { QApplication::quit(); });
+    }
+
+private:
+    static int pipe_[2];
+};
+int SignalledEnd::pipe_[2] = {-1, -1};
 
 } // namespace
 
 int main(int argc, char **argv)
 {
     qInstallMessageHandler(onQtMessage);
+    const SignalledEnd end;
     std::vector<char *> words(argv, argv + argc);
     std::vector<char *> qtWords = takeQtOptions(words);
     Options options;
@@ -113,7 +125,7 @@ int main(int argc, char **argv)
 
     int qtCount = static_cast<int>(qtWords.size());
     QApplication application(qtCount, qtWords.data());
-    endBySignals();
+    SignalledEnd::quit(application);
     setDotsPerInch(options.dotsPerInch);
     QApplication::setStyle("Fusion"); // it takes the panel's colours
     QFont font = QApplication::font();

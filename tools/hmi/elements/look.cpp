@@ -96,13 +96,9 @@ void drawFitted(QPainter &painter, const QRect &rect, Qt::Alignment alignment, c
     const QFont before = painter.font();
     const int smallest = QFontMetrics(before).height() * 2 / 3;
     QFont font = before;
-    int size = std::max(smallest, std::min(largest, rect.height() * 4 / 5));
-    font.setPixelSize(size);
-    const int width = QFontMetrics(font).horizontalAdvance(text);
-    if (width > rect.width() && width > 0) {
-        size = std::max(smallest, size * rect.width() / width);
-        font.setPixelSize(size);
-    }
+    font.setPixelSize(std::max(smallest, std::min(largest, rect.height() * 4 / 5)));
+    while (font.pixelSize() > smallest && QFontMetrics(font).horizontalAdvance(text) > rect.width())
+        font.setPixelSize(std::max(smallest, font.pixelSize() * 9 / 10));
     painter.setFont(font);
     const QString fitted = QFontMetrics(font).elidedText(text, Qt::ElideRight, rect.width());
     painter.drawText(rect, static_cast<int>(alignment | Qt::AlignVCenter | Qt::TextSingleLine), fitted);

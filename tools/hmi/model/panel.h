@@ -72,8 +72,8 @@ public:
     void acknowledge(const AlarmPlace &place);
     void acknowledgeAll();
 
-    /// Grows with each change of an alarm.
-    std::uint64_t alarmRevision() const { return alarmRevision_; }
+    /// Another number after each change of an alarm, and of what can be judged.
+    std::uint64_t alarmRevision() const { return alarmRevision_ + (static_cast<std::uint64_t>(unknownAlarms()) << 40); }
 
     Journal &journal() { return journal_; }
     std::uint64_t journalRevision() const { return journal_.size() + journal_.dropped(); }

@@ -21,6 +21,8 @@ const Station &LinkBanner::worst() const
 QString LinkBanner::caption() const
 {
     const Station &station = worst();
+    if (panel_.stations().size() > 1 && station.state().phase == fins::Phase::ONLINE)
+        return QString("%1 PLCs online").arg(panel_.stations().size());
     return toQt(station.host() + ": " + linkWords(station.state(), std::chrono::system_clock::now()));
 }
 
