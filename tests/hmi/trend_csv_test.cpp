@@ -52,6 +52,8 @@ TEST(TrendCsv, MergedChangesAreALineWithTheLatestValue)
     EXPECT_EQ(trendCsv(store, {{0, "a"}}, 16000, 48000, ZERO), "time,a\r\n"
                                                                "2026-03-01T08:15:46.000Z,24000\r\n"
                                                                "2026-03-01T08:16:02.000Z,40000\r\n");
+    EXPECT_EQ(trendCsv(store, {{0, "a"}}, 20000, 32000, ZERO), "time,a\r\n2026-03-01T08:15:50.000Z,24000\r\n")
+        << "no line is before what was asked for";
 }
 
 } // namespace

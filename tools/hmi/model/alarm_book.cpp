@@ -206,11 +206,10 @@ void AlarmBook::come(Alarm &alarm, AlarmTime now)
         status.comings = 0;
     }
     ++status.comings;
-    status.state          = State::ACTIVE;
-    status.isAcknowledged = false;
-    status.last           = now.utc;
-    alarm.isPending       = false;
-    alarm.change          = ++changes_;
+    status.state    = State::ACTIVE;
+    status.last     = now.utc;
+    alarm.isPending = false;
+    alarm.change    = ++changes_;
 }
 
 void AlarmBook::go(Alarm &alarm, AlarmTime now)
