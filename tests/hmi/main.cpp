@@ -2,10 +2,11 @@
 
 #include <gtest/gtest.h>
 
-// Tests of windows, without a screen.
+// Tests of windows, without a screen. Local time is UTC wherever they run.
 int main(int argc, char **argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("TZ", "UTC");
     testing::InitGoogleTest(&argc, argv);
     const QApplication application(argc, argv);
     return RUN_ALL_TESTS();

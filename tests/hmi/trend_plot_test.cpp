@@ -4,7 +4,6 @@
 
 #include <QApplication>
 #include <QPushButton>
-#include <QSignalSpy>
 #include <QTest>
 #include <QTouchDevice>
 #include <QWheelEvent>
@@ -16,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <stdexcept>
 
 namespace {
 
@@ -66,6 +66,15 @@ protected:
             QCoreApplication::sendEvent(&canvas(), &event);
         }
         QTest::mouseRelease(&canvas(), Qt::LeftButton, Qt::NoModifier, at(to));
+    }
+
+    TrendLegend &legend()
+    {
+        for (QWidget *one : plot_.findChildren<QWidget *>()) {
+            if (auto *found = dynamic_cast<TrendLegend *>(one))
+                return *found;
+        }
+        throw std::logic_error("no legend");
     }
 
     QPushButton &button(const char *text)
@@ -311,7 +320,7 @@ TEST_F(Trend, LegendTellsValueUnitAndQuality)
 {
     plot_.setValue(0, QStringLiteral("60"), fins::Quality::GOOD);
     plot_.setValue(1, QStringLiteral("5"), fins::Quality::LAST_KNOWN);
-    const auto &rows = plot_.findChild<TrendLegend *>()->rows();
+    const auto &rows = legend().rows();
     EXPECT_EQ(rows[0].valueText(false), QStringLiteral("60 %"));
     EXPECT_EQ(rows[1].valueText(false), QStringLiteral("5 l/s, last known"));
     plot_.setValue(1, QString(), fins::Quality::NOT_CONNECTED);
@@ -320,8 +329,7 @@ TEST_F(Trend, LegendTellsValueUnitAndQuality)
 
 TEST_F(Trend, TouchedLegendSelects)
 {
-    auto *legend = plot_.findChild<TrendLegend *>();
-    QTest::mouseClick(legend, Qt::LeftButton, Qt::NoModifier, QPoint(legend->width() - 20, 5));
+    QTest::mouseClick(&legend(), Qt::LeftButton, Qt::NoModifier, QPoint(legend().width() - 20, 5));
     EXPECT_EQ(plot_.selected(), 1);
 }
 

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -21,7 +22,8 @@ const double LEAST_APART  = 8;    // two fingers that are nearer do not tell how
 
 } // namespace
 
-TrendInput::TrendInput(QWidget *canvas) : QObject(canvas), canvas_(canvas)
+TrendInput::TrendInput(QWidget *canvas, Actions actions)
+    : QObject(canvas), canvas_(canvas), actions_(std::move(actions))
 {
     canvas->setAttribute(Qt::WA_AcceptTouchEvents);
     canvas->setFocusPolicy(Qt::StrongFocus);
@@ -60,7 +62,7 @@ bool TrendInput::takeWheel(const QWheelEvent &event)
 {
     const double notches = event.angleDelta().y() / 120.0;
     if (notches != 0)
-        Q_EMIT zoomWanted(std::pow(NOTCH, notches), part(event.position().x()));
+        actions_.zoom(std::pow(NOTCH, notches), part(event.position().x()));
     return true;
 }
 
@@ -96,13 +98,13 @@ void TrendInput::moveTo(QPointF at)
     const double moved = at.x() - last_->x();
     last_ = at;
     if (moved != 0)
-        Q_EMIT panWanted(-part(moved)); // what is shown follows the finger
+        actions_.pan(-part(moved)); // what is shown follows the finger
 }
 
 void TrendInput::release(QPointF at)
 {
     if (last_ && !isDragged_)
-        Q_EMIT cursorWanted(part(at.x()));
+        actions_.setCursor(part(at.x()));
     last_.reset();
 }
 
@@ -120,8 +122,8 @@ bool TrendInput::takeTouch(const QTouchEvent &event)
         const QLineF now(points.at(0).pos(), points.at(1).pos());
         const double apart = std::max(now.length(), LEAST_APART);
         if (fingersApart_ > 0) {
-            Q_EMIT panWanted(-part(now.center().x() - fingersCentre_));
-            Q_EMIT zoomWanted(fingersApart_ / apart, part(now.center().x()));
+            actions_.pan(-part(now.center().x() - fingersCentre_));
+            actions_.zoom(fingersApart_ / apart, part(now.center().x()));
         }
         fingersApart_  = event.type() == QEvent::TouchEnd ? 0 : apart;
         fingersCentre_ = now.center().x();
@@ -146,21 +148,21 @@ bool TrendInput::takeKey(const QKeyEvent &event)
     const bool isCursor = event.modifiers() & Qt::ShiftModifier;
     const auto move = [&](double direction) {
         if (isCursor)
-            Q_EMIT cursorMoveWanted(direction * KEY_CURSOR);
+            actions_.moveCursor(direction * KEY_CURSOR);
         else
-            Q_EMIT panWanted(direction * KEY_PAN);
+            actions_.pan(direction * KEY_PAN);
     };
     switch (event.key()) {
     case Qt::Key_Left:   move(-1); return true;
     case Qt::Key_Right:  move(+1); return true;
-    case Qt::Key_Up:     Q_EMIT otherTagWanted(-1); return true;
-    case Qt::Key_Down:   Q_EMIT otherTagWanted(+1); return true;
+    case Qt::Key_Up:     actions_.selectOther(-1); return true;
+    case Qt::Key_Down:   actions_.selectOther(+1); return true;
     case Qt::Key_Plus:
-    case Qt::Key_Equal:  Q_EMIT zoomWanted(KEY_ZOOM, 0.5); return true;
-    case Qt::Key_Minus:  Q_EMIT zoomWanted(1 / KEY_ZOOM, 0.5); return true;
-    case Qt::Key_Home:   Q_EMIT liveWanted(true); return true;
-    case Qt::Key_Space:  Q_EMIT pauseWanted(); return true;
-    case Qt::Key_Escape: Q_EMIT cursorEndWanted(); return true;
+    case Qt::Key_Equal:  actions_.zoom(KEY_ZOOM, 0.5); return true;
+    case Qt::Key_Minus:  actions_.zoom(1 / KEY_ZOOM, 0.5); return true;
+    case Qt::Key_Home:   actions_.goLive(); return true;
+    case Qt::Key_Space:  actions_.pause(); return true;
+    case Qt::Key_Escape: actions_.endCursor(); return true;
     default:             return false;
     }
 }

@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QPointF>
 
+#include <functional>
 #include <optional>
 
 class QKeyEvent;
@@ -15,23 +16,22 @@ class QWidget;
 // What mouse, fingers and keys on a trend's canvas ask for. Places and distances are parts of its width, 0 to 1.
 
 class TrendInput : public QObject {
-    Q_OBJECT
-
 public:
+    struct Actions {
+        std::function<void(double factor, double at)> zoom; // of the time shown: 0.5 shows half as long a stretch
+        std::function<void(double part)> pan;               // positive: to later times
+        std::function<void(double at)>   setCursor;
+        std::function<void(double part)> moveCursor;
+        std::function<void()>            endCursor;
+        std::function<void()>            goLive;
+        std::function<void()>            pause;             // or end the pause
+        std::function<void(int step)>    selectOther;
+    };
+
     /// The canvas owns it.
-    explicit TrendInput(QWidget *canvas);
+    TrendInput(QWidget *canvas, Actions actions);
 
     bool eventFilter(QObject *watched, QEvent *event) override;
-
-Q_SIGNALS:
-    void zoomWanted(double factor, double at); // of the time shown: 0.5 shows half as long a stretch
-    void panWanted(double part);               // positive: to later times
-    void cursorWanted(double at);
-    void cursorMoveWanted(double part);
-    void cursorEndWanted();
-    void liveWanted(bool isLive);
-    void pauseWanted();                        // or the end of a pause
-    void otherTagWanted(int step);
 
 private:
     bool takeWheel(const QWheelEvent &event);
@@ -44,6 +44,7 @@ private:
     double part(double pixels) const;
 
     QWidget *canvas_;
+    Actions  actions_;
     std::optional<QPointF> last_;         // of the mouse or the one finger that is down
     QPointF  pressed_;
     bool     isDragged_ = false;

@@ -7,6 +7,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -36,7 +37,8 @@ QString TrendLegendRow::valueText(bool isAlwaysWithQuality) const
     return text;
 }
 
-TrendLegend::TrendLegend(QWidget *parent) : QWidget(parent)
+TrendLegend::TrendLegend(std::function<void(int row)> touched, QWidget *parent)
+    : QWidget(parent), touched_(std::move(touched))
 {
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
@@ -124,6 +126,6 @@ void TrendLegend::mouseReleaseEvent(QMouseEvent *event)
 {
     for (int row = 0; row < static_cast<int>(rows_.size()); ++row) {
         if (rectOf(row).contains(event->pos()))
-            Q_EMIT rowTouched(row);
+            touched_(row);
     }
 }

@@ -6,6 +6,7 @@
 #include <QString>
 #include <QWidget>
 
+#include <functional>
 #include <vector>
 
 // The tags of a trend: number, line style, name, value, unit and quality of each, in as many columns as fit.
@@ -21,10 +22,9 @@ struct TrendLegendRow {
 };
 
 class TrendLegend : public QWidget {
-    Q_OBJECT
-
 public:
-    explicit TrendLegend(QWidget *parent = nullptr);
+    /// `touched` gets the row that a mouse or finger touched.
+    TrendLegend(std::function<void(int row)> touched, QWidget *parent);
 
     void setRows(std::vector<TrendLegendRow> rows);
     void setValue(int row, const QString &value, fins::Quality quality);
@@ -35,9 +35,6 @@ public:
     /// `most`.
     void fitTo(int width, int most);
 
-Q_SIGNALS:
-    void rowTouched(int row);
-
 protected:
     void paintEvent(QPaintEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
@@ -47,6 +44,7 @@ private:
     QRect rectOf(int row) const;
     void  paintRow(QPainter &painter, int row) const;
 
+    std::function<void(int row)> touched_;
     std::vector<TrendLegendRow> rows_;
     int selected_ = 0;
     int columns_  = 1;

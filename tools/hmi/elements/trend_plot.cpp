@@ -83,13 +83,13 @@ QwtDateScaleDraw *makeTimeAxis()
 
 TrendPlot::TrendPlot(const TrendStore &store, const std::vector<TrendTag> &tags, TrendTime span, QWidget *parent)
     : QWidget(parent), store_(store), tags_(tags), scales_(tags.size()), window_(span), plot_(new QwtPlot(this)),
-      legend_(new TrendLegend(this)), buttonArea_(new QWidget(this)),
+      legend_(new TrendLegend([this](int row) { select(row); }, this)), buttonArea_(new QWidget(this)),
       touchSize_(static_cast<int>(std::lround(TOUCH_INCHES * logicalDpiX())))
 {
     makePlot();
     makeCurves();
     makeButtons();
-    connectInput();
+    takeInput();
     auto *grid = new QGridLayout(this);
     grid->setContentsMargins(SPACE, SPACE, SPACE, SPACE);
     grid->setSpacing(SPACE);
@@ -181,27 +181,27 @@ void TrendPlot::makeButtons()
     redrawButtons();
 }
 
-void TrendPlot::connectInput()
+void TrendPlot::takeInput()
 {
-    auto *input = new TrendInput(plot_->canvas());
     const auto timeAt = [this](double at) {
         return window_.begin() + TrendTime(std::llround(at * static_cast<double>(window_.span())));
     };
-    connect(input, &TrendInput::zoomWanted, this, &TrendPlot::zoom);
-    connect(input, &TrendInput::panWanted, this, [this](double part) {
+    TrendInput::Actions actions;
+    actions.zoom = [this](double factor, double at) { zoom(factor, at); };
+    actions.pan  = [this](double part) {
         window_.pan(part);
         redraw();
-    });
-    connect(input, &TrendInput::cursorWanted, this, [this, timeAt](double at) { setCursor(timeAt(at)); });
-    connect(input, &TrendInput::cursorMoveWanted, this, [this, timeAt](double part) {
+    };
+    actions.setCursor  = [this, timeAt](double at) { setCursor(timeAt(at)); };
+    actions.moveCursor = [this, timeAt](double part) {
         const TrendTime from = cursor_.value_or(timeAt(0.5));
         setCursor(std::clamp(from + timeAt(part) - timeAt(0), window_.begin(), window_.end()));
-    });
-    connect(input, &TrendInput::cursorEndWanted, this, [this] { setCursor(std::nullopt); });
-    connect(input, &TrendInput::liveWanted, this, &TrendPlot::setLive);
-    connect(input, &TrendInput::pauseWanted, this, [this] { setLive(!window_.isLive()); });
-    connect(input, &TrendInput::otherTagWanted, this, [this](int step) { select(selected_ + step); });
-    connect(legend_, &TrendLegend::rowTouched, this, &TrendPlot::select);
+    };
+    actions.endCursor   = [this] { setCursor(std::nullopt); };
+    actions.goLive      = [this] { setLive(true); };
+    actions.pause       = [this] { setLive(!window_.isLive()); };
+    actions.selectOther = [this](int step) { select(selected_ + step); };
+    new TrendInput(plot_->canvas(), std::move(actions));
 }
 
 void TrendPlot::refresh(TrendTime now, Utc utc)

@@ -35,8 +35,6 @@ struct TrendTag {
 /// Up to TREND_STYLES tags over time, each by a scale of its own: the axis shows that of the selected tag. The widget has
 /// no clock: whoever owns it calls refresh().
 class TrendPlot : public QWidget {
-    Q_OBJECT
-
 public:
     using Utc = std::chrono::system_clock::time_point;
 
@@ -85,7 +83,7 @@ private:
     void makePlot();
     void makeCurves();
     void makeButtons();
-    void connectInput();
+    void takeInput();
     void placeButtons();
     void redraw();
     void redrawAxes();
