@@ -254,6 +254,17 @@ class Bench:
         self.add(10, "from a reply's sending to the callback, 99th percentile", spread(late, "ms"), "2 ms",
                  statistics.median(late) <= 2, True)
 
+    def panel(self):
+        """The graphical panel: 500 tags that all change 20 times a second, 60 of them on the screen."""
+        runs = [[float(figure) for figure in run([self.programs / "bench_hmi", 10]).split()[1:]] for _ in range(5)]
+        cpu, changes, paintings, resident = zip(*runs)
+        self.add(11, "CPU of fins_hmi, 500 tags that change, 60 on the screen", spread(cpu, "% of a core", 1), "15 %",
+                 statistics.median(cpu) <= 15, True)
+        self.add(11, "changes of a tag a second", spread(changes, "", 1), "at least 20", statistics.median(changes) >= 20, True)
+        self.add(11, "paintings of an element a second", spread(paintings, "", 1), "10", statistics.median(paintings) <= 10.1,
+                 True)
+        self.add(11, "resident memory of fins_hmi", spread(resident, "MiB", 0), "", None, True)
+
     def system_calls(self, requests):
         with tempfile.TemporaryDirectory() as folder:
             run(["strace", "-c", "-o", "calls", self.programs / "bench_link", "panel", requests, 0], folder)
@@ -329,6 +340,7 @@ def main(arguments):
     if not short:
         times = bench.functions()
         bench.link()
+        bench.panel()
         bench.start_up()
     print(f"{machine()}\n\n{table(bench.rows)}")
     if arguments[1:] == ["--save"]:

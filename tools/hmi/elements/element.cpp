@@ -74,9 +74,13 @@ QString Element::note() const
     return text;
 }
 
-void Element::paintEvent(QPaintEvent *)
+// All but the content, which alone changes often.
+QPixmap Element::makeGround(const QString &said) const
 {
-    QPainter painter(this);
+    QPixmap ground(size() * devicePixelRatioF());
+    ground.setDevicePixelRatio(devicePixelRatioF());
+    QPainter painter(&ground);
+    painter.setFont(font());
     painter.fillRect(rect(), look::GROUND);
     const QRect frame = rect().adjusted(1, 1, -1, -1);
     look::drawFrame(painter, frame, quality(), isControl() ? look::CONTROL : look::FACE);
@@ -90,18 +94,35 @@ void Element::paintEvent(QPaintEvent *)
         look::drawPriority(painter, QStyle::visualRect(layoutDirection(), inner, mark), priority());
         head.setWidth(head.width() - size - 4);
     }
-    const QString said = note();
-    QRect foot(inner.left(), inner.bottom() - line + 1, inner.width(), said.isEmpty() ? 0 : line);
     painter.setPen(look::DIM);
     look::drawFitted(painter, QStyle::visualRect(layoutDirection(), inner, head), start(), label_, line);
-    if (!said.isEmpty()) {
-        painter.setPen(look::INK);
-        look::drawFitted(painter, foot, start(), said, line);
-    }
     painter.setPen(look::INK);
-    paintContent(painter, inner.adjusted(0, line, 0, -foot.height()));
+    if (!said.isEmpty())
+        look::drawFitted(painter, QRect(inner.left(), inner.bottom() - line + 1, inner.width(), line), start(), said, line);
+    return ground;
+}
+
+void Element::paintEvent(QPaintEvent *)
+{
+    const QString said = note();
+    const GroundKey key = {size(), quality(), priority(), isControl(), layoutDirection(), said};
+    if (!(key == groundKey_) || ground_.isNull()) {
+        groundKey_ = key;
+        ground_    = makeGround(said);
+    }
+    QPainter painter(this);
+    painter.drawPixmap(0, 0, ground_);
+    painter.setPen(look::INK);
+    const int line = fontMetrics().height();
+    paintContent(painter, rect().adjusted(6, 4 + line, -6, said.isEmpty() ? -4 : -4 - line));
     if (hasFocus())
-        look::drawFocus(painter, frame);
+        look::drawFocus(painter, rect().adjusted(1, 1, -1, -1));
+}
+
+void Element::changeEvent(QEvent *event)
+{
+    ground_ = QPixmap(); // perhaps another font
+    QWidget::changeEvent(event);
 }
 
 void Element::focusInEvent(QFocusEvent *)

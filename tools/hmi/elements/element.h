@@ -3,6 +3,7 @@
 
 #include "model/live_value.h"
 
+#include <QtGui/QPixmap>
 #include <QtWidgets/QStyle>
 #include <QtWidgets/QWidget>
 
@@ -39,6 +40,7 @@ protected:
     virtual QString note() const;
 
     void paintEvent(QPaintEvent *event) override;
+    void changeEvent(QEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
 
@@ -49,10 +51,28 @@ protected:
     int priority() const { return value_ ? value_->alarmPriority : 0; }
 
 private:
+    struct GroundKey {
+        QSize           size;
+        fins::Quality   quality;
+        int             priority;
+        bool            isControl;
+        Qt::LayoutDirection direction;
+        QString         note;
+
+        bool operator==(const GroundKey &other) const
+        {
+            return size == other.size && quality == other.quality && priority == other.priority
+                   && isControl == other.isControl && direction == other.direction && note == other.note;
+        }
+    };
+
     void describeAnew();
+    QPixmap makeGround(const QString &said) const;
 
     const LiveValue *value_;
     QString          label_;
+    QPixmap          ground_; // what is painted below the content, for groundKey_
+    GroundKey        groundKey_ = {};
     std::uint64_t    painted_ = 0;
     bool             wasPainted_ = false;
 };

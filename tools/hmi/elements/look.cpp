@@ -97,10 +97,14 @@ void drawFitted(QPainter &painter, const QRect &rect, Qt::Alignment alignment, c
     const int smallest = QFontMetrics(before).height() * 2 / 3;
     QFont font = before;
     font.setPixelSize(std::max(smallest, std::min(largest, rect.height() * 4 / 5)));
-    while (font.pixelSize() > smallest && QFontMetrics(font).horizontalAdvance(text) > rect.width())
-        font.setPixelSize(std::max(smallest, font.pixelSize() * 9 / 10));
+    int width = QFontMetrics(font).horizontalAdvance(text);
+    while (font.pixelSize() > smallest && width > rect.width()) {
+        font.setPixelSize(std::max(smallest, std::min(font.pixelSize() - 1, font.pixelSize() * rect.width() / width)));
+        width = QFontMetrics(font).horizontalAdvance(text);
+    }
     painter.setFont(font);
-    const QString fitted = QFontMetrics(font).elidedText(text, Qt::ElideRight, rect.width());
+    const bool fits = width <= rect.width();
+    const QString fitted = fits ? text : QFontMetrics(font).elidedText(text, Qt::ElideRight, rect.width());
     painter.drawText(rect, static_cast<int>(alignment | Qt::AlignVCenter | Qt::TextSingleLine), fitted);
     painter.setFont(before);
 }
