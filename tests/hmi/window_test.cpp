@@ -2,6 +2,9 @@
 
 #include "dialogs/trend_view.h"
 #include "elements/touch_size.h"
+#include "window/problem_window.h"
+
+#include <QtWidgets/QPlainTextEdit>
 
 #include <filesystem>
 
@@ -71,6 +74,18 @@ TEST_F(Window, TouchTargetsFollowTheResolution)
     QTest::qWait(20);
     expectSoundLayout();
     EXPECT_EQ(window->view().minimumSize(), QSize(8 * 150, 5 * 150));
+}
+
+TEST_F(Window, SaysWhatAScreenThatIsTooSmallLacks)
+{
+    setDotsPerInch(127); // 75 pixels are 15 mm
+    openProject(PROJECT, {299, 400});
+    EXPECT_EQ(window->complaint().left(70).toStdString(), "299 x 400 pixels are too few for touch targets of 15 mm: 300 x 225 are");
+    EXPECT_FALSE(window->view().isVisible());
+    window->resize(300, 225);
+    QTest::qWait(20);
+    EXPECT_EQ(window->complaint(), "");
+    EXPECT_TRUE(window->view().isVisible());
 }
 
 TEST_F(Window, IsMirroredFromRightToLeft)
@@ -175,6 +190,18 @@ TEST_F(Window, JournalIsSavedAndWhereItCannotBeThatIsSaid)
     const Saver elsewhere(folder.path("missing"));
     EXPECT_EQ(writeNewFile(folder.path("missing/x"), ".csv", "text"),
               "not saved: " + folder.path("missing/x.csv") + " cannot be written: No such file or directory");
+}
+
+TEST(Problems, AreAllShownAndTheButtonClosesTheirWindow)
+{
+    ProblemWindow window({"plant.toml:6:38: there is no tag", "plant.toml:7:1: the condition is missing"});
+    window.show();
+    const QString text = window.findChild<QPlainTextEdit *>()->toPlainText();
+    EXPECT_EQ(text.toStdString(), "plant.toml:6:38: there is no tag\n\nplant.toml:7:1: the condition is missing");
+    auto *close = window.findChild<QPushButton *>();
+    EXPECT_GE(close->minimumHeight(), touchPixels(&window));
+    QTest::mouseClick(close, Qt::LeftButton);
+    EXPECT_FALSE(window.isVisible());
 }
 
 TEST(SavedFile, NeverReplacesAnother)

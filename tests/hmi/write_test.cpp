@@ -145,6 +145,27 @@ TEST_F(Writes, MomentaryButtonIsOneWhileItIsHeldAndItsReleaseIsReported)
     EXPECT_TRUE(untilEvent("done: Jog = 0"));
 }
 
+// The same by fingers, of which the window system makes what a mouse would do.
+TEST_F(Writes, FingersTouchControlsAndHoldButtons)
+{
+    QTouchDevice *fingers = QTest::createTouchDevice();
+    const auto down = [&](QWidget *widget) { QTest::touchEvent(window.get(), fingers).press(0, widget->rect().center(), widget); };
+    const auto up   = [&](QWidget *widget) { QTest::touchEvent(window.get(), fingers).release(0, widget->rect().center(), widget); };
+    Element *jog = element("Jog");
+    down(jog);
+    up(jog);
+    ASSERT_TRUE(until([&] { return overlay() != nullptr; }));
+    QPushButton *hold = button("Hold");
+    down(hold);
+    EXPECT_TRUE(untilPlcHolds("CIO_bit:0.2", "1"));
+    up(hold);
+    EXPECT_TRUE(untilPlcHolds("CIO_bit:0.2", "0"));
+    press("Cancel");
+    down(element("SetPoint"));
+    up(element("SetPoint"));
+    EXPECT_TRUE(until([&] { return overlay() != nullptr; }));
+}
+
 TEST_F(Writes, MomentaryButtonIsReleasedWhereTheFingerSlidesAway)
 {
     click("Jog");

@@ -6,6 +6,7 @@
 #include <QtGui/QKeyEvent>
 #include <QtGui/QPaintEvent>
 #include <QtGui/QPainter>
+#include <QtWidgets/QLabel>
 #include <QtWidgets/QScroller>
 
 static const int REFRESH_MS = 100;
@@ -13,7 +14,8 @@ static const int REFRESH_MS = 100;
 MainWindow::MainWindow(Panel &panel)
     : panel_(panel), actions_(panel, this, [this](std::size_t index) { showScreen(index); }),
       banner_(new LinkBanner(panel, this)), alarms_(new AlarmList(panel, "Alarms", this)),
-      menu_(new OpenButton("", "Menu", this)), scroll_(new QScrollArea(this))
+      menu_(new OpenButton("", "Menu", this)), scroll_(new QScrollArea(this)),
+      tooSmall_(new QLabel(this))
 {
     setPalette(look::palette());
     auto *rows = new QVBoxLayout(this);
@@ -31,6 +33,10 @@ MainWindow::MainWindow(Panel &panel)
     top->addWidget(menu_);
     rows->addLayout(top);
     rows->addWidget(scroll_, 1);
+    rows->addWidget(tooSmall_, 1);
+    tooSmall_->setWordWrap(true);
+    tooSmall_->setAlignment(Qt::AlignCenter);
+    setMinimumSize(1, 1); // a panel's screen is as large as it is
     scroll_->setWidgetResizable(true);
     scroll_->setFrameShape(QFrame::NoFrame);
     scroll_->setFocusPolicy(Qt::NoFocus);
@@ -79,6 +85,25 @@ void MainWindow::refresh()
     view_->refresh();
     if (Overlay *open = actions_.open())
         open->refresh();
+}
+
+// Two targets side by side and one below the banner is the least that can be used.
+QString MainWindow::complaint() const
+{
+    const int touch = touchPixels(this);
+    if (width() >= 4 * touch && height() >= 3 * touch)
+        return QString();
+    return QString("%1 x %2 pixels are too few for touch targets of 15 mm: %3 x %4 are needed. If the screen is larger than "
+                   "that, it tells a wrong resolution: give the right one with --dpi.")
+        .arg(width()).arg(height()).arg(4 * touch).arg(3 * touch);
+}
+
+void MainWindow::resizeEvent(QResizeEvent *)
+{
+    const QString text = complaint();
+    tooSmall_->setText(text);
+    tooSmall_->setVisible(!text.isEmpty());
+    scroll_->setVisible(text.isEmpty());
 }
 
 void MainWindow::paintEvent(QPaintEvent *event)

@@ -17,6 +17,8 @@
 // The window: the banner, one screen, and what is open before it. Values come as the library has them; what has changed is
 // painted ten times a second at most.
 
+class QLabel;
+
 class MainWindow : public QWidget {
 public:
     explicit MainWindow(Panel &panel);
@@ -26,6 +28,9 @@ public:
     std::size_t currentScreen() const { return current_; }
 
     ScreenView &view() { return *view_; }
+    /// What is said in place of a screen where the window has no room for one; "" where it has.
+    QString complaint() const;
+
     Actions &actions() { return actions_; }
     LinkBanner &banner() { return *banner_; }
     AlarmList &alarmBanner() { return *alarms_; }
@@ -34,6 +39,7 @@ public:
 protected:
     void paintEvent(QPaintEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
     void listen();
@@ -45,6 +51,7 @@ private:
     AlarmList   *alarms_;
     OpenButton  *menu_;
     QScrollArea *scroll_;
+    QLabel      *tooSmall_; // in place of the screen
     ScreenView  *view_ = nullptr;
     std::size_t  current_ = 0;
     QTimer       timer_;
