@@ -125,6 +125,22 @@ TEST_F(Trend, EachCurveHasItsOwnScale)
     EXPECT_LT(plot_.lines(1)[0].first().y(), plot_.lines(1)[1].first().y());
 }
 
+// 60 % are as high in each of them, whatever the limits of their tags.
+TEST(TrendOfOneUnit, HasOneScale)
+{
+    TrendStore store(3);
+    for (const std::size_t tag : {0U, 1U, 2U})
+        store.add(tag, 90 * MINUTE, 60, true);
+    store.advance(NOW);
+    const QString percent = QStringLiteral("%");
+    TrendPlot plot(store, {{0, QStringLiteral("A"), percent, 0.0, 100.0}, {1, QStringLiteral("B"), percent, 10.0, 90.0},
+                           {2, QStringLiteral("C"), QStringLiteral("bar"), 0.0, 120.0}}, 10 * MINUTE);
+    plot.refresh(NOW, UTC);
+    EXPECT_DOUBLE_EQ(plot.lines(0)[0].first().y(), 0.6);
+    EXPECT_DOUBLE_EQ(plot.lines(1)[0].first().y(), 0.6);
+    EXPECT_DOUBLE_EQ(plot.lines(2)[0].first().y(), 0.5);
+}
+
 TEST_F(Trend, ValueBeyondTheScaleWidensIt)
 {
     store_.add(0, NOW, 140, true);

@@ -91,7 +91,7 @@ QString LampElement::describe() const
 void LampElement::paintContent(QPainter &painter, const QRect &rect)
 {
     const ValueText *now = state();
-    const int size = std::min({rect.height() - 4, rect.width() / 3, 48});
+    const int size = std::min({rect.height() - 4, rect.width() / 4, 48});
     const QRect lamp = QStyle::visualRect(layoutDirection(), rect,
                                           QRect(rect.left() + 2, rect.center().y() - size / 2, size, size));
     if (now && now->priority > 0 && value()->isGood()) {

@@ -111,7 +111,16 @@ void drawFitted(QPainter &painter, const QRect &rect, Qt::Alignment alignment, c
 
 void drawLines(QPainter &painter, const QRect &rect, Qt::Alignment alignment, const QString &text)
 {
-    painter.drawText(rect, static_cast<int>(alignment) | Qt::TextWordWrap, text);
+    const QFont before = painter.font();
+    const int flags = static_cast<int>(alignment) | Qt::TextWordWrap;
+    QFont font = before;
+    font.setPixelSize(QFontInfo(before).pixelSize());
+    const int smallest = font.pixelSize() * 2 / 3;
+    while (font.pixelSize() > smallest && QFontMetrics(font).boundingRect(rect, flags, text).height() > rect.height())
+        font.setPixelSize(font.pixelSize() - 1);
+    painter.setFont(font);
+    painter.drawText(rect, flags, text);
+    painter.setFont(before);
 }
 
 } // namespace look

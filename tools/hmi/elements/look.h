@@ -47,7 +47,7 @@ void drawFocus(QPainter &painter, const QRect &frame);
 /// legible size, its end is left out and an ellipsis says so.
 void drawFitted(QPainter &painter, const QRect &rect, Qt::Alignment alignment, const QString &text, int largest);
 
-/// A text in as many lines as fit.
+/// A text in several lines, smaller where they do not fit.
 void drawLines(QPainter &painter, const QRect &rect, Qt::Alignment alignment, const QString &text);
 
 inline QString toQt(const std::string &text) { return QString::fromStdString(text); }

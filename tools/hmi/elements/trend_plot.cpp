@@ -273,10 +273,40 @@ void TrendPlot::setCursor(std::optional<TrendTime> time)
     redraw();
 }
 
+// Values of one unit are compared by their height, so that they share a scale.
+void TrendPlot::shareScales()
+{
+    for (std::size_t i = 0; i < tags_.size(); ++i) {
+        for (std::size_t j = 0; j < tags_.size(); ++j) {
+            if (tags_[i].unit != tags_[j].unit || tags_[i].unit.isEmpty())
+                continue;
+            scales_[i].minimum = std::min(scales_[i].minimum, scales_[j].minimum);
+            scales_[i].maximum = std::max(scales_[i].maximum, scales_[j].maximum);
+        }
+    }
+}
+
+void TrendPlot::redrawCurves()
+{
+    const auto width = static_cast<std::size_t>(std::max(plot_->canvas()->width(), NARROW_CANVAS));
+    std::vector<std::vector<TrendBucket>> buckets;
+    for (std::size_t i = 0; i < tags_.size(); ++i) {
+        buckets.push_back(store_.points(tags_[i].tag, window_.begin(), window_.end() + 1, width));
+        scales_[i] = scaleOf(tags_[i], buckets[i]);
+        scales_[i].offset = offset_;
+    }
+    shareScales();
+    for (std::size_t i = 0; i < tags_.size(); ++i) {
+        const int number = static_cast<int>(i);
+        curves_[i]->setPen(trendPen(number, number == selected_));
+        curves_[i]->setZ(number == selected_ ? 21 : 20);
+        curves_[i]->setLines(trendLines(buckets[i], scales_[i]));
+    }
+}
+
 void TrendPlot::redraw()
 {
-    for (std::size_t i = 0; i < tags_.size(); ++i)
-        redrawCurve(i);
+    redrawCurves();
     redrawAxes();
     std::vector<TrendMarks::Mark> marks;
     for (std::size_t i = 0; i < curves_.size(); ++i) {
@@ -313,18 +343,6 @@ void TrendPlot::redrawAxes()
     QwtText title(fontMetrics().elidedText(text, Qt::ElideRight, plot_->canvas()->height()), QwtText::PlainText);
     title.setFont(font());
     plot_->setAxisTitle(QwtPlot::yLeft, title);
-}
-
-void TrendPlot::redrawCurve(std::size_t index)
-{
-    const auto width = static_cast<std::size_t>(std::max(plot_->canvas()->width(), NARROW_CANVAS));
-    const std::vector<TrendBucket> buckets = store_.points(tags_[index].tag, window_.begin(), window_.end() + 1, width);
-    scales_[index] = scaleOf(tags_[index], buckets);
-    scales_[index].offset = offset_;
-    const int number = static_cast<int>(index);
-    curves_[index]->setPen(trendPen(number, number == selected_));
-    curves_[index]->setZ(number == selected_ ? 21 : 20);
-    curves_[index]->setLines(trendLines(buckets, scales_[index]));
 }
 
 // The text stands where the line does not.

@@ -32,7 +32,8 @@ struct TrendTag {
     int         decimals = -1;    // digits behind the point; -1: as many as are needed
 };
 
-/// Up to TREND_STYLES tags over time, each by a scale of its own: the axis shows that of the selected tag. The widget has
+/// Up to TREND_STYLES tags over time, each by a scale of its own, or that of all with its unit: the axis shows that of the
+/// selected tag. The widget has
 /// no clock: whoever owns it calls refresh().
 class TrendPlot : public QWidget {
 public:
@@ -88,7 +89,8 @@ private:
     void redraw();
     void redrawAxes();
     int  timeLabels() const;
-    void redrawCurve(std::size_t index);
+    void redrawCurves();
+    void shareScales();
     void redrawCursor();
     void redrawButtons();
     void tellAccessibly();

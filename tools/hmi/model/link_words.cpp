@@ -14,10 +14,10 @@ std::string clockText(std::chrono::system_clock::time_point time)
 std::string linkWords(const fins::State &state, std::chrono::system_clock::time_point now)
 {
     std::string words = std::string(fins::text(state.phase)) + " since " + clockText(state.since);
-    if (!state.reason.empty() && state.phase != fins::Phase::ONLINE)
-        words += ": " + state.reason;
-    if (state.phase != fins::Phase::WAITING)
-        return words;
-    const auto left = std::chrono::ceil<std::chrono::seconds>(state.nextAttempt - now).count();
-    return words + "; next attempt " + (left > 0 ? "in " + std::to_string(left) + " s" : "now");
+    if (state.phase == fins::Phase::WAITING) {
+        const auto left = std::chrono::ceil<std::chrono::seconds>(state.nextAttempt - now).count();
+        words += ", next attempt " + (left > 0 ? "in " + std::to_string(left) + " s" : "now");
+    }
+    const bool isDown = state.phase != fins::Phase::ONLINE && !state.reason.empty();
+    return isDown ? words + ": " + state.reason : words;
 }

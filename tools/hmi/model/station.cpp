@@ -155,8 +155,8 @@ std::string Station::lock() const
     if (state_.phase == fins::Phase::ONLINE)
         return "";
     if (state_.phase == fins::Phase::SILENT)
-        return "the PLC does not answer";
-    return "no link to the PLC";
+        return "no answer";
+    return "no link";
 }
 
 std::string Station::lockOf(const LiveValue &value)
