@@ -27,10 +27,10 @@ int parseOptions(int argc, char **argv, Options &options)
     app.add_option("--host", options.host, "another PLC than the project's")->type_name("HOST[:PORT]");
     app.add_option("--library", options.library, "driver library")->type_name("FILE");
     app.add_option("--screen", options.screen, "the screen that is shown first, by name or title")->type_name("NAME");
-    app.add_option("--dpi", options.dotsPerInch, "resolution of a screen that tells a wrong one, in dots per inch")
-        ->check(CLI::Range(20.0, 2000.0))->type_name("20 to 2000");
-    app.add_option("--font", options.fontPercent, "size of the font")->check(CLI::Range(50, 400))
-        ->type_name("50 to 400 %");
+    app.add_option("--dpi", options.dotsPerInch, "resolution of a screen that tells a wrong one, in dots per inch, 20 to 2000")
+        ->check(CLI::Range(20.0, 2000.0).description(""))->type_name("NUMBER");
+    app.add_option("--font", options.fontPercent, "size of the font in %, 50 to 400; 100 by default")
+        ->check(CLI::Range(50, 400).description(""))->type_name("INTEGER");
     app.add_option("--save-to", options.folder, "folder for files that are saved; the current one by default")
         ->type_name("FOLDER");
     app.add_flag("--full-screen", options.isFullScreen, "cover the whole screen");
