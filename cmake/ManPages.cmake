@@ -19,3 +19,6 @@ endfunction()
 
 add_man_page(fins_panel --help-all)
 add_man_page(fins_plc --help)
+if(TARGET fins_hmi)
+    add_man_page(fins_hmi --help)
+endif()

@@ -1,5 +1,5 @@
-# Installation, and five Debian packages of it: the driver with its header, the runtime library, what others need to build
-# with that, the panel program, the simulator.
+# Installation, and Debian packages of it: the driver with its header, the runtime library, what others need to build with
+# that, the panel program, the graphical panel where it is built, the simulator.
 install(TARGETS omron_fins_ethernet LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT driver)
 install(FILES src/omron_fins_ethernet.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT driver)
 install(FILES packaging/lintian-overrides RENAME omron-fins-ethernet
@@ -7,9 +7,13 @@ install(FILES packaging/lintian-overrides RENAME omron-fins-ethernet
 set(CPACK_COMPONENTS_ALL driver)
 
 if(OMRON_FINS_TOOLS)
-    list(APPEND CPACK_COMPONENTS_ALL runtime runtime_dev fins_panel fins_plc)
+    set(programs fins_panel fins_plc)
+    if(TARGET fins_hmi)
+        list(APPEND programs fins_hmi)
+    endif()
+    list(APPEND CPACK_COMPONENTS_ALL runtime runtime_dev ${programs})
     include(cmake/RuntimeLibrary.cmake)
-    foreach(program fins_panel fins_plc)
+    foreach(program ${programs})
         install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT ${program})
         install(FILES packaging/completion.bash RENAME ${program}
             DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT ${program})
@@ -57,6 +61,13 @@ set(CPACK_DEBIAN_FINS_PANEL_PACKAGE_DEPENDS "omron-fins-ethernet (= ${PROJECT_VE
 set(CPACK_COMPONENT_FINS_PANEL_DESCRIPTION "panel runtime on the command line for Omron PLCs
 It watches, reads and writes the memory of a PLC through the driver, moves
 recipes, and tells what is wrong with a connection.")
+set(CPACK_DEBIAN_FINS_HMI_PACKAGE_NAME fins-hmi)
+set(CPACK_DEBIAN_FINS_HMI_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_FINS_HMI_PACKAGE_DEPENDS
+    "${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} (= ${PROJECT_VERSION}), omron-fins-ethernet (= ${PROJECT_VERSION})")
+set(CPACK_COMPONENT_FINS_HMI_DESCRIPTION "graphical operator panel for Omron PLCs
+It shows the values of PLCs on screens that a project file describes, with
+their quality, alarms, trends and recipes, and writes what is confirmed.")
 set(CPACK_DEBIAN_FINS_PLC_PACKAGE_NAME fins-plc)
 set(CPACK_DEBIAN_FINS_PLC_PACKAGE_SECTION utils)
 set(CPACK_COMPONENT_FINS_PLC_DESCRIPTION "simulator of an Omron PLC that speaks FINS/TCP
@@ -73,6 +84,14 @@ if(GZIP)
         set(folder ${CMAKE_INSTALL_DATADIR}/doc/${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
         install(FILES packaging/copyright ${changelog} DESTINATION ${folder} COMPONENT ${component})
     endforeach()
+endif()
+
+if(TARGET fins_hmi)
+    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/runtime) # of the library that it links
+    install(FILES packaging/fins_hmi.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications COMPONENT fins_hmi)
+    install(FILES packaging/fins_hmi.svg DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps COMPONENT fins_hmi)
+    install(FILES docs/examples/tank.toml
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${CPACK_DEBIAN_FINS_HMI_PACKAGE_NAME}/examples COMPONENT fins_hmi)
 endif()
 
 include(CPack)

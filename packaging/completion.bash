@@ -1,5 +1,5 @@
-# Completion of fins_panel and fins_plc: the sub-commands, options and values of options that their own help texts list,
-# the names of the project that the command line names, and file names.
+# Completion of fins_panel, fins_hmi and fins_plc: the sub-commands, options and values of options that their own help
+# texts list, the names of the project that the command line names, and file names.
 
 # The labels of the options and sub-commands that the help text of a command lists, such as '--project FILE'.
 _fins_labels()
@@ -57,6 +57,7 @@ _fins_offer_values()
             _fins_offer "$3" < <(tr ',' '\n' <<<"${choices%%\}*}") ;;
         ITEM=VALUE) _fins_offer_names tags "$2" "$3" = ;;
         FILE | TEXT*) _fins_offer_files "$3" ;;
+        FOLDER) _fins_offer "$3" < <(compgen -d -- "$3") ;;
     esac
 }
 
@@ -113,4 +114,4 @@ _fins()
     _fins_offer_positionals "$project" "$current" "${command[@]}"
 }
 
-complete -o filenames -F _fins fins_panel fins_plc
+complete -o filenames -F _fins fins_panel fins_hmi fins_plc
