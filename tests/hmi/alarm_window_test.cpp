@@ -105,7 +105,7 @@ TEST_F(Alarms, IsUnknownWithoutTheLinkAndNeverGone)
     plc.tell("fault refuse");
     plc.tell("disconnect");
     EXPECT_TRUE(untilBanner("Level is high, unknown, was active, not acknowledged"));
-    EXPECT_TRUE(untilBanner("2 unknown")); // the door, too
+    EXPECT_TRUE(untilBanner("2 alarms unknown")); // the door, too
     QTest::mouseClick(&window->alarmBanner(), Qt::LeftButton);
     EXPECT_TRUE(untilWritten("2 cannot be judged, since their values are not good"));
     plc.tell("fault refuse off");

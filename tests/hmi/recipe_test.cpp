@@ -52,7 +52,7 @@ TEST_F(Recipes, StandBesideThePlcWithTheDifferencesMarked)
     const RecipeView *view = openMix();
     ASSERT_EQ(view->rows().size(), 6u);
     EXPECT_EQ(line(view->rows()[0]), "Speed|1.25|1.25|same");
-    EXPECT_EQ(line(view->rows()[1]), "Name|LEMON|\"\"|differs");
+    EXPECT_EQ(line(view->rows()[1]), "Name|\"LEMON\"|\"\"|differs");
     EXPECT_EQ(line(view->rows()[2]), "Three[0]|1|1|same");
     EXPECT_EQ(line(view->rows()[3]), "Three[1]|2|9|differs");
     EXPECT_EQ(line(view->rows()[5]), "DM:40/hex|0x00FF|0x0000|differs");

@@ -187,7 +187,6 @@ TEST_F(Window, JournalIsSavedAndWhereItCannotBeThatIsSaid)
     window->actions().showJournal();
     press("Save as CSV");
     EXPECT_TRUE(untilWritten("saved as " + folder.path() + "journal-"));
-    const Saver elsewhere(folder.path("missing"));
     EXPECT_EQ(writeNewFile(folder.path("missing/x"), ".csv", "text"),
               "not saved: " + folder.path("missing/x.csv") + " cannot be written: No such file or directory");
 }

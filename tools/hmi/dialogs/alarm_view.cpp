@@ -1,5 +1,6 @@
 #include "dialogs/alarm_view.h"
 
+#include "common/numbers.h"
 #include "elements/look.h"
 #include "model/alarm_words.h"
 #include "model/link_words.h"
@@ -26,7 +27,6 @@ AlarmView::AlarmView(Panel &panel, QWidget *window)
         panel_.acknowledgeAll();
         refresh();
     });
-    refresh();
 }
 
 void AlarmView::refresh()
@@ -47,7 +47,7 @@ void AlarmView::refresh()
     one_->setEnabled(!rows.empty());
     all_->setEnabled(!rows.empty());
     const std::size_t unknown = panel_.unknownAlarms();
-    QString text = rows.empty() ? QString("no alarm is known to be active") : QString("%1 alarms").arg(rows.size());
+    QString text = rows.empty() ? QString("no alarm is known to be active") : toQt(counted(rows.size(), "alarm"));
     if (unknown > 0)
         text += QString("; %1 cannot be judged, since their values are not good").arg(unknown);
     status_->setText(text);

@@ -1,5 +1,6 @@
 #include "dialogs/journal_view.h"
 
+#include "common/numbers.h"
 #include "elements/look.h"
 #include "model/link_words.h"
 
@@ -17,9 +18,13 @@ JournalView::JournalView(Panel &panel, QWidget *window)
 {
     body()->addWidget(table_, 1);
     body()->addWidget(status_);
+    status_->setWordWrap(true);
+    QObject::connect(table_, &QTableWidget::currentCellChanged, this, [this](int row) {
+        if (row >= 0 && table_->item(row, 5))
+            status_->setText(table_->item(row, 5)->text()); // the column may be too narrow for all of it
+    });
     addButton("Close", [this] { close(); });
     addButton("Save as CSV", [this] { save(); });
-    refresh();
 }
 
 void JournalView::refresh()
@@ -38,7 +43,7 @@ void JournalView::refresh()
     }
     table_->fill(rows);
     const std::uint64_t dropped = journal.dropped();
-    status_->setText(QString("%1 events").arg(journal.size())
+    status_->setText(toQt(counted(journal.size(), "event"))
                      + (dropped > 0 ? QString("; %1 earlier ones are no longer kept").arg(dropped) : QString()));
 }
 

@@ -51,7 +51,6 @@ Keypad::Keypad(const LiveValue &value, std::function<void(const std::string &)> 
     addButton("Cancel", [this] { close(); });
     accept_ = addButton("Set", [this] { accept(); });
     setFirst(this);
-    refresh();
 }
 
 void Keypad::buildKeys()
@@ -60,19 +59,19 @@ void Keypad::buildKeys()
     auto *grid = new QGridLayout;
     grid->setSpacing(4);
     body()->addLayout(grid, 1);
-    const auto add = [&](QChar key, int row, int column) {
+    const auto add = [&](QChar key, int row, int column, int rows = 1) {
         QPushButton *button = makeButton(key == BACK ? QString("\u2190") : QString(key));
         button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
         button->setFocusPolicy(Qt::NoFocus); // digits are typed
         button->setAccessibleName(key == BACK ? QString("delete") : QString(key));
         QObject::connect(button, &QPushButton::clicked, this, [this, key] { type(key); });
-        grid->addWidget(button, row, column);
+        grid->addWidget(button, row, column, rows, 1);
     };
     for (int row = 0; row < 4; ++row) {
         for (int column = 0; column < 3; ++column)
             add(QLatin1Char(ROWS[row][column]), row, column);
     }
-    add(BACK, 0, 3);
+    add(BACK, 0, 3, 4);
 }
 
 void Keypad::type(QChar key)

@@ -22,7 +22,6 @@ LinkView::LinkView(Panel &panel, QWidget *window) : Overlay("Links", window), pa
     QScroller::grabGesture(scroll->viewport(), QScroller::TouchGesture);
     body()->addWidget(scroll, 1);
     addButton("Close", [this] { close(); });
-    refresh();
 }
 
 void LinkView::refresh()

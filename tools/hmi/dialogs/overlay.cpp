@@ -36,6 +36,7 @@ void Overlay::appear()
     cover();
     show();
     raise();
+    refresh();
     (first_ ? first_ : this)->setFocus();
 }
 

@@ -22,7 +22,7 @@ public:
     /// Told once, before it is gone.
     std::function<void()> onClosed;
 
-    /// Called ten times a second.
+    /// Called ten times a second, and when it appears.
     virtual void refresh() {}
 
 protected:

@@ -32,7 +32,6 @@ Question::Question(Kind kind, LiveValue &value, const std::string &text, const s
         confirm_ = makeHoldButton();
     else
         confirm_ = addButton("Write " + shown_, [this] { write(); });
-    refresh();
 }
 
 QPushButton *Question::makeHoldButton()

@@ -23,9 +23,6 @@ RecipeView::RecipeView(Panel &panel, Station &station, const fins::RecipeConfig 
     saveButton_  = addButton("Save", [this] { save(); });
     writeButton_ = addButton("Write", [this] { askToWrite(); });
     show(nullptr);
-    refresh();
-    if (station_.lock().empty())
-        read();
 }
 
 RecipeView::~RecipeView()
@@ -48,6 +45,8 @@ void RecipeView::say(const QString &text)
 void RecipeView::refresh()
 {
     const QString lock = toQt(station_.lock());
+    if (lock.isEmpty() && !wasRead_)
+        read();
     const bool hasValues = !recipe_.variables.empty() && !recipe_.variables.front().values.empty();
     readButton_->setEnabled(lock.isEmpty() && !isBusy_);
     writeButton_->setEnabled(lock.isEmpty() && !isBusy_ && hasValues);
@@ -80,7 +79,8 @@ fins::Plc::ProgressCall RecipeView::progressOf(const QString &what)
 
 void RecipeView::read()
 {
-    isBusy_ = true;
+    wasRead_ = true;
+    isBusy_  = true;
     say(fate_ + "reading");
     operation_ = station_.plc().readRecipe(recipe_.name, [this](const fins::RecipeValues &values) {
         using End = fins::RecipeValues::End;

@@ -39,6 +39,7 @@ private:
     std::vector<RecipeRow>    rows_;
     std::optional<fins::RecipeValues> read_;
     fins::Operation           operation_; // of reading
+    bool                      wasRead_ = false; // or is being read; by itself it is once
     bool                      isBusy_ = false;
     QString                   fate_; // of the latest write, with the end of its line
     Table                    *table_;

@@ -7,6 +7,9 @@
 #include <QtWidgets/QHeaderView>
 #include <QtWidgets/QScroller>
 
+// Rows of a longer table have one line each: it takes long to find out how high they are.
+static const int MOST_WRAPPED = 50;
+
 Table::Table(const QStringList &heads, int stretched, QWidget *parent)
     : QTableWidget(0, heads.size(), parent), touch_(touchPixels(parent))
 {
@@ -23,6 +26,7 @@ Table::Table(const QStringList &heads, int stretched, QWidget *parent)
     horizontalHeader()->setSectionResizeMode(stretched, QHeaderView::Stretch);
     horizontalHeader()->setMinimumSectionSize(40);
     verticalHeader()->setDefaultSectionSize(touch_ * 2 / 3);
+    verticalHeader()->setMinimumSectionSize(touch_ * 2 / 3);
     setIconSize(QSize(touch_ / 2, touch_ / 2));
     QScroller::grabGesture(viewport(), QScroller::TouchGesture);
 }
@@ -45,8 +49,21 @@ void Table::fill(const std::vector<Row> &rows)
             cell->setFont(cellFont);
         }
     }
+    wrapRows();
     if (before >= 0 && before < rowCount())
         setCurrentCell(before, 0);
+}
+
+void Table::wrapRows()
+{
+    if (rowCount() <= MOST_WRAPPED)
+        resizeRowsToContents();
+}
+
+void Table::resizeEvent(QResizeEvent *event)
+{
+    QTableWidget::resizeEvent(event);
+    wrapRows();
 }
 
 int Table::selectedRow() const

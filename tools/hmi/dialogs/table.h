@@ -22,7 +22,12 @@ public:
 
     int selectedRow() const;
 
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
 private:
+    void wrapRows();
+
     int touch_;
 };
 

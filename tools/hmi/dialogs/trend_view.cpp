@@ -15,7 +15,6 @@ TrendView::TrendView(Panel &panel, Station &station, const std::vector<TagValue>
     addButton("Close", [this] { close(); });
     addButton("Save as CSV", [this] { save(".csv", [csv = plot().csv()] { return csv.toStdString(); }); });
     addButton("Save as PNG", [this] { save(".png", [image = plot().image()] { return TrendPlot::pngOf(image).toStdString(); }); });
-    refresh();
 }
 
 void TrendView::save(const std::string &ending, std::function<std::string()> make)

@@ -1,5 +1,6 @@
 #include "elements/alarm_list.h"
 
+#include "common/numbers.h"
 #include "elements/look.h"
 #include "model/alarm_words.h"
 
@@ -20,7 +21,7 @@ QString AlarmList::rest(std::size_t shown) const
     const std::size_t unknown = panel_.unknownAlarms();
     QString text = shown == 0 && more == 0 ? QString("no alarm") : more > 0 ? QString("%1 more").arg(more) : QString();
     if (unknown > 0)
-        text = (text == "no alarm" || text.isEmpty() ? QString() : text + "; ") + QString("%1 unknown").arg(unknown);
+        text = (text == "no alarm" || text.isEmpty() ? QString() : text + "; ") + toQt(counted(unknown, "alarm")) + " unknown";
     return text;
 }
 
@@ -30,7 +31,7 @@ QString AlarmList::caption() const
     for (const Panel::AlarmPlace &place : panel_.alarms())
         lines << QString("priority %1, %2: %3, %4").arg(place.rule().priority).arg(look::priorityWord(place.rule().priority))
                      .arg(toQt(place.rule().text), toQt(alarmWords(place.status())));
-    const QString said = rest(lines.size());
+    const QString said = rest(static_cast<std::size_t>(lines.size()));
     if (!said.isEmpty())
         lines << said;
     return lines.join("; ");
@@ -59,7 +60,11 @@ void AlarmList::paintEvent(QPaintEvent *)
         painter.setFont(bold);
         painter.setPen(look::INK);
         const QRect words = QStyle::visualRect(layoutDirection(), row, row.adjusted(line + 4, 0, 0, 0));
-        look::drawFitted(painter, words, start(), toQt(rule.text) + " (" + toQt(alarmWords(status)) + ")", line);
+        const QString state = toQt(alarmWords(status));
+        QString text = toQt(rule.text) + " (" + state + ")";
+        if (painter.fontMetrics().horizontalAdvance(text) > words.width()) // what nobody has seen is bold, too
+            text = toQt(rule.text) + " (" + state.left(state.lastIndexOf(',')) + ")";
+        look::drawFitted(painter, words, start(), text, line);
     }
     painter.setFont(font());
     painter.setPen(look::DIM);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 using look::toQt;
 
@@ -28,7 +29,7 @@ std::uint64_t Card::stamp() const
 
 QString Card::note() const
 {
-    const QString said = Element::note();
+    QString said = Element::note();
     if (!said.isEmpty())
         return said;
     return QString(fins::text(value()->sample.quality)) + ", "
@@ -43,7 +44,8 @@ QSize Card::sizeHint() const
 
 static void drawCourse(QPainter &painter, const QRect &rect, const std::deque<double> &course)
 {
-    double low = INFINITY, high = -INFINITY;
+    double low  = std::numeric_limits<double>::infinity();
+    double high = -low;
     for (const double value : course) {
         if (std::isfinite(value)) {
             low  = std::min(low, value);

@@ -30,7 +30,7 @@ QString Control::note() const
     const QString locked = toQt(lock());
     if (locked.isEmpty())
         return Element::note();
-    const bool hasFate = value() && (value()->writesUnderWay > 0 || value()->fate);
+    const bool hasFate = value() && (value()->writesUnderWay > 0 || (value()->fate && !fins::isDone({*value()->fate})));
     return (hasFate ? Element::note() + "; " : QString()) + "locked: " + locked;
 }
 

@@ -70,8 +70,20 @@ QString Element::note() const
         return QString();
     QString text = fins::text(value_->sample.quality);
     if (!value_->sample.text.empty())
-        text += ", " + toQt(ageText(now - value_->sample.steady));
+        text += ", " + toQt(ageText(now - value_->goodUntil));
     return text;
+}
+
+// As much of a note as fits in a line: all of it, or what it begins with.
+static QString fitted(const QString &said, const QFontMetrics &metrics, int width)
+{
+    if (metrics.horizontalAdvance(said) <= width)
+        return said;
+    for (int i = 0; i < said.size(); ++i) {
+        if (said[i] == ',' || said[i] == ';' || said[i] == ':')
+            return said.left(i);
+    }
+    return said;
 }
 
 // All but the content, which alone changes often.
@@ -98,7 +110,8 @@ QPixmap Element::makeGround(const QString &said) const
     look::drawFitted(painter, QStyle::visualRect(layoutDirection(), inner, head), start(), label_, line);
     painter.setPen(look::INK);
     if (!said.isEmpty())
-        look::drawFitted(painter, QRect(inner.left(), inner.bottom() - line + 1, inner.width(), line), start(), said, line);
+        look::drawFitted(painter, QRect(inner.left(), inner.bottom() - line + 1, inner.width(), line), start(),
+                         fitted(said, fontMetrics(), inner.width()), line);
     return ground;
 }
 
@@ -114,7 +127,7 @@ void Element::paintEvent(QPaintEvent *)
     painter.drawPixmap(0, 0, ground_);
     painter.setPen(look::INK);
     const int line = fontMetrics().height();
-    paintContent(painter, rect().adjusted(6, 4 + line, -6, said.isEmpty() ? -4 : -4 - line));
+    paintContent(painter, rect().adjusted(6, 4 + (label_.isEmpty() ? 0 : line), -6, said.isEmpty() ? -4 : -4 - line));
     if (hasFocus())
         look::drawFocus(painter, rect().adjusted(1, 1, -1, -1));
 }

@@ -8,9 +8,13 @@ using look::toQt;
 // A curve of minutes moves less than a pixel in this time.
 static const std::chrono::milliseconds DRAW_PAUSE{1000};
 
+// From so many touch targets of width on there is room for two of buttons; the same trend alone has them always.
+static const int BUTTON_COLUMNS = 7;
+
 static std::vector<TrendTag> tagsOf(const std::vector<const LiveValue *> &values)
 {
     std::vector<TrendTag> tags;
+    tags.reserve(values.size());
     for (const LiveValue *value : values)
         tags.push_back({*value->trend, toQt(value->label), toQt(value->sample.unit), value->minimum, value->maximum,
                         value->decimals});
@@ -44,5 +48,6 @@ void TrendElement::refresh()
 void TrendElement::resizeEvent(QResizeEvent *)
 {
     const int line = accessibleName().isEmpty() ? 0 : fontMetrics().height();
+    plot_->setButtonsVisible(width() > BUTTON_COLUMNS * touchPixels(this));
     plot_->setGeometry(rect().adjusted(3, 3 + line, -3, -3));
 }

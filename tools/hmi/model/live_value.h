@@ -26,6 +26,9 @@ struct LiveValue {
     int           alarmPriority = 0; // of its most urgent alarm that is active or not acknowledged, 1 to 3; 0: none
     std::uint64_t revision = 0;    // grows with all that changes here
 
+    /// When a value that was good was last known to be so.
+    std::chrono::steady_clock::time_point goodUntil;
+
     int           writesUnderWay = 0;
     std::optional<fins::Outcome> fate; // of the latest write that has ended
     std::chrono::steady_clock::time_point fateTime;

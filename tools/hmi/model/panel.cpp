@@ -101,6 +101,7 @@ void Panel::tick()
         noteAlarms(stations_[i], alarms_[i], alarms_[i].tick(now));
     for (TrendStore &trends : trends_)
         trends.advance(trendTimeOf(now.steady));
+    saver_.deliver();
 }
 
 const TrendStore &Panel::trendsOf(const Station &station) const

@@ -50,7 +50,7 @@ public:
     /// The courses of a station's values, at LiveValue::trend.
     const TrendStore &trendsOf(const Station &station) const;
 
-    /// Lets the alarms come whose delay is over, and time go on in the trends; called often.
+    /// Lets the alarms come whose delay is over, time go on in the trends, and files be told of; called often.
     void tick();
 
     /// An alarm of one of the PLCs.

@@ -101,6 +101,8 @@ std::vector<RecipeRow> recipeRows(const fins::RecipeConfig &recipe, const fins::
         row.name   = held.name.empty() ? names[i] : held.name;
         row.wanted = count == names.size() ? wanted[i] : "";
         row.unit   = held.unit;
+        if (std::holds_alternative<std::string>(held.value) && !row.wanted.empty())
+            row.wanted = quoted(row.wanted);
         if (held.quality != fins::Quality::GOOD)
             row.note = reasonOf(read, held);
         else
@@ -110,7 +112,7 @@ std::vector<RecipeRow> recipeRows(const fins::RecipeConfig &recipe, const fins::
         else if (row.wanted.empty())
             row.match = Match::NO_VALUE;
         else
-            row.match = isSame(row.wanted, held) ? Match::SAME : Match::DIFFERS;
+            row.match = isSame(wanted[i], held) ? Match::SAME : Match::DIFFERS;
         rows.push_back(std::move(row));
     }
     return rows;

@@ -2,7 +2,6 @@
 
 #include "common/descriptor.h"
 
-#include <QtCore/QCoreApplication>
 #include <QtCore/QDateTime>
 #include <QtCore/QRunnable>
 
@@ -38,8 +37,20 @@ void Saver::save(const std::string &name, const std::string &ending, std::functi
     const std::string path = folder_ + fileName(name) + QDateTime::currentDateTime().toString("-yyyyMMdd-HHmmss").toStdString();
     pool_.start(QRunnable::create([=] {
         const std::string line = writeNewFile(path, ending, make());
-        QMetaObject::invokeMethod(QCoreApplication::instance(), [=] { onDone(line); }, Qt::QueuedConnection);
+        const std::lock_guard<std::mutex> lock(mutex_);
+        done_.push_back([=] { onDone(line); });
     }));
+}
+
+void Saver::deliver()
+{
+    std::vector<std::function<void()>> done;
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        done.swap(done_);
+    }
+    for (const std::function<void()> &call : done)
+        call();
 }
 
 std::string writeNewFile(const std::string &path, const std::string &ending, const std::string &content)

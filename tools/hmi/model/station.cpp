@@ -77,6 +77,8 @@ void Station::take(const fins::Samples &samples)
 {
     for (const fins::Sample &sample : samples) {
         LiveValue &value = values_[sample.index];
+        if (value.isGood())
+            value.goodUntil = std::chrono::steady_clock::now();
         value.sample = sample;
         ++value.revision;
         listener_.onValue(value);
@@ -163,7 +165,7 @@ std::string Station::lockOf(const LiveValue &value)
 {
     if (!value.lock.empty())
         return value.lock;
-    const std::string link = value.station->lock();
+    std::string link = value.station->lock();
     if (!link.empty() || value.isGood())
         return link;
     return std::string("the value is ") + fins::text(value.sample.quality);

@@ -44,6 +44,8 @@ MainWindow::MainWindow(Panel &panel)
     banner_->onTouch = [this] { actions_.showLink(); };
     alarms_->onTouch = [this] { actions_.showAlarms(); };
     menu_->onTouch   = [this] { actions_.showMenu(current_); };
+    setFocusPolicy(Qt::StrongFocus); // so that nothing else has the keyboard until somebody uses it
+    setFocus();
     showScreen(0);
     listen();
     QObject::connect(&timer_, &QTimer::timeout, this, [this] { refresh(); });
