@@ -83,7 +83,9 @@ TEST_F(Recipes, AreWrittenWithASecondTouchAndReadBack)
     EXPECT_EQ(plc.read("DM:30:3"), "1 2 3");
     EXPECT_EQ(plc.read("DM:20"), "19525"); // "LE": 4C45
     EXPECT_EQ(plc.read("DM:40"), "255");
-    EXPECT_NE(event("Mix: done: Three").newText.find("1 2 3"), std::string::npos);
+    const JournalEvent written = event("Mix: done: Three");
+    EXPECT_NE(written.newText.find("1 2 3"), std::string::npos);
+    EXPECT_EQ(written.oldText, ""); // what was there before the write nobody read
 }
 
 TEST_F(Recipes, WhatThePlcHoldsIsSavedAsAFileOfItsOwn)

@@ -57,7 +57,7 @@ void Panel::noteWrite(const Station &station, const WriteEnd &end)
 void Panel::noteRecipe(const Station &station, const RecipeEnd &end)
 {
     for (const fins::Outcome &outcome : end.outcomes) {
-        journal_.add({std::chrono::system_clock::now(), JournalEvent::Kind::WRITE, station.host(), outcome.name, outcome.held,
+        journal_.add({std::chrono::system_clock::now(), JournalEvent::Kind::WRITE, station.host(), outcome.name, "", // not read before
                       outcome.wanted, end.recipe + ": " + outcome.text});
         if (isClosing_ && !fins::isDone({outcome}))
             ends_.push_back(outcome.text);
