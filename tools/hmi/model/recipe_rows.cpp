@@ -1,5 +1,6 @@
 #include "model/recipe_rows.h"
 
+#include "common/numbers.h"
 #include "documents/document.h"
 #include "screens/screen.h"
 
@@ -43,10 +44,7 @@ bool isSame(const std::string &wanted, const fins::Sample &held)
 std::string exactText(const fins::Sample &held)
 {
     const auto *real = std::get_if<double>(&held.value);
-    if (!real)
-        return held.text;
-    char text[32];
-    return std::string(text, std::to_chars(text, text + sizeof text, *real).ptr);
+    return real ? shortestText(*real) : held.text;
 }
 
 std::string reasonOf(const fins::RecipeValues *read, const fins::Sample &held)

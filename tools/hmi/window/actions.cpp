@@ -1,5 +1,6 @@
 #include "window/actions.h"
 
+#include "common/numbers.h"
 #include "dialogs/alarm_view.h"
 #include "dialogs/journal_view.h"
 #include "dialogs/keypad.h"
@@ -13,18 +14,10 @@
 #include <QtWidgets/QApplication>
 
 #include <algorithm>
-#include <charconv>
 
 using look::toQt;
 
 static const std::chrono::minutes TREND_SPAN{10};
-
-// A number in as few characters as tell it.
-static std::string plainText(double number)
-{
-    char text[32];
-    return std::string(text, std::to_chars(text, text + sizeof text, number).ptr);
-}
 
 static std::string withUnit(const std::string &text, const LiveValue &value)
 {
@@ -55,7 +48,7 @@ void Actions::ask(LiveValue &value, const std::string &text, const std::string &
 
 void Actions::press(LiveValue &value, const ActionButton &button)
 {
-    const std::string text = plainText(button.target());
+    const std::string text = shortestText(button.target());
     const auto kind = button.mode() == ButtonMode::MOMENTARY ? Question::Kind::HOLD : Question::Kind::WRITE;
     show<Question>(kind, value, text, withUnit(text, value));
 }
@@ -69,7 +62,7 @@ void Actions::choose(LiveValue &value, const std::vector<ValueText> &choices)
 {
     std::vector<ListDialog::Entry> entries;
     for (const ValueText &choice : choices) {
-        const std::string text = plainText(choice.value);
+        const std::string text = shortestText(choice.value);
         entries.push_back({toQt(choice.text),
                            [this, &value, text, shown = choice.text + " (" + text + ")"] { ask(value, text, shown); },
                            value.number() == choice.value});
