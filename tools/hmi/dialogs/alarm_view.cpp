@@ -18,7 +18,7 @@ AlarmView::AlarmView(Panel &panel, QWidget *window)
     body()->addWidget(status_);
     addButton("Close", [this] { close(); });
     one_ = addButton("Acknowledge", [this] {
-        const int row = table_->selectedRow();
+        const int row = table_->currentRow();
         if (row >= 0 && row < static_cast<int>(alarms_.size()))
             panel_.acknowledge(alarms_[static_cast<std::size_t>(row)]);
         refresh();

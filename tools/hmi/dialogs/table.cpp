@@ -66,11 +66,6 @@ void Table::resizeEvent(QResizeEvent *event)
     wrapRows();
 }
 
-int Table::selectedRow() const
-{
-    return currentRow();
-}
-
 QIcon priorityIcon(int priority, int size)
 {
     QPixmap picture(size, size);

@@ -20,8 +20,6 @@ public:
 
     void fill(const std::vector<Row> &rows);
 
-    int selectedRow() const;
-
 protected:
     void resizeEvent(QResizeEvent *event) override;
 

@@ -52,11 +52,6 @@ MainWindow::MainWindow(Panel &panel)
     timer_.start(REFRESH_MS);
 }
 
-MainWindow::~MainWindow()
-{
-    timer_.stop();
-}
-
 void MainWindow::listen()
 {
     for (Station &station : panel_.stations()) {

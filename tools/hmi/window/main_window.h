@@ -22,7 +22,6 @@ class QLabel;
 class MainWindow : public QWidget {
 public:
     explicit MainWindow(Panel &panel);
-    ~MainWindow() override;
 
     void showScreen(std::size_t index);
     std::size_t currentScreen() const { return current_; }
