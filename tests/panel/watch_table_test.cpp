@@ -328,19 +328,6 @@ TEST(CourseText, TheLargestNumbersDoNotOverflow)
     EXPECT_EQ(courseText({-huge, 0, huge}, 8, true), "▁▅█");
 }
 
-TEST(AgeText, Units)
-{
-    using std::chrono::seconds;
-    EXPECT_EQ(ageText(seconds(0)), "0 s");
-    EXPECT_EQ(ageText(seconds(59)), "59 s");
-    EXPECT_EQ(ageText(seconds(60)), "1 min");
-    EXPECT_EQ(ageText(seconds(3599)), "59 min");
-    EXPECT_EQ(ageText(seconds(3600)), "1 h");
-    EXPECT_EQ(ageText(seconds(86399)), "23 h");
-    EXPECT_EQ(ageText(seconds(86400)), "1 d");
-    EXPECT_EQ(ageText(seconds(172800)), "2 d");
-}
-
 TEST(ScreenWidth, CountsCharactersAndNoAttributes)
 {
     EXPECT_EQ(screenWidth(""), 0u);

@@ -1,5 +1,6 @@
 #include "elements/element.h"
 
+#include "common/time_text.h"
 #include "elements/look.h"
 
 #include <QtGui/QPainter>

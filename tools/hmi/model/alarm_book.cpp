@@ -1,5 +1,7 @@
 #include "model/alarm_book.h"
 
+#include "model/live_value.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -9,22 +11,6 @@ namespace {
 
 using State = AlarmStatus::State;
 using Kind  = AlarmEvent::Kind;
-
-// The value as a number; NaN if it is none.
-double numberOf(const fins::Value &value)
-{
-    return std::visit([](const auto &held) -> double {
-        if constexpr (std::is_arithmetic_v<std::decay_t<decltype(held)>>)
-            return static_cast<double>(held);
-        else
-            return std::numeric_limits<double>::quiet_NaN();
-    }, value);
-}
-
-bool isGood(fins::Quality quality)
-{
-    return quality == fins::Quality::GOOD || quality == fins::Quality::WRITE_PENDING;
-}
 
 bool comesAt(const AlarmRule &rule, double value)
 {

@@ -1,8 +1,10 @@
 #include "model/live_value.h"
 
+#include "common/time_text.h"
+
 #include <cmath>
 
-double LiveValue::number() const
+double numberOf(const fins::Value &value)
 {
     struct Reader {
         double operator()(std::monostate) const { return std::nan(""); }
@@ -12,7 +14,7 @@ double LiveValue::number() const
         double operator()(double real) const { return real; }
         double operator()(const std::string &) const { return std::nan(""); }
     };
-    return std::visit(Reader(), sample.value);
+    return std::visit(Reader(), value);
 }
 
 std::string shownText(const fins::Sample &sample)
@@ -20,18 +22,6 @@ std::string shownText(const fins::Sample &sample)
     if (sample.text.empty())
         return "\u2014";
     return sample.unit.empty() ? sample.text : sample.text + " " + sample.unit;
-}
-
-std::string ageText(std::chrono::steady_clock::duration age)
-{
-    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(age).count();
-    if (seconds < 60)
-        return std::to_string(seconds < 0 ? 0 : seconds) + " s";
-    if (seconds < 3600)
-        return std::to_string(seconds / 60) + " min";
-    if (seconds < 86400)
-        return std::to_string(seconds / 3600) + " h";
-    return std::to_string(seconds / 86400) + " d";
 }
 
 std::string spokenText(const LiveValue &value, std::chrono::steady_clock::time_point now)

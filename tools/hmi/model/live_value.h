@@ -11,6 +11,15 @@
 
 class Station;
 
+/// The value as a number; NaN if it is none, or was never received. A bit is 0 or 1.
+double numberOf(const fins::Value &value);
+
+/// A reply of this connection brought the value.
+constexpr bool isGood(fins::Quality quality)
+{
+    return quality == fins::Quality::GOOD || quality == fins::Quality::WRITE_PENDING;
+}
+
 /// One value of a PLC as the panel knows it: the latest sample, and what became of the latest write.
 struct LiveValue {
     Station      *station = nullptr;
@@ -33,14 +42,8 @@ struct LiveValue {
     std::optional<fins::Outcome> fate; // of the latest write that has ended
     std::chrono::steady_clock::time_point fateTime;
 
-    /// The value as a number; NaN if it is none, or was never received. A bit is 0 or 1.
-    double number() const;
-
-    /// A reply of this connection brought it.
-    bool isGood() const
-    {
-        return sample.quality == fins::Quality::GOOD || sample.quality == fins::Quality::WRITE_PENDING;
-    }
+    double number() const { return numberOf(sample.value); }
+    bool isGood() const { return ::isGood(sample.quality); }
 };
 
 /// What people read: the text with its unit, and a dash where none was ever received.
@@ -54,8 +57,5 @@ inline std::int64_t trendTimeOf(std::chrono::steady_clock::time_point time)
 {
     return std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count();
 }
-
-/// "3 s", "12 min", "5 h", "2 d".
-std::string ageText(std::chrono::steady_clock::duration age);
 
 #endif

@@ -249,18 +249,6 @@ std::string courseText(const std::vector<double> &course, std::size_t width, boo
     return text;
 }
 
-std::string ageText(std::chrono::seconds age)
-{
-    const long long seconds = age.count();
-    if (seconds < 60)
-        return std::to_string(seconds) + " s";
-    if (seconds < 3600)
-        return std::to_string(seconds / 60) + " min";
-    if (seconds < 86400)
-        return std::to_string(seconds / 3600) + " h";
-    return std::to_string(seconds / 86400) + " d";
-}
-
 std::size_t messageRows(ScreenSize size)
 {
     return size.rows < HIGH_SCREEN ? 1 : MESSAGES_MOST;

@@ -4,7 +4,6 @@
 #include "session/watch_values.h"
 #include "terminal/screen.h"
 
-#include <chrono>
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -36,9 +35,6 @@ struct TableContent {
 
 /// The characters of a course: at most `width`, the latest last, between the least and the greatest value shown.
 std::string courseText(const std::vector<double> &course, std::size_t width, bool utf8);
-
-/// "3 s", "12 min", "5 h", "2 d".
-std::string ageText(std::chrono::seconds age);
 
 /// For how many lines of messages there is room, the latest ones being shown.
 std::size_t messageRows(ScreenSize size);

@@ -1,5 +1,6 @@
 #include "watch/watch_view.h"
 
+#include "common/time_text.h"
 #include "terminal/stop_flag.h"
 
 #include <fmt/chrono.h>
@@ -131,7 +132,7 @@ TableRow WatchView::row(std::size_t index, TimePoint now) const
     const WatchedValue &value = values_.values()[index];
     TableRow row = {value.name, value.text, value.format.unit, "-", value.quality, false, courses_[index]};
     if (value.changes > 0) {
-        row.age   = ageText(std::chrono::duration_cast<std::chrono::seconds>(now - value.changedAt));
+        row.age   = ageText(now - value.changedAt);
         row.isNew = now - value.changedAt < NEW_FOR;
     }
     return row;
