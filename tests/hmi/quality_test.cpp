@@ -38,7 +38,7 @@ std::string nameOf(const testing::TestParamInfo<Case> &info)
     return name;
 }
 
-class InQuality : public HmiTest, public testing::WithParamInterface<Case> {
+class QualityTest : public HmiTest {
 protected:
     // A value of 1, as a sample of that quality has it.
     LiveValue valueIn(Quality quality)
@@ -58,7 +58,7 @@ protected:
         return value;
     }
 
-    static std::unique_ptr<Element> make(const std::string &kind, const LiveValue *value)
+    std::unique_ptr<Element> make(const std::string &kind, const LiveValue *value)
     {
         const std::vector<ValueText> states = {{0, "off", 0}, {1, "on", 0}};
         ScreenElement config;
@@ -70,7 +70,7 @@ protected:
         if (kind == "lamp")
             return std::make_unique<LampElement>(value, "Level", states, nullptr);
         if (kind == "card")
-            return std::make_unique<Card>(value, nullptr);
+            return std::make_unique<Card>(value, panel->trendsOf(panel->stations().front()), nullptr);
         if (kind == "set-point")
             return std::make_unique<SetPoint>(value, "Level", nullptr);
         if (kind == "choice")
@@ -87,6 +87,8 @@ protected:
         return element.grab().toImage();
     }
 };
+
+class InQuality : public QualityTest, public testing::WithParamInterface<Case> {};
 
 } // namespace
 
@@ -114,6 +116,49 @@ TEST_P(InQuality, SaysValueAndQualityAndLooksSo)
 }
 
 INSTANTIATE_TEST_SUITE_P(Elements, InQuality, testing::ValuesIn(allCases()), nameOf);
+
+// It says how long ago it was good, which is not when it changed.
+TEST_F(QualityTest, LastKnownValueSaysHowLongAgoItWasGood)
+{
+    openItems({"DM:0"});
+    LiveValue value = valueIn(Quality::LAST_KNOWN);
+    value.sample.steady = std::chrono::steady_clock::now() - std::chrono::hours(2);
+    value.goodUntil     = std::chrono::steady_clock::now() - std::chrono::minutes(5);
+    const std::unique_ptr<Element> element = make("number", &value);
+    element->refresh();
+    EXPECT_EQ(element->spoken().toStdString(), "1 %, last known, changed 2 h ago; last known, 5 min");
+}
+
+// The line is 2 pixels wide, low up to its middle and high behind it.
+TEST_F(QualityTest, CardDrawsTheLatestMinute)
+{
+    openItems({"DM:0"});
+    LiveValue value = valueIn(Quality::GOOD);
+    value.trend     = 0;
+    TrendStore trends(1);
+    Card card(&value, trends, nullptr);
+    card.resize(200, 160);
+    const auto inkOf = [&](int quarter) {
+        const QImage picture = card.grab().toImage();
+        QRect ink;
+        for (int y = picture.height() / 2; y < picture.height(); ++y) {
+            for (int x = 50 * quarter; x < 50 * quarter + 50; ++x) {
+                if (picture.pixelColor(x, y) == look::FILL)
+                    ink |= QRect(x, y, 1, 1);
+            }
+        }
+        return ink;
+    };
+    EXPECT_TRUE(inkOf(2).isEmpty()) << "nothing is known yet";
+
+    const TrendTime now = trendTimeOf(std::chrono::steady_clock::now());
+    trends.add(0, now - 90000, 0, true);
+    trends.add(0, now - 30000, 10, true);
+    trends.advance(now + 60000); // known to hold while the picture is made
+    EXPECT_GT(inkOf(0).top(), inkOf(3).bottom());
+    EXPECT_EQ(inkOf(0).height(), 2);
+    EXPECT_EQ(inkOf(3).height(), 2);
+}
 
 // A mark of every priority has its own shape: none is another one in another colour.
 TEST(Priorities, HaveShapesOfTheirOwn)

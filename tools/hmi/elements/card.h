@@ -2,18 +2,14 @@
 #define HMI_ELEMENTS_CARD_H
 
 #include "elements/element.h"
-
-#include <chrono>
-#include <deque>
+#include "model/trend_store.h"
 
 /// A card: a value with its unit, quality and age, and a small trend of its latest minute.
 class Card : public Element {
 public:
-    Card(const LiveValue *value, QWidget *parent) : Element(value, value->label, parent) {}
-
-    /// The value as it is now becomes the next point of the trend, where a second has passed since the last; called with
-    /// each refresh.
-    void sample(std::chrono::steady_clock::time_point now);
+    /// `trends` are those of the value's station, and outlive the card.
+    Card(const LiveValue *value, const TrendStore &trends, QWidget *parent)
+        : Element(value, value->label, parent), trends_(trends) {}
 
     QSize sizeHint() const override;
 
@@ -23,8 +19,9 @@ protected:
     QString note() const override;
 
 private:
-    std::deque<double> course_; // a second each; NaN: not known, or no number
-    std::chrono::steady_clock::time_point last_;
+    void drawTrend(QPainter &painter, const QRect &rect) const;
+
+    const TrendStore &trends_;
 };
 
 #endif

@@ -3,6 +3,7 @@
 #include <QFontMetricsF>
 #include <QPainter>
 
+#include <qwt_scale_engine.h>
 #include <qwt_scale_map.h>
 
 #include <algorithm>
@@ -20,6 +21,30 @@ QPen trendPen(int index, bool isSelected)
     if (!DASHES[index % TREND_STYLES].isEmpty())
         pen.setDashPattern(DASHES[index % TREND_STYLES]);
     return pen;
+}
+
+TrendScale trendScale(const std::vector<TrendBucket> &buckets, std::optional<double> minimum, std::optional<double> maximum)
+{
+    const double farthest = 1e300; // so that the length of a scale is still a number
+    double least    = minimum.value_or(INFINITY);
+    double greatest = maximum.value_or(-INFINITY);
+    const bool isFixed = minimum && maximum && *minimum < *maximum;
+    const double fixedLeast = least, fixedGreatest = greatest;
+    for (const TrendBucket &bucket : buckets) {
+        least    = std::min(least, bucket.minimum);
+        greatest = std::max(greatest, bucket.maximum);
+    }
+    if (isFixed && least == fixedLeast && greatest == fixedGreatest)
+        return {0, least, greatest};
+    if (least > greatest) { // nothing is known
+        least    = minimum.value_or(maximum.value_or(0));
+        greatest = least;
+    }
+    double step = 0;
+    least    = std::clamp(least, -farthest, farthest);
+    greatest = std::clamp(greatest, -farthest, farthest);
+    QwtLinearScaleEngine().autoScale(TREND_SCALE_STEPS, least, greatest, step);
+    return {0, least, least < greatest ? greatest : least + std::max(1.0, std::abs(least))};
 }
 
 std::vector<QPolygonF> trendLines(const std::vector<TrendBucket> &buckets, const TrendScale &scale)

@@ -10,12 +10,16 @@
 #include <qwt_plot_item.h>
 #include <qwt_plot_textlabel.h>
 
+#include <optional>
 #include <vector>
 
 // What a trend draws of its tags: each a curve of its own line style, and its number at the curve's end.
 
 /// How many tags can be told apart by line style alone.
 constexpr int TREND_STYLES = 8;
+
+/// Into how many steps a scale is divided, about.
+constexpr int TREND_SCALE_STEPS = 5;
 
 /// The line of the tag that is the `index`th of a trend: style and tone.
 QPen trendPen(int index, bool isSelected);
@@ -31,6 +35,9 @@ struct TrendScale {
         return {time + offset, (value - minimum) / (maximum - minimum)};
     }
 };
+
+/// From `minimum` to `maximum`, or between round numbers where the buckets need more or these are not known; never empty.
+TrendScale trendScale(const std::vector<TrendBucket> &buckets, std::optional<double> minimum, std::optional<double> maximum);
 
 /// One line for every stretch without a gap, through the minimum and maximum of each bucket. A bucket with a gap in it
 /// is a line of its own, upright in its middle.

@@ -31,41 +31,15 @@ enum Button : std::size_t { CLOSER, WIDER, LIVE, SCALE };
 
 const double BUTTON_ZOOM    = 0.5;
 const double TOUCH_INCHES   = 15 / 25.4;
-const int    SCALE_STEPS    = 5;
 const int    LEGEND_PART    = 3;   // of the height, at most
 const int    SPACE          = 2;   // around and between the parts
 const TrendTime MINUTE      = 60000;
-const double FARTHEST       = 1e300; // so that the length of a scale is still a number
 const int    NARROW_CANVAS  = 100; // the fewest pixels that a canvas is taken to be wide
 
 // "Level [%]"
 QString titleOf(const TrendTag &tag)
 {
     return tag.unit.isEmpty() ? tag.name : tag.name + QStringLiteral(" [%1]").arg(tag.unit);
-}
-
-// As the axis of the selected tag; never empty.
-TrendScale scaleOf(const TrendTag &tag, const std::vector<TrendBucket> &buckets)
-{
-    double least    = tag.minimum.value_or(INFINITY);
-    double greatest = tag.maximum.value_or(-INFINITY);
-    const bool isFixed = tag.minimum && tag.maximum && *tag.minimum < *tag.maximum;
-    const double fixedLeast = least, fixedGreatest = greatest;
-    for (const TrendBucket &bucket : buckets) {
-        least    = std::min(least, bucket.minimum);
-        greatest = std::max(greatest, bucket.maximum);
-    }
-    if (isFixed && least == fixedLeast && greatest == fixedGreatest)
-        return {0, least, greatest};
-    if (least > greatest) { // nothing is known
-        least    = tag.minimum.value_or(tag.maximum.value_or(0));
-        greatest = least;
-    }
-    double step = 0;
-    least    = std::clamp(least, -FARTHEST, FARTHEST);
-    greatest = std::clamp(greatest, -FARTHEST, FARTHEST);
-    QwtLinearScaleEngine().autoScale(SCALE_STEPS, least, greatest, step);
-    return {0, least, least < greatest ? greatest : least + std::max(1.0, std::abs(least))};
 }
 
 QwtDateScaleDraw *makeTimeAxis()
@@ -128,7 +102,7 @@ void TrendPlot::makePlot()
     plot_->setAxisScaleEngine(QwtPlot::xBottom, new QwtDateScaleEngine(Qt::LocalTime));
     plot_->setAxisMaxMinor(QwtPlot::xBottom, 0);
     plot_->plotLayout()->setAlignCanvasToScales(true);
-    plot_->setAxisMaxMajor(QwtPlot::yLeft, SCALE_STEPS);
+    plot_->setAxisMaxMajor(QwtPlot::yLeft, TREND_SCALE_STEPS);
     plot_->setAxisScale(QwtPlot::yRight, 0, 1); // of all curves, not shown
     QFont font = plot_->axisFont(QwtPlot::xBottom);
     font.setPointSize(this->font().pointSize());
@@ -292,7 +266,7 @@ void TrendPlot::redrawCurves()
     std::vector<std::vector<TrendBucket>> buckets;
     for (std::size_t i = 0; i < tags_.size(); ++i) {
         buckets.push_back(store_.points(tags_[i].tag, window_.begin(), window_.end() + 1, width));
-        scales_[i] = scaleOf(tags_[i], buckets[i]);
+        scales_[i] = trendScale(buckets[i], tags_[i].minimum, tags_[i].maximum);
         scales_[i].offset = offset_;
     }
     shareScales();

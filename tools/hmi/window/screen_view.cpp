@@ -26,7 +26,7 @@ ScreenView::ScreenView(Panel &panel, const PanelScreen &screen, Actions &actions
 void ScreenView::addElements()
 {
     for (const TagValue &tag : screen_.cards)
-        elements_.push_back(new Card(screen_.station->find(tag), this));
+        elements_.push_back(new Card(screen_.station->find(tag), panel_.trendsOf(*screen_.station), this));
     if (!screen_.screen)
         return;
     for (const ScreenElement &config : screen_.screen->elements)
@@ -114,12 +114,8 @@ Element *ScreenView::makeControl(const ScreenElement &config, LiveValue &value, 
 
 void ScreenView::refresh()
 {
-    const auto now = std::chrono::steady_clock::now();
-    for (Element *element : elements_) {
-        if (!screen_.screen)
-            static_cast<Card *>(element)->sample(now);
+    for (Element *element : elements_)
         element->refresh();
-    }
 }
 
 QRect ScreenView::cellsOf(const ScreenElement &config) const
