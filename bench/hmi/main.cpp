@@ -25,7 +25,7 @@ constexpr int ELEMENTS = 60;
 constexpr int COLUMNS  = 10;
 
 /// Between two requests: eight of them, for all words, then take less than 50 ms.
-constexpr std::chrono::milliseconds INTERVAL{5};
+constexpr std::chrono::milliseconds INTERVAL{4};
 
 /// Counts what is painted of one element.
 class PaintCount : public QObject {
