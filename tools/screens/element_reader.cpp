@@ -264,7 +264,7 @@ void ElementReader::readLamp()
 void ElementReader::readTrend()
 {
     const DataNode *tags = reader_.take("tags");
-    long minutes = element_.span.count();
+    long minutes = static_cast<long>(element_.span.count());
     if (!tags || reader_.take("tag"))
         readTag(BITS_AND_NUMBERS);
     if (tags && reader_.take("tag"))
