@@ -1,10 +1,13 @@
 #include "project/project.h"
 
+#include "common/numbers.h"
 #include "common/usage_error.h"
 #include "documents/table_reader.h"
 #include "link/host_port.h"
 #include "project/settings.h"
 #include "project/tag_table.h"
+
+#include <algorithm>
 
 namespace {
 
@@ -12,29 +15,31 @@ const DataNode EMPTY_TABLE;
 
 class ProjectReader {
 public:
-    ProjectReader(const std::string &file, TagBook &tags, Problems &problems)
-        : file_(file), tags_(tags), problems_(problems)
+    ProjectReader(const std::string &file, const DriverLibrary &library, Problems &problems)
+        : file_(file), library_(library), problems_(problems)
     {
-        project_.file  = file;
-        project_.files = {file};
     }
 
-    Project read(const DataNode &root);
+    std::vector<ProjectPlc> read(const DataNode &root);
 
 private:
     const DataNode &section(TableReader &reader, const char *key);
-    void readConnection(const DataNode &table);
-    void readDriver(const DataNode &table);
-    void readDefaults(const DataNode &table);
+    Project readCommon(TableReader &root, bool isPlant);
+    void readConnection(TableReader &reader, const DataNode &table, Project &project);
+    void readDriver(TableReader &reader, Project &project);
+    void readDefaults(TableReader &reader, const DataNode &table, Project &project);
+    void addPlc(const Project &project);
     void readTags(const DataNode *node);
+    void readPlcs(const DataNode &table, const Project &common);
     void readRecipes(const DataNode &table);
+    ProjectPlc &plcOf(const DataNode &recipe);
     static void readSetting(TableReader &reader, const Setting &setting, std::optional<long> &value);
 
-    const std::string    &file_;
-    TagBook              &tags_;
-    Problems             &problems_;
-    Project               project_;
-    std::set<std::string> brokenTags_;
+    const std::string      &file_;
+    const DriverLibrary    &library_;
+    Problems               &problems_;
+    std::vector<ProjectPlc> plcs_; // the tags are read for the last one
+    std::set<std::string>   brokenTags_;
 };
 
 // The table of that name; an empty one if there is none.
@@ -57,64 +62,83 @@ void ProjectReader::readSetting(TableReader &reader, const Setting &setting, std
         value = number;
 }
 
-void ProjectReader::readConnection(const DataNode &table)
+void ProjectReader::readConnection(TableReader &reader, const DataNode &table, Project &project)
 {
-    TableReader reader(table, file_, problems_);
+    const bool isText = reader.text("host", project.host);
     std::optional<long> port;
-    const bool isText = reader.text("host", project_.host);
     readSetting(reader, settings::PORT, port);
-    readSetting(reader, settings::TIMEOUT, project_.timeoutMs);
-    reader.refuseOthers();
+    if (port)
+        project.port = port;
+    readSetting(reader, settings::TIMEOUT, project.timeoutMs);
     const DataNode *host = table.find("host");
     if (!host || !isText)
         return;
     try {
         std::string name;
         std::string number;
-        parseHost(project_.host, name, number);
+        parseHost(project.host, name, number);
     } catch (const UsageError &error) {
         reader.report(*host, error.what());
         return;
     }
-    const bool isBracketed = project_.host.front() == '[';
-    const bool hasPort = project_.host.find(isBracketed ? "]:" : ":") != std::string::npos;
+    const bool isBracketed = project.host.front() == '[';
+    const bool hasPort = project.host.find(isBracketed ? "]:" : ":") != std::string::npos;
     if (port && hasPort)
         reader.report(*table.find("port"), "the port is given twice; remove it here or from 'host'");
-    if (port && !hasPort)
-        project_.host += ":" + std::to_string(*port);
+    if (project.port && !hasPort)
+        project.host += ":" + std::to_string(*project.port);
 }
 
-void ProjectReader::readDriver(const DataNode &table)
+void ProjectReader::readDriver(TableReader &reader, Project &project)
 {
-    TableReader reader(table, file_, problems_);
-    readSetting(reader, settings::STATION, project_.station);
-    readSetting(reader, settings::RETRIES, project_.retries);
-    readSetting(reader, settings::WRITE_WORDS, project_.wordsPerFrame);
-    readSetting(reader, settings::INTERVAL, project_.intervalMs);
-    reader.yesOrNo("allow_mode_change", project_.allowModeChange);
-    reader.refuseOthers();
+    readSetting(reader, settings::STATION, project.station);
+    readSetting(reader, settings::RETRIES, project.retries);
+    readSetting(reader, settings::WRITE_WORDS, project.wordsPerFrame);
+    readSetting(reader, settings::INTERVAL, project.intervalMs);
+    reader.yesOrNo("allow_mode_change", project.allowModeChange);
 }
 
-void ProjectReader::readDefaults(const DataNode &table)
+void ProjectReader::readDefaults(TableReader &reader, const DataNode &table, Project &project)
 {
-    TableReader reader(table, file_, problems_);
-    std::string words;
-    std::string characters;
-    if (reader.text("word_order", words) && table.find("word_order") && !parseOrder(words, project_.orders.words))
-        reader.report(*table.find("word_order"), "'" + words + "' is not an order; write low or high");
-    if (reader.text("char_order", characters) && table.find("char_order")
-        && !parseOrder(characters, project_.orders.characters))
-        reader.report(*table.find("char_order"), "'" + characters + "' is not an order; write low or high");
-    reader.refuseOthers();
-    tags_.setDefaults(ValueFormat(), project_.orders);
+    const auto readOrder = [&](const char *key, Order &order) {
+        std::string text;
+        const DataNode *node = table.find(key);
+        if (reader.text(key, text) && node && !parseOrder(text, order))
+            reader.report(*node, "'" + text + "' is not an order; write low or high");
+    };
+    readOrder("word_order", project.orders.words);
+    readOrder("char_order", project.orders.characters);
+}
+
+// What the project says of its only PLC, or of all of them.
+Project ProjectReader::readCommon(TableReader &root, bool isPlant)
+{
+    Project project;
+    project.file  = file_;
+    project.files = {file_};
+    const auto readTable = [&](const char *key, const auto &read) {
+        const DataNode &table = section(root, key);
+        TableReader reader(table, file_, problems_);
+        read(reader, table);
+        reader.refuseOthers();
+    };
+    readTable("connection", [&](TableReader &reader, const DataNode &table) {
+        readConnection(reader, table, project);
+        if (isPlant && table.find("host"))
+            reader.report(*table.find("host"), "the PLCs are under [plc.NAME]; give each its own host there");
+    });
+    readTable("driver", [&](TableReader &reader, const DataNode &) { readDriver(reader, project); });
+    readTable("defaults", [&](TableReader &reader, const DataNode &table) { readDefaults(reader, table, project); });
+    return project;
 }
 
 void ProjectReader::readTags(const DataNode *node)
 {
     if (!node)
         return;
+    ProjectPlc &plc = plcs_.back();
     if (node->kind == NodeKind::TABLE) {
-        brokenTags_ = addTags(*node, file_, tags_, problems_);
+        brokenTags_.merge(addTags(*node, file_, plc.tags, problems_));
         return;
     }
     if (node->kind != NodeKind::TEXT) {
@@ -123,39 +147,99 @@ void ProjectReader::readTags(const DataNode *node)
     }
     const bool isAbsolute = node->text.compare(0, 1, "/") == 0;
     const std::string folder = isAbsolute ? "" : file_.substr(0, file_.rfind('/') + 1);
-    project_.files.push_back(folder + node->text);
+    plc.project.files.push_back(folder + node->text);
     try {
-        brokenTags_ = readTagFile(folder + node->text, tags_, problems_);
+        brokenTags_.merge(readTagFile(folder + node->text, plc.tags, problems_));
     } catch (const UsageError &error) {
         problems_.add(file_, node->place, error.what());
     }
 }
 
+void ProjectReader::addPlc(const Project &project)
+{
+    TagBook tags(library_);
+    tags.setSource(file_);
+    tags.setPlc(project.plc);
+    tags.setDefaults(ValueFormat(), project.orders);
+    plcs_.push_back({project, std::move(tags)});
+}
+
+// Each of the table [plc], with what all have in common.
+void ProjectReader::readPlcs(const DataNode &table, const Project &common)
+{
+    for (std::size_t i = 0; i < table.keys.size(); ++i) {
+        const std::string &name = table.keys[i];
+        const DataNode &child   = table.children[i];
+        if (!isTagName(name) || name.find('.') != std::string::npos) {
+            problems_.add(file_, table.keyPlaces[i], "'" + name + "' is not a name of a PLC; use letters, digits, _ and -, a letter first");
+            continue;
+        }
+        if (child.kind != NodeKind::TABLE) {
+            problems_.add(file_, child.place, "the PLC '" + name + "' is not a table; begin it with a line [plc." + name + "]");
+            continue;
+        }
+        Project project = common;
+        project.plc = name;
+        TableReader reader(child, file_, problems_);
+        reader.need("host", "host = \"192.168.250.1\"");
+        readConnection(reader, child, project);
+        readDriver(reader, project);
+        readDefaults(reader, child, project);
+        addPlc(project);
+        readTags(reader.take("tags"));
+        reader.refuseOthers();
+    }
+}
+
+// That of the recipe's first variable, by the name before the point; the first one for what belongs to none.
+ProjectPlc &ProjectReader::plcOf(const DataNode &recipe)
+{
+    std::string first;
+    const DataNode *variables = recipe.find("variables");
+    const DataNode *values    = recipe.find("values");
+    if (variables && !variables->children.empty())
+        first = variables->children.front().text;
+    else if (values && !values->keys.empty())
+        first = values->keys.front();
+    const std::string name = first.substr(0, first.find('.'));
+    const auto found = std::find_if(plcs_.begin(), plcs_.end(), [&](const ProjectPlc &plc) { return plc.project.plc == name; });
+    return found == plcs_.end() ? plcs_.front() : *found;
+}
+
 void ProjectReader::readRecipes(const DataNode &table)
 {
     for (std::size_t i = 0; i < table.keys.size(); ++i) {
-        if (table.children[i].kind != NodeKind::TABLE) {
+        const DataNode &child = table.children[i];
+        if (child.kind != NodeKind::TABLE) {
             problems_.add(file_, table.keyPlaces[i], "the recipe '" + table.keys[i] + "' is not a table; begin it with "
                                                      "a line [recipes." + tomlKey(table.keys[i]) + "]");
             continue;
         }
-        project_.recipes.push_back(readRecipeTable(table.children[i], file_, tags_, brokenTags_, problems_));
-        project_.recipes.back().name = table.keys[i];
+        ProjectPlc &plc = plcOf(child);
+        plc.project.recipes.push_back(readRecipeTable(child, file_, plc.tags, brokenTags_, problems_));
+        plc.project.recipes.back().name = table.keys[i];
     }
 }
 
-Project ProjectReader::read(const DataNode &root)
+std::vector<ProjectPlc> ProjectReader::read(const DataNode &root)
 {
     TableReader reader(root, file_, problems_);
-    readConnection(section(reader, "connection"));
-    readDriver(section(reader, "driver"));
-    readDefaults(section(reader, "defaults"));
-    readTags(reader.take("tags"));
+    const DataNode *plcs = root.find("plc");
+    const Project common = readCommon(reader, plcs != nullptr);
+    if (plcs)
+        readPlcs(section(reader, "plc"), common);
+    const DataNode *tags = reader.take("tags");
+    if (plcs && tags)
+        reader.report(*tags, "each tag belongs to a PLC; move it to [plc.NAME.tags]");
+    if (plcs_.empty())
+        addPlc(common);
+    if (!plcs)
+        readTags(tags);
     readRecipes(section(reader, "recipes"));
     section(reader, "screens"); // of a graphical panel, which reads them itself, and its alarms
     section(reader, "alarms");
     reader.refuseOthers();
-    return project_;
+    return std::move(plcs_);
 }
 
 } // namespace
@@ -169,15 +253,24 @@ const Recipe *Project::findRecipe(const std::string &name) const
     return nullptr;
 }
 
-Project readProject(const std::string &file, TagBook &tags, Problems &problems)
+std::vector<ProjectPlc> readProjectPlcs(const std::string &file, const DriverLibrary &library, Problems &problems)
 {
-    tags.setSource(file);
     const DataNode root = parseToml(readFile(file), file, problems);
     if (!problems.any())
-        return ProjectReader(file, tags, problems).read(root);
+        return ProjectReader(file, library, problems).read(root);
     Project empty;
     empty.file = file;
-    return empty;
+    return {{empty, TagBook(library)}};
+}
+
+Project readProject(const std::string &file, TagBook &tags, Problems &problems)
+{
+    tags.setSource(file); // also where it cannot be read
+    std::vector<ProjectPlc> plcs = readProjectPlcs(file, tags.library(), problems);
+    if (plcs.size() > 1)
+        problems.add(file, {}, "it has " + counted(plcs.size(), "PLC") + ", and one is needed here");
+    tags = std::move(plcs.front().tags);
+    return std::move(plcs.front().project);
 }
 
 std::set<std::string> readTagFile(const std::string &file, TagBook &tags, Problems &problems)

@@ -134,11 +134,15 @@ void TagReader::readItem(const std::string &regType, Tag &tag)
     }
 }
 
-void addTag(const Tag &tag, Place place, const std::string &file, TagBook &book, Problems &problems)
+void addTag(Tag tag, Place place, const std::string &file, TagBook &book, Problems &problems)
 {
-    if (!isTagName(tag.name))
+    if (!isTagName(tag.name)) {
         problems.add(file, place, "'" + tag.name + "' is not a name; use letters, digits, _ . and -, a letter first");
-    else if (!book.add(tag))
+        return;
+    }
+    tag.plc  = book.plc();
+    tag.name = tag.plc + tag.name;
+    if (!book.add(tag))
         problems.add(file, place, "there is another tag '" + tag.name + "'; give each a name of its own");
 }
 
@@ -154,14 +158,14 @@ std::set<std::string> addTags(const DataNode &table, const std::string &file, Ta
         if (entry.kind != NodeKind::TABLE) {
             problems.add(file, entry.place, "the tag '" + tag.name + "' is not a table; write " + tomlKey(tag.name)
                                                 + " = { type = \"DM\", address = 100 }");
-            broken.insert(tag.name);
+            broken.insert(book.plc() + tag.name);
             continue;
         }
         TagReader reader(entry, file, book, problems);
         if (reader.read(tag))
             addTag(tag, table.keyPlaces[i], file, book, problems);
         else
-            broken.insert(tag.name);
+            broken.insert(book.plc() + tag.name);
         reader.reader().refuseOthers();
     }
     return broken;
@@ -180,7 +184,7 @@ std::set<std::string> addTagRows(const DataNode &rows, const std::string &file, 
         if (reader.read(tag) && name)
             addTag(tag, name->place, file, book, problems);
         else
-            broken.insert(tag.name);
+            broken.insert(book.plc() + tag.name);
         // An unknown column is the same in every row.
         if (isFirst)
             reader.reader().refuseOthers();

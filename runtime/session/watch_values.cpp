@@ -11,12 +11,12 @@ std::vector<WatchedValue> singleValues(const std::vector<Tag> &tags)
     std::set<std::string> names;
     for (const Tag &tag : tags) {
         const bool whole   = tag.format.type == DataType::STRING || tag.valueCount() == 1;
-        const bool isNamed = tag.name != itemName(tag.item, tag.format);
+        const bool isNamed = tag.name != tag.plc + itemName(tag.item, tag.format);
         const qint32 size  = whole ? tag.item.count : wordsPerValue(tag.format.type);
         const std::vector<Item> items = cutItem(tag.item, size);
         values.reserve(values.size() + items.size());
         for (const Item &item : items) {
-            std::string name = isNamed ? tag.name : itemName(item, tag.format);
+            std::string name = isNamed ? tag.name : tag.plc + itemName(item, tag.format);
             if (isNamed && !whole)
                 name += "[" + std::to_string((item.address - tag.item.address) / size) + "]";
             if (names.insert(name).second)

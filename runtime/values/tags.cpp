@@ -78,12 +78,15 @@ const Tag *TagBook::find(const std::string &name) const
     return place == places_.end() ? nullptr : &tags_[place->second];
 }
 
-TagBook::Parts TagBook::split(const std::string &text)
+TagBook::Parts TagBook::split(const std::string &text) const
 {
+    if (text.compare(0, plc_.size(), plc_) != 0)
+        throw UsageError("'" + text + "' is not of the PLC " + plc_.substr(0, plc_.size() - 1)
+                         + ", whose tags and items begin with " + plc_);
     const std::size_t slash = text.find('/');
-    if (slash == std::string::npos)
-        return {text, "", false};
-    return {text.substr(0, slash), text.substr(slash + 1), true};
+    const std::string name  = text.substr(0, slash);
+    const bool hasType      = slash != std::string::npos;
+    return {name, name.substr(plc_.size()), hasType ? text.substr(slash + 1) : "", hasType};
 }
 
 ValueFormat TagBook::formatOf(const Parts &parts) const
@@ -93,7 +96,7 @@ ValueFormat TagBook::formatOf(const Parts &parts) const
     const std::string regType = parts.base.substr(0, parts.base.find(':'));
     const bool isBit = isBitType(QString::fromStdString(regType));
     if (isBit && parts.hasType)
-        throw UsageError("'" + parts.base + "/" + parts.type + "': a bit has no data type; write " + parts.base);
+        throw UsageError("'" + parts.name + "/" + parts.type + "': a bit has no data type; write " + parts.name);
     if (isBit)
         return bit;
     if (!parts.hasType)
@@ -113,7 +116,7 @@ Tag TagBook::namedTag(const Tag &tag, const Parts &parts) const
     if (!parts.hasType)
         return tag;
     if (tag.item.isBit)
-        throw UsageError("'" + parts.base + "/" + parts.type + "': a bit has no data type; write " + parts.base);
+        throw UsageError("'" + parts.name + "/" + parts.type + "': a bit has no data type; write " + parts.name);
     Tag other = tag;
     other.format = parseFormat(parts.type, orders_);
     other.name   = tag.name + "/" + formatText(other.format);
@@ -127,19 +130,20 @@ Tag TagBook::namedTag(const Tag &tag, const Parts &parts) const
 Tag TagBook::itemTag(const Parts &parts, const ValueFormat &format, Access access) const
 {
     Tag tag;
-    tag.item   = parseItem(library_, parts.base, access, wordsPerValue(format.type));
+    tag.item   = parseItem(*library_, parts.base, access, wordsPerValue(format.type));
     tag.format = format;
-    tag.name   = itemName(tag.item, format);
+    tag.plc    = plc_;
+    tag.name   = plc_ + itemName(tag.item, format);
     return tag;
 }
 
 Tag TagBook::resolve(const std::string &text, Access access) const
 {
     const Parts parts = split(text);
-    if (const Tag *tag = find(parts.base))
+    if (const Tag *tag = find(parts.name))
         return namedTag(*tag, parts);
     if (!source_.empty() && parts.base.find(':') == std::string::npos)
-        throw UsageError("'" + parts.base + "' is neither a tag of " + source_
+        throw UsageError("'" + parts.name + "' is neither a tag of " + source_
                          + " nor an item; write a tag's name, or TYPE:ADDRESS such as DM:100:2");
     return itemTag(parts, formatOf(parts), access);
 }
@@ -163,7 +167,7 @@ Tag TagBook::resolveWithValues(const std::string &text, Access access, const std
                                std::vector<quint8> &bytes) const
 {
     Parts parts = split(text);
-    const Tag *named    = find(parts.base);
+    const Tag *named    = find(parts.name);
     const bool isItem   = !named && parts.base.find(':') != std::string::npos;
     const bool hasCount = !isItem || parts.base.find(':') != parts.base.rfind(':');
     if (!hasCount) {
@@ -225,7 +229,7 @@ std::vector<TagWrite> TagBook::resolveWrites(const std::vector<std::string> &tex
 ValueFormat TagBook::formatFor(const std::string &text) const
 {
     const Parts parts = split(text);
-    const Tag *tag = find(parts.base);
+    const Tag *tag = find(parts.name);
     return tag ? namedTag(*tag, parts).format : formatOf(parts);
 }
 

@@ -22,6 +22,7 @@ struct Tag {
     std::optional<double> minimum = std::nullopt; // of its values as they are shown; numbers only
     std::optional<double> maximum = std::nullopt;
     bool readOnly = false;
+    std::string plc = {}; // "press.": what stands before the names of a PLC among several; else empty
 
     qint32 valueCount() const { return item.count / wordsPerValue(format.type); }
 };
@@ -34,13 +35,20 @@ struct TagWrite {
 
 class TagBook {
 public:
-    explicit TagBook(const DriverLibrary &library) : library_(library) {}
+    explicit TagBook(const DriverLibrary &library) : library_(&library) {}
 
     /// The form of word items that have none of their own, and the orders of a data type named without one.
     void setDefaults(const ValueFormat &format, const OrderDefaults &orders);
 
     /// `source` is the file that the tags come from, for messages.
     void setSource(const std::string &source) { source_ = source; }
+
+    /// The tags and items are those of a PLC among several: their names begin with its own, as in press.Level and
+    /// press.DM:100. Without a name there is only one PLC.
+    void setPlc(const std::string &name) { plc_ = name.empty() ? "" : name + "."; }
+
+    /// What stands before each name: "press." or nothing.
+    const std::string &plc() const { return plc_; }
 
     /// Returns false if there is a tag of that name already.
     bool add(const Tag &tag);
@@ -49,7 +57,7 @@ public:
     const Tag *find(const std::string &name) const;
 
     const std::vector<Tag> &tags() const { return tags_; }
-    const DriverLibrary &library() const { return library_; }
+    const DriverLibrary &library() const { return *library_; }
     const OrderDefaults &orders() const { return orders_; }
 
     /// The tag or item that `text` names. Throws UsageError.
@@ -74,17 +82,19 @@ public:
 
 private:
     struct Parts {
-        std::string base;      // without the data type
+        std::string name;      // without the data type
+        std::string base;      // the same without the PLC's name
         std::string type;      // behind the slash
         bool        hasType;
     };
-    static Parts split(const std::string &text);
+    Parts split(const std::string &text) const;
     ValueFormat formatOf(const Parts &parts) const;
     Tag namedTag(const Tag &tag, const Parts &parts) const;
     Tag itemTag(const Parts &parts, const ValueFormat &format, Access access) const;
 
-    const DriverLibrary                &library_;
+    const DriverLibrary                *library_;
     std::string                         source_;
+    std::string                         plc_;
     ValueFormat                         format_;
     OrderDefaults                       orders_;
     std::vector<Tag>                    tags_;
