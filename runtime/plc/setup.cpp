@@ -2,6 +2,7 @@
 
 #include "common/numbers.h"
 #include "link/host_port.h"
+#include "plc/listing.h"
 #include "project/settings.h"
 
 namespace fins {
@@ -78,7 +79,10 @@ void addTag(TagBook &book, const TagConfig &config)
     const std::string type = config.item.substr(0, config.item.find(':'));
     if (type == config.item)
         throw UsageError("the tag '" + config.name + "': '" + config.item + "' is not an item; write TYPE:ADDRESS such as DM:100");
-    Tag tag = book.resolve(config.item, config.readOnly ? Access::READ : Access::WRITE);
+    if (config.name.compare(0, book.plc().size(), book.plc()) != 0)
+        throw UsageError("the tag '" + config.name + "' does not begin with the name of its PLC; call it " + book.plc()
+                         + config.name);
+    Tag tag = book.resolve(book.plc() + config.item, config.readOnly ? Access::READ : Access::WRITE);
     checkTag(config, tag);
     tag.name            = config.name;
     tag.format.scale    = config.scale;
@@ -136,6 +140,7 @@ Setup::Setup(const Config &config)
       utc(config.utc), steady(config.steady)
 {
     Problems problems;
+    book.setPlc(config.name);
     if (!utc)
         utc = std::chrono::system_clock::now;
     if (!steady)
@@ -164,17 +169,12 @@ const Recipe &Setup::recipe(const std::string &name) const
     throw NameError("there is no recipe '" + name + "'" + (names.empty() ? "; the configuration has none" : "; there are " + names));
 }
 
-Config Config::ofProject(const std::string &file)
+// The connection and settings of one PLC.
+static Config configOf(const Project &project)
 {
-    const std::unique_ptr<DriverLibrary> library = loadDriver("");
-    TagBook book(*library);
-    Problems problems;
-    Project project;
-    check(problems, [&] { project = readProject(file, book, problems); });
-    throwIfAny(problems);
     Config config;
-    config.project = file;
-    config.host    = project.host;
+    config.name = project.plc;
+    config.host = project.host;
     config.allowModeChange = project.allowModeChange;
     const auto take = [](const std::optional<long> &from, auto &to) {
         if (from)
@@ -186,6 +186,35 @@ Config Config::ofProject(const std::string &file)
     take(project.retries, config.retries);
     take(project.station, config.station);
     return config;
+}
+
+Config Config::ofProject(const std::string &file)
+{
+    const std::unique_ptr<DriverLibrary> library = loadDriver("");
+    TagBook book(*library);
+    Problems problems;
+    Project project;
+    check(problems, [&] { project = readProject(file, book, problems); });
+    throwIfAny(problems);
+    Config config  = configOf(project);
+    config.project = file;
+    return config;
+}
+
+std::vector<Config> Config::plcsOf(const std::string &file)
+{
+    const std::unique_ptr<DriverLibrary> library = loadDriver("");
+    std::vector<ProjectPlc> plcs;
+    Problems problems;
+    check(problems, [&] { plcs = readProjectPlcs(file, *library, problems); });
+    throwIfAny(problems);
+    std::vector<Config> configs;
+    for (const ProjectPlc &plc : plcs) {
+        configs.push_back(configOf(plc.project));
+        configs.back().tags    = listed(plc.tags.tags());
+        configs.back().recipes = listed(plc.project.recipes);
+    }
+    return configs;
 }
 
 } // namespace fins

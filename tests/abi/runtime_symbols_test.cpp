@@ -57,7 +57,7 @@ TEST(RuntimeSymbolsAbi, EveryFunctionOfTheHeadersIsVisible)
 {
     const Names names = exported(FINS_RUNTIME_LIBRARY);
     for (const std::string begin : {
-             "fins::Config::ofProject(", "fins::ConfigError::ConfigError(", "fins::Handle::operator=(",
+             "fins::Config::ofProject(", "fins::Config::plcsOf(", "fins::ConfigError::ConfigError(", "fins::Handle::operator=(",
              "fins::Handle::~Handle(", "fins::Operation::cancel(", "fins::Plc::open(", "fins::Plc::Plc(fins::Plc&&",
              "fins::Plc::operator=(", "fins::Plc::~Plc(", "fins::Plc::close(", "fins::Plc::watch(",
              "fins::Plc::snapshot(", "fins::Plc::write(", "fins::Plc::writeRecipe(", "fins::Plc::readRecipe(",

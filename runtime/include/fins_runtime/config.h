@@ -59,6 +59,7 @@ struct Config {
     bool        allowModeChange = false;
 
     std::string library = {};                    // file of the driver; empty: the one installed with this library
+    std::string name = {};                       // of one among several PLCs; see plcsOf()
     std::string project = {};                    // file whose tags and recipes come before those below; empty: none
     std::vector<TagConfig>    tags = {};
     std::vector<RecipeConfig> recipes = {};
@@ -74,6 +75,10 @@ struct Config {
     /// The connection and settings of a project file (TOML), and `project` with its name. Reads the file once; Plc::open
     /// reads it for its tags and recipes. Throws ConfigError.
     FINS_RUNTIME_API static Config ofProject(const std::string &file);
+
+    /// The PLCs of a project file, in its order, with their tags and recipes; the file is not read again. The names of
+    /// what belongs to one begin with its own everywhere: press.Level, press.DM:100. Throws ConfigError.
+    FINS_RUNTIME_API static std::vector<Config> plcsOf(const std::string &file);
 };
 
 /// One thing that is wrong, and how to mend it.

@@ -177,6 +177,51 @@ TEST_F(Configuring, ReadsTheConnectionOfAProject)
     EXPECT_THROW(static_cast<void>(Config::ofProject(folder.put("bad.toml", "[connection]\nhost = 5\n"))), fins::ConfigError);
 }
 
+TEST_F(Configuring, ReadsThePlcsOfAProject)
+{
+    served.set(5, {31});
+    const std::string file = folder.put("plant.toml",
+        "[driver]\ninterval_ms = 7\n"
+        "[plc.press]\nhost = \"10.1.2.3:9601\"\n[plc.press.tags]\nlevel = { type = \"DM\", address = 5 }\n"
+        "[plc.oven]\nhost = \"10.1.2.4\"\ninterval_ms = 9\n[plc.oven.tags]\nheat = { type = \"DM\", address = 6 }\n"
+        "[recipes.bread]\nvariables = [\"oven.heat\"]\n");
+    std::vector<Config> plcs = Config::plcsOf(file);
+    ASSERT_EQ(plcs.size(), 2U);
+    EXPECT_EQ(plcs[0].name, "press");
+    EXPECT_EQ(plcs[0].host, "10.1.2.3:9601");
+    EXPECT_EQ(plcs[0].interval, 7ms);
+    EXPECT_TRUE(plcs[0].recipes.empty());
+    EXPECT_EQ(plcs[1].name, "oven");
+    EXPECT_EQ(plcs[1].interval, 9ms);
+    EXPECT_EQ(plcs[1].tags.at(0).name, "oven.heat");
+    EXPECT_EQ(plcs[1].recipes.at(0).variables.at(0).item, "oven.heat");
+    EXPECT_THROW(static_cast<void>(Config::ofProject(file)), fins::ConfigError); // which one?
+
+    plcs[0].host = config().host;
+    Plc plc = Plc::open(plcs[0]);
+    Seen seen;
+    const Watch watch = plc.watch({"press.level", "press.DM:5"}, seen.call());
+    ASSERT_TRUE(until(plc, [&] { return seen.endsWith("31"); }));
+    EXPECT_EQ(plc.snapshot({"press.DM:5"})[0].name, "press.DM:5");
+    EXPECT_THROW(static_cast<void>(plc.snapshot({"oven.heat"})), fins::NameError);
+}
+
+TEST_F(Configuring, NamesOfTagsBeginWithThatOfTheirPlc)
+{
+    Config with = config();
+    with.name = "press";
+    fins::TagConfig tag;
+    tag.name  = "level";
+    tag.item  = "DM:5";
+    with.tags = {tag};
+    try {
+        static_cast<void>(Plc::open(with));
+        FAIL();
+    } catch (const fins::ConfigError &error) {
+        EXPECT_STREQ(error.what(), "the tag 'level' does not begin with the name of its PLC; call it press.level");
+    }
+}
+
 namespace {
 
 // What the lists of tags and recipes say, a line for each tag, variable and value.
