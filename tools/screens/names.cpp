@@ -65,18 +65,32 @@ std::string brokenLimit(const fins::TagConfig &tag, double number)
 
 Names::Names(const DataNode &root, const std::string &file, const std::vector<fins::TagConfig> &tags,
              const std::vector<std::string> &recipes, Problems &problems)
-    : file_(file), problems_(problems), lacksTags_(lacksTagsOf(root.find("tags"), file, problems)), recipes_(recipes)
+    : file_(file), problems_(problems), recipes_(recipes)
 {
     for (const fins::TagConfig &tag : tags) {
         tags_.emplace(tag.name, &tag);
         tagNames_.push_back(tag.name);
     }
-    if (const DataNode *table = tableOf(root, "tags"))
-        brokenTags_.insert(table->keys.begin(), table->keys.end()); // looked at for what is no sound tag
+    noteTags(root, "");
+    if (const DataNode *plcs = tableOf(root, "plc")) {
+        for (std::size_t i = 0; i < plcs->keys.size(); ++i)
+            noteTags(plcs->children[i], plcs->keys[i] + ".");
+    }
     if (const DataNode *table = tableOf(root, "recipes"))
         recipes_.insert(recipes_.end(), table->keys.begin(), table->keys.end()); // those that are broken, too
     if (const DataNode *table = tableOf(root, "screens"))
         screens_ = table->keys;
+}
+
+// The names of the table [tags], which are looked at for what is no sound tag.
+void Names::noteTags(const DataNode &parent, const std::string &prefix)
+{
+    const DataNode *tags = parent.find("tags");
+    lacksTags_ = lacksTags_ || lacksTagsOf(tags, file_, problems_);
+    if (const DataNode *table = tableOf(parent, "tags")) {
+        for (const std::string &key : table->keys)
+            brokenTags_.insert(prefix + key);
+    }
 }
 
 bool Names::report(const DataNode &node, const std::string &text)

@@ -59,6 +59,7 @@ public:
     Problems &problems() { return problems_; }
 
 private:
+    void noteTags(const DataNode &parent, const std::string &prefix);
     bool report(const DataNode &node, const std::string &text);
     std::string hint(const std::string &name, const std::vector<std::string> &names, const std::string &otherwise);
     std::string listed(const DataNode &node, const char *what, const std::vector<std::string> &names);

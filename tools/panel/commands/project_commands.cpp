@@ -19,16 +19,19 @@ static int sayProblems(const Problems &problems)
 }
 
 // The screens and alarms of a file whose tags and recipes were read, and what is wrong with both in `problems`.
-static ScreenBook screensOf(const std::string &file, const TagBook &tags, const std::vector<Recipe> &recipes,
-                            Problems &problems)
+static ScreenBook screensOf(const std::string &file, const std::vector<ProjectPlc> &plcs, Problems &problems)
 {
     Problems told; // what is no TOML is among the problems already
     const DataNode root = parseToml(readFile(file), file, told);
-    std::vector<std::string> names;
-    names.reserve(recipes.size());
-    for (const Recipe &recipe : recipes)
-        names.push_back(recipe.name);
-    return readScreens(root, file, fins::listed(tags.tags()), names, problems);
+    std::vector<std::string> recipes;
+    std::vector<fins::TagConfig> tags;
+    for (const ProjectPlc &plc : plcs) {
+        for (const Recipe &recipe : plc.project.recipes)
+            recipes.push_back(recipe.name);
+        for (fins::TagConfig &tag : fins::listed(plc.tags.tags()))
+            tags.push_back(std::move(tag));
+    }
+    return readScreens(root, file, tags, recipes, problems);
 }
 
 static std::string alsoCounted(std::size_t number, const std::string &noun)
@@ -38,14 +41,19 @@ static std::string alsoCounted(std::size_t number, const std::string &noun)
 
 int runCheckProject(const DriverLibrary &library, const std::string &file)
 {
-    TagBook book(library);
     Problems problems;
-    const Project project = readProject(file, book, problems);
-    const ScreenBook screens = screensOf(file, book, project.recipes, problems);
+    const std::vector<ProjectPlc> plcs = readProjectPlcs(file, library, problems);
+    const ScreenBook screens = screensOf(file, plcs, problems);
     if (problems.any())
         return sayProblems(problems);
-    std::cout << file << " valid: " << counted(book.tags().size(), "tag") << ", "
-              << counted(project.recipes.size(), "recipe") << alsoCounted(screens.screens.size(), "screen")
+    std::size_t tags    = 0;
+    std::size_t recipes = 0;
+    for (const ProjectPlc &plc : plcs) {
+        tags += plc.tags.tags().size();
+        recipes += plc.project.recipes.size();
+    }
+    std::cout << file << " valid: " << (plcs.size() > 1 ? counted(plcs.size(), "PLC") + ", " : "") << counted(tags, "tag")
+              << ", " << counted(recipes, "recipe") << alsoCounted(screens.screens.size(), "screen")
               << alsoCounted(screens.alarms.size(), "alarm") << '\n';
     return EXIT_DONE;
 }
