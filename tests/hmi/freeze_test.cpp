@@ -201,7 +201,7 @@ protected:
         for (LiveValue &value : station.values())
             station.write(value, "1");
         station.writeRecipe("Mix", {}, {});
-        window->actions().showRecipe(station, "Mix");
+        window->actions().showRecipe({&station}, "Mix");
         QTest::qWait(30);
         window->actions().setNumber(station.values().front());
         for (const char *label : {"SetPoint", "Pump"})

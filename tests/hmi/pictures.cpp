@@ -269,7 +269,7 @@ void takeAlarm(Scene &scene, const Pictures &pictures)
 
 void takeRecipe(Scene &scene, const Pictures &pictures)
 {
-    scene.window().actions().showRecipe(scene.station(), "Lemonade");
+    scene.window().actions().showRecipe({&scene.station()}, "Lemonade");
     await("the comparison", [&] {
         for (const QLabel *label : scene.open().findChildren<QLabel *>()) {
             if (label->text().contains("differs"))

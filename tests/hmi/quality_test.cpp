@@ -70,7 +70,7 @@ protected:
         if (kind == "lamp")
             return std::make_unique<LampElement>(value, "Level", states, nullptr);
         if (kind == "card")
-            return std::make_unique<Card>(value, panel->trendsOf(panel->stations().front()), nullptr);
+            return std::make_unique<Card>(value, panel->trends(), nullptr);
         if (kind == "set-point")
             return std::make_unique<SetPoint>(value, "Level", nullptr);
         if (kind == "choice")

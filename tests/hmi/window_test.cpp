@@ -1,5 +1,6 @@
 #include "hmi_fixture.h"
 
+#include "dialogs/recipe_view.h"
 #include "dialogs/trend_view.h"
 #include "elements/touch_size.h"
 #include "window/problem_window.h"
@@ -229,4 +230,39 @@ TEST_F(Window, ShowsSeveralPlcs)
     plc.tell("disconnect");
     EXPECT_TRUE(until([&] { return window->banner().spoken().contains(QString::fromStdString(plc.host())); }));
     EXPECT_TRUE(untilSpoken("Level", "0 %, good")); // the other one goes on
+}
+
+// The values of both are on one screen, and each is written where it lies.
+TEST_F(Window, ShowsThePlcsOfOneProject)
+{
+    const Simulator other;
+    Options options;
+    options.projects = {folder.put("plant.toml",
+        "[plc.press]\nhost = \"" + plc.host() + "\"\n[plc.press.tags]\nLevel = { type = \"DM\", address = 0, unit = \"%\" }\n"
+        "[plc.oven]\nhost = \"" + other.host() + "\"\n[plc.oven.tags]\nLevel = { type = \"DM\", address = 0, unit = \"%\" }\n"
+        "[recipes.Bread.values]\n\"oven.Level\" = 9\n"
+        "[screens.main]\nelements = [\n"
+        "{ type = \"number\", tag = \"press.Level\", at = [1, 1] },\n"
+        "{ type = \"set-point\", tag = \"oven.Level\", at = [2, 1] },\n"
+        "{ type = \"trend\", tags = [\"press.Level\", \"oven.Level\"], label = \"Course\", at = [1, 2], size = [6, 4] },\n"
+        "{ type = \"recipe\", recipe = \"Bread\", at = [3, 1] } ]\n"
+        "[alarms.Hot]\ntag = \"oven.Level\"\nhigh = 40\ntext = \"too hot\"\n")};
+    open(options, {800, 600});
+    EXPECT_EQ(panel->screens().size(), 1u);
+    EXPECT_TRUE(until([&] { return window->banner().spoken() == "2 PLCs online"; })) << window->banner().spoken().toStdString();
+    plc.write("DM:0", "7");
+    EXPECT_TRUE(untilSpoken("press.Level", "7 %, good"));
+    EXPECT_TRUE(untilSpoken("oven.Level", "0 %, good"));
+    click("oven.Level");
+    for (const char *key : {"4", "1", "Set", "Write 41 %"})
+        press(key);
+    EXPECT_TRUE(untilSpoken("oven.Level", "41 %, good"));
+    EXPECT_TRUE(untilSpoken("press.Level", "7 %, good"));
+    EXPECT_TRUE(until([&] { return panel->alarms().size() == 1; }));
+    EXPECT_EQ(panel->alarms().at(0).station->name(), "oven");
+    click("Recipe");
+    const auto *recipe = dynamic_cast<RecipeView *>(overlay());
+    ASSERT_NE(recipe, nullptr);
+    ASSERT_TRUE(until([&] { return recipe->status() == "1 of 1 differs"; })) << recipe->status().toStdString();
+    EXPECT_EQ(recipe->rows()[0].held, "41");
 }

@@ -3,44 +3,46 @@
 #include "common/usage_error.h"
 #include "documents/document.h"
 
-// A project file is read here for its screens; its tags and recipes are the library's to read.
-static PlcSource projectSource(const std::string &file, const Options &options)
+static PanelSource projectSource(const std::string &file, const Options &options)
 {
-    PlcSource source;
-    source.config = fins::Config::ofProject(file);
-    source.config.library = options.library;
-    if (!options.host.empty())
-        source.config.host = options.host;
-    if (source.config.host.empty())
-        throw UsageError(file + " names no PLC; write host = \"...\" under [connection], or give --host HOST");
-    source.items = options.words;
+    PanelSource source = {file, fins::Config::plcsOf(file), options.words};
+    if (source.plcs.size() > 1 && !options.host.empty())
+        throw UsageError("--host is for a project of one PLC, and " + file + " has " + std::to_string(source.plcs.size())
+                         + "; change the hosts there");
+    for (fins::Config &plc : source.plcs) {
+        plc.library = options.library;
+        if (!options.host.empty())
+            plc.host = options.host;
+        if (plc.host.empty())
+            throw UsageError(file + " names no PLC; write host = \"...\" under [connection], or give --host HOST");
+    }
     return source;
 }
 
-static PlcSource hostSource(const Options &options)
+static PanelSource hostSource(const Options &options)
 {
-    PlcSource source;
-    source.config.library = options.library;
-    source.items = options.words;
-    source.config.host = options.host;
+    PanelSource source = {"", {fins::Config()}, options.words};
+    fins::Config &plc = source.plcs.front();
+    plc.library = options.library;
+    plc.host    = options.host;
     if (options.host.empty() && !source.items.empty()) {
-        source.config.host = source.items.front();
+        plc.host = source.items.front();
         source.items.erase(source.items.begin());
     }
-    if (source.config.host.empty())
+    if (plc.host.empty())
         throw UsageError("nothing to show; give HOST and items, such as fins_hmi 192.168.250.1 DM:0, or --project FILE");
     if (source.items.empty())
-        throw UsageError("there is nothing to show of " + source.config.host + "; name items, such as DM:0 or CIO_bit:0.0:3");
+        throw UsageError("there is nothing to show of " + plc.host + "; name items, such as DM:0 or CIO_bit:0.0:3");
     return source;
 }
 
-std::vector<PlcSource> readSources(const Options &options)
+std::vector<PanelSource> readSources(const Options &options)
 {
     if (options.projects.empty())
         return {hostSource(options)};
     if (options.projects.size() > 1 && !(options.host.empty() && options.words.empty()))
-        throw UsageError("--host and items belong to one PLC; give one --project with them");
-    std::vector<PlcSource> sources;
+        throw UsageError("--host and items belong to one project; give one --project with them");
+    std::vector<PanelSource> sources;
     for (const std::string &file : options.projects)
         sources.push_back(projectSource(file, options));
     return sources;

@@ -6,6 +6,6 @@
 
 /// The PLCs of a command line, their projects read and checked. Throws fins::ConfigError with all that is wrong with
 /// them, and UsageError for a command line that names no PLC.
-std::vector<PlcSource> readSources(const Options &options);
+std::vector<PanelSource> readSources(const Options &options);
 
 #endif

@@ -29,7 +29,7 @@ void LinkView::refresh()
     QString text;
     for (const Station &station : panel_.stations()) {
         const fins::State &state = station.state();
-        text += toQt(station.host()) + "\n" + toQt(linkWords(state, std::chrono::system_clock::now())) + "\n";
+        text += toQt(station.name()) + "\n" + toQt(linkWords(state, std::chrono::system_clock::now())) + "\n";
         if (state.plcNode != 0)
             text += QString("this panel is node %1, the PLC is node %2\n").arg(state.ownNode).arg(state.plcNode);
         text += QString("connections made: %1; lost or failed: %2\n").arg(state.connections).arg(state.losses);

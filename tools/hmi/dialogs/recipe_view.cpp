@@ -97,7 +97,7 @@ void RecipeView::read()
 void RecipeView::askToWrite()
 {
     const QString text = QString("%1 values go to %2. %3.")
-                             .arg(rows_.size()).arg(toQt(station_.host()), read_ ? toQt(summaryOf(rows_)) : "What the PLC holds is not known");
+                             .arg(rows_.size()).arg(toQt(station_.name()), read_ ? toQt(summaryOf(rows_)) : "What the PLC holds is not known");
     asking_ = new Confirm("Write recipe " + toQt(recipe_.name) + "?", text, "Write", [this] { write(); }, parentWidget());
     asking_->appear();
 }

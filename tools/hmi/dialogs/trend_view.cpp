@@ -5,10 +5,10 @@
 #include <QtCore/QPointer>
 #include <QtWidgets/QLabel>
 
-TrendView::TrendView(Panel &panel, Station &station, const std::vector<TagValue> &tags, std::chrono::minutes span,
+TrendView::TrendView(Panel &panel, const std::vector<const LiveValue *> &values, std::chrono::minutes span,
                      const QString &title, QWidget *window)
     : Overlay(title, window), panel_(panel),
-      trend_(new TrendElement(panel.trendsOf(station), station.trendValues(tags), span, "", this)), status_(new QLabel)
+      trend_(new TrendElement(panel.trends(), values, span, "", this)), status_(new QLabel)
 {
     body()->addWidget(trend_, 1);
     body()->addWidget(status_);

@@ -10,8 +10,8 @@ class QLabel;
 /// A trend as large as the window, which can be saved as values and as a picture.
 class TrendView : public Overlay {
 public:
-    TrendView(Panel &panel, Station &station, const std::vector<TagValue> &tags, std::chrono::minutes span,
-              const QString &title, QWidget *window);
+    TrendView(Panel &panel, const std::vector<const LiveValue *> &values, std::chrono::minutes span, const QString &title,
+              QWidget *window);
 
     void refresh() override { trend_->refresh(); }
 

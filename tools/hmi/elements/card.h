@@ -7,7 +7,7 @@
 /// A card: a value with its unit, quality and age, and a small trend of its latest minute.
 class Card : public Element {
 public:
-    /// `trends` are those of the value's station, and outlive the card.
+    /// `trends` have the value's course, and outlive the card.
     Card(const LiveValue *value, const TrendStore &trends, QWidget *parent)
         : Element(value, value->label, parent), trends_(trends) {}
 

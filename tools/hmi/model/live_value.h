@@ -29,7 +29,7 @@ struct LiveValue {
     std::optional<double> minimum; // as it is shown
     std::optional<double> maximum;
     int           decimals = -1;   // digits behind the point; -1: as many as are needed
-    std::optional<std::size_t> trend; // its place in the station's trends; none of a text
+    std::optional<std::size_t> trend; // its place in the trends; none of a text
     std::string   lock;            // why it can never be written, in words; "" if it can
     fins::Sample  sample;
     int           alarmPriority = 0; // of its most urgent alarm that is active or not acknowledged, 1 to 3; 0: none

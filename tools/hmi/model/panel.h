@@ -15,24 +15,31 @@
 
 // All that the panel shows, without a window: its PLCs and their screens.
 
-/// One PLC: where it is, and what is shown of it.
-struct PlcSource {
-    fins::Config             config;
-    std::vector<std::string> items; // given on the command line: cards in place of the project's screens
+/// A project with its PLCs, or one PLC, and what is shown of them.
+struct PanelSource {
+    std::string               project; // file; empty: none
+    std::vector<fins::Config> plcs;
+    std::vector<std::string>  items;   // given on the command line: cards in place of the project's screens
 };
 
-/// A screen of one PLC: of its project, or cards.
+/// A screen: of a project, or cards.
 struct PanelScreen {
-    Station              *station;
-    std::string           title;
-    const Screen         *screen; // null: cards
-    std::vector<TagValue> cards;
+    std::vector<Station *> stations; // of the same project
+    std::string            title;
+    const Screen          *screen; // null: cards
+    std::vector<TagValue>  cards;
+
+    /// Null if it is not watched.
+    LiveValue *find(const TagValue &tag) const;
+
+    /// Those of the tags that have a trend.
+    std::vector<const LiveValue *> trendValues(const std::vector<TagValue> &tags) const;
 };
 
 class Panel {
 public:
     /// Begins to connect to all. `folder` is where files are saved. Throws fins::ConfigError and fins::NameError.
-    explicit Panel(const std::vector<PlcSource> &sources, const std::string &folder = "");
+    explicit Panel(const std::vector<PanelSource> &sources, const std::string &folder = "");
 
     ~Panel();
     Panel(const Panel &) = delete;
@@ -41,14 +48,14 @@ public:
     std::deque<Station> &stations() { return stations_; }
     const std::vector<PanelScreen> &screens() const { return screens_; }
 
-    /// The screen of that name of a station's project; screens().size() if there is none.
-    std::size_t findScreen(const Station &station, const std::string &name) const;
+    /// The screen of that name in the project of another one; screens().size() if there is none.
+    std::size_t findScreen(const PanelScreen &from, const std::string &name) const;
 
     /// The first screen of that name or title.
     std::size_t findScreen(const std::string &name) const;
 
-    /// The courses of a station's values, at LiveValue::trend.
-    const TrendStore &trendsOf(const Station &station) const;
+    /// The courses of all values, at LiveValue::trend.
+    const TrendStore &trends() const { return *trends_; }
 
     /// Lets the alarms come whose delay is over, time go on in the trends, and files be told of; called often.
     void tick();
@@ -83,17 +90,18 @@ public:
     std::vector<std::string> close();
 
 private:
-    StationListener listenerOf(Station &station, AlarmBook &book, std::size_t index);
+    void addSource(const PanelSource &source, std::size_t &trends);
+    StationListener listenerOf(Station &station, AlarmBook &book);
     void noteWrite(const Station &station, const WriteEnd &end);
     void noteRecipe(const Station &station, const RecipeEnd &end);
     void noteAlarms(Station &station, const AlarmBook &book, const AlarmEvents &events);
     void showPriority(Station &station, const AlarmBook &book, const TagValue &tag);
-    void addCards(Station &station, const std::vector<std::string> &items);
+    void addCards(const std::vector<Station *> &stations, const std::vector<std::string> &items);
 
     std::deque<Station>      stations_;
-    std::deque<ScreenBook>   books_;  // of each station
+    std::deque<ScreenBook>   books_;  // of each project
     std::deque<AlarmBook>    alarms_; // of each station
-    std::deque<TrendStore>   trends_; // of each station
+    std::optional<TrendStore> trends_;
     std::vector<PanelScreen> screens_;
     Journal                  journal_;
     Saver                    saver_;

@@ -3,8 +3,8 @@
 
 #include "model/station.h"
 
-/// The screens and alarms of a project file, of which the station has the tags and recipes. Throws fins::ConfigError with
+/// The screens and alarms of a project file, of which the stations have the tags and recipes. Throws fins::ConfigError with
 /// all that is wrong.
-ScreenBook readProjectScreens(const std::string &file, const Station &station);
+ScreenBook readProjectScreens(const std::string &file, const std::vector<Station *> &stations);
 
 #endif

@@ -4,7 +4,8 @@
 static const std::chrono::minutes RECIPE_TIME{2};
 
 Station::Station(const fins::Config &config)
-    : plc_(fins::Plc::open(config)), host_(config.host), tags_(plc_.tags()), recipes_(plc_.recipes()), state_(plc_.state())
+    : plc_(fins::Plc::open(config)), name_(config.name.empty() ? config.host : config.name),
+      prefix_(config.name.empty() ? "" : config.name + "."), tags_(plc_.tags()), recipes_(plc_.recipes()), state_(plc_.state())
 {
 }
 
@@ -18,7 +19,7 @@ const fins::TagConfig *Station::tagOf(const std::string &name) const
 }
 
 // Samples come in the order of the names, as many for each as it has values.
-void Station::addValues(const std::vector<std::string> &names)
+void Station::addValues(const std::vector<std::string> &names, std::size_t &trends)
 {
     fins::Samples samples = plc_.snapshot(names);
     std::size_t next = 0;
@@ -38,7 +39,7 @@ void Station::addValues(const std::vector<std::string> &names)
             value.maximum = known.maximum;
             value.decimals = known.decimals;
             if (value.kind != ValueKind::TEXT)
-                value.trend = trends_++;
+                value.trend = trends++;
             if (known.readOnly)
                 value.lock = "the tag can only be read";
             else if (count != 1)
@@ -49,10 +50,10 @@ void Station::addValues(const std::vector<std::string> &names)
     }
 }
 
-void Station::watch(const std::vector<std::string> &names, StationListener listener)
+void Station::watch(const std::vector<std::string> &names, StationListener listener, std::size_t &trends)
 {
     listener_ = std::move(listener);
-    addValues(names);
+    addValues(names, trends);
     handles_.push_back(plc_.watch(names, [this](const fins::Samples &samples) { take(samples); }));
     handles_.push_back(plc_.onState([this](const fins::State &state) { take(state); }));
 }
@@ -92,17 +93,6 @@ LiveValue *Station::find(const TagValue &tag)
             return &value;
     }
     return nullptr;
-}
-
-std::vector<const LiveValue *> Station::trendValues(const std::vector<TagValue> &tags)
-{
-    std::vector<const LiveValue *> found;
-    for (const TagValue &tag : tags) {
-        const LiveValue *value = find(tag);
-        if (value && value->trend)
-            found.push_back(value);
-    }
-    return found;
 }
 
 void Station::write(LiveValue &value, const std::string &text, std::chrono::milliseconds giveUp)

@@ -43,25 +43,26 @@ public:
     Station(const Station &) = delete;
     Station &operator=(const Station &) = delete;
 
-    const std::string &host() const { return host_; }
+    /// As people know it: its name in the project, or where it is.
+    const std::string &name() const { return name_; }
+
     const std::vector<fins::TagConfig> &tags() const { return tags_; }
+
+    /// True for names of its tags and items.
+    bool owns(const std::string &item) const { return item.compare(0, prefix_.size(), prefix_) == 0; }
+
     const std::vector<fins::RecipeConfig> &recipes() const { return recipes_; }
     fins::Plc &plc() { return plc_; }
 
-    /// Watches tags or items, once, and tells of them from now on. Throws fins::NameError.
-    void watch(const std::vector<std::string> &names, StationListener listener);
+    /// Watches tags or items, once, and tells of them from now on. Each value that has a trend takes the next number from
+    /// `trends`. Throws fins::NameError.
+    void watch(const std::vector<std::string> &names, StationListener listener, std::size_t &trends);
 
     /// The values that are watched, in the order of watch(); they stay where they are.
     std::deque<LiveValue> &values() { return values_; }
 
     /// Null if it is not watched.
     LiveValue *find(const TagValue &tag);
-
-    /// Those of the tags that have a trend.
-    std::vector<const LiveValue *> trendValues(const std::vector<TagValue> &tags);
-
-    /// How many values have a trend.
-    std::size_t trends() const { return trends_; }
 
     /// Writes a text as people write it. What becomes of it comes to the listener, once.
     void write(LiveValue &value, const std::string &text, std::chrono::milliseconds giveUp = std::chrono::seconds(10));
@@ -94,18 +95,18 @@ private:
     };
     using Place = std::list<Order>::iterator;
 
-    void addValues(const std::vector<std::string> &names);
+    void addValues(const std::vector<std::string> &names, std::size_t &trends);
     void take(const fins::Samples &samples);
     void take(const fins::State &state);
     void endOrder(Place order, const fins::Outcomes &outcomes);
     const fins::TagConfig *tagOf(const std::string &name) const;
 
     fins::Plc                       plc_;
-    std::string                     host_;
+    std::string                     name_;
+    std::string                     prefix_; // of the names of its tags and items
     std::vector<fins::TagConfig>    tags_;
     std::vector<fins::RecipeConfig> recipes_;
     std::deque<LiveValue>           values_;
-    std::size_t                     trends_ = 0;
     std::list<Order>                orders_;
     StationListener                 listener_;
     fins::State                     state_;

@@ -70,9 +70,9 @@ void Actions::choose(LiveValue &value, const std::vector<ValueText> &choices)
     show<ListDialog>(toQt(value.label) + ": now " + toQt(shownText(value.sample)), entries);
 }
 
-void Actions::openScreen(const Station &station, const std::string &name)
+void Actions::openScreen(const PanelScreen &from, const std::string &name)
 {
-    showScreen_(panel_.findScreen(station, name));
+    showScreen_(panel_.findScreen(from, name));
 }
 
 void Actions::chooseScreen(std::size_t current)
@@ -119,14 +119,12 @@ void Actions::chooseTrend(std::size_t currentScreen)
     const PanelScreen &screen = panel_.screens()[currentScreen];
     std::vector<ListDialog::Entry> entries;
     const auto add = [&](const std::string &title, const std::vector<TagValue> &tags, std::chrono::minutes span) {
-        Station &station = *screen.station;
         const auto isThere = [&](const ListDialog::Entry &entry) { return entry.text == toQt(title); };
-        if (!station.trendValues(tags).empty() && std::none_of(entries.begin(), entries.end(), isThere))
-            entries.push_back({toQt(title), [this, &station, tags, span, title] {
-                                   show<TrendView>(panel_, station, tags, span, toQt(title));
-                               }});
+        const std::vector<const LiveValue *> values = screen.trendValues(tags);
+        if (!values.empty() && std::none_of(entries.begin(), entries.end(), isThere))
+            entries.push_back({toQt(title), [this, values, span, title] { show<TrendView>(panel_, values, span, toQt(title)); }});
     };
-    const auto labelOf = [&](const TagValue &tag) { return screen.station->find(tag)->label; };
+    const auto labelOf = [&](const TagValue &tag) { return screen.find(tag)->label; };
     if (screen.screen) {
         for (const ScreenElement &element : screen.screen->elements) {
             if (element.kind == ElementKind::TREND)
@@ -146,19 +144,21 @@ void Actions::chooseRecipe()
 {
     std::vector<ListDialog::Entry> entries;
     for (Station &station : panel_.stations()) {
-        const QString plc = panel_.stations().size() > 1 ? toQt(station.host()) + ": " : QString();
+        const QString plc = panel_.stations().size() > 1 ? toQt(station.name()) + ": " : QString();
         for (const fins::RecipeConfig &recipe : station.recipes())
             entries.push_back({plc + toQt(recipe.name), [this, &station, &recipe] { show<RecipeView>(panel_, station, recipe); }});
     }
     show<ListDialog>("Recipes", entries);
 }
 
-void Actions::showRecipe(Station &station, const std::string &name)
+void Actions::showRecipe(const std::vector<Station *> &stations, const std::string &name)
 {
-    for (const fins::RecipeConfig &recipe : station.recipes()) {
-        if (recipe.name == name) {
-            show<RecipeView>(panel_, station, recipe);
-            return;
+    for (Station *station : stations) {
+        for (const fins::RecipeConfig &recipe : station->recipes()) {
+            if (recipe.name == name) {
+                show<RecipeView>(panel_, *station, recipe);
+                return;
+            }
         }
     }
     chooseRecipe();

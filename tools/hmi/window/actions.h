@@ -19,14 +19,14 @@ public:
     void press(LiveValue &value, const ActionButton &button);
     void setNumber(LiveValue &value);
     void choose(LiveValue &value, const std::vector<ValueText> &choices);
-    void openScreen(const Station &station, const std::string &name);
+    void openScreen(const PanelScreen &from, const std::string &name);
     void showMenu(std::size_t currentScreen);
     void showLink();
     void showAlarms();
     void showJournal();
 
-    /// The recipe of that name; "": one of all, which is chosen first.
-    void showRecipe(Station &station, const std::string &name);
+    /// The recipe of that name of one of the PLCs; "": one of all, which is chosen first.
+    void showRecipe(const std::vector<Station *> &stations, const std::string &name);
 
     /// What is open, or null.
     Overlay *open() const { return open_ && open_->isVisible() ? open_.data() : nullptr; }

@@ -23,7 +23,7 @@ QString LinkBanner::caption() const
     const Station &station = worst();
     if (panel_.stations().size() > 1 && station.state().phase == fins::Phase::ONLINE)
         return QString("%1 PLCs online").arg(panel_.stations().size());
-    return toQt(station.host() + ": " + linkWords(station.state(), std::chrono::system_clock::now()));
+    return toQt(station.name() + ": " + linkWords(station.state(), std::chrono::system_clock::now()));
 }
 
 std::uint64_t LinkBanner::stamp() const

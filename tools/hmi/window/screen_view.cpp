@@ -26,7 +26,7 @@ ScreenView::ScreenView(Panel &panel, const PanelScreen &screen, Actions &actions
 void ScreenView::addElements()
 {
     for (const TagValue &tag : screen_.cards)
-        elements_.push_back(new Card(screen_.station->find(tag), panel_.trendsOf(*screen_.station), this));
+        elements_.push_back(new Card(screen_.find(tag), panel_.trends(), this));
     if (!screen_.screen)
         return;
     for (const ScreenElement &config : screen_.screen->elements)
@@ -57,8 +57,7 @@ static bool isControl(ElementKind kind)
 
 Element *ScreenView::makeElement(const ScreenElement &config)
 {
-    Station &station = *screen_.station;
-    LiveValue *value = config.tags.empty() ? nullptr : station.find(config.tags.front());
+    LiveValue *value = config.tags.empty() ? nullptr : screen_.find(config.tags.front());
     const std::string label = !config.label.empty() || !value ? config.label : value->label;
     if (value && isControl(config.kind))
         return makeControl(config, *value, label);
@@ -67,7 +66,7 @@ Element *ScreenView::makeElement(const ScreenElement &config)
     case ElementKind::BAR:    return new BarElement(value, label, *config.minimum, *config.maximum, this);
     case ElementKind::LAMP:   return new LampElement(value, label, config.states, this);
     case ElementKind::TREND:
-        return new TrendElement(panel_.trendsOf(station), station.trendValues(config.tags), config.span, label, this);
+        return new TrendElement(panel_.trends(), screen_.trendValues(config.tags), config.span, label, this);
     case ElementKind::GROUP:  return new GroupFrame(label, this);
     case ElementKind::SCREEN:
     case ElementKind::RECIPE:
@@ -86,12 +85,12 @@ Element *ScreenView::makeOpener(const ScreenElement &config, const std::string &
     }
     if (config.kind == ElementKind::SCREEN) {
         auto *button = new OpenButton("Screen", label.empty() ? config.screen : label, this);
-        button->onTouch = [this, name = config.screen] { actions_.openScreen(*screen_.station, name); };
+        button->onTouch = [this, name = config.screen] { actions_.openScreen(screen_, name); };
         return button;
     }
     const std::string caption = !label.empty() ? label : config.recipe.empty() ? "Recipes" : config.recipe;
     auto *button = new OpenButton("Recipe", caption, this);
-    button->onTouch = [this, name = config.recipe] { actions_.showRecipe(*screen_.station, name); };
+    button->onTouch = [this, name = config.recipe] { actions_.showRecipe(screen_.stations, name); };
     return button;
 }
 
