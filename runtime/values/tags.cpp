@@ -1,6 +1,7 @@
 #include "values/tags.h"
 
 #include "common/numbers.h"
+#include "common/suggestion.h"
 
 #include <algorithm>
 #include <cctype>
@@ -137,6 +138,19 @@ Tag TagBook::itemTag(const Parts &parts, const ValueFormat &format, Access acces
     return tag;
 }
 
+// A search looks at every tag, and a file may have as many unknown names as there are tags.
+std::string TagBook::hint(const std::string &name) const
+{
+    const std::size_t longest = 64;
+    if (name.size() > longest || hintsLeft_->fetch_sub(1) <= 0)
+        return "";
+    std::vector<std::string> names;
+    names.reserve(tags_.size());
+    for (const Tag &tag : tags_)
+        names.push_back(tag.name);
+    return hintAt(nearestWord(name, names));
+}
+
 Tag TagBook::resolve(const std::string &text, Access access) const
 {
     const Parts parts = split(text);
@@ -144,7 +158,8 @@ Tag TagBook::resolve(const std::string &text, Access access) const
         return namedTag(*tag, parts);
     if (!source_.empty() && parts.base.find(':') == std::string::npos)
         throw UsageError("'" + parts.name + "' is neither a tag of " + source_
-                         + " nor an item; write a tag's name, or TYPE:ADDRESS such as DM:100:2");
+                         + " nor an item; write a tag's name, or TYPE:ADDRESS such as DM:100:2"
+                         + hint(parts.name));
     return itemTag(parts, formatOf(parts), access);
 }
 

@@ -4,7 +4,9 @@
 #include "values/codec.h"
 #include "values/items.h"
 
+#include <atomic>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -91,6 +93,7 @@ private:
     ValueFormat formatOf(const Parts &parts) const;
     Tag namedTag(const Tag &tag, const Parts &parts) const;
     Tag itemTag(const Parts &parts, const ValueFormat &format, Access access) const;
+    std::string hint(const std::string &name) const;
 
     const DriverLibrary                *library_;
     std::string                         source_;
@@ -99,6 +102,7 @@ private:
     OrderDefaults                       orders_;
     std::vector<Tag>                    tags_;
     std::map<std::string, std::size_t>  places_; // of names in tags_
+    std::shared_ptr<std::atomic<int>>   hintsLeft_ = std::make_shared<std::atomic<int>>(20); // of a book and its copies
 };
 
 /// "DM:100:2/f32": what names an item of this form on the command line.

@@ -82,7 +82,7 @@ TEST_F(PanelProjectTest, UnknownNamesAreRefused)
     const std::string file = project();
     expectRefused({"read", "--project", file, "Levl"},
                   "fins_panel: 'Levl' is neither a tag of " + file +
-                      " nor an item; write a tag's name, or TYPE:ADDRESS such as DM:100:2");
+                      " nor an item; write a tag's name, or TYPE:ADDRESS such as DM:100:2 (did you mean 'Level'?)");
     expectRefused({"write", "--project", file, "Level=3276.8"},
                   "fins_panel: 'Level=3276.8' does not fit s16; use a number from -3276.8 to 3276.7");
     EXPECT_EQ(tell("stats"), "ok connections=0 requests=0 replies=0");

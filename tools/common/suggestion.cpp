@@ -39,3 +39,8 @@ std::string nearestWord(const std::string &typed, const std::vector<std::string>
     }
     return nearest;
 }
+
+std::string hintAt(const std::string &nearest)
+{
+    return nearest.empty() ? "" : " (did you mean '" + nearest + "'?)";
+}

@@ -8,4 +8,7 @@
 /// is none.
 std::string nearestWord(const std::string &typed, const std::vector<std::string> &words);
 
+/// " (did you mean 'WORD'?)", or "" for no word.
+std::string hintAt(const std::string &nearest);
+
 #endif

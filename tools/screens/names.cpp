@@ -103,7 +103,7 @@ std::string Names::hint(const std::string &name, const std::vector<std::string> 
 {
     const bool isLookedFor = name.size() <= LONGEST_HINTED && hintsLeft_-- > 0;
     const std::string nearest = isLookedFor ? nearestWord(name, names) : "";
-    return nearest.empty() ? otherwise : " (did you mean '" + nearest + "'?)";
+    return nearest.empty() ? otherwise : hintAt(nearest);
 }
 
 const fins::TagConfig *Names::find(const DataNode &node, const std::string &name)

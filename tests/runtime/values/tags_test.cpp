@@ -153,6 +153,8 @@ TEST(Tags, FindsTagsByName)
     EXPECT_EQ(book.resolve("DM:5", Access::READ).name, "DM:5");
     EXPECT_EQ(book.find("level"), nullptr);
     EXPECT_EQ(refusal(book, "level"), "'level' is neither a tag of plant.toml nor an item; write a tag's name, or "
+                                      "TYPE:ADDRESS such as DM:100:2 (did you mean 'Level'?)");
+    EXPECT_EQ(refusal(book, "Valve"), "'Valve' is neither a tag of plant.toml nor an item; write a tag's name, or "
                                       "TYPE:ADDRESS such as DM:100:2");
     EXPECT_EQ(book.tags().size(), 4u);
     EXPECT_FALSE(project().add(tag("Level", "DM:7", "")));

@@ -51,11 +51,6 @@ void refuseTwice(const CLI::App &app, const CLI::App &command)
 
 // ---- What is said of a bad command line --------------------------------------------------------------------------
 
-std::string hintAt(const std::string &nearest)
-{
-    return nearest.empty() ? "" : " (did you mean '" + nearest + "'?)";
-}
-
 std::vector<std::string> commandNames(const CLI::App &app)
 {
     std::vector<std::string> names;
