@@ -18,6 +18,7 @@ std::vector<TagConfig> listed(const std::vector<Tag> &tags)
         config.readOnly = tag.readOnly;
         config.comment  = tag.comment;
         config.screen   = tag.screen;
+        config.group    = tag.group;
         configs.push_back(std::move(config));
     }
     return configs;

@@ -94,6 +94,7 @@ void addTag(TagBook &book, const TagConfig &config)
     tag.readOnly        = config.readOnly;
     tag.comment         = config.comment;
     tag.screen          = config.screen;
+    tag.group           = config.group;
     if (!book.add(tag))
         throw UsageError("the tag '" + config.name + "' is there twice; rename one");
 }

@@ -43,6 +43,7 @@ bool TagReader::read(Tag &tag)
     readAccess(tag.readOnly);
     reader_.text("comment", tag.comment);
     reader_.text("screen", tag.screen);
+    reader_.text("group", tag.group);
     return reader_.isSound() && !regType.empty();
 }
 
@@ -223,5 +224,6 @@ std::string tagLine(const Tag &tag)
     addText("access", tag.readOnly ? "r" : "");
     addText("comment", tag.comment);
     addText("screen", tag.screen);
+    addText("group", tag.group);
     return line + " }";
 }

@@ -15,6 +15,7 @@
 //   word_order  "low" or "high": which word of a number of several words comes first
 //   char_order  "low" or "high": which byte of a word of text comes first
 //   scale, offset, decimals, unit, comment, screen
+//   group       name of those that are read and watched together
 //   min, max    of a number as it is shown; a write outside is refused
 //   access      "rw", or "r" for a tag that is never written; "rw" by default
 //

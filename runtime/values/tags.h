@@ -21,6 +21,7 @@ struct Tag {
     ValueFormat format;
     std::string comment;
     std::string screen;  // where the panel shows it
+    std::string group = std::string(); // what it is chosen by together with others; "" for none
     std::optional<double> minimum = std::nullopt; // of its values as they are shown; numbers only
     std::optional<double> maximum = std::nullopt;
     bool readOnly = false;

@@ -32,6 +32,7 @@ struct TagConfig {
     bool        readOnly = false;    // every write is invalid
     std::string comment = {};
     std::string screen = {};         // where a graphical panel shows it
+    std::string group = {};          // what it belongs to, such as a machine's part
 };
 
 /// A recipe: items or tags, each with its values as texts, or with none in a recipe that is only read.

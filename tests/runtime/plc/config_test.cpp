@@ -235,7 +235,7 @@ std::string linesOf(const std::vector<fins::TagConfig> &tags)
             lines << " from " << *tag.minimum;
         if (tag.maximum)
             lines << " to " << *tag.maximum;
-        lines << (tag.readOnly ? " r" : " rw") << " '" << tag.comment << "' on '" << tag.screen << "'\n";
+        lines << (tag.readOnly ? " r" : " rw") << " '" << tag.comment << "' on '" << tag.screen << "'" << (tag.group.empty() ? "" : " in " + tag.group) << '\n';
     }
     return lines.str();
 }
@@ -258,7 +258,7 @@ const char EVERY_KIND[] = R"([defaults]
 word_order = "high"
 [tags]
 Level = { type = "DM", address = 0, data = "s16", scale = 0.1, offset = -2, decimals = 0, unit = "%", min = -1.5, max = 100, comment = "tank 1", screen = "tank" }
-Pump = { type = "CIO_bit", address = "0.10", access = "r" }
+Pump = { type = "CIO_bit", address = "0.10", access = "r", group = "Press" }
 Doors = { type = "WR_bit", address = "3.15", count = 3 }
 Word = { type = "HR", address = 5 }
 Flow = { type = "DM", address = 10, count = 2, data = "f32" }
@@ -279,7 +279,7 @@ variables = ["DM:70:3", "Swapped"]
 )";
 
 const char EVERY_TAG[] = "Level = DM:0/s16 * 0.1 + -2 .0 '%' from -1.5 to 100 rw 'tank 1' on 'tank'\n"
-                         "Pump = CIO_bit:0.10 * 1 + 0 .-1 '' r '' on ''\n"
+                         "Pump = CIO_bit:0.10 * 1 + 0 .-1 '' r '' on '' in Press\n"
                          "Doors = WR_bit:3.15:3 * 1 + 0 .-1 '' rw '' on ''\n"
                          "Word = HR:5 * 1 + 0 .-1 '' rw '' on ''\n"
                          "Flow = DM:10:2/f32-high * 1 + 0 .-1 '' rw '' on ''\n"
@@ -333,11 +333,12 @@ TEST_F(Configuring, ListsItsOwnTagsAndRecipesBehindTheProjects)
     own.item    = "DM:1/u32-low";
     own.comment = "mine";
     own.screen  = "oven";
+    own.group   = "heat";
     with.tags    = {own};
     with.recipes = {{"second", {{"own", {"70000"}}}}};
     const Plc plc = Plc::open(with);
     EXPECT_EQ(linesOf(plc.tags()), "level = DM:0 * 1 + 0 .-1 '' rw '' on ''\n"
-                                   "own = DM:1/u32 * 1 + 0 .-1 '' rw 'mine' on 'oven'\n");
+                                   "own = DM:1/u32 * 1 + 0 .-1 '' rw 'mine' on 'oven' in heat\n");
     EXPECT_EQ(linesOf(plc.recipes()), "first\n level\nsecond\n own\n  70000\n");
 }
 

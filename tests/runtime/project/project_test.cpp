@@ -113,7 +113,7 @@ TEST_F(ProjectTest, ReadsTags)
 {
     EXPECT_EQ(read("[tags]\n"
                    "Level = { type = \"DM\", address = 7, data = \"s16\", scale = 0.1, offset = -4, decimals = 1, "
-                   "unit = \"%\", comment = \"c\", screen = \"s\", min = -4, max = 95.5, access = \"r\" }\n"
+                   "unit = \"%\", comment = \"c\", screen = \"s\", group = \"g\", min = -4, max = 95.5, access = \"r\" }\n"
                    "Pump = { type = \"CIO_bit\", address = \"100.15\", count = 2, access = \"rw\" }\n"
                    "Text = { type = \"HR\", address = \"12\", count = 3, data = \"string\", char_order = \"low\" }\n"
                    "Sum = { type = \"DM\", address = 20, count = 2, data = \"u32\", word_order = \"high\" }\n"),
@@ -127,6 +127,7 @@ TEST_F(ProjectTest, ReadsTags)
     EXPECT_EQ(level.format.unit, "%");
     EXPECT_EQ(level.comment, "c");
     EXPECT_EQ(level.screen, "s");
+    EXPECT_EQ(level.group, "g");
     EXPECT_EQ(level.minimum, -4);
     EXPECT_EQ(level.maximum, 95.5);
     EXPECT_TRUE(level.readOnly);
@@ -187,7 +188,7 @@ TEST_F(ProjectTest, ReportsEveryProblemOfTags)
                   "p.toml:7:40: there is no data type 'f16'; the data types are u16, s16, u32, s32, u64, s64, f32, "
                   "f64, bcd16, bcd32, hex, bits, string",
                   "p.toml:7:47: 'colour' is not known here; known are type, data, word_order, char_order, scale, "
-                  "offset, decimals, min, max, address, count, unit, access, comment, screen",
+                  "offset, decimals, min, max, address, count, unit, access, comment, screen, group",
                   "p.toml:8:55: only numbers have 'scale'; remove it, or change the type",
                   "p.toml:8:67: only numbers have 'offset'; remove it, or change the type",
                   "p.toml:8:81: only numbers have 'decimals'; remove it, or change the type",
@@ -249,7 +250,7 @@ TEST_F(ProjectTest, ReportsEveryProblemOfCsvTags)
                       "a b,DM,2,,\n"
                       "D,DM,2,1;5,\n"),
               (Lines{"tags.csv:1:25: 'colour' is not known here; known are name, type, data, word_order, char_order, "
-                     "scale, offset, decimals, min, max, address, count, unit, access, comment, screen",
+                     "scale, offset, decimals, min, max, address, count, unit, access, comment, screen, group",
                      "tags.csv:2:6: 'DM:32768' lies outside the range 0 to 32767, written ddddd",
                      "tags.csv:3:1: 'name' is missing; add it, such as Level",
                      "tags.csv:4:6: 'DM:x': the address is malformed; the range is 0 to 32767, written ddddd",
@@ -263,7 +264,7 @@ TEST_F(ProjectTest, WritesTagsAsTheyAreRead)
 {
     const Lines lines = {
         "Level = { type = \"DM\", address = 7, data = \"s16\", scale = 0.1, offset = -4, decimals = 1, min = -4, max = 95.5, "
-        "unit = \"%\", access = \"r\", comment = \"say \\\"hi\\\"\", screen = \"s\" }",
+        "unit = \"%\", access = \"r\", comment = \"say \\\"hi\\\"\", screen = \"s\", group = \"g\" }",
         "Pump = { type = \"CIO_bit\", address = \"100.10\", count = 2 }",
         "\"F\xC3\xBCll\" = { type = \"HR\", address = 12, count = 3, data = \"string-low\" }",
         "Plain = { type = \"T\", address = 1 }"};

@@ -170,7 +170,7 @@ void addFiles(CLI::App &app, Arguments &arguments)
     import
         ->add_option("file", arguments.file,
                      "CSV file; columns name, type, address, and as needed count, data, word_order, char_order, scale, "
-                     "offset, decimals, min, max, unit, access, comment, screen")
+                     "offset, decimals, min, max, unit, access, comment, screen, group")
         ->required();
     import->add_option("--output", arguments.output, "file for the tags; standard output by default")
         ->type_name("FILE");
