@@ -104,7 +104,7 @@ _fins()
                 _fins_offer_values "$argument" "$project" "${current#=}"
                 return
             fi
-            [[ $word == --project ]] && project=${COMP_WORDS[value]/#\~/$HOME}
+            [[ $word == --project || $word == -p ]] && project=${COMP_WORDS[value]/#\~/$HOME}
             i=$value
         elif _fins_words "${command[@]}" | grep -xF -e "$word" >/dev/null; then
             command+=("$word")

@@ -46,6 +46,12 @@ void Messages::say(const std::string &text, const std::string &hint)
         std::cerr << "hint: " << hint << std::endl;
 }
 
+void Messages::sayCourse(const std::string &text, const std::string &hint)
+{
+    if (!hushed_)
+        say(text, hint);
+}
+
 void Messages::sayAlways(const std::string &line)
 {
     if (sink_) {

@@ -39,6 +39,10 @@ public:
     /// instead, and their number is said before the next one that is not, or at the end.
     void say(const std::string &text, const std::string &hint = "");
 
+    /// The same for the course of the link, which nobody needs to know: not if hush() was called.
+    void sayCourse(const std::string &text, const std::string &hint = "");
+    void hush() { hushed_ = true; }
+
     /// Says a line that must not get lost: it is not counted, and comes on standard error when the sink has gone.
     void sayAlways(const std::string &line);
 
@@ -51,6 +55,7 @@ private:
     Watch         now_;
     Sink          sink_; // empty: standard error
     bool          keeps_ = true;
+    bool          hushed_ = false;
     std::string   last_;
     std::vector<std::string> kept_; // what the sink was told by sayAlways()
     unsigned long again_   = 0;     // times that `last_` came again

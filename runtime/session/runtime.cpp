@@ -37,6 +37,8 @@ Runtime::Runtime(const DriverLibrary &library, const LinkOptions &options)
 {
     if (options_.allowModeChange && options_.retries < MODE_CHANGE_RETRIES)
         throw UsageError("--allow-mode-change needs --retries 2 or more: with 1 the driver drops the link instead");
+    if (options_.quiet)
+        messages_.hush();
     installChangeFeed(library_, false);
     configure();
     reply_.reserve(static_cast<int>(ReplyAssembler::REPLY_LIMIT));
@@ -207,8 +209,8 @@ void Runtime::connect()
     ++statistics_.losses;
     statistics_.noteError("no link to " + peer() + ": " + link_.problem());
     if (!isUnreachable())
-        messages_.say("no link to " + peer() + ": " + link_.problem() + ", retrying in "
-                      + std::to_string(state_.delay().count()) + " ms");
+        messages_.sayCourse("no link to " + peer() + ": " + link_.problem() + ", retrying in "
+                            + std::to_string(state_.delay().count()) + " ms");
 }
 
 bool Runtime::isUnreachable() const
@@ -386,8 +388,8 @@ void Runtime::noteNodes()
     nodes_ = QByteArray(reply_.constData(), reply_.size()); // leaves the reply its reserved room
     clientNode_ = link_.reply()[CLIENT_NODE + 3];
     serverNode_ = link_.reply()[SERVER_NODE + 3];
-    messages_.say("connected to " + peer() + ": this node " + std::to_string(clientNode_) + ", PLC node "
-                  + std::to_string(serverNode_));
+    messages_.sayCourse("connected to " + peer() + ": this node " + std::to_string(clientNode_) + ", PLC node "
+                        + std::to_string(serverNode_));
 }
 
 void Runtime::accepted(RequestKind kind)
@@ -476,8 +478,8 @@ void Runtime::lose(const std::string &reason, LinkFailure failure, std::uint32_t
     state_.on(LinkEvent::LOST, Clock::now());
     ++statistics_.losses;
     statistics_.noteError("link to " + peer() + " lost: " + reason);
-    messages_.say("link to " + peer() + " lost: " + reason + ", retrying in " + std::to_string(state_.delay().count())
-                  + " ms", hint);
+    messages_.sayCourse("link to " + peer() + " lost: " + reason + ", retrying in "
+                        + std::to_string(state_.delay().count()) + " ms", hint);
     lostCalls_.tell();
 }
 

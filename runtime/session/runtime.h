@@ -53,6 +53,7 @@ struct LinkOptions {
     StopSignal *stop       = nullptr; // ends every wait; null: nothing does
     std::uint32_t spread   = 0;       // of the pauses before attempts to connect, see LinkState
     bool roundTrips      = false;     // are measured
+    bool quiet           = false;     // nothing is said of connections made, missed and lost
 };
 
 /// Gives the driver its memory and the settings of the link.

@@ -173,7 +173,7 @@ TEST(PanelHelp, NamesProjectAndHostWhereTheyCount)
         const std::string help = runPanel(joined(command, {"--help"})).out;
         const bool takesProject = std::find(neither.begin(), neither.end(), name) == neither.end();
         const bool takesHost = takesProject && std::find(onlyProject.begin(), onlyProject.end(), name) == onlyProject.end();
-        EXPECT_EQ(help.find("\n  --project FILE ") != std::string::npos, takesProject) << name;
+        EXPECT_EQ(help.find("\n  -p,--project FILE ") != std::string::npos, takesProject) << name;
         EXPECT_EQ(help.find("\n  --host HOST ") != std::string::npos, takesHost) << name;
     }
 }

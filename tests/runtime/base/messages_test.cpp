@@ -30,6 +30,19 @@ TEST(Messages, EqualOnesInARowAreCounted)
                                                  "(the last message came 1 more time)\n");
 }
 
+TEST(Messages, HushedOnesAreThoseOfTheCourseAlone)
+{
+    ::testing::internal::CaptureStderr();
+    Messages messages;
+    messages.sayCourse("connected", "a hint");
+    messages.hush();
+    messages.sayCourse("lost", "another");
+    messages.say("refused", "look at the address");
+    messages.sayAlways("unconfirmed");
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "connected\nhint: a hint\nrefused\nhint: look at the address\nunconfirmed\n");
+}
+
 TEST(Messages, AnEmptyRunSaysNothing)
 {
     EXPECT_EQ(saidBy({}), "");

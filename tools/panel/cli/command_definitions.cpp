@@ -51,6 +51,7 @@ void addWatch(CLI::App &app, Arguments &arguments)
     CLI::App *command = app.add_subcommand("watch",
                                            "Watch values: a live table on a terminal, else a line for every change");
     addLinkOptions(*command, arguments, settings::READ_WORDS);
+    addQuiet(*command, arguments.link.quiet);
     command->add_option("items", arguments.watch.items,
                         "items to watch; a line is time (UTC), item, old and new value, '-' being the old one of a "
                         "first value");
@@ -70,6 +71,7 @@ void addBench(CLI::App &app, Arguments &arguments)
 {
     CLI::App *command = app.add_subcommand("bench", "Measure the refresh time of a poll for several block sizes");
     addLinkOptions(*command, arguments, settings::READ_WORDS);
+    addQuiet(*command, arguments.link.quiet);
     addSetting(*command, settings::GIVE_UP, arguments.giveUp);
     command->add_option("polled", arguments.items, "items to poll; a block of DM from 0 on by default");
     addSetting(*command, settings::BENCH_WORDS, arguments.bench.words);
@@ -85,6 +87,7 @@ void addRead(CLI::App &app, Arguments &arguments)
 {
     CLI::App *command = app.add_subcommand("read", "Read items once: ITEM = VALUE ...");
     addLinkOptions(*command, arguments, settings::READ_WORDS);
+    addQuiet(*command, arguments.link.quiet);
     addSetting(*command, settings::GIVE_UP, arguments.giveUp);
     command->add_option("items", arguments.items, "items to read");
     addValueOptions(*command, arguments.values);
@@ -98,6 +101,7 @@ void addWrite(CLI::App &app, Arguments &arguments)
     CLI::App *command = app.add_subcommand("write",
                                            "Write values and read them back: ITEM = VALUE ... as the PLC holds it");
     addLinkOptions(*command, arguments, settings::WRITE_WORDS);
+    addQuiet(*command, arguments.link.quiet);
     addSetting(*command, settings::GIVE_UP, arguments.giveUp);
     command->add_option("items", arguments.items,
                         "ITEM=VALUE[,VALUE...]; words -32768 to 65535 or 0x0 to 0xFFFF, bits 0 or 1");
@@ -118,6 +122,7 @@ void addRecipeTransfer(CLI::App &recipe, Arguments &arguments, RecipeTask task, 
 {
     CLI::App *command = recipe.add_subcommand(name, help);
     addLinkOptions(*command, arguments, task == RecipeTask::WRITE ? settings::WRITE_WORDS : settings::READ_WORDS);
+    addQuiet(*command, arguments.link.quiet);
     addSetting(*command, settings::GIVE_UP, arguments.giveUp);
     command->add_option("file", arguments.recipe.file, "recipe file (text, .toml or .csv), or a recipe of the project");
     if (task == RecipeTask::READ)

@@ -78,7 +78,7 @@ static void addTrace(CLI::App &command, Arguments &arguments)
 
 void addProjectOption(CLI::App &command, Arguments &arguments)
 {
-    command.add_option("--project", arguments.projectFile, "project file (TOML): connection, settings, tags, recipes")
+    command.add_option("-p,--project", arguments.projectFile, "project file (TOML): connection, settings, tags, recipes")
         ->type_name("FILE");
 }
 
@@ -116,6 +116,12 @@ void addValueOptions(CLI::App &command, ValueArguments &values)
     addSetting(command, settings::OFFSET, values.format.offset);
     addSetting(command, settings::DECIMALS, values.format.decimals);
     command.add_option("--unit", values.format.unit, "shown behind the values");
+}
+
+void addQuiet(CLI::App &command, bool &quiet)
+{
+    command.add_flag("-q,--quiet", quiet, "say nothing of connections made, missed and lost; errors and what became of "
+                                          "writes are said all the same");
 }
 
 void addDryRun(CLI::App &command, bool &dryRun)

@@ -40,6 +40,7 @@ void addLinkOptions(CLI::App &command, Arguments &arguments, const Setting &word
 /// How values are shown and taken.
 void addValueOptions(CLI::App &command, ValueArguments &values);
 
+void addQuiet(CLI::App &command, bool &quiet);
 void addDryRun(CLI::App &command, bool &dryRun);
 void addConfirm(CLI::App &command, bool &confirm);
 void addModeChange(CLI::App &command, Arguments &arguments);

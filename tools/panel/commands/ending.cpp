@@ -31,11 +31,21 @@ static std::string troubleText(const Runtime &runtime, Millis giveUp)
     return diagnose(runtime.trouble(), peer, runtime.link().strayBytes()).problem;
 }
 
+static std::string hostOf(const Runtime &runtime)
+{
+    return hostAndPort(runtime.options().host, runtime.options().port);
+}
+
+static std::string adviceAt(const std::string &host)
+{
+    return "; 'fins_panel link " + host + "' tells what to try";
+}
+
 static std::string noAnswerText(const Runtime &runtime, Millis giveUp)
 {
-    const std::string host    = hostAndPort(runtime.options().host, runtime.options().port);
+    const std::string host    = hostOf(runtime);
     const std::string trouble = troubleText(runtime, giveUp);
-    const std::string advice  = "; 'fins_panel link " + host + "' tells what to try";
+    const std::string advice  = adviceAt(host);
     if (runtime.isUnreachable())
         return trouble + advice + ", --give-up SECONDS keeps trying";
     return "no answer from " + host + " within " + std::to_string(giveUp.count()) + " ms"
@@ -46,5 +56,15 @@ int noAnswer(Runtime &runtime, Millis giveUp)
 {
     runtime.messages().finish();
     std::cerr << "fins_panel: " << (runtime.isStopped() ? "interrupted" : noAnswerText(runtime, giveUp)) << std::endl;
+    return EXIT_NO_LINK;
+}
+
+int noLink(Runtime &runtime)
+{
+    const std::string host    = hostOf(runtime);
+    const std::string trouble = troubleText(runtime, runtime.options().timeout);
+    runtime.messages().finish();
+    std::cerr << "fins_panel: no answer from " << host << (trouble.empty() ? "" : ": " + trouble) << adviceAt(host)
+              << std::endl;
     return EXIT_NO_LINK;
 }

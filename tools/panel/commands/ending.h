@@ -20,4 +20,7 @@ int exitCode(const WriteReport &report);
 /// Says in one line on standard error why no answer came; returns the program's exit code.
 int noAnswer(Runtime &runtime, Millis giveUp);
 
+/// The same for a command that never had a link in the time that it was given.
+int noLink(Runtime &runtime);
+
 #endif

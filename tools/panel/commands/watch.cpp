@@ -98,8 +98,8 @@ int exitCode(Runtime &runtime, const WatchValues &values, const WatchOptions &op
         return EXIT_DONE;
     if (values.refused())
         return EXIT_REFUSED;
-    if (!runtime.wasOnline())
-        return EXIT_NO_LINK;
+    if (!runtime.wasOnline()) // which the messages have told, unless nobody wanted them
+        return runtime.options().quiet ? noLink(runtime) : static_cast<int>(EXIT_NO_LINK);
     if (values.changes() >= static_cast<unsigned long>(options.changes))
         return EXIT_DONE;
     runtime.messages().finish();
