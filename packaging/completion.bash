@@ -38,7 +38,7 @@ _fins_offer()
     done
 }
 
-# Offers the names of the project $2, of the kind $1: tags or recipes.
+# Offers the names of the project $2, of the kind $1: tags, recipes or groups.
 _fins_offer_names()
 {
     [[ -n $2 ]] && _fins_offer "$3" "${4-}" < <("${COMP_WORDS[0]}" complete "$1" --project "$2" 2>/dev/null)
@@ -56,6 +56,7 @@ _fins_offer_values()
             local choices=${1#*\{}
             _fins_offer "$3" < <(tr ',' '\n' <<<"${choices%%\}*}") ;;
         ITEM=VALUE) _fins_offer_names tags "$2" "$3" = ;;
+        GROUP) _fins_offer_names groups "$2" "$3" ;;
         FILE | TEXT*) _fins_offer_files "$3" ;;
         FOLDER) _fins_offer "$3" < <(compgen -d -- "$3") ;;
     esac

@@ -229,18 +229,6 @@ TagWrite TagBook::resolveWrite(const std::string &text) const
     return write;
 }
 
-std::vector<TagWrite> TagBook::resolveWrites(const std::vector<std::string> &texts) const
-{
-    std::vector<TagWrite> writes;
-    std::vector<Item> items;
-    for (const std::string &text : texts) {
-        writes.push_back(resolveWrite(text));
-        items.push_back(writes.back().tag.item);
-    }
-    refuseOverlaps(items);
-    return writes;
-}
-
 ValueFormat TagBook::formatFor(const std::string &text) const
 {
     const Parts parts = split(text);

@@ -75,9 +75,6 @@ public:
     /// The same for ITEM=VALUE[,VALUE...]; a string is all that stands behind the =.
     TagWrite resolveWrite(const std::string &text) const;
 
-    /// The same for several, which share no word or bit.
-    std::vector<TagWrite> resolveWrites(const std::vector<std::string> &texts) const;
-
     /// The form in which the values of the tag or item are written. Throws UsageError.
     ValueFormat formatFor(const std::string &text) const;
 

@@ -23,8 +23,8 @@ protected:
     PanelFiles  files;
     std::string project = files.put("plant.toml", "[connection]\nhost = \"127.0.0.1\"\n"
                                                   "[tags]\n"
-                                                  "Level = { type = \"DM\", address = 0 }\n"
-                                                  "SetPoint = { type = \"DM\", address = 3 }\n"
+                                                  "Level = { type = \"DM\", address = 0, group = \"Press\" }\n"
+                                                  "SetPoint = { type = \"DM\", address = 3, group = \"Tank\" }\n"
                                                   "[recipes.Lemonade.values]\nLevel = 1\n"
                                                   "[recipes.\"a $(touch evil) b\".values]\nLevel = 1\n");
 };
@@ -44,6 +44,7 @@ TEST_F(PanelCompletionTest, Options)
     EXPECT_EQ(offered({"read", "--wo"}), (Words{"--words-per-frame", "--word-order"}));
     EXPECT_EQ(offered({"--project", project, "watch", "--js"}), Words{"--json"});
     EXPECT_EQ(offered({"recipe", "write", "--tab"}), Words{"--table"});
+    EXPECT_EQ(offered({"read", "-"}).front(), "-h");
 }
 
 TEST_F(PanelCompletionTest, ValuesOfOptions)
@@ -70,6 +71,18 @@ TEST_F(PanelCompletionTest, TagsToWrite)
     EXPECT_EQ(offered({"watch", "--project", project, "--write", "L"}), Words{"Level="});
     EXPECT_EQ(offered({"write", "--project", project, "Level", "="}), Words{});
     EXPECT_EQ(offered({"write", "--project", project, "Level", "=", ""}), Words{});
+}
+
+TEST_F(PanelCompletionTest, GroupsOfTheProject)
+{
+    EXPECT_EQ(offered({"read", "-p", project, "--group", ""}), (Words{"Press", "Tank"}));
+    EXPECT_EQ(offered({"watch", "--project", project, "--group", "T"}), Words{"Tank"});
+    EXPECT_EQ(offered({"read", "--group", ""}), Words{});
+}
+
+TEST_F(PanelCompletionTest, FilesOfItems)
+{
+    EXPECT_EQ(offered({"read", "--items", project.substr(0, project.size() - 2)}), Words{project});
 }
 
 TEST_F(PanelCompletionTest, RecipesOfTheProject)

@@ -59,7 +59,7 @@ TEST_F(PanelProjectTest, AnotherPlcThanTheProjects)
     EXPECT_EQ(runPanel({"read", "--project", without, host(), "A"}).out, "A = 0\n");
     EXPECT_EQ(runPanel({"read", "--host", host(), "DM:0"}).out, "DM:0 = 0\n");
     expectRefused({"read", "--project", without}, "fins_panel: host is required; see fins_panel --help");
-    expectRefused({"read", "--project", file}, "fins_panel: items is required; see fins_panel --help");
+    expectRefused({"write", "--project", file}, "fins_panel: items is required; see fins_panel --help");
 }
 
 TEST_F(PanelProjectTest, SettingsCountUnlessTheirOptionIsGiven)

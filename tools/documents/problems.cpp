@@ -6,9 +6,6 @@
 #include <algorithm>
 #include <tuple>
 
-// Ten times the longest recipe, and as many tags as nobody has.
-static const std::size_t FILE_MOST_BYTES = 2 * 1024 * 1024;
-
 void Problems::add(const std::string &file, Place place, const std::string &text)
 {
     entries_.push_back({file, place, text});

@@ -1,6 +1,7 @@
 #ifndef DOCUMENTS_PROBLEMS_H
 #define DOCUMENTS_PROBLEMS_H
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -37,7 +38,10 @@ private:
     std::vector<Entry> entries_;
 };
 
-/// Reads a whole file of 2 MiB at most. Throws UsageError, which names the file and the reason.
+/// Ten times the longest recipe, and as many tags as nobody has.
+constexpr std::size_t FILE_MOST_BYTES = 2UL * 1024 * 1024;
+
+/// Reads a whole file of FILE_MOST_BYTES at most. Throws UsageError, which names the file and the reason.
 std::string readFile(const std::string &file);
 
 #endif

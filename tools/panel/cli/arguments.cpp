@@ -29,20 +29,31 @@ void placeHost(CLI::App &command, Arguments &arguments)
                              + "; give another one with --host");
         arguments.recipe.file = arguments.host;
     } else if (arguments.hasHost) {
-        std::vector<std::string> &items = command.get_name() == "watch" ? arguments.watch.items : arguments.items;
+        std::vector<std::string> &items = arguments.choice.items;
         items.insert(items.begin(), arguments.host);
     }
     arguments.host    = known;
     arguments.hasHost = true;
 }
 
+// Where groups can be chosen, no choice is that of all tags.
+void requireItems(const CLI::App &command, const Arguments &arguments)
+{
+    if (!command.get_option_no_throw("items") || !arguments.choice.isEmpty())
+        return;
+    const bool takesAll = command.get_option_no_throw("--group") && arguments.book && !arguments.book->tags().empty();
+    if (!takesAll)
+        throw CLI::RequiredError("items");
+    if (arguments.project.host.empty() && arguments.otherHost.empty() && arguments.book->find(arguments.host))
+        throw UsageError("'" + arguments.host + "' is a tag, and the PLC is missing; give HOST before it, or the project "
+                         "its host");
+}
+
 void requirePositionals(CLI::App &command, const Arguments &arguments)
 {
-    const std::vector<std::string> &items = command.get_name() == "watch" ? arguments.watch.items : arguments.items;
     if (command.get_option_no_throw("host") && !arguments.hasHost)
         throw CLI::RequiredError("host");
-    if (command.get_option_no_throw("items") && items.empty())
-        throw CLI::RequiredError("items");
+    requireItems(command, arguments);
     if (command.get_option_no_throw("host") && command.get_option_no_throw("file") && arguments.recipe.file.empty())
         throw CLI::RequiredError("file");
 }

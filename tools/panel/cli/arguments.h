@@ -42,7 +42,7 @@ struct Arguments {
     LinkOptions              link;
     std::string              trace;
     bool                     stats      = false;
-    std::vector<std::string> items;
+    ItemChoice               choice;
     WriteOptions             write;
     WatchOptions             watch;
     BenchOptions             bench;

@@ -42,6 +42,7 @@ void addWatchForm(CLI::App &command, Arguments &arguments)
             arguments.watch.format = *json ? LineFormat::JSON : LineFormat::CSV;
         arguments.link.interval     = Millis(arguments.intervalMs);
         arguments.link.refusedPause = millis(arguments.retryRefused);
+        arguments.watch.choice      = arguments.choice;
         return runWatch(*arguments.book, arguments.link, arguments.watch);
     });
 }
@@ -52,9 +53,12 @@ void addWatch(CLI::App &app, Arguments &arguments)
                                            "Watch values: a live table on a terminal, else a line for every change");
     addLinkOptions(*command, arguments, settings::READ_WORDS);
     addQuiet(*command, arguments.link.quiet);
-    command->add_option("items", arguments.watch.items,
-                        "items to watch; a line is time (UTC), item, old and new value, '-' being the old one of a "
-                        "first value");
+    command->add_option("items", arguments.choice.items,
+                        "items to watch, names of tags or patterns such as 'press.*' for them; all tags of the project "
+                        "by default; a line is time (UTC), item, old and new value, '-' being the old one of a first "
+                        "value");
+    addGroups(*command, arguments.choice);
+    addItemFile(*command, arguments.choice, "item");
     addSetting(*command, settings::WATCH_FOR, arguments.watch.forSeconds);
     addSetting(*command, settings::CHANGES, arguments.watch.changes);
     addSetting(*command, settings::INTERVAL, arguments.intervalMs);
@@ -73,12 +77,12 @@ void addBench(CLI::App &app, Arguments &arguments)
     addLinkOptions(*command, arguments, settings::READ_WORDS);
     addQuiet(*command, arguments.link.quiet);
     addSetting(*command, settings::GIVE_UP, arguments.giveUp);
-    command->add_option("polled", arguments.items, "items to poll; a block of DM from 0 on by default");
+    command->add_option("polled", arguments.choice.items, "items to poll; a block of DM from 0 on by default");
     addSetting(*command, settings::BENCH_WORDS, arguments.bench.words);
     addSettings(*command, settings::BENCH_SIZES, arguments.bench.sizes);
     addSetting(*command, settings::BENCH_FOR, arguments.bench.forSeconds);
     onCommand(*command, arguments, [&arguments](const DriverLibrary &) {
-        arguments.bench.items = arguments.items;
+        arguments.bench.items = arguments.choice.items;
         return runBench(*arguments.book, arguments.link, millis(arguments.giveUp), arguments.bench);
     });
 }
@@ -89,10 +93,14 @@ void addRead(CLI::App &app, Arguments &arguments)
     addLinkOptions(*command, arguments, settings::READ_WORDS);
     addQuiet(*command, arguments.link.quiet);
     addSetting(*command, settings::GIVE_UP, arguments.giveUp);
-    command->add_option("items", arguments.items, "items to read");
+    command->add_option("items", arguments.choice.items,
+                        "items to read, names of tags or patterns such as 'press.*' for them; all tags of the project by "
+                        "default");
+    addGroups(*command, arguments.choice);
+    addItemFile(*command, arguments.choice, "item");
     addValueOptions(*command, arguments.values);
     onCommand(*command, arguments, [&arguments](const DriverLibrary &) {
-        return runRead(*arguments.book, arguments.link, millis(arguments.giveUp), arguments.items);
+        return runRead(*arguments.book, arguments.link, millis(arguments.giveUp), arguments.choice);
     });
 }
 
@@ -103,15 +111,16 @@ void addWrite(CLI::App &app, Arguments &arguments)
     addLinkOptions(*command, arguments, settings::WRITE_WORDS);
     addQuiet(*command, arguments.link.quiet);
     addSetting(*command, settings::GIVE_UP, arguments.giveUp);
-    command->add_option("items", arguments.items,
+    command->add_option("items", arguments.choice.items,
                         "ITEM=VALUE[,VALUE...]; words -32768 to 65535 or 0x0 to 0xFFFF, bits 0 or 1");
+    addItemFile(*command, arguments.choice, "ITEM=VALUE");
     addValueOptions(*command, arguments.values);
     addDryRun(*command, arguments.write.dryRun);
     addConfirm(*command, arguments.write.confirm);
     addModeChange(*command, arguments);
     addKeepGoing(*command, arguments.write.keepGoing);
     onCommand(*command, arguments, [&arguments](const DriverLibrary &) {
-        arguments.write.writes = arguments.items;
+        arguments.write.choice = arguments.choice;
         return runWrite(*arguments.book, arguments.link, millis(arguments.giveUp), arguments.write);
     });
 }
@@ -188,9 +197,11 @@ void addCheck(CLI::App &app, Arguments &arguments)
 {
     CLI::App *check = app.add_subcommand("check", "Check items without a PLC");
     addProjectOption(*check, arguments);
-    check->add_option("items", arguments.items, "items to check");
+    check->add_option("items", arguments.choice.items, "items to check");
     addValueOptions(*check, arguments.values);
-    onCommand(*check, arguments, [&arguments](const DriverLibrary &) { return runCheck(*arguments.book, arguments.items); });
+    onCommand(*check, arguments, [&arguments](const DriverLibrary &) {
+        return runCheck(*arguments.book, arguments.choice.items);
+    });
 }
 
 void addLists(CLI::App &app, Arguments &arguments)
@@ -211,9 +222,9 @@ void addCompletion(CLI::App &app, Arguments &arguments)
     CLI::App *complete = app.add_subcommand("complete", "List names of a project, for the completion of a shell");
     complete->group(""); // not for people, and in no help
     addProjectOption(*complete, arguments);
-    complete->add_option("kind", arguments.completed)->required()->check(CLI::IsMember({"tags", "recipes"}));
+    complete->add_option("kind", arguments.completed)->required()->check(CLI::IsMember({"tags", "recipes", "groups"}));
     onCommand(*complete, arguments, [&arguments](const DriverLibrary &) {
-        return runComplete(*arguments.book, arguments.project, arguments.completed == "recipes");
+        return runComplete(*arguments.book, arguments.project, arguments.completed);
     });
 }
 

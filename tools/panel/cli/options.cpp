@@ -102,6 +102,20 @@ void addLinkOptions(CLI::App &command, Arguments &arguments, const Setting &word
                      "show at the end, on stderr: requests, replies, retries, reconnects, round trips, words, errors");
 }
 
+void addGroups(CLI::App &command, ItemChoice &choice)
+{
+    command.add_option("--group", choice.groups, "the tags of this group of the project, too; repeatable")
+        ->allow_extra_args(false)->type_name("GROUP");
+}
+
+void addItemFile(CLI::App &command, ItemChoice &choice, const std::string &line)
+{
+    command.add_option("--items", choice.file,
+                       "file with an " + line + " in each line, - for standard input; lines that begin with # are passed "
+                       "over")
+        ->type_name("FILE");
+}
+
 void addValueOptions(CLI::App &command, ValueArguments &values)
 {
     std::string types = dataTypeNames();

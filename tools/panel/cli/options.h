@@ -37,6 +37,11 @@ void addHostOption(CLI::App &command, Arguments &arguments);
 /// HOST and all that belongs to a link; `words` is the limit of one request.
 void addLinkOptions(CLI::App &command, Arguments &arguments, const Setting &words);
 
+void addGroups(CLI::App &command, ItemChoice &choice);
+
+/// `line` is what a line of the file holds.
+void addItemFile(CLI::App &command, ItemChoice &choice, const std::string &line);
+
 /// How values are shown and taken.
 void addValueOptions(CLI::App &command, ValueArguments &values);
 

@@ -1,6 +1,7 @@
 #ifndef PANEL_COMMANDS_COMMANDS_H
 #define PANEL_COMMANDS_COMMANDS_H
 
+#include "commands/item_choice.h"
 #include "driver/driver_library.h"
 #include "project/project.h"
 #include "session/runtime.h"
@@ -14,7 +15,7 @@
 // The commands of the program. Each checks all that the user gave before anything is sent, and returns an ExitCode.
 
 struct WatchOptions {
-    std::vector<std::string> items;
+    ItemChoice choice;
     std::vector<std::string> writes; // ITEM=VALUE, sent once when the link is up
     std::optional<LineFormat> format; // none: a live table on a terminal, else plain lines
     double forSeconds = 0; // 0: for ever
@@ -30,7 +31,7 @@ struct BenchOptions {
 };
 
 struct WriteOptions {
-    std::vector<std::string> writes; // ITEM=V[,V...]
+    ItemChoice choice; // of ITEM=V[,V...]
     bool dryRun    = false; // shows the frames, and sends nothing
     bool keepGoing = false; // with the other writes when one is refused or its fate is unknown
     bool confirm   = false; // asks the user before anything is written
@@ -54,7 +55,7 @@ int runLink(const DriverLibrary &library, const LinkOptions &link, long count);
 /// Measures the refresh time for several block sizes. A size counts as unanswered after `giveUp`.
 int runBench(const TagBook &book, const LinkOptions &link, Millis giveUp, const BenchOptions &options);
 int runWatch(const TagBook &book, const LinkOptions &link, const WatchOptions &options);
-int runRead(const TagBook &book, const LinkOptions &link, Millis giveUp, const std::vector<std::string> &items);
+int runRead(const TagBook &book, const LinkOptions &link, Millis giveUp, const ItemChoice &choice);
 
 /// Success only when the values read back agree.
 int runWrite(const TagBook &book, const LinkOptions &link, Millis giveUp, const WriteOptions &options);
@@ -67,8 +68,8 @@ int runImportTags(const DriverLibrary &library, const std::string &file, const s
 int runRecipeList(const Project *project);
 int runRecipeShow(const TagBook &book, const RecipeOptions &options);
 
-/// Lists the names of the project's tags, or of its recipes, one a line.
-int runComplete(const TagBook &book, const Project &project, bool recipes);
+/// Lists the names of the project's tags, recipes or groups, one a line.
+int runComplete(const TagBook &book, const Project &project, const std::string &kind);
 int runTypes(const DriverLibrary &library);
 int runCopies(const DriverLibrary &library, const std::string &item, long count, long step);
 

@@ -22,15 +22,18 @@ int runCheck(const TagBook &book, const std::vector<std::string> &texts)
     return code;
 }
 
-int runComplete(const TagBook &book, const Project &project, bool recipes)
+int runComplete(const TagBook &book, const Project &project, const std::string &kind)
 {
-    if (recipes) {
+    if (kind == "recipes") {
         for (const Recipe &recipe : project.recipes)
             std::cout << recipe.name << '\n';
-        return EXIT_DONE;
+    } else if (kind == "groups") {
+        for (const std::string &group : groupsOf(book))
+            std::cout << group << '\n';
+    } else {
+        for (const Tag &tag : book.tags())
+            std::cout << tag.name << '\n';
     }
-    for (const Tag &tag : book.tags())
-        std::cout << tag.name << '\n';
     return EXIT_DONE;
 }
 

@@ -6,9 +6,9 @@
 
 #include <iostream>
 
-int runRead(const TagBook &book, const LinkOptions &link, Millis giveUp, const std::vector<std::string> &texts)
+int runRead(const TagBook &book, const LinkOptions &link, Millis giveUp, const ItemChoice &choice)
 {
-    const std::vector<Tag> tags = book.resolveAll(texts, Access::READ);
+    const std::vector<Tag> tags = chosenTags(book, choice);
     Runtime runtime(book.library(), link);
     ReadOnce fresh(runtime, itemsOf(tags));
     if (!stepUntil(runtime, Clock::now() + giveUp, [&] { return fresh.complete(); }))

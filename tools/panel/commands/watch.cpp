@@ -120,8 +120,8 @@ std::vector<Item> writtenItems(const Writes &writes)
 
 int runWatch(const TagBook &book, const LinkOptions &link, const WatchOptions &options)
 {
-    const std::vector<Tag> tags = book.resolveAll(options.items, Access::READ);
-    const Writes toWrite = book.resolveWrites(options.writes);
+    const std::vector<Tag> tags = chosenTags(book, options.choice);
+    const Writes toWrite = chosenWrites(book, {options.writes, "", {}});
     Runtime runtime(book.library(), link);
     WatchWrites writes(runtime, options.keepGoing, toWrite);
     WatchValues values(runtime, tags, writtenItems(toWrite), [&] { return writes.openItems(); });

@@ -48,7 +48,7 @@ std::string whyNotSent(const Runtime &runtime, const WriteQueue &queue, const Re
 
 int runWrite(const TagBook &book, const LinkOptions &link, Millis giveUp, const WriteOptions &options)
 {
-    const std::vector<TagWrite> writes = book.resolveWrites(options.writes);
+    const std::vector<TagWrite> writes = chosenWrites(book, options.choice);
     if (options.dryRun)
         return showFrames(book, link, writes);
     if (options.confirm)

@@ -1,0 +1,139 @@
+#include "commands/item_choice.h"
+
+#include "commands/item_file.h"
+#include "common/suggestion.h"
+
+#include <algorithm>
+#include <fnmatch.h>
+#include <set>
+
+namespace {
+
+const char WILDCARDS[] = "*?["; // which no name of a tag and no address has
+
+std::string listText(const std::vector<std::string> &names)
+{
+    const std::size_t most = 8;
+    std::string text;
+    for (std::size_t i = 0; i < std::min(names.size(), most); ++i)
+        text += (i > 0 ? ", " : "") + names[i];
+    return text + (names.size() > most ? " and " + std::to_string(names.size() - most) + " more" : "");
+}
+
+std::vector<std::string> namesOf(const std::vector<Tag> &tags)
+{
+    std::vector<std::string> names;
+    names.reserve(tags.size());
+    for (const Tag &tag : tags)
+        names.push_back(tag.name);
+    return names;
+}
+
+// Collects tags by their names.
+class Chosen {
+public:
+    explicit Chosen(const TagBook &book) : book_(book) {}
+
+    // What is named twice comes twice, unless a pattern has brought it.
+    void takeNamed(const std::string &text)
+    {
+        Tag tag = book_.resolve(text, Access::READ);
+        if (brought_.count(tag.name) > 0)
+            return;
+        names_.insert(tag.name);
+        tags_.push_back(std::move(tag));
+    }
+
+    void takePattern(const std::string &text);
+    void takeGroup(const std::string &group);
+    void takeAll() { tags_ = book_.tags(); }
+
+    const std::vector<Tag> &tags() const { return tags_; }
+
+private:
+    void bring(Tag tag)
+    {
+        brought_.insert(tag.name);
+        if (names_.insert(tag.name).second)
+            tags_.push_back(std::move(tag));
+    }
+
+    const TagBook        &book_;
+    std::vector<Tag>      tags_;
+    std::set<std::string> names_;   // of tags_
+    std::set<std::string> brought_; // by patterns and groups
+};
+
+// A data type behind the pattern is that of every tag.
+void Chosen::takePattern(const std::string &text)
+{
+    if (book_.tags().empty())
+        throw UsageError("'" + text + "' is a pattern for names of tags, and there are none; name a project with tags by "
+                                      "--project FILE");
+    const std::size_t slash   = std::min(text.find('/'), text.size());
+    const std::string pattern = text.substr(0, slash);
+    bool matches = false;
+    for (const Tag &tag : book_.tags()) {
+        if (fnmatch(pattern.c_str(), tag.name.c_str(), 0) != 0)
+            continue;
+        matches = true;
+        bring(book_.resolve(tag.name + text.substr(slash), Access::READ));
+    }
+    if (!matches)
+        throw UsageError("no tag matches '" + pattern + "'; the tags are " + listText(namesOf(book_.tags())));
+}
+
+void Chosen::takeGroup(const std::string &group)
+{
+    const std::vector<std::string> groups = groupsOf(book_);
+    if (groups.empty())
+        throw UsageError("there is no group '" + group + "': no tag has one; write group = \"NAME\" into the tables of "
+                                                         "its tags in a project");
+    if (std::find(groups.begin(), groups.end(), group) == groups.end())
+        throw UsageError("there is no group '" + group + "'" + hintAt(nearestWord(group, groups)) + "; the groups are "
+                         + listText(groups));
+    for (const Tag &tag : book_.tags()) {
+        if (tag.group == group)
+            bring(tag);
+    }
+}
+
+} // namespace
+
+std::vector<Tag> chosenTags(const TagBook &book, const ItemChoice &choice)
+{
+    Chosen chosen(book);
+    if (choice.isEmpty())
+        chosen.takeAll();
+    forEachItem(choice.items, choice.file, [&chosen](const std::string &text) {
+        if (text.find_first_of(WILDCARDS) != std::string::npos)
+            chosen.takePattern(text);
+        else
+            chosen.takeNamed(text);
+    });
+    for (const std::string &group : choice.groups)
+        chosen.takeGroup(group);
+    return chosen.tags();
+}
+
+std::vector<TagWrite> chosenWrites(const TagBook &book, const ItemChoice &choice)
+{
+    std::vector<TagWrite> writes;
+    std::vector<Item> items;
+    forEachItem(choice.items, choice.file, [&](const std::string &text) {
+        writes.push_back(book.resolveWrite(text));
+        items.push_back(writes.back().tag.item);
+    });
+    refuseOverlaps(items);
+    return writes;
+}
+
+std::vector<std::string> groupsOf(const TagBook &book)
+{
+    std::vector<std::string> groups;
+    for (const Tag &tag : book.tags()) {
+        if (!tag.group.empty() && std::find(groups.begin(), groups.end(), tag.group) == groups.end())
+            groups.push_back(tag.group);
+    }
+    return groups;
+}

@@ -1,0 +1,30 @@
+#ifndef PANEL_COMMANDS_ITEM_CHOICE_H
+#define PANEL_COMMANDS_ITEM_CHOICE_H
+
+#include "values/tags.h"
+
+#include <string>
+#include <vector>
+
+// What a command is to work on: items and tags of the command line, of a file, and groups of tags.
+
+struct ItemChoice {
+    std::vector<std::string> items;  // on the command line
+    std::string              file;   // with further ones, one a line; "-" is standard input, "" none
+    std::vector<std::string> groups; // of tags
+
+    bool isEmpty() const { return items.empty() && file.empty() && groups.empty(); }
+};
+
+/// What is to be read, in the order in which it is named; all tags of the project for an empty choice. A name with *, ?
+/// or [ is a pattern as of a shell for names of tags, which come in the order of the project. What a pattern or a group
+/// brings is taken once. Throws UsageError, which begins with FILE:LINE for what a file names.
+std::vector<Tag> chosenTags(const TagBook &book, const ItemChoice &choice);
+
+/// The same for ITEM=VALUE; there are neither patterns nor groups.
+std::vector<TagWrite> chosenWrites(const TagBook &book, const ItemChoice &choice);
+
+/// The names of all groups, each once.
+std::vector<std::string> groupsOf(const TagBook &book);
+
+#endif
