@@ -43,6 +43,7 @@ struct Arguments {
     std::string              trace;
     bool                     stats      = false;
     ItemChoice               choice;
+    ValueForm                form = ValueForm::PLAIN; // of values that are read
     WriteOptions             write;
     WatchOptions             watch;
     BenchOptions             bench;

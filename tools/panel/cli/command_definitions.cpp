@@ -98,9 +98,11 @@ void addRead(CLI::App &app, Arguments &arguments)
                         "default");
     addGroups(*command, arguments.choice);
     addItemFile(*command, arguments.choice, "item");
+    addForms(*command, arguments.form);
     addValueOptions(*command, arguments.values);
     onCommand(*command, arguments, [&arguments](const DriverLibrary &) {
-        return runRead(*arguments.book, arguments.link, millis(arguments.giveUp), arguments.choice);
+        return runRead(*arguments.book, arguments.link, millis(arguments.giveUp), arguments.choice,
+                       arguments.form);
     });
 }
 
@@ -134,12 +136,17 @@ void addRecipeTransfer(CLI::App &recipe, Arguments &arguments, RecipeTask task, 
     addQuiet(*command, arguments.link.quiet);
     addSetting(*command, settings::GIVE_UP, arguments.giveUp);
     command->add_option("file", arguments.recipe.file, "recipe file (text, .toml or .csv), or a recipe of the project");
-    if (task == RecipeTask::READ)
-        command
-            ->add_option("--output", arguments.recipe.output,
-                         "file for the values, in the form of its ending .toml, .csv or any other; standard output by "
-                         "default")
-            ->type_name("FILE");
+    std::vector<CLI::Option *> forms;
+    if (task != RecipeTask::WRITE)
+        forms = addForms(*command, arguments.recipe.form);
+    if (task == RecipeTask::READ) {
+        CLI::Option *output = command->add_option("--output", arguments.recipe.output,
+                                                  "file for the values, in the form of its ending .toml, .csv or any "
+                                                  "other; standard output by default")
+                                  ->type_name("FILE");
+        for (CLI::Option *form : forms)
+            output->excludes(form);
+    }
     if (task == RecipeTask::WRITE) {
         addDryRun(*command, arguments.recipe.dryRun);
         addConfirm(*command, arguments.recipe.confirm);

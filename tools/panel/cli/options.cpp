@@ -132,6 +132,19 @@ void addValueOptions(CLI::App &command, ValueArguments &values)
     command.add_option("--unit", values.format.unit, "shown behind the values");
 }
 
+std::vector<CLI::Option *> addForms(CLI::App &command, ValueForm &form)
+{
+    const auto add = [&](const char *name, ValueForm chosen, const char *help) {
+        return command.add_flag_callback(name, [&form, chosen] { form = chosen; }, help);
+    };
+    CLI::Option *json  = add("--json", ValueForm::JSON, "a JSON object per line");
+    CLI::Option *csv   = add("--csv", ValueForm::CSV, "comma-separated values");
+    CLI::Option *value = add("--value", ValueForm::VALUE, "values alone, a line for each item");
+    json->excludes(csv)->excludes(value);
+    csv->excludes(value);
+    return {json, csv, value};
+}
+
 void addQuiet(CLI::App &command, bool &quiet)
 {
     command.add_flag("-q,--quiet", quiet, "say nothing of connections made, missed and lost; errors and what became of "

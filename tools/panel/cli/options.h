@@ -45,6 +45,9 @@ void addItemFile(CLI::App &command, ItemChoice &choice, const std::string &line)
 /// How values are shown and taken.
 void addValueOptions(CLI::App &command, ValueArguments &values);
 
+/// The forms for other programs; each excludes the others. Returns the options.
+std::vector<CLI::Option *> addForms(CLI::App &command, ValueForm &form);
+
 void addQuiet(CLI::App &command, bool &quiet);
 void addDryRun(CLI::App &command, bool &dryRun);
 void addConfirm(CLI::App &command, bool &confirm);

@@ -2,6 +2,7 @@
 #define PANEL_COMMANDS_COMMANDS_H
 
 #include "commands/item_choice.h"
+#include "commands/value_lines.h"
 #include "driver/driver_library.h"
 #include "project/project.h"
 #include "session/runtime.h"
@@ -46,6 +47,7 @@ struct RecipeOptions {
     bool           dryRun  = false;
     bool           confirm = false; // asks the user before anything is written
     bool           table   = false; // differences as a table, not only on a terminal
+    ValueForm      form    = ValueForm::PLAIN; // of what was read or compared
     const Project *project = nullptr;
 };
 
@@ -55,7 +57,7 @@ int runLink(const DriverLibrary &library, const LinkOptions &link, long count);
 /// Measures the refresh time for several block sizes. A size counts as unanswered after `giveUp`.
 int runBench(const TagBook &book, const LinkOptions &link, Millis giveUp, const BenchOptions &options);
 int runWatch(const TagBook &book, const LinkOptions &link, const WatchOptions &options);
-int runRead(const TagBook &book, const LinkOptions &link, Millis giveUp, const ItemChoice &choice);
+int runRead(const TagBook &book, const LinkOptions &link, Millis giveUp, const ItemChoice &choice, ValueForm form);
 
 /// Success only when the values read back agree.
 int runWrite(const TagBook &book, const LinkOptions &link, Millis giveUp, const WriteOptions &options);

@@ -176,6 +176,11 @@ int writeRecipe(Runtime &runtime, const Recipe &recipe, Millis giveUp, const Rec
     return exitCode(report);
 }
 
+int comparisonCode(const std::vector<RecipeEntry> &wanted, const std::vector<RecipeEntry> &held)
+{
+    return countDiffering(wanted, held) == 0 ? EXIT_DONE : EXIT_REFUSED;
+}
+
 int showComparison(const std::vector<RecipeEntry> &wanted, const std::vector<RecipeEntry> &held)
 {
     const std::size_t differing = countDiffering(wanted, held);
@@ -188,6 +193,21 @@ int showComparison(const std::vector<RecipeEntry> &wanted, const std::vector<Rec
     return EXIT_REFUSED;
 }
 
+// The variables for other programs: all that were read, or those that differ, and those that are refused.
+std::string readLines(RecipeTransfer &transfer, const Recipe &recipe, const RecipeOptions &options)
+{
+    const bool compares = options.task == RecipeTask::COMPARE;
+    std::vector<ReadValue> values;
+    for (const RecipeEntry &entry : recipe.entries) {
+        ReadValue value = {entryName(entry), entry.item, entry.format, std::nullopt, entry.values};
+        if (!transfer.refused(entry.item))
+            value.bytes = transfer.values(entry.item);
+        if (!compares || value.bytes != value.wanted)
+            values.push_back(std::move(value));
+    }
+    return compares ? comparedLines(options.form, values) : valueLines(options.form, values);
+}
+
 int readRecipe(Runtime &runtime, const Recipe &recipe, Millis giveUp, const RecipeOptions &options)
 {
     RecipeTransfer transfer(runtime, recipe.entries);
@@ -195,13 +215,16 @@ int readRecipe(Runtime &runtime, const Recipe &recipe, Millis giveUp, const Reci
     if (end == TransferEnd::NO_LINK)
         return noAnswer(runtime, giveUp);
     const std::vector<RecipeEntry> wanted = readEntries(runtime, transfer, recipe.entries);
+    const bool isPlain = options.form == ValueForm::PLAIN;
+    if (!isPlain)
+        std::cout << readLines(transfer, recipe, options);
     if (wanted.empty())
         return EXIT_REFUSED;
     const std::vector<RecipeEntry> held = heldEntries(transfer, wanted);
     int code = EXIT_DONE;
     if (options.task == RecipeTask::COMPARE)
-        code = showComparison(wanted, held);
-    else
+        code = isPlain ? showComparison(wanted, held) : comparisonCode(wanted, held);
+    else if (isPlain)
         giveOut(recipeFileText(options.output, held), options.output);
     return wanted.size() == recipe.entries.size() ? code : static_cast<int>(EXIT_REFUSED);
 }

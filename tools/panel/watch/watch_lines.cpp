@@ -1,11 +1,7 @@
 #include "watch/watch_lines.h"
 
 #include "common/csv_text.h"
-#include "common/numbers.h"
-
-#include <nlohmann/json.hpp>
-
-using Json = nlohmann::ordered_json;
+#include "watch/json_value.h"
 
 static const char *eventName(WatchEvent::Kind kind)
 {
@@ -17,25 +13,6 @@ static const char *eventName(WatchEvent::Kind kind)
     return "";
 }
 
-// Numbers as numbers; hex, bits, text and what is no number as it is shown.
-static Json jsonValue(const std::string &text, const ValueFormat &format)
-{
-    if (text.empty())
-        return nullptr;
-    const bool isNumber = isNumeric(format.type) || format.type == DataType::BIT || format.type == DataType::WORD;
-    std::int64_t  whole    = 0;
-    std::uint64_t positive = 0;
-    double        real     = 0;
-    if (isNumber && readNumber(text, whole))
-        return whole;
-    if (isNumber && readNumber(text, positive))
-        return positive;
-    if (isNumber && readNumber(text, real) && real - real == 0) // neither infinite nor no number
-        return real;
-    return text;
-}
-
-// Text from a PLC or a project file may be no UTF-8: what is none is replaced.
 static std::string jsonLine(const WatchEvent &event, SystemTime time)
 {
     const WatchedValue &value = event.value;
@@ -48,7 +25,7 @@ static std::string jsonLine(const WatchEvent &event, SystemTime time)
     line["value"]   = jsonValue(value.text, value.format);
     line["unit"]    = value.format.unit;
     line["quality"] = fins::text(value.quality);
-    return line.dump(-1, ' ', false, Json::error_handler_t::replace);
+    return jsonText(line);
 }
 
 std::string csvHead()
