@@ -41,6 +41,7 @@ constexpr Setting RETRY_REFUSED = {"--retry-refused", nullptr, false, 0.01, 8640
 constexpr Setting GIVE_UP = {"--give-up", nullptr, false, 0.1, 86400, "seconds",
                              "time after which the command ends without success"};
 constexpr Setting WATCH_FOR = {"--for", nullptr, false, 0.001, 1e9, "seconds", "time to watch; for ever by default"};
+constexpr Setting WAIT_FOR = {"--for", nullptr, false, 0.001, 1e9, "seconds", "time to wait; for ever by default"};
 constexpr Setting CHANGES = {"--changes", nullptr, true, 1, 1e9, "",
                              "end after this many changes, first values not counted"};
 constexpr Setting ROUND_TRIPS = {"--count", nullptr, true, 1, 1e6, "", "round trips to measure"};

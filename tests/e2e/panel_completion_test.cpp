@@ -33,7 +33,7 @@ protected:
 
 TEST_F(PanelCompletionTest, Commands)
 {
-    EXPECT_EQ(offered({"wa"}), Words{"watch"});
+    EXPECT_EQ(offered({"wa"}), (Words{"watch", "wait"}));
     EXPECT_EQ(offered({"recipe", "w"}), Words{"write"});
     EXPECT_EQ(offered({"--project", project, "ch"}), (Words{"check-project", "check"}));
     EXPECT_EQ(offered({"comp"}), Words{}); // is for the completion only
@@ -45,6 +45,8 @@ TEST_F(PanelCompletionTest, Options)
     EXPECT_EQ(offered({"--project", project, "watch", "--js"}), Words{"--json"});
     EXPECT_EQ(offered({"recipe", "write", "--tab"}), Words{"--table"});
     EXPECT_EQ(offered({"read", "-"}).front(), "-h");
+    EXPECT_EQ(offered({"wait", "--a"}), Words{"--any"});
+    EXPECT_EQ(offered({"wait", "-q", "--a"}), Words{"--any"});
 }
 
 TEST_F(PanelCompletionTest, ValuesOfOptions)
@@ -71,6 +73,12 @@ TEST_F(PanelCompletionTest, TagsToWrite)
     EXPECT_EQ(offered({"watch", "--project", project, "--write", "L"}), Words{"Level="});
     EXPECT_EQ(offered({"write", "--project", project, "Level", "="}), Words{});
     EXPECT_EQ(offered({"write", "--project", project, "Level", "=", ""}), Words{});
+}
+
+TEST_F(PanelCompletionTest, TagsToWaitFor)
+{
+    EXPECT_EQ(offered({"wait", "-p", project, "L"}), Words{"Level"});
+    EXPECT_EQ(offered({"wait", "-p", project, "Level", "="}), Words{});
 }
 
 TEST_F(PanelCompletionTest, GroupsOfTheProject)

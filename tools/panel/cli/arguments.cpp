@@ -54,6 +54,8 @@ void requirePositionals(CLI::App &command, const Arguments &arguments)
     if (command.get_option_no_throw("host") && !arguments.hasHost)
         throw CLI::RequiredError("host");
     requireItems(command, arguments);
+    if (command.get_option_no_throw("conditions") && arguments.choice.items.empty())
+        throw CLI::RequiredError("conditions");
     if (command.get_option_no_throw("host") && command.get_option_no_throw("file") && arguments.recipe.file.empty())
         throw CLI::RequiredError("file");
 }

@@ -46,6 +46,7 @@ struct Arguments {
     ValueForm                form = ValueForm::PLAIN; // of values that are read
     WriteOptions             write;
     WatchOptions             watch;
+    WaitOptions              wait;
     BenchOptions             bench;
     long                     roundTrips = 100;
     RecipeOptions            recipe;

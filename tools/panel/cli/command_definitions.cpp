@@ -87,6 +87,23 @@ void addBench(CLI::App &app, Arguments &arguments)
     });
 }
 
+void addWait(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *command = app.add_subcommand("wait", "Wait until values are as asked");
+    addLinkOptions(*command, arguments, settings::READ_WORDS);
+    addQuiet(*command, arguments.link.quiet);
+    command->add_option("conditions", arguments.choice.items,
+                        "ITEM=VALUE, ITEM!=VALUE, or with >, >=, < or <= in its place; all have to hold at once");
+    command->add_flag("--any", arguments.wait.any, "one of them is enough");
+    addSetting(*command, settings::WAIT_FOR, arguments.wait.forSeconds);
+    addSetting(*command, settings::INTERVAL, arguments.intervalMs);
+    onCommand(*command, arguments, [&arguments](const DriverLibrary &) {
+        arguments.link.interval   = Millis(arguments.intervalMs);
+        arguments.wait.conditions = arguments.choice.items;
+        return runWait(*arguments.book, arguments.link, arguments.wait);
+    });
+}
+
 void addRead(CLI::App &app, Arguments &arguments)
 {
     CLI::App *command = app.add_subcommand("read", "Read items once: ITEM = VALUE ...");
@@ -245,6 +262,7 @@ void addCommands(CLI::App &app, Arguments &arguments)
     addWatch(app, arguments);
     addRead(app, arguments);
     addWrite(app, arguments);
+    addWait(app, arguments);
     addRecipe(app, arguments);
     addFiles(app, arguments);
     addBench(app, arguments);

@@ -24,6 +24,12 @@ struct WatchOptions {
     bool   keepGoing  = false; // with the other writes when one is refused or its fate is unknown
 };
 
+struct WaitOptions {
+    std::vector<std::string> conditions; // ITEM=VALUE and such
+    bool   any        = false; // one that holds is enough
+    double forSeconds = 0;     // 0: for ever
+};
+
 struct BenchOptions {
     std::vector<std::string> items;       // none: `words` words from DM:0 on
     long                     words = 500;
@@ -58,6 +64,9 @@ int runLink(const DriverLibrary &library, const LinkOptions &link, long count);
 int runBench(const TagBook &book, const LinkOptions &link, Millis giveUp, const BenchOptions &options);
 int runWatch(const TagBook &book, const LinkOptions &link, const WatchOptions &options);
 int runRead(const TagBook &book, const LinkOptions &link, Millis giveUp, const ItemChoice &choice, ValueForm form);
+
+/// Success as soon as the conditions hold; a value counts while it is good.
+int runWait(const TagBook &book, const LinkOptions &link, const WaitOptions &options);
 
 /// Success only when the values read back agree.
 int runWrite(const TagBook &book, const LinkOptions &link, Millis giveUp, const WriteOptions &options);
