@@ -1,9 +1,11 @@
 #include "cli/arguments.h"
 
+#include "common/suggestion.h"
 #include "common/usage_error.h"
 #include "link/host_port.h"
 #include "project/settings.h"
 
+#include <algorithm>
 #include <optional>
 
 namespace {
@@ -60,12 +62,58 @@ void requirePositionals(CLI::App &command, const Arguments &arguments)
         throw CLI::RequiredError("file");
 }
 
-void readProjectFile(Arguments &arguments)
+// The only PLC of the project, or the one that is named: by --plc, or by what is to be read, written or listed of it.
+ProjectPlc &chosenPlc(std::vector<ProjectPlc> &plcs, const Arguments &arguments)
+{
+    std::vector<std::string> names;
+    for (const ProjectPlc &plc : plcs)
+        names.push_back(plc.project.plc);
+    const auto find = [&](const auto &isIt) { return std::find_if(plcs.begin(), plcs.end(), isIt); };
+    if (!arguments.plc.empty()) {
+        const auto named = find([&](const ProjectPlc &plc) { return plc.project.plc == arguments.plc; });
+        if (named != plcs.end())
+            return *named;
+        throw UsageError("there is no PLC '" + arguments.plc + "' in " + arguments.projectFile
+                         + hintAt(nearestWord(arguments.plc, names)));
+    }
+    if (plcs.size() == 1)
+        return plcs.front();
+    std::vector<std::string> words = {arguments.host, arguments.recipe.file};
+    for (const auto *more : {&arguments.choice.items, &arguments.watch.writes})
+        words.insert(words.end(), more->begin(), more->end());
+    for (const std::string &word : words) {
+        const auto owner = find([&](const ProjectPlc &plc) {
+            return word.compare(0, plc.tags.plc().size(), plc.tags.plc()) == 0 || plc.project.findRecipe(word);
+        });
+        if (owner != plcs.end())
+            return *owner;
+    }
+    throw UsageError(arguments.projectFile + " has several PLCs: " + CLI::detail::join(names, ", ")
+                     + "; name one with --plc, or what is to be worked on, such as " + names.front() + ".DM:0");
+}
+
+// The tags and recipes of all PLCs, to be listed.
+ProjectPlc &joinedPlcs(std::vector<ProjectPlc> &plcs)
+{
+    ProjectPlc &all = plcs.front();
+    for (std::size_t i = 1; i < plcs.size(); ++i) {
+        for (const Tag &tag : plcs[i].tags.tags())
+            all.tags.add(tag);
+        std::move(plcs[i].project.recipes.begin(), plcs[i].project.recipes.end(), std::back_inserter(all.project.recipes));
+    }
+    return all;
+}
+
+void readProjectFile(CLI::App &command, Arguments &arguments)
 {
     Problems problems;
-    arguments.project        = readProject(arguments.projectFile, *arguments.book, problems);
-    arguments.recipe.project = &arguments.project;
+    std::vector<ProjectPlc> plcs = readProjectPlcs(arguments.projectFile, *arguments.library, problems);
     problems.refuse("; see fins_panel check-project " + arguments.projectFile);
+    const bool isList = command.get_name() == "list" || command.get_name() == "complete";
+    ProjectPlc &plc = isList && arguments.plc.empty() ? joinedPlcs(plcs) : chosenPlc(plcs, arguments);
+    arguments.project        = std::move(plc.project);
+    *arguments.book          = std::move(plc.tags);
+    arguments.recipe.project = &arguments.project;
 }
 
 } // namespace
@@ -74,7 +122,7 @@ void applyProject(CLI::App &command, Arguments &arguments)
 {
     if (arguments.projectFile.empty())
         return;
-    readProjectFile(arguments);
+    readProjectFile(command, arguments);
     const Project &project = arguments.project;
     prefer(command, settings::TIMEOUT, project.timeoutMs, arguments.timeoutMs);
     prefer(command, settings::INTERVAL, project.intervalMs, arguments.intervalMs);

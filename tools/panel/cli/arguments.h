@@ -26,6 +26,7 @@ struct Arguments {
     std::function<int(const DriverLibrary &)> action; // of the command that was given
     std::string              libraryFile;
     std::string              projectFile;
+    std::string              plc;        // which of the project's
     std::string              otherHost;  // in place of the project's
     ValueArguments           values;
     std::unique_ptr<DriverLibrary> library;

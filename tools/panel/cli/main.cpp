@@ -42,7 +42,7 @@ CLI::App &givenCommand(CLI::App &app)
 // Both stand before the command or behind it.
 void refuseTwice(const CLI::App &app, const CLI::App &command)
 {
-    for (const char *name : {"--project", "--host"}) {
+    for (const char *name : {"--project", "--plc", "--host"}) {
         const CLI::Option *own = command.get_option_no_throw(name);
         if (own && own->count() > 0 && app.get_option(name)->count() > 0)
             throw UsageError(std::string(name) + " is given twice; leave one out");

@@ -80,6 +80,7 @@ void addProjectOption(CLI::App &command, Arguments &arguments)
 {
     command.add_option("-p,--project", arguments.projectFile, "project file (TOML): connection, settings, tags, recipes")
         ->type_name("FILE");
+    command.add_option("--plc", arguments.plc, "which PLC of the project, where nothing else names it")->type_name("NAME");
 }
 
 void addHostOption(CLI::App &command, Arguments &arguments)
