@@ -54,8 +54,10 @@ TEST_F(PanelPlantTest, WithoutAnyNameNothingIsSent)
 TEST_F(PanelPlantTest, ListsAreOfAllPlcs)
 {
     EXPECT_EQ(runPanel({"complete", "tags", "-p", file}).out, "press.Level\noven.Level\n");
-    EXPECT_NE(runPanel({"recipe", "list", "-p", file}).out.find("Bread"), std::string::npos);
-    EXPECT_EQ(runPanel({"recipe", "show", "-p", file, "Bread"}).out, "oven.DM:20 = 9\n");
+    EXPECT_NE(runPanel({"recipe", "list", "-p", file}).out.find("Bread "), std::string::npos);
+    const Words shown = linesOf(runPanel({"recipe", "show", "-p", file, "Bread"}).out);
+    ASSERT_EQ(shown.size(), 3U);
+    EXPECT_EQ(shown[1], "oven.DM:20  DM:20    word  9");
     EXPECT_EQ(runPanel({"check", "-p", file, "oven.Level", "oven.DM:3"}).out, "oven.Level valid\noven.DM:3 valid\n");
 }
 
