@@ -66,6 +66,7 @@ void requirePositionals(CLI::App &command, const Arguments &arguments)
 ProjectPlc &chosenPlc(std::vector<ProjectPlc> &plcs, const Arguments &arguments)
 {
     std::vector<std::string> names;
+    names.reserve(plcs.size());
     for (const ProjectPlc &plc : plcs)
         names.push_back(plc.project.plc);
     const auto find = [&](const auto &isIt) { return std::find_if(plcs.begin(), plcs.end(), isIt); };
