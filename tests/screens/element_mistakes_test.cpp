@@ -1,8 +1,12 @@
 #include "screens_fixture.h"
 
+#include <limits>
+
 // Every mistake that an element can have, with its place and text.
 
 class ElementMistakes : public ScreensFixture {};
+
+static const std::string LARGEST = std::to_string(std::numeric_limits<long>::max());
 
 TEST_F(ElementMistakes, TheType)
 {
@@ -37,7 +41,7 @@ TEST_F(ElementMistakes, ThePlaceInTheGrid)
               (Lines{"p.toml:3:26: column 9 lies outside of the grid, which has columns 1 to 8"}));
     EXPECT_EQ(readElements(R"({ type = "alarms", at = [1, 0] })"),
               (Lines{"p.toml:3:29: row 0 lies outside of the grid, which has rows 1 to 5"}));
-    EXPECT_EQ(readElements(R"({ type = "alarms", at = [-1, 9223372036854775807] })"),
+    EXPECT_EQ(readElements(R"({ type = "alarms", at = [-1, )" + LARGEST + "] }"),
               (Lines{"p.toml:3:26: column -1 lies outside of the grid, which has columns 1 to 8"}));
 }
 
@@ -51,8 +55,8 @@ TEST_F(ElementMistakes, TheSizeInTheGrid)
               (Lines{"p.toml:3:41: a size of -2 columns is none; write 1 or more"}));
     EXPECT_EQ(readElements(R"({ type = "alarms", at = [2, 1], size = [8, 1] })"),
               (Lines{"p.toml:3:41: 8 columns from column 2 reach outside of the grid, which has columns 1 to 8"}));
-    EXPECT_EQ(readElements(R"({ type = "alarms", at = [1, 5], size = [1, 9223372036854775807] })"),
-              (Lines{"p.toml:3:44: 9223372036854775807 rows from row 5 reach outside of the grid, which has rows 1 to 5"}));
+    EXPECT_EQ(readElements(R"({ type = "alarms", at = [1, 5], size = [1, )" + LARGEST + "] }"),
+              (Lines{"p.toml:3:44: " + LARGEST + " rows from row 5 reach outside of the grid, which has rows 1 to 5"}));
 }
 
 TEST_F(ElementMistakes, TheTag)
