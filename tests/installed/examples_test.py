@@ -212,8 +212,10 @@ SetPoint = 70.5
         plc.tell("write DM:0 5")
         window = self.shows("build/qt_widget", f"127.0.0.1:{plc.port}", "DM:0", "6")
         self.wait_for(window, "DM:0 = 5 (good)")
-        plc.tell("disconnect")
-        self.wait_for(window, "DM:0 = 5 (last known)", "DM:0 = 5 (good)")
+        plc.tell("fault silence")
+        self.wait_for(window, "DM:0 = 5 (last known)")
+        plc.tell("faults off")
+        self.wait_for(window, "DM:0 = 5 (good)")
         self.assertEqual(plc.tell("read DM:0"), "ok 5")
 
     def test_window_writes_by_its_button(self):
