@@ -22,6 +22,7 @@ set(FINS_DOCUMENTS
     ${PROJECT_SOURCE_DIR}/tools/common/numbers.cpp
     ${PROJECT_SOURCE_DIR}/tools/common/suggestion.cpp
     ${PROJECT_SOURCE_DIR}/tools/documents/csv_document.cpp
+    ${PROJECT_SOURCE_DIR}/tools/documents/csv_reader.cpp
     ${PROJECT_SOURCE_DIR}/tools/documents/problems.cpp
     ${PROJECT_SOURCE_DIR}/tools/documents/table_reader.cpp
     ${PROJECT_SOURCE_DIR}/tools/documents/text_check.cpp
