@@ -8,7 +8,7 @@ std::vector<TagConfig> listed(const std::vector<Tag> &tags)
     for (const Tag &tag : tags) {
         TagConfig config;
         config.name     = tag.name;
-        config.item     = itemName(tag.item, tag.format);
+        config.item     = driverName(tag.item, tag.format);
         config.scale    = tag.format.scale;
         config.offset   = tag.format.offset;
         config.decimals = tag.format.decimals;

@@ -76,13 +76,12 @@ void addTag(TagBook &book, const TagConfig &config)
 {
     if (!isTagName(config.name))
         throw UsageError("'" + config.name + "' is not a tag's name; use letters, digits, _ . and -, with a letter or _ first");
-    const std::string type = config.item.substr(0, config.item.find(':'));
-    if (type == config.item)
+    if (!isItemText(config.item))
         throw UsageError("the tag '" + config.name + "': '" + config.item + "' is not an item; write TYPE:ADDRESS such as DM:100");
     if (config.name.compare(0, book.plc().size(), book.plc()) != 0)
         throw UsageError("the tag '" + config.name + "' does not begin with the name of its PLC; call it " + book.plc()
                          + config.name);
-    Tag tag = book.resolve(book.plc() + config.item, config.readOnly ? Access::READ : Access::WRITE);
+    Tag tag = book.resolveItem(book.plc() + config.item, config.readOnly ? Access::READ : Access::WRITE);
     checkTag(config, tag);
     tag.name            = config.name;
     tag.format.scale    = config.scale;

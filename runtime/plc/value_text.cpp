@@ -55,7 +55,7 @@ Value valueOf(const ValueFormat &format, const std::vector<quint8> &bytes)
     ValueFormat exact = format;
     exact.decimals = -1;
     std::string text = decodeValue(exact, bytes, 0);
-    if (format.type == DataType::HEX)
+    if (isHex(format.type))
         return wholeNumber(text.substr(std::min<std::size_t>(2, text.size())), 16);
     if (format.type == DataType::BITS) {
         text.erase(std::remove_if(text.begin(), text.end(), [](char c) { return c != '0' && c != '1'; }), text.end());

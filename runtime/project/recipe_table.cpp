@@ -20,11 +20,13 @@ bool endsWith(const std::string &text, const std::string &end)
 // A whole number of TOML for a type whose texts have another base.
 std::string wholeText(const std::string &number, const ValueFormat &format)
 {
-    if (format.type != DataType::HEX && format.type != DataType::BITS)
+    if (!isHex(format.type) && format.type != DataType::BITS)
         return number;
-    ValueFormat word;
-    word.type = DataType::U16;
-    return decodeValue(format, encodeValues(word, {number}), 0);
+    const qint32 words = wordsPerValue(format.type);
+    ValueFormat whole;
+    whole.type  = words == 1 ? DataType::U16 : words == 2 ? DataType::U32 : DataType::U64;
+    whole.order = format.order;
+    return decodeValue(format, encodeValues(whole, {number}), 0);
 }
 
 // Reads the variables of one recipe and reports what is wrong at their places.
@@ -164,7 +166,8 @@ std::string tomlValue(const std::string &text, DataType type)
     const bool fits = isWhole ? readNumber(text, whole)
                               : std::from_chars(text.data(), end, number).ptr == end
                                     && text.find_first_of("0123456789") != std::string::npos;
-    const bool isBare = type == DataType::HEX || (isNumeric(type) && fits);
+    const bool isHexadecimal = isHex(type) && type != DataType::HEX64; // TOML's numbers have 63 bits and a sign
+    const bool isBare = isHexadecimal || (isNumeric(type) && fits);
     return isBare ? text : tomlString(text);
 }
 

@@ -4,6 +4,8 @@
 #include "common/usage_error.h"
 #include "documents/table_reader.h"
 
+#include <cctype>
+
 namespace {
 
 class TagReader {
@@ -24,6 +26,7 @@ private:
     void readNumberForm(Tag &tag);
     void readLimit(const char *key, std::optional<double> &limit);
     void readAccess(bool &readOnly);
+    std::string readType();
     void readItem(const std::string &regType, Tag &tag);
 
     const DataNode &table_;
@@ -33,9 +36,7 @@ private:
 
 bool TagReader::read(Tag &tag)
 {
-    std::string regType;
-    reader_.need("type", "type = \"DM\"");
-    reader_.text("type", regType);
+    const std::string regType = readType();
     readFormat(tag.format, isBitType(QString::fromStdString(regType)));
     readNumberForm(tag);
     readItem(regType, tag);
@@ -45,6 +46,11 @@ bool TagReader::read(Tag &tag)
     reader_.text("screen", tag.screen);
     reader_.text("group", tag.group);
     return reader_.isSound() && !regType.empty();
+}
+
+bool hasLetter(const DataNode &address)
+{
+    return !address.text.empty() && std::isalpha(static_cast<unsigned char>(address.text[0]));
 }
 
 void TagReader::readOrder(const char *key, Order &order)
@@ -64,9 +70,11 @@ void TagReader::readFormat(ValueFormat &format, bool isBit)
     if (isBit)
         format.type = DataType::BIT;
     try {
-        if (isBit && !data.empty())
+        if (isBit && data == BIT_TYPE)
+            format.typeName = data;
+        else if (isBit && !data.empty())
             throw UsageError("a bit has no data type; remove 'data'");
-        if (!data.empty())
+        if (!isBit && !data.empty())
             format = parseFormat(data, orders);
     } catch (const UsageError &error) {
         reader_.report(*table_.find("data"), error.what());
@@ -110,6 +118,27 @@ void TagReader::readNumberForm(Tag &tag)
     }
 }
 
+// The item of an address that has its area. A cell or a number of digits alone more likely lacks a type.
+std::optional<std::string> itemWithArea(const DataNode *address)
+{
+    const bool isText = address && address->kind == NodeKind::TEXT;
+    const bool isCell = address && address->kind == NodeKind::CELL;
+    const bool isWritten = isText || (isCell && hasLetter(*address));
+    return isWritten ? driverItem(address->text) : std::nullopt;
+}
+
+// The register type, which an address with an area tells, too.
+std::string TagReader::readType()
+{
+    const std::optional<std::string> item = itemWithArea(table_.find("address"));
+    if (!reader_.take("type") && item)
+        return item->substr(0, item->find(':'));
+    std::string regType;
+    reader_.need("type", "type = \"DM\"");
+    reader_.text("type", regType);
+    return regType;
+}
+
 void TagReader::readItem(const std::string &regType, Tag &tag)
 {
     const DataNode *address = reader_.need("address", "address = 100");
@@ -125,8 +154,14 @@ void TagReader::readItem(const std::string &regType, Tag &tag)
     }
     if (!hasCount || regType.empty())
         return;
+    const bool hasType = reader_.take("type") != nullptr;
+    if (hasType && hasLetter(*address) && driverItem(address->text)) {
+        reader_.report(*address, "'" + address->text + "' names its area itself; remove 'type'");
+        return;
+    }
     try {
-        const std::string item = regType + ":" + address->text + (count > 1 ? ":" + std::to_string(count) : "");
+        const std::string item = (hasType ? regType + ":" : "") + address->text
+                               + (count > 1 ? ":" + std::to_string(count) : "");
         tag.item = parseItem(book_.library(), item, Access::WRITE, wordsPerValue(tag.format.type));
     } catch (const UnknownTypeError &error) {
         reader_.report(*table_.find("type"), error.what());
@@ -209,7 +244,9 @@ std::string tagLine(const Tag &tag)
     };
     if (tag.valueCount() > 1)
         add("count", std::to_string(tag.valueCount()));
-    addText("data", formatText(tag.format));
+    ValueFormat format = tag.format;
+    format.typeName.clear(); // the driver's name
+    addText("data", formatText(format));
     if (tag.format.scale != 1)
         add("scale", shortestText(tag.format.scale));
     if (tag.format.offset != 0)

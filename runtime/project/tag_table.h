@@ -8,10 +8,11 @@
 
 // Tags as a project file or a CSV file lists them. A tag has
 //
-//   type        register type of the driver, such as "DM" or "CIO_bit"; needed
-//   address     in the driver's notation, such as 100 or "0.5"; needed
+//   type        register type of the driver, such as "DM" or "CIO_bit"; needed, but not with an address that has its area
+//   address     in the driver's notation, such as 100 or "0.5", or with its area as the PLC's manuals write it, such as
+//               "D100" or "W3.05"; needed
 //   count       number of values; of a string the words; 1 by default
-//   data        data type, such as "f32"; 16-bit words without one
+//   data        data type, such as "f32" or "REAL"; 16-bit words without one
 //   word_order  "low" or "high": which word of a number of several words comes first
 //   char_order  "low" or "high": which byte of a word of text comes first
 //   scale, offset, decimals, unit, comment, screen

@@ -1,6 +1,7 @@
 #include "values/codec.h"
 
 #include "common/numbers.h"
+#include "values/notation.h"
 
 #include <fmt/format.h>
 
@@ -34,6 +35,8 @@ const TypeRow TYPES[] = {
     {DataType::BCD16,  "bcd16",  1, Kind::BCD},
     {DataType::BCD32,  "bcd32",  2, Kind::BCD},
     {DataType::HEX,    "hex",    1, Kind::TEXT},
+    {DataType::HEX32,  "hex32",  2, Kind::TEXT},
+    {DataType::HEX64,  "hex64",  4, Kind::TEXT},
     {DataType::BITS,   "bits",   1, Kind::TEXT},
     {DataType::STRING, "string", 1, Kind::TEXT},
 };
@@ -110,11 +113,16 @@ std::string numberText(long double value, int decimals, int digits)
     return withoutMinusZero(text);
 }
 
+std::string typeNameOf(const ValueFormat &format)
+{
+    return format.typeName.empty() ? rowOf(format.type).name : format.typeName;
+}
+
 std::string allowedText(const ValueFormat &format)
 {
     const TypeRow &row = rowOf(format.type);
     if (row.kind == Kind::FLOATING)
-        return "a decimal number whose size fits " + std::string(row.name);
+        return "a decimal number whose size fits " + typeNameOf(format);
     const RawRange range = rawRange(row);
     if (!isConverted(format)) {
         return "a whole number from " + (range.below > 0 ? "-" + std::to_string(range.below) : "0") + " to "
@@ -129,7 +137,7 @@ std::string allowedText(const ValueFormat &format)
 
 [[noreturn]] void refuse(const ValueFormat &format, const std::string &text)
 {
-    throw ValueError(text, std::string("does not fit ") + rowOf(format.type).name + "; use " + allowedText(format));
+    throw ValueError(text, "does not fit " + typeNameOf(format) + "; use " + allowedText(format));
 }
 
 // A whole number, decimal or with 0x, whose size fits 64 bits.
@@ -220,15 +228,16 @@ bool fromBcd(quint64 bcd, quint64 &number)
     return true;
 }
 
-quint64 encodeHex(const std::string &text)
+quint64 encodeHex(const ValueFormat &format, const std::string &text)
 {
     const bool prefixed = text.compare(0, 2, "0x") == 0 || text.compare(0, 2, "0X") == 0;
     const char *begin = text.data() + (prefixed ? 2 : 0);
     const char *end   = text.data() + text.size();
     quint64 value = 0;
     const std::from_chars_result result = std::from_chars(begin, end, value, 16);
-    if (result.ec != std::errc() || result.ptr != end || value > 0xFFFF)
-        throw ValueError(text, "does not fit hex; use 0x0 to 0xFFFF");
+    const quint64 highest = rawRange(rowOf(format.type)).highest;
+    if (result.ec != std::errc() || result.ptr != end || value > highest)
+        throw ValueError(text, fmt::format("does not fit {}; use 0x0 to 0x{:X}", typeNameOf(format), highest));
     return value;
 }
 
@@ -261,8 +270,8 @@ quint64 encodeUntyped(const std::string &text)
 
 quint64 encodeRaw(const ValueFormat &format, const std::string &text)
 {
-    if (format.type == DataType::HEX)
-        return encodeHex(text);
+    if (isHex(format.type))
+        return encodeHex(format, text);
     if (format.type == DataType::BITS)
         return encodeBits(text);
     if (format.type == DataType::F32)
@@ -292,12 +301,23 @@ void appendNumber(const ValueFormat &format, const std::string &text, std::vecto
     }
 }
 
+// Reads ON, OFF, true and false in any case.
+bool readSwitch(const std::string &text, quint64 &value)
+{
+    std::string small;
+    for (const char c : text)
+        small += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    value = small == "on" || small == "true" ? 1 : 0;
+    return value == 1 || small == "off" || small == "false";
+}
+
 void appendBit(const std::string &text, std::vector<quint8> &bytes)
 {
     bool negative = false;
     quint64 value = 0;
-    if (!parseWhole(text, negative, value) || value > 1 || (negative && value > 0))
-        throw ValueError(text, "is not a bit value; use 0 or 1");
+    const bool isValue = readSwitch(text, value) || parseWhole(text, negative, value);
+    if (!isValue || value > 1 || (negative && value > 0))
+        throw ValueError(text, "is not a bit value; use 0 or 1, OFF or ON");
     bytes.push_back(static_cast<quint8>(value));
 }
 
@@ -424,6 +444,11 @@ bool isNumeric(DataType type)
     return rowOf(type).kind != Kind::TEXT;
 }
 
+bool isHex(DataType type)
+{
+    return type == DataType::HEX || type == DataType::HEX32 || type == DataType::HEX64;
+}
+
 std::string dataTypeNames()
 {
     std::string names;
@@ -444,10 +469,15 @@ ValueFormat parseFormat(const std::string &text, const OrderDefaults &orders)
 {
     const std::size_t dash = text.find('-');
     const std::string name = text.substr(0, dash);
+    const std::optional<std::string> manual = driverType(name);
+    if (name == BIT_TYPE)
+        throw UsageError("'" + text + "' is the type of a bit; name one, such as D100.05");
     for (const TypeRow &row : TYPES) {
-        if (name != row.name)
+        if (manual.value_or(name) != row.name)
             continue;
         ValueFormat format;
+        if (manual)
+            format.typeName = name;
         format.type  = row.type;
         format.order = row.type == DataType::STRING ? orders.characters : orders.words;
         if (dash == std::string::npos)
@@ -459,17 +489,20 @@ ValueFormat parseFormat(const std::string &text, const OrderDefaults &orders)
                              + "-high");
         return format;
     }
-    throw UsageError("there is no data type '" + text + "'; the data types are " + dataTypeNames());
+    throw UsageError("there is no data type '" + text + "'; the data types are " + dataTypeNames()
+                     + ", and of the manuals " + manualTypes());
 }
 
 std::string formatText(const ValueFormat &format)
 {
     const TypeRow &row = rowOf(format.type);
-    if (row.type == DataType::BIT || row.type == DataType::WORD)
+    if (row.type == DataType::BIT)
+        return format.typeName;
+    if (row.type == DataType::WORD)
         return "";
     if (!hasOrder(row) || format.order == usualOrder(row.type))
-        return row.name;
-    return std::string(row.name) + (format.order == Order::LOW ? "-low" : "-high");
+        return typeNameOf(format);
+    return typeNameOf(format) + (format.order == Order::LOW ? "-low" : "-high");
 }
 
 std::vector<quint8> encodeValues(const ValueFormat &format, const std::vector<std::string> &texts, qint32 words)
@@ -502,7 +535,9 @@ std::string decodeValue(const ValueFormat &format, const std::vector<quint8> &by
         raw |= word << wordShift(i, words, format.order);
     }
     switch (format.type) {
-    case DataType::HEX:   return hexText(raw, words);
+    case DataType::HEX:
+    case DataType::HEX32:
+    case DataType::HEX64: return hexText(raw, words);
     case DataType::BITS:  return bitsText(raw);
     case DataType::F32:   return floatText<float, quint32>(format, raw);
     case DataType::F64:   return floatText<double, quint64>(format, raw);

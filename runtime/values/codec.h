@@ -26,6 +26,8 @@ enum class DataType {
     BCD16,  // 0 to 9999
     BCD32,  // 0 to 99999999, two words
     HEX,    // 0x0000 to 0xFFFF
+    HEX32,  // 0x00000000 to 0xFFFFFFFF, two words
+    HEX64,  // the same of four words
     BITS,   // sixteen digits, bit 15 first, in groups of four
     STRING  // two characters a word, filled up with NUL
 };
@@ -48,6 +50,7 @@ struct ValueFormat {
     double      offset   = 0;
     int         decimals = -1;         // digits behind the point; -1: as many as are needed
     std::string unit;
+    std::string typeName = std::string(); // of the manuals, such as REAL, where the type was named so
 };
 
 /// A text that is no value of its format: "'TEXT' REASON".
@@ -67,17 +70,21 @@ qint32 wordsPerValue(DataType type);
 /// True for the types whose values are numbers, which can have a scale, an offset and decimals.
 bool isNumeric(DataType type);
 
+/// True for the types whose texts are hexadecimal.
+bool isHex(DataType type);
+
 /// "u16, s16, ..." as parseFormat takes them.
 std::string dataTypeNames();
 
-/// Reads TYPE, TYPE-low or TYPE-high, such as "f32" or "f32-high"; without an order it is that of `orders`. Throws
-/// UsageError.
+/// Reads TYPE, TYPE-low or TYPE-high, such as "f32" or "REAL-high"; without an order it is that of `orders`. Throws
+/// UsageError, also for a type of bits.
 ValueFormat parseFormat(const std::string &text, const OrderDefaults &orders);
 
 /// "low" or "high". Returns false for anything else, then `order` is untouched.
 bool parseOrder(const std::string &text, Order &order);
 
-/// The text that parseFormat reads, with the order where it is not Omron's. "" for a bit and for a word without a type.
+/// The text that parseFormat reads, as it was given, with the order where it is not Omron's. "" for a bit and for a word
+/// without a type.
 std::string formatText(const ValueFormat &format);
 
 /// The bytes of `texts`, one value each, a string exactly one, of `words` words (0: as many as it needs). Throws

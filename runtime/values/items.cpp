@@ -41,8 +41,13 @@ static std::string typeNames(const DriverLibrary &library)
     return text;
 }
 
-static std::string rangeText(const QList<QString> &fields)
+static std::string rangeText(const QList<QString> &fields, const Item &item)
 {
+    if (item.notation == Notation::MANUAL) {
+        const std::string type = item.regType.toStdString() + ":";
+        return manualItem(type + fields.at(FIELD_MINIMUM).toStdString()) + " to "
+               + manualItem(type + fields.at(FIELD_MAXIMUM).toStdString());
+    }
     return fields.at(FIELD_MINIMUM).toStdString() + " to " + fields.at(FIELD_MAXIMUM).toStdString() + ", written "
            + fields.at(FIELD_NOTATION).toStdString();
 }
@@ -76,36 +81,57 @@ static std::string withOneDigit(const std::string &address)
     return address.substr(0, point + 1) + address.substr(point + 2);
 }
 
-Item parseItem(const DriverLibrary &library, const std::string &text, Access access, qint32 unit)
+// The type and count of the item that `text` names; `address` is what the driver is to check.
+static Item splitItem(const std::string &text, std::string &address)
 {
-    const std::size_t first  = text.find(':');
-    const std::size_t second = first == std::string::npos ? first : text.find(':', first + 1);
+    const std::optional<std::string> manual = driverItem(text);
+    const std::string words  = manual.value_or(text);
+    const std::size_t first  = words.find(':');
+    const std::size_t second = first == std::string::npos ? first : words.find(':', first + 1);
     if (first == std::string::npos)
         throw UsageError("'" + text + "' is not an item; write TYPE:ADDRESS or TYPE:ADDRESS:COUNT, such as DM:100:2");
-    const std::string address = text.substr(first + 1, second - first - 1);
-    Item item = {QString::fromStdString(text.substr(0, first)), 0, 1, false};
-    item.isBit = isBitType(item.regType);
+    address = words.substr(first + 1, second - first - 1);
+    Item item = {QString::fromStdString(words.substr(0, first)), 0, 1, false};
+    item.isBit    = isBitType(item.regType);
+    item.notation = manual ? Notation::MANUAL : Notation::DRIVER;
     if (second != std::string::npos)
-        item.count = parseCount(text, text.substr(second + 1));
-    item.count *= unit;
+        item.count = parseCount(text, words.substr(second + 1));
+    return item;
+}
 
-    // The driver lets addresses of unknown types pass its check, but describes only the types that it knows.
+// The driver lets addresses of unknown types pass its check, but describes only the types that it knows.
+static QList<QString> describe(const DriverLibrary &library, const std::string &text, const Item &item)
+{
     QList<QString> fields;
     library.getRegDiscription(item.regType, fields);
-    if (fields.size() <= FIELD_MAXIMUM)
-        throw UnknownTypeError("'" + text + "': there is no register type '" + text.substr(0, first)
-                               + "'; the types are " + typeNames(library));
+    if (fields.size() > FIELD_MAXIMUM)
+        return fields;
+    if (item.notation == Notation::MANUAL) // its areas are all known, but not of each the bits
+        throw UsageError("'" + text + "': the area " + item.wordType().toStdString() + " has no bits; write "
+                         + text.substr(0, text.find('.')));
+    throw UnknownTypeError("'" + text + "': there is no register type '" + item.regType.toStdString()
+                           + "'; the types are " + typeNames(library));
+}
+
+Item parseItem(const DriverLibrary &library, const std::string &text, Access access, qint32 unit)
+{
+    std::string address;
+    Item item = splitItem(text, address);
+    item.count *= unit;
+    const QList<QString> fields = describe(library, text, item);
     const std::string oneDigit = item.isBit ? withOneDigit(address) : "";
     const qint32 result = checkAddress(library, address, access, item);
     switch (result) {
     case CHECK_VALID:
         return item;
     case CHECK_OUT_OF_RANGE:
-        throw UsageError("'" + text + "' lies outside the range " + rangeText(fields));
+        throw UsageError("'" + text + "' lies outside the range " + rangeText(fields, item));
     case CHECK_MALFORMED:
+        if (item.notation == Notation::MANUAL) // a bit above 15, or a number too long
+            throw UsageError("'" + text + "' lies outside the range " + rangeText(fields, item));
         if (!oneDigit.empty())
             throw UsageError("'" + text + "': bits 0 to 9 have one digit; write " + oneDigit);
-        throw UsageError("'" + text + "': the address is malformed; the range is " + rangeText(fields));
+        throw UsageError("'" + text + "': the address is malformed; the range is " + rangeText(fields, item));
     case CHECK_NOT_WRITABLE:
         throw UsageError("'" + text + "': this register type cannot be written");
     default:
@@ -155,7 +181,7 @@ Item wordsOf(const Item &item, qint32 first, qint32 end)
     const qint32 unit = item.isBit ? 16 : 1;
     const qint32 from = std::max(item.address, first * unit);
     const qint32 to   = std::min(item.address + item.count, end * unit);
-    return {item.regType, from, to - from, item.isBit};
+    return {item.regType, from, to - from, item.isBit, item.notation};
 }
 
 std::string addressText(const QString &regType, qint32 address)
@@ -171,7 +197,13 @@ std::string itemText(const QString &regType, qint32 address, qint32 count)
     return addressText(regType, address) + (count == 1 ? std::string() : ":" + std::to_string(count));
 }
 
-std::string itemText(const Item &item)
+std::string driverText(const Item &item)
 {
     return itemText(item.regType, item.address, item.count);
+}
+
+std::string itemText(const Item &item)
+{
+    const std::string text = driverText(item);
+    return item.notation == Notation::MANUAL ? manualItem(text) : text;
 }

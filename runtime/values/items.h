@@ -3,18 +3,20 @@
 
 #include "common/usage_error.h"
 #include "driver/driver_library.h"
+#include "values/notation.h"
 
 #include <string>
 #include <vector>
 
-// Items as the user names them, TYPE:ADDRESS[:COUNT], in the driver's own names and notation. The driver's address
-// functions say what is valid; the panel knows no range of its own.
+// Items as the user names them, TYPE:ADDRESS[:COUNT] in the driver's own names and notation, or as the PLC's manuals
+// write them. The driver's address functions say what is valid; the panel knows no range of its own.
 
 struct Item {
     QString regType;
     qint32  address; // word address, or bit address (word * 16 + bit) for a bit type
     qint32  count;   // words, or bits for a bit type
     bool    isBit;
+    Notation notation = Notation::DRIVER; // in which it was named, and so is shown
 
     /// The words that hold the item: their register type, the first and one past the last.
     QString wordType() const;
@@ -53,6 +55,11 @@ Item wordsOf(const Item &item, qint32 first, qint32 end);
 /// "DM:100", "DM_bit:100.5"; itemText adds the count where it is not 1.
 std::string addressText(const QString &regType, qint32 address);
 std::string itemText(const QString &regType, qint32 address, qint32 count);
+
+/// For programs, the same text however the item was named.
+std::string driverText(const Item &item);
+
+/// The same in the item's notation: "DM:100:2" or "D100:2".
 std::string itemText(const Item &item);
 
 /// True if the type's name is that of a bit type.

@@ -70,6 +70,7 @@ bool TagBook::add(const Tag &tag)
     if (!places_.emplace(tag.name, tags_.size()).second)
         return false;
     tags_.push_back(tag);
+    noteAddress(tag.name);
     return true;
 }
 
@@ -90,24 +91,41 @@ TagBook::Parts TagBook::split(const std::string &text) const
     return {name, name.substr(plc_.size()), hasType ? text.substr(slash + 1) : "", hasType};
 }
 
+// The one data type that a bit may be given.
+static std::string bitType(const std::string &name, const std::string &type)
+{
+    if (type != BIT_TYPE)
+        throw UsageError("'" + name + "/" + type + "': a bit has no data type; write " + name);
+    return type;
+}
+
+static ValueFormat typeOfWords(const std::string &name, const std::string &type, const OrderDefaults &orders)
+{
+    if (type == BIT_TYPE)
+        throw UsageError("'" + name + "/" + type + "': words are no bit; name a bit, such as D100.05, or another data type");
+    return parseFormat(type, orders);
+}
+
 ValueFormat TagBook::formatOf(const Parts &parts) const
 {
     ValueFormat bit;
     bit.type = DataType::BIT;
-    const std::string regType = parts.base.substr(0, parts.base.find(':'));
+    const std::string item    = driverItem(parts.base).value_or(parts.base);
+    const std::string regType = item.substr(0, item.find(':'));
     const bool isBit = isBitType(QString::fromStdString(regType));
     if (isBit && parts.hasType)
-        throw UsageError("'" + parts.name + "/" + parts.type + "': a bit has no data type; write " + parts.name);
+        bit.typeName = bitType(parts.name, parts.type);
     if (isBit)
         return bit;
     if (!parts.hasType)
         return format_;
-    ValueFormat typed = parseFormat(parts.type, orders_);
+    ValueFormat typed = typeOfWords(parts.name, parts.type, orders_);
     if (!isNumeric(typed.type))
         return typed;
     ValueFormat format = format_;
-    format.type  = typed.type;
-    format.order = typed.order;
+    format.type     = typed.type;
+    format.order    = typed.order;
+    format.typeName = typed.typeName;
     return format;
 }
 
@@ -116,16 +134,47 @@ Tag TagBook::namedTag(const Tag &tag, const Parts &parts) const
 {
     if (!parts.hasType)
         return tag;
-    if (tag.item.isBit)
-        throw UsageError("'" + parts.name + "/" + parts.type + "': a bit has no data type; write " + parts.name);
     Tag other = tag;
-    other.format = parseFormat(parts.type, orders_);
-    other.name   = tag.name + "/" + formatText(other.format);
+    if (tag.item.isBit)
+        other.format.typeName = bitType(parts.name, parts.type);
+    else
+        other.format = typeOfWords(parts.name, parts.type, orders_);
+    other.name = tag.name + "/" + formatText(other.format);
     const qint32 words = wordsPerValue(other.format.type);
     if (tag.item.count % words != 0)
         throw UsageError("'" + other.name + "': " + tag.name + " has " + std::to_string(tag.item.count) + " words, and "
                          + formatText(other.format) + " needs " + std::to_string(words) + " a value");
     return other;
+}
+
+// D100:3 is an item, but D100 may be the name of a tag with other words.
+void TagBook::refuseTagOf(const Parts &parts) const
+{
+    const std::string name = parts.name.substr(0, parts.name.find(':'));
+    const std::optional<std::string> item = driverItem(parts.base);
+    if (item && find(name))
+        throw UsageError("'" + parts.name + "': " + name + " is a tag of its own; write " + plc_ + *item + " for the address");
+}
+
+// True if a value of the item would be named like a tag; such an item is shown in the driver's notation.
+bool TagBook::namesATag(const Item &item) const
+{
+    const auto next = addresses_.lower_bound({item.regType.toStdString(), item.address});
+    return item.notation == Notation::MANUAL && next != addresses_.end() && next->first == item.regType.toStdString()
+        && next->second < item.address + item.count;
+}
+
+void TagBook::noteAddress(const std::string &name)
+{
+    const std::string base = name.substr(std::min(plc_.size(), name.size())); // a tag's name begins with its PLC's
+    if (!driverItem(base))
+        return;
+    try {
+        const Item item = parseItem(*library_, base, Access::READ);
+        addresses_.insert({item.regType.toStdString(), item.address});
+    } catch (const UsageError &) {
+        return; // beyond the area: no item is shown so
+    }
 }
 
 Tag TagBook::itemTag(const Parts &parts, const ValueFormat &format, Access access) const
@@ -134,6 +183,8 @@ Tag TagBook::itemTag(const Parts &parts, const ValueFormat &format, Access acces
     tag.item   = parseItem(*library_, parts.base, access, wordsPerValue(format.type));
     tag.format = format;
     tag.plc    = plc_;
+    if (namesATag(tag.item))
+        tag.item.notation = Notation::DRIVER;
     tag.name   = plc_ + itemName(tag.item, format);
     return tag;
 }
@@ -156,10 +207,17 @@ Tag TagBook::resolve(const std::string &text, Access access) const
     const Parts parts = split(text);
     if (const Tag *tag = find(parts.name))
         return namedTag(*tag, parts);
-    if (!source_.empty() && parts.base.find(':') == std::string::npos)
+    if (!source_.empty() && !isItemText(parts.base))
         throw UsageError("'" + parts.name + "' is neither a tag of " + source_
                          + " nor an item; write a tag's name, or TYPE:ADDRESS such as DM:100:2"
                          + hint(parts.name));
+    refuseTagOf(parts);
+    return itemTag(parts, formatOf(parts), access);
+}
+
+Tag TagBook::resolveItem(const std::string &text, Access access) const
+{
+    const Parts parts = split(text);
     return itemTag(parts, formatOf(parts), access);
 }
 
@@ -182,9 +240,10 @@ Tag TagBook::resolveWithValues(const std::string &text, Access access, const std
                                std::vector<quint8> &bytes) const
 {
     Parts parts = split(text);
-    const Tag *named    = find(parts.name);
-    const bool isItem   = !named && parts.base.find(':') != std::string::npos;
-    const bool hasCount = !isItem || parts.base.find(':') != parts.base.rfind(':');
+    const Tag *named       = find(parts.name);
+    const std::string item = driverItem(parts.base).value_or(parts.base);
+    const bool isItem      = !named && item.find(':') != std::string::npos;
+    const bool hasCount    = !isItem || item.find(':') != item.rfind(':');
     if (!hasCount) {
         const ValueFormat format = formatOf(parts);
         if (format.type == DataType::STRING) {
@@ -248,8 +307,22 @@ std::vector<Tag> TagBook::resolveAll(const std::vector<std::string> &texts, Acce
 std::string itemName(const Item &item, const ValueFormat &format)
 {
     const std::string type = formatText(format);
-    return itemText(item.regType, item.address, item.count / wordsPerValue(format.type))
-           + (type.empty() ? "" : "/" + type);
+    Item values = item;
+    values.count /= wordsPerValue(format.type);
+    return itemText(values) + (type.empty() ? "" : "/" + type);
+}
+
+std::string driverName(Item item, ValueFormat format)
+{
+    item.notation = Notation::DRIVER;
+    format.typeName.clear();
+    return itemName(item, format);
+}
+
+bool isItemText(const std::string &text)
+{
+    const std::string words = text.substr(0, text.find('/'));
+    return words.find(':') != std::string::npos || driverItem(words);
 }
 
 std::string withUnit(const std::string &text, const ValueFormat &format)

@@ -8,11 +8,14 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 // What a user can name on the command line, in a project or in a recipe: a tag of the project by its name, or an item
-// TYPE:ADDRESS[:COUNT], each with an optional data type behind a slash: Level, DM:100:2, DM:100/f32, Level/hex.
+// TYPE:ADDRESS[:COUNT], each with an optional data type behind a slash: Level, DM:100:2, DM:100/f32, Level/hex; or an item
+// and a data type of the PLC's manuals: D100:2, D100/REAL. A tag's name goes before an item that is written so, too.
 // COUNT counts values of the data type; of a string it counts words, two characters each.
 
 struct Tag {
@@ -66,6 +69,9 @@ public:
     /// The tag or item that `text` names. Throws UsageError.
     Tag resolve(const std::string &text, Access access) const;
 
+    /// The item that `text` names, whatever the tags are called. Throws UsageError.
+    Tag resolveItem(const std::string &text, Access access) const;
+
     /// The same with the bytes of its values, as many as it holds: one without COUNT, and of a string as many words as
     /// it needs. All that is to be written passes here: a tag's right and limits hold, also where its words are named
     /// in another data type, and not for an item of the same address.
@@ -92,6 +98,9 @@ private:
     Tag namedTag(const Tag &tag, const Parts &parts) const;
     Tag itemTag(const Parts &parts, const ValueFormat &format, Access access) const;
     std::string hint(const std::string &name) const;
+    void refuseTagOf(const Parts &parts) const;
+    bool namesATag(const Item &item) const;
+    void noteAddress(const std::string &name);
 
     const DriverLibrary                *library_;
     std::string                         source_;
@@ -101,10 +110,17 @@ private:
     std::vector<Tag>                    tags_;
     std::map<std::string, std::size_t>  places_; // of names in tags_
     std::shared_ptr<std::atomic<int>>   hintsLeft_ = std::make_shared<std::atomic<int>>(20); // of a book and its copies
+    std::set<std::pair<std::string, qint32>> addresses_; // that are names of tags, of whatever words
 };
 
-/// "DM:100:2/f32": what names an item of this form on the command line.
+/// "DM:100:2/f32" or "D100:2/REAL": what names an item of this form on the command line.
 std::string itemName(const Item &item, const ValueFormat &format);
+
+/// The same in the driver's notation, however it was named.
+std::string driverName(Item item, ValueFormat format);
+
+/// True for what can only be an item, in either notation, with a data type or not.
+bool isItemText(const std::string &text);
 
 /// `text` with the unit behind it, if it has one.
 std::string withUnit(const std::string &text, const ValueFormat &format);

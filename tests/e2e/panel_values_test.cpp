@@ -65,7 +65,7 @@ TEST_F(PanelValuesTest, WhatDoesNotFitIsRefusedBeforeAnythingIsSent)
                   "fins_panel: 'DM:0/f32=nan' does not fit f32; use a decimal number whose size fits f32");
     expectRefused(arguments("write", {"DM:0=6553.6", "--scale", "0.1"}),
                   "fins_panel: 'DM:0=6553.6' does not fit word; use a number from 0 to 6553.5");
-    expectRefused(arguments("write", {"CIO_bit:0.0=2"}), "fins_panel: 'CIO_bit:0.0=2' is not a bit value; use 0 or 1");
+    expectRefused(arguments("write", {"CIO_bit:0.0=2"}), "fins_panel: 'CIO_bit:0.0=2' is not a bit value; use 0 or 1, OFF or ON");
     expectRefused(arguments("write", {"DM:0:2/string=ABCDE"}), "fins_panel: 'DM:0:2/string=ABCDE' has 5 characters; 4 fit");
     expectRefused(arguments("write", {"DM:0:2/f32=1"}), "fins_panel: 'DM:0:2/f32' holds 2 values, and 1 is given; write as many as it holds");
     expectRefused(arguments("write", {"DM:0/u32=1", "DM:1=2"}),

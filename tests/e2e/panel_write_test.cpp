@@ -32,9 +32,9 @@ TEST_F(PanelWriteTest, ValuesThatNoWordOrBitHolds)
         expectRefused(arguments("write", {std::string("DM:0=") + value}),
                       std::string("fins_panel: 'DM:0=") + value +
                           "' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF");
-    for (const char *value : {"2", "-1", "on", ""})
+    for (const char *value : {"2", "-1", "yes", ""})
         expectRefused(arguments("write", {std::string("DM_bit:0.0=") + value}),
-                      std::string("fins_panel: 'DM_bit:0.0=") + value + "' is not a bit value; use 0 or 1");
+                      std::string("fins_panel: 'DM_bit:0.0=") + value + "' is not a bit value; use 0 or 1, OFF or ON");
     expectRefused(arguments("write", {"DM:0:3=1,,2"}),
                   "fins_panel: 'DM:0:3=' is not a word value; use -32768 to 65535, or 0x0 to 0xFFFF");
     expectRefused(arguments("write", {"DM:0"}),

@@ -186,7 +186,8 @@ TEST_F(ProjectTest, ReportsEveryProblemOfTags)
                   "p.toml:6:35: 'CIO_bit:0.05': bits 0 to 9 have one digit; write 0.5",
                   "p.toml:6:50: a bit has no data type; remove 'data'",
                   "p.toml:7:40: there is no data type 'f16'; the data types are u16, s16, u32, s32, u64, s64, f32, "
-                  "f64, bcd16, bcd32, hex, bits, string",
+                  "f64, bcd16, bcd32, hex, hex32, hex64, bits, string, and of the manuals BOOL, INT, UINT, DINT, UDINT, LINT, ULINT, REAL, "
+                  "LREAL, WORD, DWORD, LWORD, UINT_BCD, UDINT_BCD, STRING",
                   "p.toml:7:47: 'colour' is not known here; known are type, data, word_order, char_order, scale, "
                   "offset, decimals, min, max, address, count, unit, access, comment, screen, group",
                   "p.toml:8:55: only numbers have 'scale'; remove it, or change the type",
@@ -358,4 +359,54 @@ TEST_F(ProjectTest, ASyntaxErrorIsTheOnlyProblem)
     EXPECT_EQ(read("hots = 1\n"),
               (Lines{"p.toml:1:1: 'hots' is not known here; known are connection, driver, defaults, tags, recipes, "
                      "screens, alarms"}));
+}
+
+TEST_F(ProjectTest, AnAddressMayHaveItsArea)
+{
+    EXPECT_EQ(read("[tags]\n"
+                   "Level = { address = \"D100\", data = \"REAL\", count = 2 }\n"
+                   "Pump = { address = \"W3.05\", data = \"BOOL\" }\n"
+                   "Valve = { address = \"100.10\" }\n"
+                   "Card = { address = \"100\", data = \"WORD\" }\n"
+                   "Both = { type = \"CIO\", address = \"100\" }\n"
+                   "[recipes.A]\n"
+                   "\"D200:2\" = [1, 2]\n"
+                   "\"D210/DWORD\" = 305419896\n"),
+              Lines());
+    EXPECT_EQ(tagLine(*book->find("Level")), "Level = { type = \"DM\", address = 100, count = 2, data = \"f32\" }");
+    EXPECT_EQ(tagLine(*book->find("Pump")), "Pump = { type = \"WR_bit\", address = \"3.5\" }");
+    EXPECT_EQ(tagLine(*book->find("Valve")), "Valve = { type = \"CIO_bit\", address = \"100.10\" }");
+    EXPECT_EQ(tagLine(*book->find("Card")), "Card = { type = \"CIO\", address = 100, data = \"hex\" }");
+    EXPECT_EQ(tagLine(*book->find("Both")), "Both = { type = \"CIO\", address = 100 }");
+    ASSERT_EQ(project.recipes.size(), 1u);
+    EXPECT_EQ(entryName(project.recipes[0].entries[0]), "D200:2");
+    EXPECT_EQ(entryName(project.recipes[0].entries[1]), "D210/DWORD");
+    EXPECT_EQ(project.recipes[0].entries[1].values, (std::vector<quint8>{0x78, 0x56, 0x34, 0x12}));
+}
+
+TEST_F(ProjectTest, AnAddressWithItsAreaIsChecked)
+{
+    EXPECT_EQ(read("[tags]\n"
+                   "A = { type = \"DM\", address = \"D100\" }\n"
+                   "B = { address = \"D32768\" }\n"
+                   "C = { address = \"T5.00\" }\n"
+                   "D = { address = 100 }\n"
+                   "E = { address = \"D100\", data = \"BOOL\" }\n"
+                   "F = { address = \"D100.00\", data = \"INT\" }\n"
+                   "G = { address = \"d100\" }\n"),
+              (Lines{"p.toml:2:31: 'D100' names its area itself; remove 'type'",
+                     "p.toml:3:17: 'D32768' lies outside the range D0 to D32767",
+                     "p.toml:4:17: 'T5.00': the area T has no bits; write T5",
+                     "p.toml:5:5: 'type' is missing; add it, such as type = \"DM\"",
+                     "p.toml:6:32: 'BOOL' is the type of a bit; name one, such as D100.05",
+                     "p.toml:7:35: a bit has no data type; remove 'data'",
+                     "p.toml:8:5: 'type' is missing; add it, such as type = \"DM\""}));
+}
+
+TEST_F(ProjectTest, AnAddressOfARowMayHaveItsArea)
+{
+    EXPECT_EQ(readCsv("name,type,address,data\nA,,D100,REAL\nB,DM,5,\nC,,100,\nD,DM,D5,\n"),
+              (Lines{"tags.csv:4:1: 'type' is missing; add it, such as type = \"DM\"",
+                     "tags.csv:5:6: 'D5' names its area itself; remove 'type'"}));
+    EXPECT_EQ(tagLine(*book->find("A")), "A = { type = \"DM\", address = 100, data = \"f32\" }");
 }

@@ -150,8 +150,9 @@ void setValueDefaults(CLI::App &command, Arguments &arguments)
     ValueFormat format = values.format;
     if (!values.as.empty()) {
         const ValueFormat typed = parseFormat(values.as, orders);
-        format.type  = typed.type;
-        format.order = typed.order;
+        format.type     = typed.type;
+        format.order    = typed.order;
+        format.typeName = typed.typeName;
     }
     for (const Setting &setting : {settings::SCALE, settings::OFFSET, settings::DECIMALS}) {
         const CLI::Option *option = command.get_option_no_throw(setting.option);

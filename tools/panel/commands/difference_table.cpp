@@ -30,7 +30,8 @@ static std::string valueName(const RecipeEntry &entry, std::size_t index, qint32
     const std::string name = entryName(entry);
     if (name.find(':') == std::string::npos)
         return name + "[" + std::to_string(index) + "]";
-    const Item one = {entry.item.regType, entry.item.address + static_cast<qint32>(index) * words, words, false};
+    const Item one = {entry.item.regType, entry.item.address + static_cast<qint32>(index) * words, words, false,
+                      entry.item.notation};
     return itemName(one, entry.format);
 }
 

@@ -75,8 +75,8 @@ int runCopies(const DriverLibrary &library, const std::string &text, long count,
     QVector<qint32> addresses;
     const qint32 result = library.multiCopy(item.regType, item.address, static_cast<qint32>(count),
                                            static_cast<qint32>(step), texts, addresses);
-    for (int i = 0; i < static_cast<int>(texts.size()); ++i)
-        std::cout << item.regType.toStdString() << ':' << texts.at(i).toStdString() << '\n';
+    for (const qint32 address : addresses)
+        std::cout << itemText(Item{item.regType, address, 1, item.isBit, item.notation}) << '\n';
     if (result == COPIES_LIMITED)
         std::cerr << "addresses past the last one of " << item.regType.toStdString() << " were set to the last one"
                   << std::endl;

@@ -54,7 +54,7 @@ Json headOf(const ReadValue &value)
 {
     Json line;
     line["tag"]  = value.name;
-    line["item"] = itemText(value.item);
+    line["item"] = driverText(value.item);
     return line;
 }
 
@@ -80,7 +80,7 @@ std::string comparedJson(const ReadValue &value)
 
 std::string csvLine(const ReadValue &value, const std::string &wanted)
 {
-    return csvText(value.name) + "," + itemText(value.item) + "," + wanted + cellOf(value.format, value.bytes) + ","
+    return csvText(value.name) + "," + driverText(value.item) + "," + wanted + cellOf(value.format, value.bytes) + ","
            + csvText(value.format.unit) + "," + qualityOf(value);
 }
 

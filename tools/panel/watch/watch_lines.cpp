@@ -19,7 +19,7 @@ static std::string jsonLine(const WatchEvent &event, SystemTime time)
     Json line;
     line["time"]    = timeText(time);
     line["tag"]     = value.name;
-    line["item"]    = itemText(value.item);
+    line["item"]    = driverText(value.item);
     line["event"]   = eventName(event.kind);
     line["old"]     = jsonValue(event.old, value.format);
     line["value"]   = jsonValue(value.text, value.format);
@@ -39,7 +39,7 @@ static std::string csvLine(const WatchEvent &event, SystemTime time)
     const auto cell = [&](const std::string &text) {
         return value.format.type == DataType::STRING ? csvText(text) : csvField(text);
     };
-    return timeText(time) + "," + csvText(value.name) + "," + itemText(value.item) + "," + eventName(event.kind) + ","
+    return timeText(time) + "," + csvText(value.name) + "," + driverText(value.item) + "," + eventName(event.kind) + ","
            + cell(event.old) + "," + cell(value.text) + "," + csvText(value.format.unit) + ","
            + fins::text(value.quality);
 }
