@@ -24,6 +24,7 @@ set(FINS_DOCUMENTS
     ${PROJECT_SOURCE_DIR}/tools/documents/csv_document.cpp
     ${PROJECT_SOURCE_DIR}/tools/documents/csv_reader.cpp
     ${PROJECT_SOURCE_DIR}/tools/documents/problems.cpp
+    ${PROJECT_SOURCE_DIR}/tools/documents/symbol_table.cpp
     ${PROJECT_SOURCE_DIR}/tools/documents/table_reader.cpp
     ${PROJECT_SOURCE_DIR}/tools/documents/text_check.cpp
     ${PROJECT_SOURCE_DIR}/tools/documents/toml_document.cpp

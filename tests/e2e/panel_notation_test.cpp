@@ -83,3 +83,87 @@ TEST_F(PanelNotationTest, ATagGoesBeforeAnAddress)
     expectRefused({"read", "--project", file, "D100:2"},
                   "fins_panel: 'D100:2': D100 is a tag of its own; write DM:100:2 for the address");
 }
+
+// ---- Tables of symbols -------------------------------------------------------------------------------------------
+
+TEST_F(PanelNotationTest, SymbolsBecomeTags)
+{
+    const std::string table = files.put("symbols.txt", "Symbol\tAddress / Value\tData Type\tComment\r\n"
+                                                       "Level\tD100\tREAL\tupper, left\r\n"
+                                                       "Pump\t100.05\tBOOL\t\r\n"
+                                                       "Card\tW3\tCHANNEL\t\r\n"
+                                                       "Flags\tH5\tword\t\r\n"
+                                                       "Sums\tD200\tDINT[3]\t\r\n"
+                                                       "Five\tD300\tARRAY[1..5] OF INT\t\r\n"
+                                                       "Product\tD400\tSTRING[15]\t\r\n"
+                                                       "Delay\tT5\t\t\r\n");
+    const PanelRun import = runPanel({"import-tags", table});
+    EXPECT_EQ(import.code, 0);
+    EXPECT_EQ(import.err, "");
+    EXPECT_EQ(import.out, "[tags]\n"
+                          "Level = { type = \"DM\", address = 100, data = \"f32\", comment = \"upper, left\" }\n"
+                          "Pump = { type = \"CIO_bit\", address = \"100.5\" }\n"
+                          "Card = { type = \"WR\", address = 3 }\n"
+                          "Flags = { type = \"HR\", address = 5, data = \"hex\" }\n"
+                          "Sums = { type = \"DM\", address = 200, count = 3, data = \"s32\" }\n"
+                          "Five = { type = \"DM\", address = 300, count = 5, data = \"s16\" }\n"
+                          "Product = { type = \"DM\", address = 400, count = 8, data = \"string\" }\n"
+                          "Delay = { type = \"T\", address = 5 }\n");
+}
+
+TEST_F(PanelNotationTest, WhatIsNotTakenIsListedAndTheRestWritten)
+{
+    const std::string table = files.put("symbols.csv", "A,D1,INT\n"
+                                                       "B,,INT\n"
+                                                       "C,0.1,BOOL\n"
+                                                       "D,D40000,INT\n"
+                                                       "E,T5,BOOL\n"
+                                                       "F,D5,TIMER\n"
+                                                       "G,D5,STRING\n"
+                                                       "H 1,D6,INT\n"
+                                                       "H_1,D7,INT\n"
+                                                       "2nd,D8,INT\n"
+                                                       ",D9,INT\n"
+                                                       "I,100.10,BOOL\n"
+                                                       "J,D5,ARRAY[2..1] OF INT\n"
+                                                       "K,D5,ARRAY[0..1] OF STRING\n"
+                                                       "L,E5,INT\n");
+    const std::string types = "is no type of words or bits; there are CHANNEL, BOOL, INT, UINT, DINT, UDINT, LINT, ULINT, "
+                              "REAL, LREAL, WORD, DWORD, LWORD, UINT_BCD, UDINT_BCD, STRING\n";
+    const PanelRun import = runPanel({"import-tags", table, "--output", files.path("out.toml")});
+    EXPECT_EQ(import.code, 1);
+    EXPECT_EQ(import.out, "");
+    EXPECT_EQ(import.err, table + ":8: 'H 1' is named H_1\n" +
+                              table + ":10: '2nd' is named _2nd\n" +
+                              table + ":2: 'B': it has no address\n" +
+                              table + ":3: 'C': '0.1' may be bit 1, or bit 10 without its last digit; write 0.01 or 0.10\n" +
+                              table + ":4: 'D': 'D40000' lies outside the range D0 to D32767\n" +
+                              table + ":5: 'E': 'T5/BOOL': words are no bit; name a bit, such as D100.05, or another data type\n" +
+                              table + ":6: 'F': 'TIMER' " + types +
+                              table + ":7: 'G': nothing tells how long it is; write the type with its characters, such as STRING[20]\n" +
+                              table + ":9: 'H_1': there is another tag 'H_1'; give each a name of its own\n" +
+                              table + ":11: '': it has no name\n" +
+                              table + ":13: 'J': 'D5:0': the count '0' is not a number from 1 up\n" +
+                              table + ":14: 'K': 'ARRAY[0..1] OF STRING' " + types +
+                              table + ":15: 'L': 'E5' is no address such as D100, W3.05 or 100.05\n");
+    EXPECT_EQ(files.content("out.toml"), "[tags]\n"
+                                         "A = { type = \"DM\", address = 1, data = \"s16\" }\n"
+                                         "H_1 = { type = \"DM\", address = 6, data = \"s16\" }\n"
+                                         "_2nd = { type = \"DM\", address = 8, data = \"s16\" }\n"
+                                         "I = { type = \"CIO_bit\", address = \"100.10\" }\n");
+}
+
+TEST_F(PanelNotationTest, AListOfTagsIsNoTableOfSymbols)
+{
+    const auto importOf = [&](const std::string &text) { return runPanel({"import-tags", files.put("t.csv", text)}); };
+    EXPECT_EQ(importOf("name,type,address,comment\nA,DM,5,INT\n").out,
+              "[tags]\nA = { type = \"DM\", address = 5, comment = \"INT\" }\n");
+    EXPECT_EQ(importOf("name,address,data,unit\nA,D5,REAL,%\n").out,
+              "[tags]\nA = { type = \"DM\", address = 5, data = \"f32\", unit = \"%\" }\n");
+    EXPECT_EQ(importOf("name,type,address,comment\nA,INT,D5,x\n").out,
+              "[tags]\nA = { type = \"DM\", address = 5, data = \"s16\", comment = \"x\" }\n");
+    EXPECT_EQ(importOf("name,address\nA,100\n").out, "[tags]\nA = { type = \"CIO\", address = 100 }\n");
+    const PanelRun wrong = importOf("name,type,address\nA,D,5\n");
+    EXPECT_EQ(wrong.code, 2);
+    EXPECT_NE(wrong.err.find("t.csv:2:3: 'D:5': there is no register type 'D'"), std::string::npos) << wrong.err;
+}

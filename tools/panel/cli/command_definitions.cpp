@@ -204,11 +204,14 @@ void addFiles(CLI::App &app, Arguments &arguments)
     onCommand(*check, arguments, [&arguments](const DriverLibrary &library) {
         return runCheckProject(library, arguments.file);
     });
-    CLI::App *import = app.add_subcommand("import-tags", "Turn a CSV list of tags into the TOML of a project file");
+    CLI::App *import = app.add_subcommand("import-tags", "Turn a list of tags or a table of symbols into the TOML of a "
+                                                         "project file");
     import
         ->add_option("file", arguments.file,
                      "CSV file; columns name, type, address, and as needed count, data, word_order, char_order, scale, "
-                     "offset, decimals, min, max, unit, access, comment, screen, group")
+                     "offset, decimals, min, max, unit, access, comment, screen, group; or a table of symbols as a "
+                     "programming tool exports it, with names, types, addresses and comments: then what cannot be taken "
+                     "is listed, and the exit code is 1")
         ->required();
     import->add_option("--output", arguments.output, "file for the tags; standard output by default")
         ->type_name("FILE");

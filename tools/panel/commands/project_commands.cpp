@@ -2,6 +2,7 @@
 
 #include "commands/ending.h"
 #include "commands/output_file.h"
+#include "commands/symbol_tags.h"
 #include "common/numbers.h"
 #include "documents/document.h"
 #include "plc/listing.h"
@@ -63,12 +64,19 @@ int runImportTags(const DriverLibrary &library, const std::string &file, const s
     refuseInputs(output, {file});
     TagBook book(library);
     Problems problems;
-    readTagFile(file, book, problems);
-    if (problems.any())
-        return sayProblems(problems);
+    Problems notes;
+    const std::optional<std::vector<Symbol>> symbols = readSymbols(readFile(file), file, problems);
+    if (symbols)
+        addSymbols(*symbols, file, book, problems, notes);
+    else
+        readTagFile(file, book, problems);
+    sayProblems(notes);
+    const int code = sayProblems(problems);
+    if (problems.any() && !symbols)
+        return code;
     std::string text = "[tags]\n";
     for (const Tag &tag : book.tags())
         text += tagLine(tag) + "\n";
     giveOut(text, output);
-    return EXIT_DONE;
+    return problems.any() ? EXIT_REFUSED : EXIT_DONE;
 }
