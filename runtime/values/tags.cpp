@@ -102,7 +102,8 @@ static std::string bitType(const std::string &name, const std::string &type)
 static ValueFormat typeOfWords(const std::string &name, const std::string &type, const OrderDefaults &orders)
 {
     if (type == BIT_TYPE)
-        throw UsageError("'" + name + "/" + type + "': words are no bit; name a bit, such as D100.05, or another data type");
+        throw UsageError("'" + name + "/" + type
+                         + "': words are no bit; name a bit, such as D100.05, or another data type");
     return parseFormat(type, orders);
 }
 

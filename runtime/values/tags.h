@@ -14,8 +14,8 @@
 #include <vector>
 
 // What a user can name on the command line, in a project or in a recipe: a tag of the project by its name, or an item
-// TYPE:ADDRESS[:COUNT], each with an optional data type behind a slash: Level, DM:100:2, DM:100/f32, Level/hex; or an item
-// and a data type of the PLC's manuals: D100:2, D100/REAL. A tag's name goes before an item that is written so, too.
+// TYPE:ADDRESS[:COUNT], each with an optional data type behind a slash: Level, DM:100:2, DM:100/f32, Level/hex; or an
+// item and a data type of the PLC's manuals: D100:2, D100/REAL. A tag's name goes before an item that is written so.
 // COUNT counts values of the data type; of a string it counts words, two characters each.
 
 struct Tag {
