@@ -22,9 +22,8 @@ std::string wholeText(const std::string &number, const ValueFormat &format)
 {
     if (!isHex(format.type) && format.type != DataType::BITS)
         return number;
-    const qint32 words = wordsPerValue(format.type);
     ValueFormat whole;
-    whole.type  = words == 1 ? DataType::U16 : words == 2 ? DataType::U32 : DataType::U64;
+    whole.type  = wordsPerValue(format.type) == 1 ? DataType::U16 : DataType::U32;
     whole.order = format.order;
     return decodeValue(format, encodeValues(whole, {number}), 0);
 }
@@ -166,8 +165,7 @@ std::string tomlValue(const std::string &text, DataType type)
     const bool fits = isWhole ? readNumber(text, whole)
                               : std::from_chars(text.data(), end, number).ptr == end
                                     && text.find_first_of("0123456789") != std::string::npos;
-    const bool isHexadecimal = isHex(type) && type != DataType::HEX64; // TOML's numbers have 63 bits and a sign
-    const bool isBare = isHexadecimal || (isNumeric(type) && fits);
+    const bool isBare = isHex(type) || (isNumeric(type) && fits);
     return isBare ? text : tomlString(text);
 }
 

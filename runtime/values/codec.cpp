@@ -36,7 +36,6 @@ const TypeRow TYPES[] = {
     {DataType::BCD32,  "bcd32",  2, Kind::BCD},
     {DataType::HEX,    "hex",    1, Kind::TEXT},
     {DataType::HEX32,  "hex32",  2, Kind::TEXT},
-    {DataType::HEX64,  "hex64",  4, Kind::TEXT},
     {DataType::BITS,   "bits",   1, Kind::TEXT},
     {DataType::STRING, "string", 1, Kind::TEXT},
 };
@@ -446,7 +445,7 @@ bool isNumeric(DataType type)
 
 bool isHex(DataType type)
 {
-    return type == DataType::HEX || type == DataType::HEX32 || type == DataType::HEX64;
+    return type == DataType::HEX || type == DataType::HEX32;
 }
 
 std::string dataTypeNames()
@@ -536,8 +535,7 @@ std::string decodeValue(const ValueFormat &format, const std::vector<quint8> &by
     }
     switch (format.type) {
     case DataType::HEX:
-    case DataType::HEX32:
-    case DataType::HEX64: return hexText(raw, words);
+    case DataType::HEX32:  return hexText(raw, words);
     case DataType::BITS:  return bitsText(raw);
     case DataType::F32:   return floatText<float, quint32>(format, raw);
     case DataType::F64:   return floatText<double, quint64>(format, raw);

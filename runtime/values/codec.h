@@ -27,7 +27,6 @@ enum class DataType {
     BCD32,  // 0 to 99999999, two words
     HEX,    // 0x0000 to 0xFFFF
     HEX32,  // 0x00000000 to 0xFFFFFFFF, two words
-    HEX64,  // the same of four words
     BITS,   // sixteen digits, bit 15 first, in groups of four
     STRING  // two characters a word, filled up with NUL
 };

@@ -22,7 +22,7 @@ struct TypeName {
 const TypeName TYPE_NAMES[] = {
     {"INT", "s16"},    {"UINT", "u16"},  {"DINT", "s32"},       {"UDINT", "u32"},       {"LINT", "s64"},
     {"ULINT", "u64"},  {"REAL", "f32"},  {"LREAL", "f64"},      {"WORD", "hex"},        {"DWORD", "hex32"},
-    {"LWORD", "hex64"}, {"UINT_BCD", "bcd16"}, {"UDINT_BCD", "bcd32"}, {"STRING", "string"},
+    {"UINT_BCD", "bcd16"}, {"UDINT_BCD", "bcd32"}, {"STRING", "string"},
 };
 
 const char BIT_SUFFIX[] = "_bit";

@@ -129,7 +129,7 @@ TEST_F(PanelNotationTest, WhatIsNotTakenIsListedAndTheRestWritten)
                                                        "K,D5,ARRAY[0..1] OF STRING\n"
                                                        "L,E5,INT\n");
     const std::string types = "is no type of words or bits; there are CHANNEL, BOOL, INT, UINT, DINT, UDINT, LINT, ULINT, "
-                              "REAL, LREAL, WORD, DWORD, LWORD, UINT_BCD, UDINT_BCD, STRING\n";
+                              "REAL, LREAL, WORD, DWORD, UINT_BCD, UDINT_BCD, STRING\n";
     const PanelRun import = runPanel({"import-tags", table, "--output", files.path("out.toml")});
     EXPECT_EQ(import.code, 1);
     EXPECT_EQ(import.out, "");

@@ -17,8 +17,8 @@ TEST(TagKind, ABitTypeHoldsBits)
 
 TEST(TagKind, StringsHexAndBitsAreTexts)
 {
-    for (const char *item : {"DM:0:4/string", "DM:0/string-low", "DM:0/hex", "DM:0:2/bits", "DM:0/hex32-high", "D0/hex64",
-                             "D0:4/STRING", "D0/WORD", "D0/DWORD", "100:2/LWORD-high"})
+    for (const char *item : {"DM:0:4/string", "DM:0/string-low", "DM:0/hex", "DM:0:2/bits", "DM:0/hex32-high", "D0/hex32",
+                             "D0:4/STRING", "D0/WORD", "D0/DWORD", "100:2/DWORD-high"})
         EXPECT_EQ(kind(item), ValueKind::TEXT) << item;
 }
 

@@ -41,7 +41,7 @@ bool isString(const ItemParts &parts)
 }
 
 // Beside strings.
-const char *const TEXT_TYPES[] = {"hex", "hex32", "hex64", "bits", "WORD", "DWORD", "LWORD"};
+const char *const TEXT_TYPES[] = {"hex", "hex32", "bits", "WORD", "DWORD"};
 
 } // namespace
 

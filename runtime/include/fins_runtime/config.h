@@ -18,7 +18,7 @@ namespace fins {
 
 /// A name for an item of the PLC's memory. An item is TYPE:ADDRESS[:COUNT][/DATA]: TYPE and ADDRESS as the driver has
 /// them (DM:100, CIO_bit:0.5), COUNT values (of a string: words), DATA one of u16, s16, u32, s32, u64, s64, f32, f64,
-/// bcd16, bcd32, hex, hex32, hex64, bits, string; numbers of several words can have -low or -high behind it (f32-high),
+/// bcd16, bcd32, hex, hex32, bits, string; numbers of several words can have -low or -high behind it (f32-high),
 /// the word that comes first. Without DATA a word is a u16. DM:100:2/f32 are the four words DM100 to DM103 as two
 /// numbers. The notation of the PLC's manuals is taken, too: D100:2/REAL, W3.05, 100.05, where 100.1 is bit 1.
 struct TagConfig {

@@ -186,8 +186,8 @@ TEST_F(ProjectTest, ReportsEveryProblemOfTags)
                   "p.toml:6:35: 'CIO_bit:0.05': bits 0 to 9 have one digit; write 0.5",
                   "p.toml:6:50: a bit has no data type; remove 'data'",
                   "p.toml:7:40: there is no data type 'f16'; the data types are u16, s16, u32, s32, u64, s64, f32, "
-                  "f64, bcd16, bcd32, hex, hex32, hex64, bits, string, and of the manuals BOOL, INT, UINT, DINT, UDINT, LINT, ULINT, REAL, "
-                  "LREAL, WORD, DWORD, LWORD, UINT_BCD, UDINT_BCD, STRING",
+                  "f64, bcd16, bcd32, hex, hex32, bits, string, and of the manuals BOOL, INT, UINT, DINT, UDINT, LINT, ULINT, REAL, "
+                  "LREAL, WORD, DWORD, UINT_BCD, UDINT_BCD, STRING",
                   "p.toml:7:47: 'colour' is not known here; known are type, data, word_order, char_order, scale, "
                   "offset, decimals, min, max, address, count, unit, access, comment, screen, group",
                   "p.toml:8:55: only numbers have 'scale'; remove it, or change the type",
@@ -369,7 +369,7 @@ TEST_F(ProjectTest, AnAddressMayHaveItsArea)
                    "Valve = { address = \"100.10\" }\n"
                    "Card = { address = \"100\", data = \"WORD\" }\n"
                    "Both = { type = \"CIO\", address = \"100\" }\n"
-                   "[recipes.A]\n"
+                   "[recipes.A.values]\n"
                    "\"D200:2\" = [1, 2]\n"
                    "\"D210/DWORD\" = 305419896\n"),
               Lines());
@@ -394,7 +394,7 @@ TEST_F(ProjectTest, AnAddressWithItsAreaIsChecked)
                    "E = { address = \"D100\", data = \"BOOL\" }\n"
                    "F = { address = \"D100.00\", data = \"INT\" }\n"
                    "G = { address = \"d100\" }\n"),
-              (Lines{"p.toml:2:31: 'D100' names its area itself; remove 'type'",
+              (Lines{"p.toml:2:30: 'D100' names its area itself; remove 'type'",
                      "p.toml:3:17: 'D32768' lies outside the range D0 to D32767",
                      "p.toml:4:17: 'T5.00': the area T has no bits; write T5",
                      "p.toml:5:5: 'type' is missing; add it, such as type = \"DM\"",

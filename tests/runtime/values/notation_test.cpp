@@ -148,7 +148,7 @@ TEST(Notation, TypesOfTheManuals)
     const std::pair<const char *, DataType> rows[] = {
         {"INT", DataType::S16},       {"UINT", DataType::U16},       {"DINT", DataType::S32},   {"UDINT", DataType::U32},
         {"LINT", DataType::S64},      {"ULINT", DataType::U64},      {"REAL", DataType::F32},   {"LREAL", DataType::F64},
-        {"WORD", DataType::HEX},      {"DWORD", DataType::HEX32},    {"LWORD", DataType::HEX64}, {"UINT_BCD", DataType::BCD16},
+        {"WORD", DataType::HEX},      {"DWORD", DataType::HEX32},    {"UINT_BCD", DataType::BCD16},
         {"UDINT_BCD", DataType::BCD32}, {"STRING", DataType::STRING}};
     for (const auto &row : rows) {
         const ValueFormat format = parseFormat(row.first, OrderDefaults());
@@ -192,7 +192,8 @@ TEST(Notation, ATagGoesBeforeAnAddress)
     EXPECT_EQ(usageError([&] { book.resolve("D100:2", Access::READ); }),
               "'D100:2': D100 is a tag of its own; write DM:100:2 for the address");
     EXPECT_EQ(usageError([&] { book.resolve("d100", Access::READ); }),
-              "'d100' is neither a tag of plant.toml nor an item; write a tag's name, or TYPE:ADDRESS such as DM:100:2");
+              "'d100' is neither a tag of plant.toml nor an item; write a tag's name, or TYPE:ADDRESS such as DM:100:2 "
+              "(did you mean 'D100'?)");
 }
 
 TEST(Notation, SingleValuesHaveTheirAddresses)

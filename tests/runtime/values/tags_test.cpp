@@ -111,8 +111,8 @@ TEST(Tags, RefusesUnknownTypesAndTypesOfBits)
     for (const char *const type : {"f16", "", "f32/f32"})
         EXPECT_EQ(refusal(book, std::string("DM:0/") + type),
                   std::string("there is no data type '") + type + "'; the data types are u16, s16, u32, s32, u64, s64, f32, f64, "
-                  "bcd16, bcd32, hex, hex32, hex64, bits, string, and of the manuals BOOL, INT, UINT, DINT, UDINT, LINT, ULINT, REAL, "
-                  "LREAL, WORD, DWORD, LWORD, UINT_BCD, UDINT_BCD, STRING");
+                  "bcd16, bcd32, hex, hex32, bits, string, and of the manuals BOOL, INT, UINT, DINT, UDINT, LINT, ULINT, REAL, "
+                  "LREAL, WORD, DWORD, UINT_BCD, UDINT_BCD, STRING");
     EXPECT_EQ(refusal(book, "DM_bit:0.0/u16"), "'DM_bit:0.0/u16': a bit has no data type; write DM_bit:0.0");
     EXPECT_EQ(refusal(book, "Level"),
               "'Level' is not an item; write TYPE:ADDRESS or TYPE:ADDRESS:COUNT, such as DM:100:2");

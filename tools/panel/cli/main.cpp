@@ -19,7 +19,7 @@ namespace {
 const char FOOTER[] =
     "Items are TYPE:ADDRESS[:COUNT] in the driver's names and notation, such as DM:100:2 or CIO_bit:0.5; see "
     "'fins_panel types'. A data type behind a slash, such as DM:100/f32, tells how words are read and written: u16, s16, "
-    "u32, s32, u64, s64, f32, f64, bcd16, bcd32, hex, hex32, hex64, bits or string; COUNT then counts such values.\n"
+    "u32, s32, u64, s64, f32, f64, bcd16, bcd32, hex, hex32, bits or string; COUNT then counts such values.\n"
     "The PLC's manuals' addresses and types are taken, too: D100:2 for DM:100:2, W3.05 for WR_bit:3.5, 100 for CIO:100, "
     "D100/REAL for DM:100/f32.\n"
     "With --project FILE the names of its tags are items too, and HOST is left out if the file names the PLC.\n"
