@@ -52,6 +52,7 @@ LinkOptions linkOf(const Config &config)
     link.station         = config.station;
     link.allowModeChange = config.allowModeChange;
     link.refusedPause    = config.retryRefused;
+    link.quiet           = config.quiet;
     return link;
 }
 
@@ -188,6 +189,14 @@ static Config configOf(const Project &project)
     return config;
 }
 
+Config configOf(const ProjectPlc &plc)
+{
+    Config config  = configOf(plc.project);
+    config.tags    = listed(plc.tags.tags());
+    config.recipes = listed(plc.project.recipes);
+    return config;
+}
+
 Config Config::ofProject(const std::string &file)
 {
     const std::unique_ptr<DriverLibrary> library = loadDriver("");
@@ -209,11 +218,9 @@ std::vector<Config> Config::plcsOf(const std::string &file)
     check(problems, [&] { plcs = readProjectPlcs(file, *library, problems); });
     throwIfAny(problems);
     std::vector<Config> configs;
-    for (const ProjectPlc &plc : plcs) {
-        configs.push_back(configOf(plc.project));
-        configs.back().tags    = listed(plc.tags.tags());
-        configs.back().recipes = listed(plc.project.recipes);
-    }
+    configs.reserve(plcs.size());
+    for (const ProjectPlc &plc : plcs)
+        configs.push_back(configOf(plc));
     return configs;
 }
 

@@ -11,6 +11,9 @@
 
 namespace fins {
 
+/// What the project says of the PLC, its tags and recipes included.
+Config configOf(const ProjectPlc &plc);
+
 struct Setup {
     /// Throws ConfigError with all that is wrong.
     explicit Setup(const Config &config);

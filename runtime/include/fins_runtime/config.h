@@ -66,6 +66,8 @@ struct Config {
     std::vector<TagConfig>    tags = {};
     std::vector<RecipeConfig> recipes = {};
 
+    bool quiet = false; // no messages of connections made, missed and lost
+
     /// The most messages and changes of state that wait for dispatch(); of more the oldest is dropped.
     std::size_t queueLimit = 1000;
 

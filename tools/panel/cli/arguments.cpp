@@ -62,33 +62,31 @@ void requirePositionals(CLI::App &command, const Arguments &arguments)
         throw CLI::RequiredError("file");
 }
 
-// The only PLC of the project, or the one that is named: by --plc, or by what is to be read, written or listed of it.
-ProjectPlc &chosenPlc(std::vector<ProjectPlc> &plcs, const Arguments &arguments)
+std::vector<std::string> namesOf(const std::vector<ProjectPlc> &plcs)
 {
     std::vector<std::string> names;
     names.reserve(plcs.size());
     for (const ProjectPlc &plc : plcs)
         names.push_back(plc.project.plc);
-    const auto find = [&](const auto &isIt) { return std::find_if(plcs.begin(), plcs.end(), isIt); };
-    if (!arguments.plc.empty()) {
-        const auto named = find([&](const ProjectPlc &plc) { return plc.project.plc == arguments.plc; });
-        if (named != plcs.end())
-            return *named;
-        throw UsageError("there is no PLC '" + arguments.plc + "' in " + arguments.projectFile
-                         + hintAt(nearestWord(arguments.plc, names)));
-    }
+    return names;
+}
+
+// The only PLC, or the one that is named by what is to be read, written or listed of it.
+ProjectPlc &chosenPlc(std::vector<ProjectPlc> &plcs, const Arguments &arguments)
+{
     if (plcs.size() == 1)
         return plcs.front();
     std::vector<std::string> words = {arguments.host, arguments.recipe.file};
     for (const auto *more : {&arguments.choice.items, &arguments.watch.writes})
         words.insert(words.end(), more->begin(), more->end());
     for (const std::string &word : words) {
-        const auto owner = find([&](const ProjectPlc &plc) {
+        const auto owner = std::find_if(plcs.begin(), plcs.end(), [&](const ProjectPlc &plc) {
             return word.compare(0, plc.tags.plc().size(), plc.tags.plc()) == 0 || plc.project.findRecipe(word);
         });
         if (owner != plcs.end())
             return *owner;
     }
+    const std::vector<std::string> names = namesOf(plcs);
     throw UsageError(arguments.projectFile + " has several PLCs: " + CLI::detail::join(names, ", ")
                      + "; name one with --plc, or what is to be worked on, such as " + names.front() + ".DM:0");
 }
@@ -107,17 +105,30 @@ ProjectPlc &joinedPlcs(std::vector<ProjectPlc> &plcs)
 
 void readProjectFile(CLI::App &command, Arguments &arguments)
 {
-    Problems problems;
-    std::vector<ProjectPlc> plcs = readProjectPlcs(arguments.projectFile, *arguments.library, problems);
-    problems.refuse("; see fins_panel check-project " + arguments.projectFile);
+    std::vector<ProjectPlc> plcs = projectPlcs(arguments);
     const bool isList = command.get_name() == "list" || command.get_name() == "complete";
-    ProjectPlc &plc = isList && arguments.plc.empty() ? joinedPlcs(plcs) : chosenPlc(plcs, arguments);
+    ProjectPlc &plc = isList ? joinedPlcs(plcs) : chosenPlc(plcs, arguments);
     arguments.project        = std::move(plc.project);
     *arguments.book          = std::move(plc.tags);
     arguments.recipe.project = &arguments.project;
 }
 
 } // namespace
+
+std::vector<ProjectPlc> projectPlcs(const Arguments &arguments)
+{
+    Problems problems;
+    std::vector<ProjectPlc> plcs = readProjectPlcs(arguments.projectFile, *arguments.library, problems);
+    problems.refuse("; see fins_panel check-project " + arguments.projectFile);
+    if (arguments.plc.empty())
+        return plcs;
+    for (ProjectPlc &plc : plcs) {
+        if (plc.project.plc == arguments.plc)
+            return {std::move(plc)};
+    }
+    throw UsageError("there is no PLC '" + arguments.plc + "' in " + arguments.projectFile
+                     + hintAt(nearestWord(arguments.plc, namesOf(plcs))));
+}
 
 void applyProject(CLI::App &command, Arguments &arguments)
 {

@@ -2,12 +2,14 @@
 #define PANEL_CLI_ARGUMENTS_H
 
 #include "commands/commands.h"
+#include "plant/plant.h"
 
 #include <CLI/CLI.hpp>
 
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -32,6 +34,8 @@ struct Arguments {
     std::unique_ptr<DriverLibrary> library;
     std::unique_ptr<TagBook> book;       // refers to the library
     Project                  project;
+    std::set<const CLI::App *> plantCommands; // that serve several PLCs at once, each through the library
+    std::vector<PlantPlc>    plcs;       // of such a command
     std::string              file;       // of check-project and import-tags
     std::string              output;
     std::string              host;
@@ -60,6 +64,9 @@ struct Arguments {
 /// The commands of the program with their options and help texts. What the user gives goes to `arguments`, and the
 /// command that was given becomes their action.
 void addCommands(CLI::App &app, Arguments &arguments);
+
+/// The PLCs of the project file, or the one that --plc names. Throws UsageError.
+std::vector<ProjectPlc> projectPlcs(const Arguments &arguments);
 
 /// Reads the project file, if one was given. Its settings count where their options were not given.
 void applyProject(CLI::App &command, Arguments &arguments);

@@ -1,5 +1,6 @@
 #include "cli/arguments.h"
 #include "cli/help_format.h"
+#include "cli/plant_arguments.h"
 #include "commands/ending.h"
 #include "common/suggestion.h"
 #include "common/usage_error.h"
@@ -120,6 +121,10 @@ void prepare(CLI::App &app, CLI::App &command, Arguments &arguments)
         placeArguments(command, arguments);
     arguments.library = std::make_unique<DriverLibrary>(arguments.libraryFile);
     arguments.book    = std::make_unique<TagBook>(*arguments.library);
+    if (isForPlant(command, arguments)) {
+        arguments.plcs = chosenPlcs(command, arguments);
+        return;
+    }
     if (hasProject) {
         applyProject(command, arguments);
         placeArguments(command, arguments);
@@ -174,6 +179,8 @@ int parseAndRun(int argc, char **argv)
     } catch (const CLI::ParseError &error) {
         return complain(refusalText(app, error) + "; see fins_panel --help", EXIT_USAGE);
     } catch (const UsageError &error) {
+        return complain(error.what(), EXIT_USAGE);
+    } catch (const fins::ConfigError &error) {
         return complain(error.what(), EXIT_USAGE);
     } catch (const std::exception &error) {
         return complain(error.what(), EXIT_NO_LINK);

@@ -88,10 +88,15 @@ void addHostOption(CLI::App &command, Arguments &arguments)
     command.add_option("--host", arguments.otherHost, "PLC in place of the project's")->type_name("HOST");
 }
 
-void addLinkOptions(CLI::App &command, Arguments &arguments, const Setting &words)
+void addHost(CLI::App &command, Arguments &arguments)
 {
     command.add_option("host", arguments.host, "PLC: HOST, HOST:PORT or [IPV6]:PORT; port 9600 by default")
         ->each([&arguments](const std::string &) { arguments.hasHost = true; });
+}
+
+void addLinkOptions(CLI::App &command, Arguments &arguments, const Setting &words)
+{
+    addHost(command, arguments);
     addProjectOption(command, arguments);
     addHostOption(command, arguments);
     addSetting(command, settings::TIMEOUT, arguments.timeoutMs);

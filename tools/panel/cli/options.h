@@ -34,6 +34,9 @@ std::string choiceText(const std::vector<std::string> &words);
 void addProjectOption(CLI::App &command, Arguments &arguments);
 void addHostOption(CLI::App &command, Arguments &arguments);
 
+/// The positional argument HOST.
+void addHost(CLI::App &command, Arguments &arguments);
+
 /// HOST and all that belongs to a link; `words` is the limit of one request.
 void addLinkOptions(CLI::App &command, Arguments &arguments, const Setting &words);
 

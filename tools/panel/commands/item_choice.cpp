@@ -20,24 +20,50 @@ std::string listText(const std::vector<std::string> &names)
     return text + (names.size() > most ? " and " + std::to_string(names.size() - most) + " more" : "");
 }
 
-std::vector<std::string> namesOf(const std::vector<Tag> &tags)
+// Calls `take` for each tag with the book that it is of.
+template <typename Take>
+void forEachTag(const TagBooks &books, const Take &take)
+{
+    for (const TagBook *book : books) {
+        for (const Tag &tag : book->tags())
+            take(*book, tag);
+    }
+}
+
+std::vector<std::string> namesOf(const TagBooks &books)
 {
     std::vector<std::string> names;
-    names.reserve(tags.size());
-    for (const Tag &tag : tags)
-        names.push_back(tag.name);
+    forEachTag(books, [&](const TagBook &, const Tag &tag) { names.push_back(tag.name); });
     return names;
+}
+
+// That of the only PLC, or of the one that the name begins with.
+const TagBook &ownerOf(const TagBooks &books, const std::string &name)
+{
+    if (books.size() == 1)
+        return *books.front();
+    std::vector<std::string> plcs;
+    for (const TagBook *book : books) {
+        if (name.compare(0, book->plc().size(), book->plc()) == 0)
+            return *book;
+        plcs.push_back(book->plc().substr(0, book->plc().size() - 1));
+    }
+    const std::size_t point   = std::min(name.find('.'), name.size());
+    const std::string nearest = nearestWord(name.substr(0, point), plcs);
+    throw UsageError("'" + name + "' does not begin with the name of a PLC"
+                     + hintAt(nearest.empty() ? "" : nearest + name.substr(point)) + "; the PLCs are " + listText(plcs)
+                     + ", write " + plcs.front() + ".DM:100 for an item of one");
 }
 
 // Collects tags by their names.
 class Chosen {
 public:
-    explicit Chosen(const TagBook &book) : book_(book) {}
+    explicit Chosen(const TagBooks &books) : books_(books) {}
 
     // What is named twice comes twice, unless a pattern has brought it.
     void takeNamed(const std::string &text)
     {
-        Tag tag = book_.resolve(text, Access::READ);
+        Tag tag = ownerOf(books_, text).resolve(text, Access::READ);
         if (brought_.count(tag.name) > 0)
             return;
         names_.insert(tag.name);
@@ -46,7 +72,11 @@ public:
 
     void takePattern(const std::string &text);
     void takeGroup(const std::string &group);
-    void takeAll() { tags_ = book_.tags(); }
+
+    void takeAll()
+    {
+        forEachTag(books_, [this](const TagBook &, const Tag &tag) { tags_.push_back(tag); });
+    }
 
     const std::vector<Tag> &tags() const { return tags_; }
 
@@ -58,7 +88,7 @@ private:
             tags_.push_back(std::move(tag));
     }
 
-    const TagBook        &book_;
+    const TagBooks       &books_;
     std::vector<Tag>      tags_;
     std::set<std::string> names_;   // of tags_
     std::set<std::string> brought_; // by patterns and groups
@@ -67,42 +97,43 @@ private:
 // A data type behind the pattern is that of every tag.
 void Chosen::takePattern(const std::string &text)
 {
-    if (book_.tags().empty())
+    const std::vector<std::string> names = namesOf(books_);
+    if (names.empty())
         throw UsageError("'" + text + "' is a pattern for names of tags, and there are none; name a project with tags by "
                                       "--project FILE");
     const std::size_t slash   = std::min(text.find('/'), text.size());
     const std::string pattern = text.substr(0, slash);
     bool matches = false;
-    for (const Tag &tag : book_.tags()) {
+    forEachTag(books_, [&](const TagBook &book, const Tag &tag) {
         if (fnmatch(pattern.c_str(), tag.name.c_str(), 0) != 0)
-            continue;
+            return;
         matches = true;
-        bring(book_.resolve(tag.name + text.substr(slash), Access::READ));
-    }
+        bring(book.resolve(tag.name + text.substr(slash), Access::READ));
+    });
     if (!matches)
-        throw UsageError("no tag matches '" + pattern + "'; the tags are " + listText(namesOf(book_.tags())));
+        throw UsageError("no tag matches '" + pattern + "'; the tags are " + listText(names));
 }
 
 void Chosen::takeGroup(const std::string &group)
 {
-    const std::vector<std::string> groups = groupsOf(book_);
+    const std::vector<std::string> groups = groupsOf(books_);
     if (groups.empty())
         throw UsageError("there is no group '" + group + "': no tag has one; write group = \"NAME\" into the tables of "
                                                          "its tags in a project");
     if (std::find(groups.begin(), groups.end(), group) == groups.end())
         throw UsageError("there is no group '" + group + "'" + hintAt(nearestWord(group, groups)) + "; the groups are "
                          + listText(groups));
-    for (const Tag &tag : book_.tags()) {
+    forEachTag(books_, [&](const TagBook &, const Tag &tag) {
         if (tag.group == group)
             bring(tag);
-    }
+    });
 }
 
 } // namespace
 
-std::vector<Tag> chosenTags(const TagBook &book, const ItemChoice &choice)
+std::vector<Tag> chosenTags(const TagBooks &books, const ItemChoice &choice)
 {
-    Chosen chosen(book);
+    Chosen chosen(books);
     if (choice.isEmpty())
         chosen.takeAll();
     forEachItem(choice.items, choice.file, [&chosen](const std::string &text) {
@@ -128,12 +159,12 @@ std::vector<TagWrite> chosenWrites(const TagBook &book, const ItemChoice &choice
     return writes;
 }
 
-std::vector<std::string> groupsOf(const TagBook &book)
+std::vector<std::string> groupsOf(const TagBooks &books)
 {
     std::vector<std::string> groups;
-    for (const Tag &tag : book.tags()) {
+    forEachTag(books, [&](const TagBook &, const Tag &tag) {
         if (!tag.group.empty() && std::find(groups.begin(), groups.end(), tag.group) == groups.end())
             groups.push_back(tag.group);
-    }
+    });
     return groups;
 }

@@ -16,15 +16,18 @@ struct ItemChoice {
     bool isEmpty() const { return items.empty() && file.empty() && groups.empty(); }
 };
 
+/// The tags of the PLCs that a command is for: of one, or of several, whose names begin with that of their PLC.
+using TagBooks = std::vector<const TagBook *>;
+
 /// What is to be read, in the order in which it is named; all tags of the project for an empty choice. A name with *, ?
 /// or [ is a pattern as of a shell for names of tags, which come in the order of the project. What a pattern or a group
 /// brings is taken once. Throws UsageError, which begins with FILE:LINE for what a file names.
-std::vector<Tag> chosenTags(const TagBook &book, const ItemChoice &choice);
+std::vector<Tag> chosenTags(const TagBooks &books, const ItemChoice &choice);
 
 /// The same for ITEM=VALUE; there are neither patterns nor groups.
 std::vector<TagWrite> chosenWrites(const TagBook &book, const ItemChoice &choice);
 
 /// The names of all groups, each once.
-std::vector<std::string> groupsOf(const TagBook &book);
+std::vector<std::string> groupsOf(const TagBooks &books);
 
 #endif

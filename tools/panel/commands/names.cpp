@@ -28,7 +28,7 @@ int runComplete(const TagBook &book, const Project &project, const std::string &
         for (const Recipe &recipe : project.recipes)
             std::cout << recipe.name << '\n';
     } else if (kind == "groups") {
-        for (const std::string &group : groupsOf(book))
+        for (const std::string &group : groupsOf({&book}))
             std::cout << group << '\n';
     } else {
         for (const Tag &tag : book.tags())

@@ -8,7 +8,7 @@
 
 int runRead(const TagBook &book, const LinkOptions &link, Millis giveUp, const ItemChoice &choice, ValueForm form)
 {
-    const std::vector<Tag> tags = chosenTags(book, choice);
+    const std::vector<Tag> tags = chosenTags({&book}, choice);
     Runtime runtime(book.library(), link);
     ReadOnce fresh(runtime, itemsOf(tags));
     if (!stepUntil(runtime, Clock::now() + giveUp, [&] { return fresh.complete(); }))
