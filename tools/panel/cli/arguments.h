@@ -34,6 +34,8 @@ struct Arguments {
     std::unique_ptr<DriverLibrary> library;
     std::unique_ptr<TagBook> book;       // refers to the library
     Project                  project;
+    std::set<const CLI::App *> severalCommands; // that work with several PLCs, each with a link of its own
+    std::vector<ProjectPlc>  several;    // the PLCs of such a command; empty: it works with the only one
     std::set<const CLI::App *> plantCommands; // that serve several PLCs at once, each through the library
     std::vector<PlantPlc>    plcs;       // of such a command
     std::string              file;       // of check-project and import-tags
@@ -70,6 +72,12 @@ std::vector<ProjectPlc> projectPlcs(const Arguments &arguments);
 
 /// Reads the project file, if one was given. Its settings count where their options were not given.
 void applyProject(CLI::App &command, Arguments &arguments);
+
+/// Of several PLCs each has its own host, and the first argument is an item. Throws UsageError for a host.
+void placeItems(Arguments &arguments);
+
+/// The PLCs that a command works with, once all that was given is settled.
+Sites sitesOf(const CLI::App &command, const Arguments &arguments);
 
 /// Settles the PLC and the items, and refuses what is missing. Throws UsageError or CLI::RequiredError.
 void placeArguments(CLI::App &command, Arguments &arguments);

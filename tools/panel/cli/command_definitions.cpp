@@ -90,6 +90,7 @@ void addBench(CLI::App &app, Arguments &arguments)
 void addWait(CLI::App &app, Arguments &arguments)
 {
     CLI::App *command = app.add_subcommand("wait", "Wait until values are as asked");
+    arguments.severalCommands.insert(command);
     addLinkOptions(*command, arguments, settings::READ_WORDS);
     addQuiet(*command, arguments.link.quiet);
     command->add_option("conditions", arguments.choice.items,
@@ -97,16 +98,17 @@ void addWait(CLI::App &app, Arguments &arguments)
     command->add_flag("--any", arguments.wait.any, "one of them is enough");
     addSetting(*command, settings::WAIT_FOR, arguments.wait.forSeconds);
     addSetting(*command, settings::INTERVAL, arguments.intervalMs);
-    onCommand(*command, arguments, [&arguments](const DriverLibrary &) {
+    onCommand(*command, arguments, [&arguments, command](const DriverLibrary &) {
         arguments.link.interval   = Millis(arguments.intervalMs);
         arguments.wait.conditions = arguments.choice.items;
-        return runWait(*arguments.book, arguments.link, arguments.wait);
+        return runWait(sitesOf(*command, arguments), arguments.wait);
     });
 }
 
 void addRead(CLI::App &app, Arguments &arguments)
 {
     CLI::App *command = app.add_subcommand("read", "Read items once: ITEM = VALUE ...");
+    arguments.severalCommands.insert(command);
     addLinkOptions(*command, arguments, settings::READ_WORDS);
     addQuiet(*command, arguments.link.quiet);
     addSetting(*command, settings::GIVE_UP, arguments.giveUp);
@@ -117,9 +119,8 @@ void addRead(CLI::App &app, Arguments &arguments)
     addItemFile(*command, arguments.choice, "item");
     addForms(*command, arguments.form);
     addValueOptions(*command, arguments.values);
-    onCommand(*command, arguments, [&arguments](const DriverLibrary &) {
-        return runRead(*arguments.book, arguments.link, millis(arguments.giveUp), arguments.choice,
-                       arguments.form);
+    onCommand(*command, arguments, [&arguments, command](const DriverLibrary &) {
+        return runRead(sitesOf(*command, arguments), millis(arguments.giveUp), arguments.choice, arguments.form);
     });
 }
 
@@ -127,6 +128,7 @@ void addWrite(CLI::App &app, Arguments &arguments)
 {
     CLI::App *command = app.add_subcommand("write",
                                            "Write values and read them back: ITEM = VALUE ... as the PLC holds it");
+    arguments.severalCommands.insert(command);
     addLinkOptions(*command, arguments, settings::WRITE_WORDS);
     addQuiet(*command, arguments.link.quiet);
     addSetting(*command, settings::GIVE_UP, arguments.giveUp);
@@ -138,9 +140,9 @@ void addWrite(CLI::App &app, Arguments &arguments)
     addConfirm(*command, arguments.write.confirm);
     addModeChange(*command, arguments);
     addKeepGoing(*command, arguments.write.keepGoing);
-    onCommand(*command, arguments, [&arguments](const DriverLibrary &) {
+    onCommand(*command, arguments, [&arguments, command](const DriverLibrary &) {
         arguments.write.choice = arguments.choice;
-        return runWrite(*arguments.book, arguments.link, millis(arguments.giveUp), arguments.write);
+        return runWrite(sitesOf(*command, arguments), millis(arguments.giveUp), arguments.write);
     });
 }
 

@@ -30,15 +30,6 @@ bool isForPlant(const CLI::App &command, const Arguments &arguments)
 
 namespace {
 
-// Of several PLCs each has its own host, and the first argument is an item.
-void placeItems(Arguments &arguments)
-{
-    if (!arguments.otherHost.empty())
-        throw UsageError("--host is for one PLC, and " + arguments.projectFile + " has several; choose one with --plc");
-    if (arguments.hasHost)
-        arguments.choice.items.insert(arguments.choice.items.begin(), arguments.host);
-}
-
 // As for every other command.
 void placeOnly(CLI::App &command, Arguments &arguments, ProjectPlc &plc)
 {

@@ -1,11 +1,10 @@
 #ifndef PANEL_COMMANDS_COMMANDS_H
 #define PANEL_COMMANDS_COMMANDS_H
 
-#include "commands/item_choice.h"
+#include "commands/sites.h"
 #include "commands/value_lines.h"
 #include "driver/driver_library.h"
 #include "project/project.h"
-#include "session/runtime.h"
 #include "values/tags.h"
 #include "watch/watch_lines.h"
 
@@ -63,13 +62,15 @@ int runLink(const DriverLibrary &library, const LinkOptions &link, long count);
 /// Measures the refresh time for several block sizes. A size counts as unanswered after `giveUp`.
 int runBench(const TagBook &book, const LinkOptions &link, Millis giveUp, const BenchOptions &options);
 int runWatch(const TagBook &book, const LinkOptions &link, const WatchOptions &options);
-int runRead(const TagBook &book, const LinkOptions &link, Millis giveUp, const ItemChoice &choice, ValueForm form);
+
+/// Reads all PLCs at the same time. What one of them does not answer is left out or marked, see ValueForm.
+int runRead(const Sites &sites, Millis giveUp, const ItemChoice &choice, ValueForm form);
 
 /// Success as soon as the conditions hold; a value counts while it is good.
-int runWait(const TagBook &book, const LinkOptions &link, const WaitOptions &options);
+int runWait(const Sites &sites, const WaitOptions &options);
 
-/// Success only when the values read back agree.
-int runWrite(const TagBook &book, const LinkOptions &link, Millis giveUp, const WriteOptions &options);
+/// Success only when the values read back agree. Writes in the order of the list, one PLC after the other.
+int runWrite(const Sites &sites, Millis giveUp, const WriteOptions &options);
 int runRecipe(const TagBook &book, const LinkOptions &link, Millis giveUp, const RecipeOptions &options);
 
 // These need no link.

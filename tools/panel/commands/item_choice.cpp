@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <fnmatch.h>
+#include <map>
 #include <set>
 
 namespace {
@@ -35,24 +36,6 @@ std::vector<std::string> namesOf(const TagBooks &books)
     std::vector<std::string> names;
     forEachTag(books, [&](const TagBook &, const Tag &tag) { names.push_back(tag.name); });
     return names;
-}
-
-// That of the only PLC, or of the one that the name begins with.
-const TagBook &ownerOf(const TagBooks &books, const std::string &name)
-{
-    if (books.size() == 1)
-        return *books.front();
-    std::vector<std::string> plcs;
-    for (const TagBook *book : books) {
-        if (name.compare(0, book->plc().size(), book->plc()) == 0)
-            return *book;
-        plcs.push_back(book->plc().substr(0, book->plc().size() - 1));
-    }
-    const std::size_t point   = std::min(name.find('.'), name.size());
-    const std::string nearest = nearestWord(name.substr(0, point), plcs);
-    throw UsageError("'" + name + "' does not begin with the name of a PLC"
-                     + hintAt(nearest.empty() ? "" : nearest + name.substr(point)) + "; the PLCs are " + listText(plcs)
-                     + ", write " + plcs.front() + ".DM:100 for an item of one");
 }
 
 // Collects tags by their names.
@@ -131,6 +114,23 @@ void Chosen::takeGroup(const std::string &group)
 
 } // namespace
 
+const TagBook &ownerOf(const TagBooks &books, const std::string &name)
+{
+    if (books.size() == 1)
+        return *books.front();
+    std::vector<std::string> plcs;
+    for (const TagBook *book : books) {
+        if (name.compare(0, book->plc().size(), book->plc()) == 0)
+            return *book;
+        plcs.push_back(book->plc().substr(0, book->plc().size() - 1));
+    }
+    const std::size_t point   = std::min(name.find('.'), name.size());
+    const std::string nearest = nearestWord(name.substr(0, point), plcs);
+    throw UsageError("'" + name + "' does not begin with the name of a PLC"
+                     + hintAt(nearest.empty() ? "" : nearest + name.substr(point)) + "; the PLCs are " + listText(plcs)
+                     + ", write " + plcs.front() + ".DM:100 for an item of one");
+}
+
 std::vector<Tag> chosenTags(const TagBooks &books, const ItemChoice &choice)
 {
     Chosen chosen(books);
@@ -147,15 +147,16 @@ std::vector<Tag> chosenTags(const TagBooks &books, const ItemChoice &choice)
     return chosen.tags();
 }
 
-std::vector<TagWrite> chosenWrites(const TagBook &book, const ItemChoice &choice)
+std::vector<TagWrite> chosenWrites(const TagBooks &books, const ItemChoice &choice)
 {
     std::vector<TagWrite> writes;
-    std::vector<Item> items;
+    std::map<std::string, std::vector<Item>> items; // of each PLC
     forEachItem(choice.items, choice.file, [&](const std::string &text) {
-        writes.push_back(book.resolveWrite(text));
-        items.push_back(writes.back().tag.item);
+        writes.push_back(ownerOf(books, text).resolveWrite(text));
+        items[writes.back().tag.plc].push_back(writes.back().tag.item);
     });
-    refuseOverlaps(items);
+    for (const auto &[plc, ofPlc] : items)
+        refuseOverlaps(ofPlc);
     return writes;
 }
 

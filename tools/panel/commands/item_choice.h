@@ -25,7 +25,10 @@ using TagBooks = std::vector<const TagBook *>;
 std::vector<Tag> chosenTags(const TagBooks &books, const ItemChoice &choice);
 
 /// The same for ITEM=VALUE; there are neither patterns nor groups.
-std::vector<TagWrite> chosenWrites(const TagBook &book, const ItemChoice &choice);
+std::vector<TagWrite> chosenWrites(const TagBooks &books, const ItemChoice &choice);
+
+/// The only book, or that of the PLC that the name begins with. Throws UsageError.
+const TagBook &ownerOf(const TagBooks &books, const std::string &name);
 
 /// The names of all groups, each once.
 std::vector<std::string> groupsOf(const TagBooks &books);

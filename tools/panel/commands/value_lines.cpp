@@ -39,7 +39,7 @@ std::string cellOf(const ValueFormat &format, const std::optional<Bytes> &bytes)
 
 const char *qualityOf(const ReadValue &value)
 {
-    return value.bytes ? "good" : "refused";
+    return fins::text(value.bytes ? fins::Quality::GOOD : value.missing);
 }
 
 // A text without its quotes: what is left can be written as it is.

@@ -8,20 +8,25 @@
 #include "session/write_queue.h"
 #include "session/write_report.h"
 
+#include <algorithm>
 #include <iostream>
 
 namespace {
 
-int showFrames(const TagBook &book, const LinkOptions &link, const std::vector<TagWrite> &writes)
+using Writes = std::vector<TagWrite>;
+
+const char STOPPED[] = "a write before it was not done; with --keep-going it would be sent all the same";
+
+void showFrames(const Site &site, const Writes &writes)
 {
-    DryRun dryRun(book.library(), link);
+    const Site::Driver driver = site.driver();
+    DryRun dryRun(*driver, site.link);
     for (const TagWrite &write : writes) {
         std::cout << write.tag.name << " = " << shownValue(write.tag.format, write.data) << '\n';
         for (const std::string &line : dryRun.write(write.tag.item, write.data))
             std::cout << "  " << line << '\n';
     }
-    std::cerr << dryRunText(link) << std::endl;
-    return EXIT_DONE;
+    std::cerr << dryRunText(site.link) << std::endl;
 }
 
 // The values that the PLC holds are read and shown first. Returns why nothing is to be written, or "".
@@ -38,22 +43,17 @@ std::string askFirst(Runtime &runtime, ReadOnce &fresh, const WriteReport &repor
 std::string whyNotSent(const Runtime &runtime, const WriteQueue &queue, const ReadOnce &fresh)
 {
     if (queue.stopped())
-        return "a write before it was not done; with --keep-going it would be sent all the same";
+        return STOPPED;
     if (fresh.allRefused())
         return "the PLC refuses to read what is to be written, and nothing else proves the link";
     return endedEarly(runtime);
 }
 
-} // namespace
-
-int runWrite(const TagBook &book, const LinkOptions &link, Millis giveUp, const WriteOptions &options)
+// A row of the list that goes to one PLC.
+int writeTo(const Site &site, const Writes &writes, Millis giveUp, const WriteOptions &options)
 {
-    const std::vector<TagWrite> writes = chosenWrites(book, options.choice);
-    if (options.dryRun)
-        return showFrames(book, link, writes);
-    if (options.confirm)
-        requireTerminal();
-    Runtime runtime(book.library(), link);
+    const Site::Driver driver = site.driver();
+    Runtime runtime(*driver, site.link);
     WriteReport report(runtime);
     WriteQueue queue(runtime, options.keepGoing);
     std::vector<Item> items;
@@ -81,4 +81,56 @@ int runWrite(const TagBook &book, const LinkOptions &link, Millis giveUp, const 
     if (!done)
         noAnswer(runtime, giveUp);
     return exitCode(report);
+}
+
+// Says of each that it was not sent.
+int leaveOut(const Site &site, const Writes &writes)
+{
+    const Site::Driver driver = site.driver();
+    Runtime runtime(*driver, site.link);
+    WriteReport report(runtime);
+    for (const auto &[tag, data] : writes)
+        report.add(tag.name, tag.item, tag.format, data);
+    report.finish(STOPPED);
+    return exitCode(report);
+}
+
+const Site &siteOf(const Sites &sites, const Tag &tag)
+{
+    return *std::find_if(sites.begin(), sites.end(), [&](const Site &site) { return site.book.plc() == tag.plc; });
+}
+
+// The first writes of the list, as many as go to the same PLC.
+Writes takeRow(Writes &writes)
+{
+    const auto end = std::find_if(writes.begin(), writes.end(), [&](const TagWrite &write) {
+        return write.tag.plc != writes.front().tag.plc;
+    });
+    Writes row(writes.begin(), end);
+    writes.erase(writes.begin(), end);
+    return row;
+}
+
+} // namespace
+
+int runWrite(const Sites &sites, Millis giveUp, const WriteOptions &options)
+{
+    Writes writes = chosenWrites(booksOf(sites), options.choice);
+    const auto isOfFirst = [&](const TagWrite &write) { return write.tag.plc == writes.front().tag.plc; };
+    if (options.confirm && !std::all_of(writes.begin(), writes.end(), isOfFirst))
+        throw UsageError("--confirm asks for the values of one PLC; write to one after the other, or leave it out");
+    if (options.confirm)
+        requireTerminal();
+    int code = EXIT_DONE;
+    while (!writes.empty()) {
+        const Writes row   = takeRow(writes);
+        const Site &site = siteOf(sites, row.front().tag);
+        if (options.dryRun)
+            showFrames(site, row);
+        else if (code == EXIT_DONE || options.keepGoing)
+            code = std::max(code, writeTo(site, row, giveUp, options));
+        else
+            code = std::max(code, leaveOut(site, row));
+    }
+    return code;
 }
