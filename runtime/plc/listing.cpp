@@ -16,6 +16,7 @@ std::vector<TagConfig> listed(const std::vector<Tag> &tags)
         config.minimum  = tag.minimum;
         config.maximum  = tag.maximum;
         config.readOnly = tag.readOnly;
+        config.deadband = tag.deadband;
         config.comment  = tag.comment;
         config.screen   = tag.screen;
         config.group    = tag.group;

@@ -63,6 +63,9 @@ void checkTag(const TagConfig &config, const Tag &tag)
         throw UsageError("the tag '" + config.name + "' is no number, so it has no scale, offset or decimals");
     if (!hasNumber && (config.minimum || config.maximum))
         throw UsageError("the tag '" + config.name + "' is no number, so it has no limits");
+    if (!(config.deadband >= 0) || (!hasNumber && config.deadband > 0))
+        throw UsageError("the tag '" + config.name + "' has a deadband that no value can keep; use a number from 0, for "
+                         "numbers only");
     if (config.minimum && config.maximum && *config.minimum > *config.maximum)
         throw UsageError("the minimum of the tag '" + config.name + "' is above its maximum");
     if (!isSet(settings::SCALE, config.scale) || !isSet(settings::OFFSET, config.offset))
@@ -92,6 +95,7 @@ void addTag(TagBook &book, const TagConfig &config)
     tag.minimum         = config.minimum;
     tag.maximum         = config.maximum;
     tag.readOnly        = config.readOnly;
+    tag.deadband        = config.deadband;
     tag.comment         = config.comment;
     tag.screen          = config.screen;
     tag.group           = config.group;

@@ -42,6 +42,10 @@ constexpr Setting GIVE_UP = {"--give-up", nullptr, false, 0.1, 86400, "seconds",
                              "time after which the command ends without success"};
 constexpr Setting WATCH_FOR = {"--for", nullptr, false, 0.001, 1e9, "seconds", "time to watch; for ever by default"};
 constexpr Setting WAIT_FOR = {"--for", nullptr, false, 0.001, 1e9, "seconds", "time to wait; for ever by default"};
+constexpr Setting LOG_FOR = {"--for", nullptr, false, 0.001, 1e9, "seconds", "time to log; for ever by default"};
+constexpr Setting DEADBAND = {"--deadband", nullptr, false, 0, 1e15, "",
+                              "smaller changes, as shown, are left out, where the tag has no deadband of its own"};
+constexpr Setting KEEP = {"--keep", nullptr, true, 1, 1e6, "files", "closed files to keep, the latest ones; all by default"};
 constexpr Setting CHANGES = {"--changes", nullptr, true, 1, 1e9, "",
                              "end after this many changes, first values not counted"};
 constexpr Setting ROUND_TRIPS = {"--count", nullptr, true, 1, 1e6, "", "round trips to measure"};

@@ -109,9 +109,12 @@ void TagReader::readNumberForm(Tag &tag)
     format.decimals = static_cast<int>(decimals);
     readLimit("min", tag.minimum);
     readLimit("max", tag.maximum);
+    reader_.number("deadband", tag.deadband);
+    if (tag.deadband < 0)
+        reader_.report(*table_.find("deadband"), "'deadband' is below 0; write the smallest change to be logged, such as 0.5");
     if (tag.minimum && tag.maximum && *tag.minimum > *tag.maximum)
         reader_.report(*table_.find("max"), "'max' is below 'min'; write the lowest value as min, the highest as max");
-    for (const char *key : {"scale", "offset", "decimals", "min", "max"}) {
+    for (const char *key : {"scale", "offset", "decimals", "min", "max", "deadband"}) {
         const DataNode *node = reader_.take(key);
         if (node && !isNumeric(format.type))
             reader_.report(*node, "only numbers have '" + std::string(key) + "'; remove it, or change the type");
@@ -257,6 +260,8 @@ std::string tagLine(const Tag &tag)
         add("min", shortestText(*tag.minimum));
     if (tag.maximum)
         add("max", shortestText(*tag.maximum));
+    if (tag.deadband > 0)
+        add("deadband", shortestText(tag.deadband));
     addText("unit", tag.format.unit);
     addText("access", tag.readOnly ? "r" : "");
     addText("comment", tag.comment);

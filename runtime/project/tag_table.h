@@ -18,6 +18,7 @@
 //   scale, offset, decimals, unit, comment, screen
 //   group       name of those that are read and watched together
 //   min, max    of a number as it is shown; a write outside is refused
+//   deadband    of a number as it is shown; a log of changes passes over smaller ones
 //   access      "rw", or "r" for a tag that is never written; "rw" by default
 //
 // and in a CSV file a name.

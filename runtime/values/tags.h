@@ -28,6 +28,7 @@ struct Tag {
     std::optional<double> minimum = std::nullopt; // of its values as they are shown; numbers only
     std::optional<double> maximum = std::nullopt;
     bool readOnly = false;
+    double deadband = 0; // a logger of changes passes over smaller ones; as shown
     std::string plc = {}; // "press.": what stands before the names of a PLC among several; else empty
 
     qint32 valueCount() const { return item.count / wordsPerValue(format.type); }

@@ -34,6 +34,7 @@ struct TagConfig {
     std::string comment = {};
     std::string screen = {};         // where a graphical panel shows it
     std::string group = {};          // what it belongs to, such as a machine's part
+    double      deadband = 0;        // a logger of changes passes over smaller ones; as shown, 0 or more
 };
 
 /// A recipe: items or tags, each with its values as texts, or with none in a recipe that is only read.

@@ -189,7 +189,7 @@ TEST_F(ProjectTest, ReportsEveryProblemOfTags)
                   "f64, bcd16, bcd32, hex, hex32, bits, string, and of the manuals BOOL, INT, UINT, DINT, UDINT, LINT, ULINT, REAL, "
                   "LREAL, WORD, DWORD, UINT_BCD, UDINT_BCD, STRING",
                   "p.toml:7:47: 'colour' is not known here; known are type, data, word_order, char_order, scale, "
-                  "offset, decimals, min, max, address, count, unit, access, comment, screen, group",
+                  "offset, decimals, min, max, deadband, address, count, unit, access, comment, screen, group",
                   "p.toml:8:55: only numbers have 'scale'; remove it, or change the type",
                   "p.toml:8:67: only numbers have 'offset'; remove it, or change the type",
                   "p.toml:8:81: only numbers have 'decimals'; remove it, or change the type",
@@ -251,7 +251,7 @@ TEST_F(ProjectTest, ReportsEveryProblemOfCsvTags)
                       "a b,DM,2,,\n"
                       "D,DM,2,1;5,\n"),
               (Lines{"tags.csv:1:25: 'colour' is not known here; known are name, type, data, word_order, char_order, "
-                     "scale, offset, decimals, min, max, address, count, unit, access, comment, screen, group",
+                     "scale, offset, decimals, min, max, deadband, address, count, unit, access, comment, screen, group",
                      "tags.csv:2:6: 'DM:32768' lies outside the range 0 to 32767, written ddddd",
                      "tags.csv:3:1: 'name' is missing; add it, such as Level",
                      "tags.csv:4:6: 'DM:x': the address is malformed; the range is 0 to 32767, written ddddd",
