@@ -83,8 +83,13 @@ TEST_F(PlantTest, OneAloneHasNoNameBeforeItsMessages)
 {
     Plant plant({plantPlc("", press.host(), {"DM:0"})});
     listen(plant);
-    EXPECT_TRUE(until(plant, [&] { return !lines.empty(); }));
-    EXPECT_EQ(lines.front(), "connected to " + press.host() + ": this node 239, PLC node 1");
+    EXPECT_TRUE(until(plant, [&] { return phases[0] == Phase::ONLINE; }));
+    press.stopListening();
+    press.hangUp();
+    const std::string lost = "link to " + press.host() + " lost: ";
+    EXPECT_TRUE(until(plant, [&] {
+        return std::any_of(lines.begin(), lines.end(), [&](const std::string &line) { return line.find(lost) == 0; });
+    }));
 }
 
 TEST_F(PlantTest, WhatElseIsReadyEndsTheWait)

@@ -31,8 +31,7 @@ public:
     Plant(const Plant &) = delete;
     Plant &operator=(const Plant &) = delete;
 
-    // The calls come in step(), also with what has happened before they were given. They number the PLCs as the constructor
-    // got them.
+    // The calls come in step(), the first ones with what is known by then. They number the PLCs as the constructor got them.
 
     /// The samples of a PLC, numbered as its items; first one of each.
     void onSamples(SamplesCall call) { samplesCall_ = std::move(call); }
@@ -40,7 +39,8 @@ public:
     /// The state of a PLC now, and every change.
     void onState(StateCall call) { stateCall_ = std::move(call); }
 
-    /// What happens on the links and to writes, with the name of the PLC before it where there are several.
+    /// What happens on the links and to writes, with the name of the PLC before it where there are several. What happened
+    /// while the PLC was being opened may be left out; its state tells it.
     void onMessage(MessageCall call) { messageCall_ = std::move(call); }
 
     /// Delivers what waits. Waits for it until `until` at the longest; a descriptor of `others` that is ready ends the wait,
