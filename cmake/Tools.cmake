@@ -2,6 +2,7 @@
 find_package(Threads REQUIRED)
 find_package(CLI11 REQUIRED)
 find_package(fmt REQUIRED)
+find_package(ZLIB REQUIRED)
 
 # Headers only: the programs need no library of TOML to run.
 find_path(TOMLPLUSPLUS_INCLUDE_DIR toml++/toml.h)

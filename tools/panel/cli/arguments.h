@@ -54,6 +54,7 @@ struct Arguments {
     WriteOptions             write;
     WatchOptions             watch;
     WaitOptions              wait;
+    LogOptions               log;
     BenchOptions             bench;
     long                     roundTrips = 100;
     RecipeOptions            recipe;

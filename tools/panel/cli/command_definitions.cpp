@@ -1,6 +1,7 @@
 #include "cli/arguments.h"
 
 #include "cli/options.h"
+#include "cli/plant_commands.h"
 
 namespace {
 
@@ -211,7 +212,7 @@ void addFiles(CLI::App &app, Arguments &arguments)
     import
         ->add_option("file", arguments.file,
                      "CSV file; columns name, type, address, and as needed count, data, word_order, char_order, scale, "
-                     "offset, decimals, min, max, unit, access, comment, screen, group; or a table of symbols as a "
+                     "offset, decimals, min, max, deadband, unit, access, comment, screen, group; or a table of symbols as a "
                      "programming tool exports it, with names, types, addresses and comments: then what cannot be taken "
                      "is listed, and the exit code is 1")
         ->required();
@@ -268,6 +269,7 @@ void addCommands(CLI::App &app, Arguments &arguments)
     addRead(app, arguments);
     addWrite(app, arguments);
     addWait(app, arguments);
+    addLog(app, arguments);
     addRecipe(app, arguments);
     addFiles(app, arguments);
     addBench(app, arguments);

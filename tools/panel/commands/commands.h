@@ -4,6 +4,9 @@
 #include "commands/sites.h"
 #include "commands/value_lines.h"
 #include "driver/driver_library.h"
+#include "log/row_file.h"
+#include "log/row_form.h"
+#include "plant/plant.h"
 #include "project/project.h"
 #include "values/tags.h"
 #include "watch/watch_lines.h"
@@ -27,6 +30,17 @@ struct WaitOptions {
     std::vector<std::string> conditions; // ITEM=VALUE and such
     bool   any        = false; // one that holds is enough
     double forSeconds = 0;     // 0: for ever
+};
+
+struct LogOptions {
+    std::chrono::milliseconds every{1000};
+    bool        onChange = false;      // a row for each change, in place of one for each `every`
+    double      deadband = 0;          // of numbers whose tag has none; as shown
+    LogForm     form     = LogForm::CSV;
+    std::string measurement = "fins";  // of LogForm::INFLUX
+    std::string output;                // a file; empty: standard output
+    Rotation    rotation;              // of the file
+    double      forSeconds = 0;        // 0: for ever
 };
 
 struct BenchOptions {
@@ -68,6 +82,9 @@ int runRead(const Sites &sites, Millis giveUp, const ItemChoice &choice, ValueFo
 
 /// Success as soon as the conditions hold; a value counts while it is good.
 int runWait(const Sites &sites, const WaitOptions &options);
+
+/// Success if every row could be written and every PLC has answered.
+int runLog(const std::vector<PlantPlc> &plcs, const LogOptions &options);
 
 /// Success only when the values read back agree. Writes in the order of the list, one PLC after the other.
 int runWrite(const Sites &sites, Millis giveUp, const WriteOptions &options);
