@@ -70,6 +70,8 @@ TEST_F(Configuring, TellsWhatIsWrongWithATag)
     tag("far", "DM:0").offset = 1e16;
     tag("long", "DM:0").decimals = 10;
     tag("short", "DM:0").decimals = -2;
+    tag("still", "DM:0").deadband = -1;
+    tag("hex", "DM:0/hex").deadband = 1;
     std::vector<std::string> texts;
     for (const fins::Problem &problem : problemsOf(with))
         texts.push_back(problem.text);
@@ -81,7 +83,9 @@ TEST_F(Configuring, TellsWhatIsWrongWithATag)
         "scale or offset of the tag 'flat' is out of range; use -1e+15 to 1e+15, not 0",
         "scale or offset of the tag 'far' is out of range; use -1e+15 to 1e+15, not 0",
         "decimals of the tag 'long' is out of range; use -1 to 9",
-        "decimals of the tag 'short' is out of range; use -1 to 9"};
+        "decimals of the tag 'short' is out of range; use -1 to 9",
+        "the tag 'still' has a deadband that no value can keep; use a number from 0, for numbers only",
+        "the tag 'hex' has a deadband that no value can keep; use a number from 0, for numbers only"};
     EXPECT_EQ(texts, expected);
 }
 

@@ -265,7 +265,7 @@ TEST_F(ProjectTest, WritesTagsAsTheyAreRead)
 {
     const Lines lines = {
         "Level = { type = \"DM\", address = 7, data = \"s16\", scale = 0.1, offset = -4, decimals = 1, min = -4, max = 95.5, "
-        "unit = \"%\", access = \"r\", comment = \"say \\\"hi\\\"\", screen = \"s\", group = \"g\" }",
+        "deadband = 0.5, unit = \"%\", access = \"r\", comment = \"say \\\"hi\\\"\", screen = \"s\", group = \"g\" }",
         "Pump = { type = \"CIO_bit\", address = \"100.10\", count = 2 }",
         "\"F\xC3\xBCll\" = { type = \"HR\", address = 12, count = 3, data = \"string-low\" }",
         "Plain = { type = \"T\", address = 1 }"};
@@ -276,6 +276,14 @@ TEST_F(ProjectTest, WritesTagsAsTheyAreRead)
     ASSERT_EQ(book->tags().size(), lines.size());
     for (std::size_t i = 0; i < lines.size(); ++i)
         EXPECT_EQ(tagLine(book->tags()[i]), lines[i]);
+}
+
+TEST_F(ProjectTest, ADeadBandIsANumberFromZeroAndForNumbers)
+{
+    EXPECT_EQ(read("[tags]\nA = { type = \"DM\", address = 0, deadband = -1 }\n"
+                   "B = { type = \"DM\", address = 0, data = \"hex\", deadband = 1 }\n"),
+              (Lines{"p.toml:2:44: 'deadband' is below 0; write the smallest change to be logged, such as 0.5",
+                     "p.toml:3:58: only numbers have 'deadband'; remove it, or change the type"}));
 }
 
 TEST_F(ProjectTest, ReadsRecipes)
