@@ -27,8 +27,7 @@ bool isUnsigned64(const std::string &item)
     const std::size_t slash = item.find('/');
     if (slash == std::string::npos || item.substr(slash + 1) == BIT_TYPE)
         return false;
-    const DataType type = parseFormat(item.substr(slash + 1), OrderDefaults()).type;
-    return type == DataType::U64 || type == DataType::HEX64;
+    return parseFormat(item.substr(slash + 1), OrderDefaults()).type == DataType::U64;
 }
 
 std::map<std::string, const fins::TagConfig *> tagsOf(const fins::Config &config)
