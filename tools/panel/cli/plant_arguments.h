@@ -3,10 +3,11 @@
 
 #include "cli/arguments.h"
 
-// The command line of a command that serves all PLCs of a project at once: which of them, what of each, and the settings.
+// The command line of a command that serves all PLCs of a project at once: which of them, what of each, and the
+// settings.
 
-/// HOST, items, groups, a file of items, and the settings of a link; `items` is the help of the items. The command is given
-/// its PLCs in `arguments.plcs`.
+/// HOST, items, groups, a file of items, and the settings of a link; `items` is the help of the items. The command is
+/// given its PLCs in `arguments.plcs`.
 void addPlantOptions(CLI::App &command, Arguments &arguments, const std::string &items);
 
 /// True for such a command.

@@ -9,7 +9,8 @@
 namespace {
 
 template <typename Value, typename Parse>
-CLI::Option *addUnit(CLI::App &command, const char *name, Value &value, Parse parse, const char *form, const std::string &help)
+CLI::Option *addUnit(CLI::App &command, const char *name, Value &value, Parse parse, const char *form,
+                     const std::string &help)
 {
     return command.add_option_function<std::string>(name, [name, &value, parse, form](const std::string &text) {
         const auto parsed = parse(text);
@@ -32,7 +33,8 @@ void addLogRows(CLI::App &command, LogOptions &log)
     addSetting(command, settings::LOG_FOR, log.forSeconds);
     CLI::Option *csv  = command.add_flag("--csv", "comma-separated values, a column for each value and one for its "
                                                   "quality, which is what there is by default");
-    CLI::Option *json = command.add_flag_callback("--json", [&log] { log.form = LogForm::JSON; }, "a JSON object per row");
+    CLI::Option *json = command.add_flag_callback("--json", [&log] { log.form = LogForm::JSON; },
+                                                  "a JSON object per row");
     CLI::Option *influx = command.add_flag_callback("--influx", [&log] { log.form = LogForm::INFLUX; },
                                                     "Influx line protocol, a line for each value");
     csv->excludes(json)->excludes(influx);

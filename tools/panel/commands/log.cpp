@@ -23,7 +23,8 @@ public:
     Logger(const std::vector<PlantPlc> &plcs, const LogOptions &options)
         : plcs_(plcs), plant_(plcs), values_(plant_, plcs, options.deadband),
           form_(options.form, values_.columns(), options.measurement),
-          file_(options.output, form_.heading(), options.rotation, [this](const std::string &line) { say(line); }, utcNow()),
+          file_(options.output, form_.heading(), options.rotation, [this](const std::string &line) { say(line); },
+                utcNow()),
           all_(values_.columns().size())
     {
         std::iota(all_.begin(), all_.end(), std::size_t(0));
@@ -68,7 +69,8 @@ void Logger::logPeriodically(Millis every, TimePoint end)
         plant_.step(std::min(end, Clock::now() + wait), nothing_);
         const std::optional<SystemTime> time = grid.due(utcNow());
         if (time && grid.missed() > missed_)
-            say(counted(grid.missed() - missed_, "row") + " before " + timeText(*time) + " left out: the program was held up");
+            say(counted(grid.missed() - missed_, "row") + " before " + timeText(*time)
+                + " left out: the program was held up");
         missed_ = grid.missed();
         if (time)
             write(*time, all_);

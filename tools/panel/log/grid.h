@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <optional>
 
-// The times at which a log has its rows: whole multiples of a period, counted in UTC from the epoch. How long a row takes,
-// and how late it is, moves no other one.
+// The times at which a log has its rows: whole multiples of a period, counted in UTC from the epoch. How long a row
+// takes, and how late it is, moves no other one.
 
 class Grid {
 public:
@@ -21,8 +21,8 @@ public:
     /// When the next row is due.
     SystemTime next() const { return timeOf(next_); }
 
-    /// The time of the row that is due, if one is. Where several are it is the latest, since nobody knows any more what the
-    /// values were at the others; they count as missed. A clock that was set back begins anew.
+    /// The time of the row that is due, if one is. Where several are it is the latest, since nobody knows any more
+    /// what the values were at the others; they count as missed. A clock that was set back begins anew.
     std::optional<SystemTime> due(SystemTime now);
 
     std::uint64_t missed() const { return missed_; }

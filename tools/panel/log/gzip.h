@@ -15,8 +15,8 @@
 /// What a file is called while it is being compressed; what a kill has left of it is worth nothing.
 extern const char GZIP_UNFINISHED[];
 
-/// Puts FILE.gz in the place of FILE, once it is whole on the disk. `isAbandoned` ends it early, and FILE stays. Returns what
-/// went wrong; "" for nothing.
+/// Puts FILE.gz in the place of FILE, once it is whole on the disk. `isAbandoned` ends it early, and FILE stays.
+/// Returns what went wrong; "" for nothing.
 std::string gzipFile(const std::string &file, const std::atomic<bool> &isAbandoned);
 
 /// Compresses one file after the other on a thread of its own, which leaves the processor to others.

@@ -43,8 +43,8 @@ public:
     /// Takes samples of a PLC.
     void take(std::size_t plc, const fins::Samples &samples);
 
-    /// The same, and calls `row` for each time at which something changed: that of the reply that brought it, or `now` for
-    /// what is not good.
+    /// The same, and calls `row` for each time at which something changed: that of the reply that brought it, or
+    /// `now` for what is not good.
     void take(std::size_t plc, const fins::Samples &samples, SystemTime now, const RowCall &row);
 
     /// Samples that were merged with later ones, since this program was too slow.

@@ -96,7 +96,8 @@ RowFile::RowFile(const std::string &file, const std::string &heading, const Rota
 int RowFile::openFile()
 {
     const bool isNamed = !file_.empty();
-    auto opened = std::make_unique<Descriptor>(isNamed ? open(file_.c_str(), O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC, 0644)
+    const int flags    = O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC;
+    auto opened = std::make_unique<Descriptor>(isNamed ? open(file_.c_str(), flags, 0644)
                                                        : fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0));
     struct stat status = {};
     if (opened->get() < 0 || fstat(opened->get(), &status) != 0)
@@ -248,7 +249,8 @@ std::vector<std::string> RowFile::closedFiles() const
     const std::string stem  = path.stem().string();
     std::vector<std::string> files;
     std::error_code ignored;
-    for (const fs::directory_entry &entry : fs::directory_iterator(path.has_parent_path() ? path.parent_path() : ".", ignored)) {
+    const fs::path folder = path.has_parent_path() ? path.parent_path() : ".";
+    for (const fs::directory_entry &entry : fs::directory_iterator(folder, ignored)) {
         std::string name = entry.path().filename().string();
         for (const std::string &end : {std::string(GZIP_UNFINISHED), std::string(".gz"), path.extension().string()}) {
             if (name.size() > end.size() && name.compare(name.size() - end.size(), end.size(), end) == 0)

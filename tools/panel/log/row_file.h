@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-// Where rows go: standard output, or a file that is closed from time to time and begun anew. A row is there as a whole or
-// not at all.
+// Where rows go: standard output, or a file that is closed from time to time and begun anew. A row is there as a
+// whole or not at all.
 
 /// A line for people.
 using Say = std::function<void(const std::string &line)>;
@@ -50,10 +50,11 @@ struct Rotation {
 
 class RowFile {
 public:
-    /// Opens the file, which may have rows of an earlier run; what a power cut has left of a last line is cut off. One with
-    /// another heading is closed first. What an earlier run has not compressed is. An empty name is standard output. Throws
-    /// UsageError.
-    RowFile(const std::string &file, const std::string &heading, const Rotation &rotation, const Say &say, SystemTime now);
+    /// Opens the file, which may have rows of an earlier run; what a power cut has left of a last line is cut off.
+    /// One with another heading is closed first. What an earlier run has not compressed is. An empty name is standard
+    /// output. Throws UsageError.
+    RowFile(const std::string &file, const std::string &heading, const Rotation &rotation, const Say &say,
+            SystemTime now);
 
     /// Writes a row. What goes wrong is said, and the next row is tried again.
     void write(SystemTime time, const std::string &lines);

@@ -37,7 +37,10 @@ std::string influxField(const LogColumn &column, const fins::Sample &sample)
         const fins::Sample &sample;
         std::string operator()(std::monostate) const { return ""; }
         std::string operator()(bool on) const { return on ? "true" : "false"; }
-        std::string operator()(std::int64_t number) const { return std::to_string(number) + (column.isUnsigned ? "u" : "i"); }
+        std::string operator()(std::int64_t number) const
+        {
+            return std::to_string(number) + (column.isUnsigned ? "u" : "i");
+        }
         std::string operator()(std::uint64_t number) const { return std::to_string(number) + "u"; }
         std::string operator()(double number) const { return std::isfinite(number) ? shortestText(number) : ""; }
         // As it is shown: between quotes, with \" and \\, and with nothing in it that ends a line.
@@ -109,15 +112,16 @@ std::string RowForm::jsonRow(SystemTime time, const fins::Samples &values, const
     return line + "}}\n";
 }
 
-std::string RowForm::influxRow(SystemTime time, const fins::Samples &values, const std::vector<std::size_t> &chosen) const
+std::string RowForm::influxRow(SystemTime time, const fins::Samples &values,
+                               const std::vector<std::size_t> &chosen) const
 {
     const auto nanoseconds = std::chrono::duration_cast<std::chrono::nanoseconds>(time.time_since_epoch()).count();
     const std::string end  = "\" " + std::to_string(nanoseconds) + "\n";
     std::string lines;
     for (const std::size_t i : chosen) {
         const std::string field = isGood(values[i]) ? influxField(columns_[i], values[i]) : "";
-        lines += labels_[i] + (field.empty() ? " " : " value=" + field + ",") + "quality=\"" + fins::text(values[i].quality)
-                 + end;
+        lines += labels_[i] + (field.empty() ? " " : " value=" + field + ",") + "quality=\""
+                 + fins::text(values[i].quality) + end;
     }
     return lines;
 }

@@ -12,7 +12,8 @@
 #include <string>
 #include <vector>
 
-// Several PLCs at once, each through an object of the library of its own: what they tell comes in one place, on one thread.
+// Several PLCs at once, each through an object of the library of its own: what they tell comes in one place, on one
+// thread.
 
 /// A PLC, and what is to be watched of it: tags and items by their full names, press.Level, press.DM:100.
 struct PlantPlc {
@@ -31,7 +32,8 @@ public:
     Plant(const Plant &) = delete;
     Plant &operator=(const Plant &) = delete;
 
-    // The calls come in step(), the first ones with what is known by then. They number the PLCs as the constructor got them.
+    // The calls come in step(), the first ones with what is known by then. They number the PLCs as the constructor
+    // got them.
 
     /// The samples of a PLC, numbered as its items; first one of each.
     void onSamples(SamplesCall call) { samplesCall_ = std::move(call); }
@@ -39,12 +41,12 @@ public:
     /// The state of a PLC now, and every change.
     void onState(StateCall call) { stateCall_ = std::move(call); }
 
-    /// What happens on the links and to writes, with the name of the PLC before it where there are several. What happened
-    /// while the PLC was being opened may be left out; its state tells it.
+    /// What happens on the links and to writes, with the name of the PLC before it where there are several. What
+    /// happened while the PLC was being opened may be left out; its state tells it.
     void onMessage(MessageCall call) { messageCall_ = std::move(call); }
 
-    /// Delivers what waits. Waits for it until `until` at the longest; a descriptor of `others` that is ready ends the wait,
-    /// and so does a signal that ends the program.
+    /// Delivers what waits. Waits for it until `until` at the longest; a descriptor of `others` that is ready ends
+    /// the wait, and so does a signal that ends the program.
     void step(std::chrono::steady_clock::time_point until, std::vector<pollfd> &others);
 
     std::size_t size() const { return plcs_.size(); }
