@@ -6,42 +6,6 @@
 
 namespace {
 
-TEST(TakeKey, KeysOfSeveralTerminals)
-{
-    const std::pair<const char *, Key> KEYS[] = {
-        {"q", Key::QUIT},          {"Q", Key::QUIT},          {"k", Key::UP},          {"j", Key::DOWN},
-        {"\033[A", Key::UP},       {"\033OA", Key::UP},       {"\033[B", Key::DOWN},   {"\033OB", Key::DOWN},
-        {"\033[5~", Key::PAGE_UP}, {"\033[6~", Key::PAGE_DOWN},
-        {"\033[H", Key::HOME},     {"\033OH", Key::HOME},     {"\033[1~", Key::HOME},
-        {"\033[F", Key::END},      {"\033OF", Key::END},      {"\033[4~", Key::END},
-        {"\033[0n", Key::ANSWER},
-    };
-    for (const auto &[bytes, key] : KEYS) {
-        std::string keys = bytes;
-        EXPECT_EQ(takeKey(keys), key) << bytes + 1;
-        EXPECT_EQ(keys, "");
-    }
-}
-
-TEST(TakeKey, WaitsForTheRestOfASequence)
-{
-    std::string keys = "\033[";
-    EXPECT_EQ(takeKey(keys), Key::NONE);
-    keys += "6";
-    EXPECT_EQ(takeKey(keys), Key::NONE);
-    keys += "~q";
-    EXPECT_EQ(takeKey(keys), Key::PAGE_DOWN);
-    EXPECT_EQ(takeKey(keys), Key::QUIT);
-    EXPECT_EQ(takeKey(keys), Key::NONE);
-}
-
-TEST(TakeKey, SkipsWhatIsNoKey)
-{
-    std::string keys = "xy\033[Zzq";
-    EXPECT_EQ(takeKey(keys), Key::QUIT);
-    EXPECT_EQ(keys, "");
-}
-
 TEST(ScreenUpdate, SendsChangedLinesOnly)
 {
     EXPECT_EQ(screenUpdate({"a", "b", "c"}, {"a", "x", "c"}, {80, 24}), "\033[2;1Hx\033[K");

@@ -24,6 +24,9 @@ static const char LEAVE[] = "\033[0m\033[2J\033[?7h\033[?25h\033[?1049l";
 // How long the end of the program waits for a terminal that takes nothing.
 static const std::chrono::milliseconds LEAVE_LIMIT(2000);
 
+// After an escape character nothing follows that belongs to it.
+static const Millis ESCAPE_PAUSE(100);
+
 static const int FATAL_SIGNALS[] = {SIGQUIT, SIGILL, SIGABRT, SIGBUS, SIGFPE, SIGSEGV};
 
 // What signal handlers look at or set.
@@ -130,7 +133,7 @@ void Terminal::awaitAnswer()
     while (canAsk_ && pace_.isAwaited(Clock::now()) && Clock::now() < end) {
         pollfd polled = {STDIN_FILENO, POLLIN, 0};
         ::poll(&polled, 1, 50);
-        while (readKey() != Key::NONE) {
+        while (readKey().key != Key::NONE) {
         }
     }
 }
@@ -178,16 +181,19 @@ void Terminal::show(const std::vector<std::string> &lines)
     output_.send(update);
 }
 
-Key Terminal::readKey()
+Keystroke Terminal::readKey()
 {
     char bytes[64];
     const ssize_t n = hasKeys ? ::read(STDIN_FILENO, bytes, sizeof bytes) : 0;
-    if (n > 0)
+    const TimePoint now = Clock::now();
+    if (n > 0) {
         keys_.append(bytes, static_cast<std::size_t>(n));
-    const Key key = takeKey(keys_);
-    if (key == Key::ANSWER)
+        keysAt_ = now;
+    }
+    Keystroke stroke = takeKey(keys_, now - keysAt_ >= ESCAPE_PAUSE);
+    if (stroke.key == Key::ANSWER)
         pace_.answered();
-    return key;
+    return stroke;
 }
 
 void Terminal::suspendIfAsked()
@@ -204,38 +210,6 @@ void Terminal::suspendIfAsked()
     raise(SIGTSTP);
     sigaction(SIGTSTP, &handler, nullptr);
     enter();
-}
-
-Key takeKey(std::string &keys)
-{
-    static const struct {
-        const char *bytes;
-        Key         key;
-    } KEYS[] = {
-        {"q", Key::QUIT},          {"Q", Key::QUIT},
-        {"k", Key::UP},            {"j", Key::DOWN},
-        {"\033[A", Key::UP},       {"\033OA", Key::UP},
-        {"\033[B", Key::DOWN},     {"\033OB", Key::DOWN},
-        {"\033[5~", Key::PAGE_UP}, {"\033[6~", Key::PAGE_DOWN},
-        {"\033[H", Key::HOME},     {"\033OH", Key::HOME},     {"\033[1~", Key::HOME},
-        {"\033[F", Key::END},      {"\033OF", Key::END},      {"\033[4~", Key::END},
-        {"\033[0n", Key::ANSWER},
-    };
-    while (!keys.empty()) {
-        bool maybeMore = false;
-        for (const auto &known : KEYS) {
-            const std::string bytes = known.bytes;
-            if (keys.compare(0, bytes.size(), bytes) == 0) {
-                keys.erase(0, bytes.size());
-                return known.key;
-            }
-            maybeMore = maybeMore || bytes.compare(0, keys.size(), keys) == 0;
-        }
-        if (maybeMore)
-            return Key::NONE;
-        keys.erase(0, 1);
-    }
-    return Key::NONE;
 }
 
 std::string screenUpdate(const std::vector<std::string> &before, const std::vector<std::string> &after,

@@ -1,6 +1,7 @@
 #ifndef PANEL_TERMINAL_TERMINAL_H
 #define PANEL_TERMINAL_TERMINAL_H
 
+#include "terminal/keys.h"
 #include "terminal/screen.h"
 #include "terminal/screen_pace.h"
 #include "terminal/terminal_output.h"
@@ -12,8 +13,6 @@
 // A terminal in full-screen use: alternate screen, cursor hidden, keys without echo. It is given back as it was when
 // the object ends, when the program is suspended, and when the program dies of a fatal signal. Plain ANSI sequences.
 // Nothing waits for a slow terminal, which shows fewer screens instead, each of them whole.
-
-enum class Key { NONE, QUIT, UP, DOWN, PAGE_UP, PAGE_DOWN, HOME, END, ANSWER };
 
 class Terminal {
 public:
@@ -42,7 +41,7 @@ public:
     void show(const std::vector<std::string> &lines);
 
     /// The next key that was pressed, without waiting, or an answer of the terminal.
-    Key readKey();
+    Keystroke readKey();
 
     /// Suspends the program if the user has asked for it; returns when it goes on.
     void suspendIfAsked();
@@ -64,11 +63,9 @@ private:
     std::vector<std::string> shown_;
     bool                     mustClear_ = false; // before anything else is shown
     std::string              keys_;              // read and not yet understood
+    TimePoint                keysAt_;            // when the latest of them came
     std::vector<Handled>     handled_;           // signals, for as long as this object lives
 };
-
-/// The key at the front of `keys`, which is removed; NONE if there is no whole one. What is no key is skipped.
-Key takeKey(std::string &keys);
 
 /// The bytes that turn the screen `before` into `after`.
 std::string screenUpdate(const std::vector<std::string> &before, const std::vector<std::string> &after,

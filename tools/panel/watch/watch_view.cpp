@@ -57,11 +57,13 @@ void WatchView::tick()
 
 void WatchView::takeKeys()
 {
-    for (Key key = terminal_->readKey(); key != Key::NONE; key = terminal_->readKey()) {
-        if (key == Key::QUIT)
+    for (Keystroke stroke = terminal_->readKey(); stroke.key != Key::NONE; stroke = terminal_->readKey()) {
+        if (stroke.text == "q" || stroke.text == "Q")
             programStop().stop();
+        else if (stroke.text == "k" || stroke.text == "j")
+            scroll(stroke.text == "k" ? Key::UP : Key::DOWN);
         else
-            scroll(key);
+            scroll(stroke.key);
     }
 }
 
