@@ -9,7 +9,8 @@ std::vector<WatchedValue> singleValues(const std::vector<Tag> &tags)
 {
     std::vector<WatchedValue> values;
     std::set<std::string> names;
-    for (const Tag &tag : tags) {
+    for (std::size_t place = 0; place < tags.size(); ++place) {
+        const Tag &tag     = tags[place];
         const bool whole   = tag.format.type == DataType::STRING || tag.valueCount() == 1;
         const bool isNamed = tag.name != tag.plc + itemName(tag.item, tag.format);
         const qint32 size  = whole ? tag.item.count : wordsPerValue(tag.format.type);
@@ -20,7 +21,7 @@ std::vector<WatchedValue> singleValues(const std::vector<Tag> &tags)
             if (isNamed && !whole)
                 name += "[" + std::to_string((item.address - tag.item.address) / size) + "]";
             if (names.insert(name).second)
-                values.push_back({name, item, tag.format, "", Quality::NOT_CONNECTED, TimePoint(), 0});
+                values.push_back({name, item, tag.format, "", Quality::NOT_CONNECTED, TimePoint(), 0, {}, place});
         }
     }
     return values;
@@ -60,8 +61,10 @@ void WatchValues::watch(const std::vector<Tag> &tags, const std::vector<Item> &o
     for (WatchedValue &value : values) {
         const auto found = known.find(value.name);
         const bool isKnown = found != known.end();
+        const std::size_t tag = value.tag;
         if (isKnown)
             value = *found->second;
+        value.tag = tag;
         if (!isKnown || stale_.awaits(value.item) || value.quality == Quality::WRITE_PENDING)
             stale.expect({value.item});
     }

@@ -24,6 +24,7 @@ struct WatchedValue {
     TimePoint   changedAt; // of the latest change; meaningless while changes is 0
     unsigned long changes; // the first value is none
     std::vector<quint8> bytes = {}; // as received; empty until then
+    std::size_t tag = 0;   // which of the tags it is of
 };
 
 struct WatchEvent {

@@ -7,13 +7,14 @@
 #include <cctype>
 #include <cmath>
 
-// "a value from 0 to 100 %", what the limits of the tag allow.
-static std::string allowedText(const Tag &tag)
+std::string allowedText(const Tag &tag)
 {
     const auto shown = [&](double limit) { return withUnit(shortestText(limit), tag.format); };
     if (tag.minimum && tag.maximum)
         return "a value from " + shortestText(*tag.minimum) + " to " + shown(*tag.maximum);
-    return tag.minimum ? shown(*tag.minimum) + " or more" : shown(*tag.maximum) + " or less";
+    if (tag.minimum)
+        return shown(*tag.minimum) + " or more";
+    return tag.maximum ? shown(*tag.maximum) + " or less" : "";
 }
 
 // How the value, as the tag would show it, breaks a limit; "" if it keeps them.

@@ -126,6 +126,9 @@ bool isItemText(const std::string &text);
 /// `text` with the unit behind it, if it has one.
 std::string withUnit(const std::string &text, const ValueFormat &format);
 
+/// "a value from 0 to 100 %", what the limits of the tag allow; "" if it has none.
+std::string allowedText(const Tag &tag);
+
 /// The values in `bytes` as texts, with their unit.
 std::string shownValue(const ValueFormat &format, const std::vector<quint8> &bytes);
 

@@ -1,5 +1,4 @@
-#include "panel_files.h"
-#include "pty_process.h"
+#include "panel_table_run.h"
 
 #include <algorithm>
 #include <cctype>
@@ -8,49 +7,7 @@
 
 namespace {
 
-class WatchTableTest : public PanelTest {
-protected:
-    std::unique_ptr<PtyProcess> table(const Words &more, unsigned short columns = 80, unsigned short rows = 24,
-                                      const std::vector<std::pair<std::string, std::string>> &environment = {})
-    {
-        Words all = arguments("watch", more);
-        all.insert(all.begin(), FINS_PANEL_PATH);
-        return std::make_unique<PtyProcess>(all, columns, rows, environment);
-    }
-
-    static void expectClean(const PtyProcess &shown)
-    {
-        EXPECT_FALSE(shown.screen.isAlternate);
-        EXPECT_TRUE(shown.screen.isCursorShown);
-        EXPECT_TRUE(shown.hasKeysAsBefore());
-    }
-
-    // Requests that the simulator has received so far.
-    long answered()
-    {
-        const std::string stats = tell("stats");
-        return std::stol(stats.substr(stats.find("requests=") + 9));
-    }
-
-    void waitForRequests(long count)
-    {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(DEFAULT_DEADLINE_MS);
-        while (answered() < count) {
-            ASSERT_LT(std::chrono::steady_clock::now(), deadline) << "the poll stands still";
-            poll(nullptr, 0, 10); // leaves the simulator time for the panel
-        }
-    }
-
-    // The quality on the line of `name`.
-    static bool has(const PtyProcess &shown, const std::string &name, const std::string &quality)
-    {
-        for (const std::string &line : shown.screen.lines) {
-            if (line.find(name + " ") == 0 && line.find(quality) != std::string::npos)
-                return true;
-        }
-        return false;
-    }
-};
+const char KEYS_LINE[] = "q quit  / filter  s sort  p pause  r new min, max  Enter edit";
 
 TEST_F(WatchTableTest, ShowsValuesAndEndsCleanWithQ)
 {
@@ -63,7 +20,7 @@ TEST_F(WatchTableTest, ShowsValuesAndEndsCleanWithQ)
     EXPECT_TRUE(shown->screen.hasColour);
     EXPECT_EQ(shown->screen.lines.at(0).find(" " + host() + "  online  cycle "), 0u) << shown->screen.text();
     EXPECT_TRUE(has(*shown, "DM:7", " 4711 "));
-    EXPECT_EQ(shown->screen.lines.at(23), "q quit");
+    EXPECT_EQ(shown->screen.lines.at(23), KEYS_LINE);
     shown->type("q");
     EXPECT_EQ(shown->wait(), 0);
     expectClean(*shown);
@@ -197,9 +154,9 @@ TEST_F(WatchTableTest, FollowsTheSize)
 {
     start();
     const auto shown = table({"DM:0:30"});
-    shown->waitForText("q quit  arrows, page keys: scroll  1-18 of 30");
+    shown->waitForText("q quit  1-18 of 30  / filter");
     shown->resize(200, 50);
-    shown->waitUntil([&] { return shown->screen.lines.at(49) == "q quit"; }, "a higher table");
+    shown->waitUntil([&] { return shown->screen.lines.at(49) == KEYS_LINE; }, "a higher table");
     EXPECT_EQ(shown->screen.lines.at(31).find("DM:29 "), 0u) << shown->screen.text();
     EXPECT_GT(shown->screen.lines.at(0).size(), 190u);
     shown->resize(60, 10);
@@ -211,18 +168,20 @@ TEST_F(WatchTableTest, Scrolls)
     start();
     const auto shown = table({"DM:0:30"});
     shown->waitForText("1-18 of 30");
-    shown->type("\033[B");
-    shown->waitForText("2-19 of 30");
     shown->type("\033[6~");
     shown->waitForText("13-30 of 30");
-    shown->type("k");
-    shown->waitForText("12-29 of 30");
     shown->type("\033[5~");
     shown->waitForText("1-18 of 30");
     shown->type("\033[F");
     shown->waitForText("13-30 of 30");
     shown->type("\033[H");
     shown->waitForText("1-18 of 30");
+    shown->type("\033[B\033[6~"); // with the row at the top selected
+    shown->waitForText("2-19 of 30");
+    shown->type("\033[F");
+    shown->waitForText("13-30 of 30");
+    shown->type("\033[5~k");
+    shown->waitForText("11-28 of 30");
 }
 
 TEST_F(WatchTableTest, AHigherScreenShowsTheFirstRowsAgain)
@@ -232,7 +191,7 @@ TEST_F(WatchTableTest, AHigherScreenShowsTheFirstRowsAgain)
     shown->type("\033[F");
     shown->waitForText("13-30 of 30");
     shown->resize(80, 36);
-    shown->waitUntil([&] { return shown->screen.lines.at(35) == "q quit"; }, "all rows");
+    shown->waitUntil([&] { return shown->screen.lines.at(35) == KEYS_LINE; }, "all rows");
     EXPECT_EQ(shown->screen.lines.at(2).find("DM:0 "), 0u) << shown->screen.text();
     EXPECT_EQ(shown->screen.lines.at(31).find("DM:29 "), 0u) << shown->screen.text();
 }
@@ -269,7 +228,7 @@ TEST_F(WatchTableTest, AHeldTerminalDoesNotHoldThePoll)
     EXPECT_EQ(tell("write DM:7 12"), "ok");
     shown->type("\021");
     shown->waitUntil([&] { return has(*shown, "DM:7", " 12"); }, "12");
-    shown->waitUntil([&] { return shown->screen.lines.at(29) == "q quit"; }, "q quit");
+    shown->waitUntil([&] { return shown->screen.lines.at(29) == KEYS_LINE; }, "q quit");
     shown->type("q");
     EXPECT_EQ(shown->wait(), 0);
     expectClean(*shown);

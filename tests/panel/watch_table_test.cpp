@@ -1,5 +1,6 @@
+#include "table/course_text.h"
+#include "table/watch_table.h"
 #include "terminal/text_width.h"
-#include "watch/watch_table.h"
 
 #include <gtest/gtest.h>
 
@@ -63,6 +64,8 @@ TableContent manyRows(std::size_t count)
 
 using Lines = std::vector<std::string>;
 
+const std::string KEYS = "/ filter  s sort  p pause  r new min, max  Enter edit";
+
 TEST(WatchTable, ScreenOf80By24)
 {
     Lines expected(24);
@@ -72,7 +75,7 @@ TEST(WatchTable, ScreenOf80By24)
     expected[3] = "set_point   500.0  mm     3 min  write pending  ▁▁";
     expected[4] = "pump            1             -  good           ·▁█";
     expected[5] = "serial          -             -  not connected";
-    expected[23] = "q quit";
+    expected[23] = "q quit  " + KEYS;
     EXPECT_EQ(renderTable(content(), {80, 24}, PLAIN), expected);
 }
 
@@ -86,7 +89,7 @@ TEST(WatchTable, ScreenOf200By50)
     expected[3] = "set_point   500.0  mm     3 min  write pending  ▁▁";
     expected[4] = "pump            1             -  good           ·▁█";
     expected[5] = "serial          -             -  not connected";
-    expected[49] = "q quit";
+    expected[49] = "q quit  " + KEYS;
     EXPECT_EQ(renderTable(content(), {200, 50}, PLAIN), expected);
 }
 
@@ -100,7 +103,7 @@ TEST(WatchTable, ScreenWithTheLinkLost)
     expected[4] = "pump            1             -  refused        ·▁█";
     expected[5] = "serial          -             -  not connected";
     expected[22] = "link to 192.168.250.1:9600 lost: no reply in time, 3 times in a row, retrying i~";
-    expected[23] = "q quit";
+    expected[23] = "q quit  " + KEYS;
     EXPECT_EQ(renderTable(lostContent(), {80, 24}, PLAIN), expected);
 }
 
@@ -143,7 +146,12 @@ TEST(WatchTable, NoLineIsWiderThanTheScreen)
     wide.rows[1].name  = "水位水位水位水位水位水位水位水位";
     wide.rows[0].value = std::string(100, '7');
     wide.rows[0].unit  = std::string(100, 'u');
+    wide.rows[2].fate  = "unconfirmed";
+    wide.rows[2].isSelected = true;
+    wide.rows[3].heading = std::string(100, 'h');
+    wide.rows[0].minimum = wide.rows[0].maximum = "-1234567890123";
     wide.messages      = {std::string(300, 'm'), "水" + std::string(300, 'm')};
+    wide.mode = wide.remark = wide.input = "水" + std::string(300, 'm') + "位";
     for (std::size_t columns = 1; columns <= 210; ++columns) {
         for (const ScreenStyle style : {PLAIN, COLOUR, ASCII}) {
             const Lines lines = renderTable(wide, {columns, 24}, style);
@@ -181,8 +189,87 @@ TEST(WatchTable, On40ColumnsTheQualityStays)
     expected[4] = "pump            1  refused";
     expected[5] = "serial          -  not connected";
     expected[8] = "link to 192.168.250.1:9600 lost: no rep~";
-    expected[9] = "q quit";
+    expected[9] = "q quit  / filter  s sort  p pause  r ne~";
     EXPECT_EQ(renderTable(lostContent(), {40, 10}, PLAIN), expected);
+}
+
+TableContent withExtremes()
+{
+    TableContent known = content();
+    known.rows[0].minimum = "-3";
+    known.rows[0].maximum = "1024";
+    return known;
+}
+
+// 46 columns without, 17 for both: 2 * 7, a space between and two behind.
+TEST(WatchTable, MinimumAndMaximumWhereThereIsRoom)
+{
+    Lines lines = renderTable(withExtremes(), {80, 24}, PLAIN);
+    EXPECT_EQ(lines[1], "TAG         VALUE  UNIT     MIN     MAX  CHANGED  QUALITY        COURSE");
+    EXPECT_EQ(lines[2], "level         512* mm        -3    1024      0 s  good           ▁▂▃▄▅▆▇█");
+    EXPECT_EQ(lines[4], "pump            1                              -  good           ·▁█");
+    lines = renderTable(withExtremes(), {63, 24}, PLAIN);
+    EXPECT_EQ(lines[1], "TAG         VALUE  UNIT     MIN     MAX  CHANGED  QUALITY");
+    lines = renderTable(withExtremes(), {62, 24}, PLAIN);
+    EXPECT_EQ(lines[1], "TAG         VALUE  UNIT CHANGED  QUALITY        COURSE");
+}
+
+TEST(WatchTable, TheFateOfAnEditHasAColumn)
+{
+    TableContent edited = content();
+    edited.rows[1].fate = "unconfirmed";
+    const Lines lines = renderTable(edited, {80, 24}, PLAIN);
+    EXPECT_EQ(lines[1], "TAG         VALUE  UNIT CHANGED  QUALITY        WRITE        COURSE");
+    EXPECT_EQ(lines[3], "set_point   500.0  mm     3 min  write pending  unconfirmed  ▁▁");
+    EXPECT_EQ(renderTable(edited, {45, 24}, PLAIN)[3], "set_point   500.0  write pending  unconfirmed");
+}
+
+TEST(WatchTable, TheSelectedRowHasAMarkAndIsInReverse)
+{
+    TableContent selected = content();
+    selected.rows[2].isSelected = true;
+    EXPECT_EQ(renderTable(selected, {80, 24}, PLAIN)[4], "pump     >      1             -  good           ·▁█");
+    EXPECT_EQ(renderTable(selected, {80, 24}, PLAIN)[2].substr(0, 10), "level     ");
+    EXPECT_EQ(renderTable(selected, {80, 24}, COLOUR)[4].substr(0, 22), "\033[7mpump     \033[0m>    ");
+}
+
+TEST(WatchTable, WhatIsPausedHasNoneOfTheLooksOfWhatIsLive)
+{
+    TableContent paused = content();
+    paused.isPaused = true;
+    paused.mode     = "PAUSED: 12 s old, polling goes on";
+    paused.rows[0].isNew = false;
+    Lines lines = renderTable(paused, {80, 24}, PLAIN);
+    EXPECT_EQ(lines[1], " PAUSED: 12 s old, polling goes on");
+    EXPECT_EQ(lines[2], "TAG         VALUE  UNIT CHANGED  QUALITY THEN   COURSE");
+    EXPECT_EQ(lines[3], "level         512  mm       0 s  good           ▁▂▃▄▅▆▇█");
+    EXPECT_EQ(lines.size(), 24u);
+    lines = renderTable(paused, {80, 24}, COLOUR);
+    EXPECT_EQ(lines[1], "\033[1;7m PAUSED: 12 s old, polling goes on\033[0m");
+    EXPECT_EQ(lines[3], "\033[2mlevel         512  mm       0 s  good           ▁▂▃▄▅▆▇█\033[0m");
+}
+
+TEST(WatchTable, ALineThatIsTypedShowsItsEnd)
+{
+    TableContent typed = content();
+    typed.messages = {"the first", "the second"};
+    typed.input    = "level: 512 mm -> 75_";
+    typed.remark   = "a value from 0 to 100";
+    Lines lines = renderTable(typed, {80, 24}, PLAIN);
+    EXPECT_EQ(Lines(lines.begin() + 20, lines.end()), (Lines{"", "the first", typed.remark, typed.input}));
+    EXPECT_EQ(renderTable(typed, {20, 24}, PLAIN)[23], "level: 512 mm -> 75_");
+    EXPECT_EQ(renderTable(typed, {19, 24}, PLAIN)[23], "~vel: 512 mm -> 75_");
+    typed.input = "/水位水位_";
+    EXPECT_EQ(renderTable(typed, {9, 24}, PLAIN)[23], "~位水位_");
+    EXPECT_EQ(renderTable(typed, {8, 24}, PLAIN)[23], "~位水位_");
+    EXPECT_EQ(renderTable(typed, {7, 24}, PLAIN)[23], "~水位_");
+}
+
+TEST(WatchTable, ANoticeIsInPlaceOfTheKeys)
+{
+    TableContent noted = content();
+    noted.notice = "nothing was written: not confirmed";
+    EXPECT_EQ(renderTable(noted, {80, 24}, PLAIN)[23], "nothing was written: not confirmed");
 }
 
 // The course goes first, then the unit, then the age; then names and values are cut, and then the quality.
@@ -242,12 +329,12 @@ TEST(WatchTable, TheLatestMessagesAreAtTheBottom)
     TableContent said = content();
     said.messages = {"the first", "the second"};
     const Lines lines = renderTable(said, {80, 24}, PLAIN);
-    EXPECT_EQ(Lines(lines.begin() + 19, lines.end()), (Lines{"", "", "the first", "the second", "q quit"}));
+    EXPECT_EQ(Lines(lines.begin() + 19, lines.end()), (Lines{"", "", "the first", "the second", "q quit  " + KEYS}));
     said.messages = {"the first", "the second", "the third", "the fourth"};
     const Lines more = renderTable(said, {80, 16}, PLAIN);
-    EXPECT_EQ(Lines(more.begin() + 11, more.end()), (Lines{"", "the second", "the third", "the fourth", "q quit"}));
+    EXPECT_EQ(Lines(more.begin() + 11, more.end()), (Lines{"", "the second", "the third", "the fourth", "q quit  " + KEYS}));
     const Lines low = renderTable(said, {80, 15}, PLAIN);
-    EXPECT_EQ(Lines(low.begin() + 12, low.end()), (Lines{"", "the fourth", "q quit"}));
+    EXPECT_EQ(Lines(low.begin() + 12, low.end()), (Lines{"", "the fourth", "q quit  " + KEYS}));
 }
 
 TEST(WatchTable, ControlCharactersDoNotReachTheTerminal)
@@ -266,13 +353,29 @@ TEST(WatchTable, Scrolls)
     EXPECT_EQ(lines[2].substr(0, 3), "t7 ");
     EXPECT_EQ(lines[19].substr(0, 4), "t24 ");
     EXPECT_EQ(lines[20], "");
-    EXPECT_EQ(lines[23], "q quit  arrows, page keys: scroll  8-25 of 25");
+    EXPECT_EQ(lines[23], "q quit  8-25 of 25  " + KEYS);
 }
 
 TEST(WatchTable, SaysNothingOfScrollingIfAllFits)
 {
-    EXPECT_EQ(renderTable(manyRows(18), {80, 24}, PLAIN)[23], "q quit");
-    EXPECT_EQ(renderTable(manyRows(19), {80, 24}, PLAIN)[23], "q quit  arrows, page keys: scroll  1-18 of 19");
+    EXPECT_EQ(renderTable(manyRows(18), {80, 24}, PLAIN)[23], "q quit  " + KEYS);
+    EXPECT_EQ(renderTable(manyRows(19), {80, 24}, PLAIN)[23], "q quit  1-18 of 19  " + KEYS);
+}
+
+// Of 18 lines two are headings.
+TEST(WatchTable, HeadingsAreNotCounted)
+{
+    TableContent many = manyRows(19);
+    for (const std::ptrdiff_t at : {12, 0}) {
+        TableRow heading = {};
+        heading.heading = "Press";
+        many.rows.insert(many.rows.begin() + at, heading);
+    }
+    const Lines lines = renderTable(many, {80, 24}, PLAIN);
+    EXPECT_EQ(lines[2], "-- Press --");
+    EXPECT_EQ(lines[15], "-- Press --");
+    EXPECT_EQ(lines[23].substr(0, 20), "q quit  1-16 of 19  ");
+    EXPECT_EQ(renderTable(many, {80, 24}, COLOUR)[2], "\033[1m-- Press --\033[0m");
 }
 
 TEST(WatchTable, RowsThatFit)
@@ -282,14 +385,16 @@ TEST(WatchTable, RowsThatFit)
     EXPECT_EQ(visibleRows({80, 5}), 1u);
     EXPECT_EQ(visibleRows({80, 4}), 0u);
     EXPECT_EQ(visibleRows({80, 1}), 0u);
+    EXPECT_EQ(visibleRows({80, 24}, true), 17u);
+    EXPECT_EQ(visibleRows({80, 5}, true), 0u);
 }
 
 TEST(WatchTable, TheLastRowStaysAtTheBottom)
 {
-    EXPECT_EQ(lastTop(30, {80, 24}), 12u);
-    EXPECT_EQ(lastTop(18, {80, 24}), 0u);
-    EXPECT_EQ(lastTop(5, {80, 24}), 0u);
-    EXPECT_EQ(lastTop(30, {80, 4}), 30u);
+    EXPECT_EQ(lastTop(30, 18), 12u);
+    EXPECT_EQ(lastTop(18, 18), 0u);
+    EXPECT_EQ(lastTop(5, 18), 0u);
+    EXPECT_EQ(lastTop(30, 0), 30u);
 }
 
 TEST(CourseText, SpansFromTheLeastToTheGreatest)

@@ -32,5 +32,5 @@ int endUnwritten(Runtime &runtime, WriteReport &report, const std::string &reaso
     report.finish(reason);
     if (reason == endedEarly(runtime))
         noAnswer(runtime, giveUp);
-    return exitCode(report);
+    return exitCode(report.verdict());
 }

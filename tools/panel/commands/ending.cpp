@@ -7,9 +7,9 @@
 #include <algorithm>
 #include <iostream>
 
-int exitCode(const WriteReport &report)
+int exitCode(WriteVerdict verdict)
 {
-    switch (report.verdict()) {
+    switch (verdict) {
     case WriteVerdict::UNKNOWN:
         return EXIT_NO_LINK;
     case WriteVerdict::NOT_AS_ASKED:

@@ -3,7 +3,7 @@
 
 #include "session/runtime.h"
 
-class WriteReport;
+enum class WriteVerdict;
 
 // How the program ends, the same for every command.
 
@@ -14,8 +14,8 @@ enum ExitCode {
     EXIT_NO_LINK = 3  // no link, no answer in time, or a write that is unconfirmed or was not sent
 };
 
-/// How a command of writes ends. Only after the report's finish().
-int exitCode(const WriteReport &report);
+/// How a command of writes ends.
+int exitCode(WriteVerdict verdict);
 
 /// Says in one line on standard error why no answer came; returns the program's exit code.
 int noAnswer(Runtime &runtime, Millis giveUp);

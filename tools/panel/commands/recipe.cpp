@@ -173,7 +173,7 @@ int writeRecipe(Runtime &runtime, const Recipe &recipe, Millis giveUp, const Rec
         showDifferences(report);
     if (read == TransferEnd::NO_LINK)
         noAnswer(runtime, giveUp);
-    return exitCode(report);
+    return exitCode(report.verdict());
 }
 
 int comparisonCode(const std::vector<RecipeEntry> &wanted, const std::vector<RecipeEntry> &held)

@@ -3,12 +3,11 @@
 #include "commands/ending.h"
 #include "session/step_until.h"
 #include "session/watch_values.h"
-#include "session/write_queue.h"
-#include "session/write_report.h"
 #include "terminal/stop_flag.h"
 #include "terminal/terminal.h"
 #include "watch/watch_lines.h"
 #include "watch/watch_view.h"
+#include "watch/watch_writes.h"
 
 #include <unistd.h>
 
@@ -21,47 +20,6 @@
 namespace {
 
 using Writes = std::vector<TagWrite>;
-
-// The writes that go out once, as soon as the link is up.
-class WatchWrites {
-public:
-    WatchWrites(Runtime &runtime, bool keepGoing, const Writes &writes)
-        : runtime_(runtime), queue_(runtime, keepGoing), report_(runtime)
-    {
-        for (const auto &[tag, data] : writes) {
-            queue_.add(tag.item, data);
-            report_.add(tag.name, tag.item, tag.format, data);
-        }
-    }
-
-    void pump()
-    {
-        if (settled_)
-            return;
-        queue_.pump();
-        settled_ = report_.settled() && queue_.settled();
-        if (settled_)
-            report_.finish("a write before it was not done; with --keep-going it would be sent all the same");
-    }
-
-    /// True if nothing more happens to the writes.
-    bool settled() const { return settled_; }
-
-    std::vector<Item> openItems() const { return report_.openItems(); }
-
-    /// Reports what is left; returns the exit code of the writes.
-    int end()
-    {
-        report_.finish(endedEarly(runtime_));
-        return exitCode(report_);
-    }
-
-private:
-    const Runtime &runtime_;
-    WriteQueue  queue_;
-    WriteReport report_;
-    bool        settled_ = false;
-};
 
 // The lines of one exchange go out together. Where nobody reads them any more the program ends, and not by a signal:
 // what became of its writes is still to be said. The lines come as long as the handles last.
@@ -123,24 +81,26 @@ int runWatch(const TagBook &book, const LinkOptions &link, const WatchOptions &o
     const std::vector<Tag> tags = chosenTags({&book}, options.choice);
     const Writes toWrite = chosenWrites({&book}, {options.writes, "", {}});
     Runtime runtime(book.library(), link);
-    WatchWrites writes(runtime, options.keepGoing, toWrite);
+    WatchWrites writes(runtime);
+    writes.begin(toWrite, options.keepGoing);
     WatchValues values(runtime, tags, writtenItems(toWrite), [&] { return writes.openItems(); });
     std::optional<WatchView> view;
     std::vector<CallHandle> lines;
     if (showsTable(link, options))
-        view.emplace(runtime, values);
+        view.emplace(runtime, book, tags, values, writes);
     else
         lines = printLines(runtime, values, options.format.value_or(LineFormat::PLAIN));
     const auto forTime = std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(options.forSeconds));
     const TimePoint end = options.forSeconds > 0 ? Clock::now() + forTime : TimePoint::max();
     stepUntil(runtime, end, [&] {
-        writes.pump();
+        if (writes.pump())
+            values.notePending();
         if (view)
             view->tick();
         return options.changes > 0 && values.changes() >= static_cast<unsigned long>(options.changes)
                && writes.settled();
     });
     view.reset(); // what is said from here on must not be lost with the table
-    const int written = writes.end();
+    const int written = exitCode(writes.end(endedEarly(runtime)));
     return std::max(written, exitCode(runtime, values, options));
 }

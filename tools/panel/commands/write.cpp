@@ -80,7 +80,7 @@ int writeTo(const Site &site, const Writes &writes, Millis giveUp, const WriteOp
     report.finish(whyNotSent(runtime, queue, fresh));
     if (!done)
         noAnswer(runtime, giveUp);
-    return exitCode(report);
+    return exitCode(report.verdict());
 }
 
 // Says of each that it was not sent.

@@ -1,9 +1,9 @@
 #include "terminal/text_width.h"
 
+#include "terminal/utf8_scope.h"
+
 #include <cwchar>
 #include <limits>
-
-#include <locale.h>
 
 namespace {
 
@@ -14,31 +14,6 @@ struct Character {
 };
 
 const Character NOT_SHOWABLE = {1, 1, false};
-
-// The tables of the C library for UTF-8, which every system has under one of these names; null: it has none.
-locale_t utf8Tables()
-{
-    static const locale_t tables = [] {
-        for (const char *name : {"C.UTF-8", "C.utf8", "en_US.UTF-8"}) {
-            if (const locale_t found = newlocale(LC_CTYPE_MASK, name, nullptr))
-                return found;
-        }
-        return static_cast<locale_t>(nullptr);
-    }();
-    return tables;
-}
-
-// As long as it lives, the thread's characters are those of the tables.
-class Utf8Scope {
-public:
-    Utf8Scope() : before_(uselocale(utf8Tables())) {}
-    ~Utf8Scope() { uselocale(before_); }
-    Utf8Scope(const Utf8Scope &) = delete;
-    Utf8Scope &operator=(const Utf8Scope &) = delete;
-
-private:
-    locale_t before_;
-};
 
 // Without tables every character takes one column.
 Character plainCharacter(const std::string &text, std::size_t at)

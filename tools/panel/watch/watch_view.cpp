@@ -6,18 +6,16 @@
 #include <fmt/chrono.h>
 
 #include <algorithm>
-#include <cmath>
-#include <cstdio>
-#include <cstdlib>
 #include <ctime>
 #include <limits>
 
 static const std::size_t COURSE_LENGTH = 60;
 
-WatchView::WatchView(Runtime &runtime, const WatchValues &values)
-    : runtime_(runtime), values_(values), style_(styleOfEnvironment()), courses_(values.values().size()),
-      first_(0), rate_(0), ratedRequests_(0), ratedAt_(Clock::now()), sampleAt_(ratedAt_), drawAt_(ratedAt_),
-      terminal_(std::in_place)
+WatchView::WatchView(Runtime &runtime, const TagBook &book, const std::vector<Tag> &tags, WatchValues &values,
+                     WatchWrites &writes)
+    : runtime_(runtime), tags_(tags), values_(values), editor_(runtime, book, tags, values, writes), model_(editor_),
+      style_(styleOfEnvironment()), courses_(values.values().size()), rate_(0), ratedRequests_(0),
+      ratedAt_(Clock::now()), sampleAt_(ratedAt_), drawAt_(ratedAt_), terminal_(std::in_place)
 {
     runtime.messages().redirect([this](const Message &message) { recent_.add(message); });
     runtime.onTick([this] { tick(); });
@@ -28,11 +26,16 @@ WatchView::WatchView(Runtime &runtime, const WatchValues &values)
             cycle_.note(exchange.request.regType, exchange.request.address, Clock::now());
     }));
     calls_.push_back(runtime.onLost([this] { cycle_.restart(); }));
+    values.onEvent([this](const WatchEvent &event) {
+        if (event.value.quality == Quality::GOOD)
+            model_.noteGood(static_cast<std::size_t>(&event.value - values_.values().data()), event.value.text);
+    });
 }
 
 WatchView::~WatchView()
 {
     runtime_.onTick(nullptr);
+    values_.onEvent(nullptr);
     terminal_.reset();
     runtime_.messages().redirect(nullptr);
     recent_.sayTo(runtime_.messages());
@@ -47,47 +50,25 @@ void WatchView::tick()
         return;
     drawAt_ = now + REDRAW;
     terminal_->suspendIfAsked();
-    takeKeys();
+    model_.setSize(terminal_->size());
     sample(now);
     measureRate(now);
-    first_ = std::min(first_, lastTop(values_.values().size(), terminal_->size()));
-    if (terminal_->isReady())
-        terminal_->show(renderTable(content(now), terminal_->size(), style_));
+    model_.take(rows(), now);
+    takeKeys();
+    if (!terminal_->isReady())
+        return;
+    terminal_->show(renderTable(content(now), terminal_->size(), style_));
+    model_.noteShown();
 }
 
 void WatchView::takeKeys()
 {
     for (Keystroke stroke = terminal_->readKey(); stroke.key != Key::NONE; stroke = terminal_->readKey()) {
-        if (stroke.text == "q" || stroke.text == "Q")
-            programStop().stop();
-        else if (stroke.text == "k" || stroke.text == "j")
-            scroll(stroke.text == "k" ? Key::UP : Key::DOWN);
-        else
-            scroll(stroke.key);
+        if (stroke.key != Key::ANSWER)
+            model_.press(stroke);
     }
-}
-
-void WatchView::scroll(Key key)
-{
-    const std::size_t page = visibleRows(terminal_->size());
-    const std::size_t last = lastTop(values_.values().size(), terminal_->size());
-    switch (key) {
-    case Key::UP:        first_ -= std::min<std::size_t>(first_, 1); break;
-    case Key::DOWN:      first_ += 1; break;
-    case Key::PAGE_UP:   first_ -= std::min(first_, page); break;
-    case Key::PAGE_DOWN: first_ += page; break;
-    case Key::HOME:      first_ = 0; break;
-    case Key::END:       first_ = last; break;
-    default:             break;
-    }
-    first_ = std::min(first_, last);
-}
-
-static double numberOf(const std::string &text)
-{
-    char *end = nullptr;
-    const double number = std::strtod(text.c_str(), &end);
-    return end != text.c_str() && *end == '\0' ? number : std::numeric_limits<double>::infinity();
+    if (model_.wantsEnd())
+        programStop().stop();
 }
 
 // After a pause of the program the steps that it missed are left out.
@@ -101,7 +82,8 @@ void WatchView::sample(TimePoint now)
         const bool known = value.quality == Quality::GOOD || value.quality == Quality::WRITE_PENDING;
         if (value.text.empty())
             continue;
-        courses_[i].push_back(known ? numberOf(value.text) : std::numeric_limits<double>::quiet_NaN());
+        courses_[i].push_back(known ? shownNumber(value.text).value_or(std::numeric_limits<double>::infinity())
+                                    : std::numeric_limits<double>::quiet_NaN());
         if (courses_[i].size() > COURSE_LENGTH)
             courses_[i].erase(courses_[i].begin());
     }
@@ -129,18 +111,35 @@ std::string WatchView::linkText(TimePoint now) const
     return "no link, retry in " + std::to_string(left.count()) + " s";
 }
 
-TableRow WatchView::row(std::size_t index, TimePoint now) const
+ValueRow WatchView::row(std::size_t index) const
 {
     const WatchedValue &value = values_.values()[index];
-    TableRow row = {value.name, value.text, value.format.unit, "-", value.quality, false, courses_[index]};
-    if (value.changes > 0) {
-        row.age   = ageText(now - value.changedAt);
-        row.isNew = now - value.changedAt < NEW_FOR;
-    }
+    const Tag &tag = tags_[value.tag];
+    ValueRow row;
+    row.name    = value.name;
+    row.plc     = tag.plc.substr(0, tag.plc.find('.'));
+    row.group   = tag.group;
+    row.comment = tag.comment;
+    row.value   = value.text;
+    row.unit    = value.format.unit;
+    row.quality = value.quality;
+    if (value.changes > 0)
+        row.changedAt = value.changedAt;
+    row.course = courses_[index];
+    row.fate   = editor_.fate(index);
     return row;
 }
 
-TableContent WatchView::content(TimePoint now) const
+std::vector<ValueRow> WatchView::rows() const
+{
+    std::vector<ValueRow> rows;
+    rows.reserve(values_.values().size());
+    for (std::size_t i = 0; i < values_.values().size(); ++i)
+        rows.push_back(row(i));
+    return rows;
+}
+
+TableContent WatchView::content(TimePoint now)
 {
     TableContent content = {};
     content.peer   = runtime_.options().host + ":" + runtime_.options().port;
@@ -151,8 +150,6 @@ TableContent WatchView::content(TimePoint now) const
     content.errors  = runtime_.statistics().errorCount();
     content.clock   = fmt::format("{:%H:%M:%S}", fmt::localtime(std::time(nullptr)));
     content.messages = recent_.lines(messageRows(terminal_->size()));
-    content.first   = first_;
-    for (std::size_t i = 0; i < values_.values().size(); ++i)
-        content.rows.push_back(row(i, now));
+    model_.fill(content, now);
     return content;
 }

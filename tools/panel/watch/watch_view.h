@@ -2,9 +2,10 @@
 #define PANEL_WATCH_WATCH_VIEW_H
 
 #include "session/poll_cycle.h"
+#include "table/table_model.h"
 #include "terminal/terminal.h"
 #include "watch/recent_messages.h"
-#include "watch/watch_table.h"
+#include "watch/watch_editor.h"
 
 #include <optional>
 #include <string>
@@ -15,11 +16,11 @@
 class WatchView {
 public:
     static constexpr Millis REDRAW{200};       // not more often
-    static constexpr Millis NEW_FOR{1500};     // a change is highlighted for so long
     static constexpr Millis COURSE_STEP{1000}; // between two characters of a course
 
-    /// Both outlive this object.
-    WatchView(Runtime &runtime, const WatchValues &values);
+    /// `values` watches `tags`, which `book` has resolved; all of it outlives this object.
+    WatchView(Runtime &runtime, const TagBook &book, const std::vector<Tag> &tags, WatchValues &values,
+              WatchWrites &writes);
 
     /// Gives the terminal back and says there what was said last.
     ~WatchView();
@@ -31,20 +32,22 @@ public:
 
 private:
     void takeKeys();
-    void scroll(Key key);
     void sample(TimePoint now);
     void measureRate(TimePoint now);
     std::string linkText(TimePoint now) const;
-    TableRow row(std::size_t index, TimePoint now) const;
-    TableContent content(TimePoint now) const;
+    ValueRow row(std::size_t index) const;
+    std::vector<ValueRow> rows() const;
+    TableContent content(TimePoint now);
 
     Runtime           &runtime_;
-    const WatchValues &values_;
-    const ScreenStyle   style_;
+    const std::vector<Tag> &tags_;
+    WatchValues       &values_;
+    WatchEditor        editor_;
+    TableModel         model_;
+    const ScreenStyle  style_;
     PollCycle          cycle_;
     std::vector<std::vector<double>> courses_;
     RecentMessages     recent_;
-    std::size_t        first_;
     double             rate_;
     unsigned long      ratedRequests_;
     TimePoint          ratedAt_;

@@ -1,5 +1,5 @@
-#ifndef PANEL_WATCH_WATCH_TABLE_H
-#define PANEL_WATCH_WATCH_TABLE_H
+#ifndef PANEL_TABLE_WATCH_TABLE_H
+#define PANEL_TABLE_WATCH_TABLE_H
 
 #include "session/watch_values.h"
 #include "terminal/screen.h"
@@ -18,6 +18,11 @@ struct TableRow {
     Quality             quality;
     bool                isNew; // changed a moment ago
     std::vector<double> course; // the latest last; NaN: not known at that time; infinite: no number
+    std::string         minimum = std::string(); // "" if none is known
+    std::string         maximum = std::string();
+    std::string         fate    = std::string(); // of a write of it; "" for none
+    bool                isSelected = false;
+    std::string         heading = std::string(); // of the rows below; then nothing else counts
 };
 
 struct TableContent {
@@ -28,22 +33,24 @@ struct TableContent {
     double                requestsPerSecond;
     unsigned long         errors;
     std::string           clock;   // time of day
+    std::string           mode;    // in which way not all is shown as it comes, in words; "": all is
+    bool                  isPaused; // the rows are as they were then
     std::vector<TableRow> rows;
     std::size_t           first;   // the row at the top
     std::vector<std::string> messages; // the latest last
+    std::string           remark;  // in place of the lowest message
+    std::string           input;   // a line that is typed, in place of the keys; "" for none
+    std::string           notice;  // in place of the keys, too
 };
-
-/// The characters of a course: at most `width`, the latest last, between the least and the greatest value shown.
-std::string courseText(const std::vector<double> &course, std::size_t width, bool utf8);
 
 /// For how many lines of messages there is room, the latest ones being shown.
 std::size_t messageRows(ScreenSize size);
 
-/// How many rows fit.
-std::size_t visibleRows(ScreenSize size);
+/// How many rows fit, below a line of TableContent::mode or without one.
+std::size_t visibleRows(ScreenSize size, bool hasMode = false);
 
-/// The row that is at the top when the last of `rows` is at the bottom; 0 if all fit.
-std::size_t lastTop(std::size_t rows, ScreenSize size);
+/// The row that is at the top when the last of `rows` is at the bottom of a page; 0 if all fit.
+std::size_t lastTop(std::size_t rows, std::size_t page);
 
 /// At most size.rows lines of at most size.columns columns each, attributes not counted.
 std::vector<std::string> renderTable(const TableContent &content, ScreenSize size, ScreenStyle style);
