@@ -320,23 +320,4 @@ TEST_F(PlayedEditTest, LeavingWithTheWriteInFlightReportsIt)
         << shown->screen.text();
 }
 
-// An edit is written at once, however long the pause after each request is.
-TEST_F(PlayedEditTest, APauseBetweenRequestsDoesNotHoldIt)
-{
-    Words all = {FINS_PANEL_PATH, "watch", plc.host(), "DM:7", "--interval", "60000"};
-    shown = std::make_unique<PtyProcess>(all, static_cast<unsigned short>(80), static_cast<unsigned short>(24));
-    link  = plc.accept();
-    link->exchangeNodes();
-    answerRead("0003");
-    shown->waitForText("good");
-    shown->type(std::string(DOWN) + "\n");
-    shown->waitForText("DM:7: 3 -> _");
-    shown->type("5\n");
-    shown->waitForText("write DM:7: 3 -> 5? y/n");
-    shown->type("y");
-    EXPECT_EQ(link->command(), WRITE);
-    shown->type("q");
-    EXPECT_EQ(shown->wait(), 3);
-}
-
 } // namespace
