@@ -454,6 +454,21 @@ TEST_F(TableModelTest, TheFateOfAnEditIsShownAtItsRow)
     EXPECT_EQ(shown().rows[1].fate, "");
 }
 
+TEST_F(TableModelTest, EscTakesAFateAwayButNoneThatComesLater)
+{
+    rows[2].fate = "writing";
+    shown();
+    press(Key::ESCAPE);
+    EXPECT_EQ(shown().rows[2].fate, "");
+    rows[2].fate = "done";
+    EXPECT_EQ(shown().rows[2].fate, "done");
+    press(Key::ESCAPE);
+    EXPECT_EQ(shown().rows[2].fate, "");
+    press(Key::DOWN);
+    press(Key::ENTER);
+    EXPECT_EQ(shown().rows[2].fate, "done") << "until it is another one's";
+}
+
 TEST_F(TableModelTest, NoKeyDoesHarmWithoutValues)
 {
     rows.clear();

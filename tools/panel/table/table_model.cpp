@@ -43,8 +43,18 @@ void TableModel::command(const Keystroke &stroke)
     switch (stroke.key) {
     case Key::TEXT:   letter(stroke.text); break;
     case Key::ENTER:  openEdit(); break;
-    case Key::ESCAPE: selected_.reset(); break;
+    case Key::ESCAPE: giveUp(); break;
     default:          move(stroke.key); break;
+    }
+}
+
+// A fate that comes later is shown again.
+void TableModel::giveUp()
+{
+    selected_.reset();
+    for (const ValueRow &row : rows_) {
+        if (!row.fate.empty())
+            seenFate_ = row.fate;
     }
 }
 
@@ -88,6 +98,8 @@ void TableModel::openEdit()
         notice_ = "choose a value by the arrows, then Enter";
     else
         notice_ = edit_.open(*selected_);
+    if (edit_.isOpen())
+        seenFate_.clear();
 }
 
 void TableModel::move(Key key)
@@ -198,7 +210,7 @@ TableRow TableModel::rowOf(std::size_t value) const
     }
     row.minimum    = shownExtremes_[value].minimum();
     row.maximum    = shownExtremes_[value].maximum();
-    row.fate       = from.fate;
+    row.fate       = from.fate == seenFate_ ? "" : from.fate;
     row.isSelected = selected_ == value;
     return row;
 }

@@ -48,6 +48,7 @@ private:
     };
 
     void command(const Keystroke &stroke);
+    void giveUp();
     void letter(const std::string &text);
     void typeFilter(const Keystroke &stroke);
     void openEdit();
@@ -82,6 +83,7 @@ private:
     bool                  isPaused_ = false;
     bool                  wantsEnd_ = false;
     std::string           notice_;        // until the next key
+    std::string           seenFate_;      // of the latest edit; it is shown no longer
 };
 
 #endif
