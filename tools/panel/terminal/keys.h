@@ -12,8 +12,8 @@ struct Keystroke {
     std::string text = ""; // of TEXT: one character in UTF-8
 };
 
-/// The keystroke at the front of `keys`, which is removed; NONE if there is no whole one. A lone escape character is the
-/// Esc key if nothing is going to follow it, and the beginning of another key otherwise. What is no key is skipped.
+/// The keystroke at the front of `keys`, which is removed; NONE if there is no whole one. A lone escape character is
+/// the Esc key if nothing is going to follow it, and the beginning of another key otherwise. What is no key is skipped.
 Keystroke takeKey(std::string &keys, bool isAll = false);
 
 #endif
