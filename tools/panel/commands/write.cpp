@@ -92,7 +92,7 @@ int leaveOut(const Site &site, const Writes &writes)
     for (const auto &[tag, data] : writes)
         report.add(tag.name, tag.item, tag.format, data);
     report.finish(STOPPED);
-    return exitCode(report);
+    return exitCode(report.verdict());
 }
 
 const Site &siteOf(const Sites &sites, const Tag &tag)
