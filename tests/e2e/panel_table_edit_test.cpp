@@ -78,7 +78,7 @@ TEST_F(TableEditTest, ALimitIsHeldBeforeAnythingIsSent)
     edit(*shown, 1, "SetPoint: 70.0 % -> ");
     shown->type("175\n");
     shown->waitForText("'SetPoint=175' is above the tag's max of 100 %; write a value from 0 to 100 %");
-    EXPECT_EQ(foot(*shown), "SetPoint: 70.0 % -> 175_");
+    shown->waitUntil([&] { return foot(*shown) == "SetPoint: 70.0 % -> 175_"; }, "the line, still open");
     shown->type("x");
     shown->waitForText("'SetPoint=175x'");
     shown->type(ESC);

@@ -13,12 +13,11 @@ TEST_F(WatchTableTest, TheFilterNarrowsTheRowsWhileItIsTyped)
     const auto shown = table({"DM:0:30"});
     shown->waitForText("1-18 of 30");
     shown->type("/dm:1");
-    shown->waitForText("11 of 30 shown: dm:1"); // 1 and 10 to 19
-    EXPECT_EQ(shown->screen.lines.at(1), " 11 of 30 shown: dm:1");
+    shown->waitForText("/dm:1_"); // the last line of a screen comes last
+    EXPECT_EQ(shown->screen.lines.at(1), " 11 of 30 shown: dm:1"); // 1 and 10 to 19
     EXPECT_EQ(shown->screen.lines.at(3).find("DM:1 "), 0u) << shown->screen.text();
     EXPECT_EQ(shown->screen.lines.at(13).find("DM:19 "), 0u) << shown->screen.text();
     EXPECT_EQ(shown->screen.lines.at(14), "");
-    EXPECT_EQ(shown->screen.lines.at(23), "/dm:1_");
     shown->type("?\n"); // Enter keeps it
     shown->waitForText("10 of 30 shown: dm:1?");
     shown->waitForText("q quit  / filter");
@@ -39,10 +38,10 @@ TEST_F(WatchTableTest, SortsByWhatTheHeadNames)
     const auto shown = table({"DM:7:3"});
     shown->waitUntil([&] { return has(*shown, "DM:9", " 2 "); }, "2");
     shown->type("ss");
-    shown->waitForText("by value");
+    shown->waitUntil([&] { return shown->screen.lines.at(5).find("DM:8 ") == 0; }, "DM:8 at the bottom");
+    EXPECT_EQ(shown->screen.lines.at(1), " by value");
     EXPECT_EQ(shown->screen.lines.at(3).find("DM:9 "), 0u) << shown->screen.text();
     EXPECT_EQ(shown->screen.lines.at(4).find("DM:7 "), 0u) << shown->screen.text();
-    EXPECT_EQ(shown->screen.lines.at(5).find("DM:8 "), 0u) << shown->screen.text();
     EXPECT_EQ(tell("write DM:7 99"), "ok");
     shown->waitUntil([&] { return shown->screen.lines.at(5).find("DM:7 ") == 0; }, "DM:7 at the bottom");
     shown->type("sss");
@@ -58,7 +57,7 @@ TEST_F(WatchTableTest, APauseShowsWhatWasAndSaysSo)
     shown->waitUntil([&] { return has(*shown, "DM:7", "good"); }, "good");
     shown->type("p");
     shown->waitForText(" PAUSED: 0 s old, polling goes on");
-    EXPECT_NE(shown->screen.lines.at(2).find("QUALITY THEN"), std::string::npos) << shown->screen.text();
+    shown->waitForText("QUALITY THEN");
     EXPECT_EQ(tell("write DM:7 12"), "ok");
     ASSERT_NO_FATAL_FAILURE(waitForRequests(answered() + 20));
     shown->waitForText(" PAUSED: 1 s old, polling goes on");
