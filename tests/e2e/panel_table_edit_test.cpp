@@ -8,7 +8,8 @@ const char DOWN[] = "\033[B";
 const char ESC[]  = "\033";
 
 const char PROJECT[] = "[tags]\n"
-                       "SetPoint = { type = \"DM\", address = 3, scale = 0.1, decimals = 1, unit = \"%\", min = 0, max = 100 }\n"
+                       "SetPoint = { type = \"DM\", address = 3, scale = 0.1, decimals = 1, unit = \"%\", min = 0,"
+                       " max = 100 }\n"
                        "Level    = { type = \"DM\", address = 4, access = \"r\" }\n"
                        "Speeds   = { type = \"DM\", address = 20, count = 3, data = \"s16\", max = 50 }\n";
 
