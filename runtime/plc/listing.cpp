@@ -16,6 +16,7 @@ std::vector<TagConfig> listed(const std::vector<Tag> &tags)
         config.minimum  = tag.minimum;
         config.maximum  = tag.maximum;
         config.readOnly = tag.readOnly;
+        config.remoteWrites = tag.remoteWrites;
         config.deadband = tag.deadband;
         config.comment  = tag.comment;
         config.screen   = tag.screen;

@@ -95,6 +95,7 @@ void addTag(TagBook &book, const TagConfig &config)
     tag.minimum         = config.minimum;
     tag.maximum         = config.maximum;
     tag.readOnly        = config.readOnly;
+    tag.remoteWrites    = config.remoteWrites;
     tag.deadband        = config.deadband;
     tag.comment         = config.comment;
     tag.screen          = config.screen;

@@ -25,7 +25,7 @@ private:
     void readOrder(const char *key, Order &order);
     void readNumberForm(Tag &tag);
     void readLimit(const char *key, std::optional<double> &limit);
-    void readAccess(bool &readOnly);
+    void readAccess(Tag &tag);
     std::string readType();
     void readItem(const std::string &regType, Tag &tag);
 
@@ -41,7 +41,7 @@ bool TagReader::read(Tag &tag)
     readNumberForm(tag);
     readItem(regType, tag);
     reader_.text("unit", tag.format.unit);
-    readAccess(tag.readOnly);
+    readAccess(tag);
     reader_.text("comment", tag.comment);
     reader_.text("screen", tag.screen);
     reader_.text("group", tag.group);
@@ -88,12 +88,14 @@ void TagReader::readLimit(const char *key, std::optional<double> &limit)
         limit = number;
 }
 
-void TagReader::readAccess(bool &readOnly)
+void TagReader::readAccess(Tag &tag)
 {
-    std::string access = "rw";
-    if (reader_.text("access", access) && access != "r" && access != "rw")
-        reader_.report(*table_.find("access"), "'" + access + "' is not an access; write r (read only) or rw");
-    readOnly = access == "r";
+    std::string access;
+    const DataNode *given = table_.find("access");
+    if (reader_.text("access", access) && given && access != "r" && access != "rw")
+        reader_.report(*given, "'" + access + "' is not an access; write r (read only) or rw");
+    tag.readOnly     = access == "r";
+    tag.remoteWrites = access == "rw";
 }
 
 // What only numbers have.
@@ -263,7 +265,7 @@ std::string tagLine(const Tag &tag)
     if (tag.deadband > 0)
         add("deadband", shortestText(tag.deadband));
     addText("unit", tag.format.unit);
-    addText("access", tag.readOnly ? "r" : "");
+    addText("access", tag.readOnly ? "r" : tag.remoteWrites ? "rw" : "");
     addText("comment", tag.comment);
     addText("screen", tag.screen);
     addText("group", tag.group);

@@ -19,7 +19,8 @@
 //   group       name of those that are read and watched together
 //   min, max    of a number as it is shown; a write outside is refused
 //   deadband    of a number as it is shown; a log of changes passes over smaller ones
-//   access      "rw", or "r" for a tag that is never written; "rw" by default
+//   access      "r" for a tag that is never written, "rw" for one that others may write, too, through a program that passes
+//               their orders on; without it the tag is written by those alone who run this program
 //
 // and in a CSV file a name.
 

@@ -28,6 +28,7 @@ struct Tag {
     std::optional<double> minimum = std::nullopt; // of its values as they are shown; numbers only
     std::optional<double> maximum = std::nullopt;
     bool readOnly = false;
+    bool remoteWrites = false; // its access was given as rw: also for those who write through a program that passes it on
     double deadband = 0; // a logger of changes passes over smaller ones; as shown
     std::string plc = {}; // "press.": what stands before the names of a PLC among several; else empty
 

@@ -31,6 +31,7 @@ struct TagConfig {
     std::optional<double> minimum = {}; // a write outside these limits is invalid; as shown
     std::optional<double> maximum = {};
     bool        readOnly = false;    // every write is invalid
+    bool        remoteWrites = false; // a program that passes on what others order may write it: access = "rw" in a project
     std::string comment = {};
     std::string screen = {};         // where a graphical panel shows it
     std::string group = {};          // what it belongs to, such as a machine's part

@@ -133,6 +133,9 @@ TEST_F(ProjectTest, ReadsTags)
     EXPECT_TRUE(level.readOnly);
     EXPECT_FALSE(book->find("Pump")->minimum.has_value());
     EXPECT_FALSE(book->find("Pump")->readOnly);
+    EXPECT_TRUE(book->find("Pump")->remoteWrites);
+    EXPECT_FALSE(level.remoteWrites);
+    EXPECT_FALSE(book->find("Text")->remoteWrites); // which would have to say so
     EXPECT_EQ(itemText(book->find("Pump")->item), "CIO_bit:100.15:2");
     EXPECT_EQ(itemText(book->find("Text")->item), "HR:12:3");
     EXPECT_EQ(formatText(book->find("Text")->format), "string-low");
