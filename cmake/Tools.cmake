@@ -16,6 +16,18 @@ if(NOT UNISTRING_INCLUDE_DIR OR NOT UNISTRING_LIBRARY)
     message(FATAL_ERROR "libunistring is needed for UTF-8; install the package libunistring-dev")
 endif()
 
+# What publishes values to a message broker, and keeps them until they are there.
+find_path(MOSQUITTO_INCLUDE_DIR mosquitto.h)
+find_library(MOSQUITTO_LIBRARY mosquitto)
+if(NOT MOSQUITTO_INCLUDE_DIR OR NOT MOSQUITTO_LIBRARY)
+    message(FATAL_ERROR "libmosquitto is needed to publish; install the package libmosquitto-dev")
+endif()
+find_path(SQLITE_INCLUDE_DIR sqlite3.h)
+find_library(SQLITE_LIBRARY sqlite3)
+if(NOT SQLITE_INCLUDE_DIR OR NOT SQLITE_LIBRARY)
+    message(FATAL_ERROR "SQLite is needed to publish; install the package libsqlite3-dev")
+endif()
+
 # What reads the files that people write; every program that does is made of it.
 set(FINS_DOCUMENTS
     ${PROJECT_SOURCE_DIR}/tools/common/descriptor.cpp
