@@ -77,7 +77,7 @@ _fins_offer_positionals()
     [[ -z $commands ]] || return 0
     case ${*:2} in
         write) _fins_offer_names tags "$project" "$current" = ;;
-        watch | read | log | wait | bench | check) _fins_offer_names tags "$project" "$current" ;;
+        watch | read | log | wait | bench | check | publish) _fins_offer_names tags "$project" "$current" ;;
         recipe\ list | types | copies) ;;
         recipe\ *)
             _fins_offer_names recipes "$project" "$current"

@@ -2,6 +2,7 @@
 #define PANEL_CLI_ARGUMENTS_H
 
 #include "commands/commands.h"
+#include "commands/publish.h"
 #include "plant/plant.h"
 
 #include <CLI/CLI.hpp>
@@ -55,6 +56,7 @@ struct Arguments {
     WatchOptions             watch;
     WaitOptions              wait;
     LogOptions               log;
+    PublishOptions           publish;
     BenchOptions             bench;
     long                     roundTrips = 100;
     RecipeOptions            recipe;

@@ -1,6 +1,7 @@
 #include "cli/arguments.h"
 
 #include "cli/options.h"
+#include "cli/publish_definition.h"
 #include "cli/plant_commands.h"
 
 namespace {
@@ -271,6 +272,7 @@ void addCommands(CLI::App &app, Arguments &arguments)
     addWait(app, arguments);
     addLog(app, arguments);
     addRecipe(app, arguments);
+    addPublish(app, arguments);
     addFiles(app, arguments);
     addBench(app, arguments);
     addCheck(app, arguments);
