@@ -18,6 +18,7 @@ if(OMRON_FINS_TOOLS)
         install(FILES packaging/completion.bash RENAME ${program}
             DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT ${program})
     endforeach()
+    install(FILES packaging/fins-publish@.service DESTINATION lib/systemd/system COMPONENT fins_panel)
     include(cmake/ManPages.cmake)
 endif()
 
