@@ -244,24 +244,27 @@ TEST_F(PublishTest, AKilledPublisherGoesOnWhereItWas)
 // A limit of the file's size is a full disk that is the program's alone.
 TEST_F(PublishTest, AFullDiskIsSaidAndValuesComeAllTheSame)
 {
-    start({"--plant", "--plant-period", "50"});
+    start();
     Mosquitto broker;
     broker.kill();
-    const std::string file = project(std::string(TAGS) + "Inflow = { type = \"DM\", address = 1 }\n");
-    Process panel({"/bin/sh", "-c",
-                   "trap '' XFSZ; ulimit -S -f 100; exec " FINS_PANEL_PATH " publish --project " + file + " --broker "
-                       + broker.host() + " --spool " + folder.path("spool")});
-    panel.waitForErrorLine("the spool cannot be written: File too large; what comes waits in memory meanwhile, make "
+    project(TAGS);
+    const auto panel = publish(broker.host());
+    ASSERT_EQ(tell("write DM:0 10"), "ok");
+    waitForSpool("{\"value\":1.0,");
+    const rlimit full = {folder.content("spool-wal").size(), RLIM_INFINITY};
+    ASSERT_EQ(prlimit(panel->id(), RLIMIT_FSIZE, &full, nullptr), 0);
+    ASSERT_EQ(tell("write DM:0 20"), "ok");
+    panel->waitForErrorLine("the spool cannot be written: File too large; what comes waits in memory meanwhile, make "
                            "room");
     broker.start();
     Subscriber subscriber(broker.port.number());
-    panel.waitForErrorLine(isConnected(broker.host()));
+    panel->waitForErrorLine(isConnected(broker.host()));
     ASSERT_EQ(tell("write DM:3 77"), "ok");
     subscriber.awaitValue("fins/press/SetPoint", "value", 77);
     const rlimit plenty = {RLIM_INFINITY, RLIM_INFINITY};
-    ASSERT_EQ(prlimit(panel.id(), RLIMIT_FSIZE, &plenty, nullptr), 0);
-    panel.waitForErrorLine("the spool can be written again");
+    ASSERT_EQ(prlimit(panel->id(), RLIMIT_FSIZE, &plenty, nullptr), 0);
+    panel->waitForErrorLine("the spool can be written again");
     ASSERT_EQ(tell("write DM:3 78"), "ok");
     subscriber.awaitValue("fins/press/SetPoint", "value", 78);
-    EXPECT_EQ(interrupt(panel), 0);
+    EXPECT_EQ(interrupt(*panel), 0);
 }

@@ -7,6 +7,7 @@
 
 #include <sys/stat.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
@@ -97,6 +98,7 @@ int runPublish(const std::vector<PlantPlc> &plcs, const PublishOptions &options,
     if (all.spoolFile.empty())
         all.spoolFile = defaultSpool();
     all.limits.age = std::chrono::seconds(static_cast<std::int64_t>(options.spoolHours * 3600));
+    std::signal(SIGXFSZ, SIG_IGN); // a file at its limit is a full disk
     Messages messages;
     if (quiet)
         messages.hush();
