@@ -118,6 +118,7 @@ TEST_F(PublishTest, AnOrderlyEndIsToldTooAndNothingIsLeft)
     subscriber.awaitValue(LEVEL, "quality", "good");
     panel->sendSignal(SIGTERM);
     EXPECT_EQ(panel->wait(), 0);
+    EXPECT_EQ(subscriber.awaitValue(LEVEL, "quality", "last known").json()["value"], 0.0);
     subscriber.await("fins/state", [](const Received &one) { return one.payload == "offline"; });
     EXPECT_NE(panel->errors().find("; 0 wait in the spool\n"), std::string::npos) << panel->errors();
 }

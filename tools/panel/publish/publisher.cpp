@@ -7,6 +7,7 @@
 
 namespace {
 
+constexpr Millis LAST_EVENTS{20};
 constexpr Millis LAST_WAIT{2000}; // for the fate of writes, and for the broker's last acknowledgements
 
 std::int64_t nowMs()
@@ -158,9 +159,11 @@ void Publisher::drain(Millis most, const std::function<bool()> &isDone)
 void Publisher::end()
 {
     drain(LAST_WAIT, [this] { return writes_.isIdle(); });
-    for (std::size_t plc = 0; plc < plant_.size(); ++plc)
+    for (std::size_t plc = 0; plc < plant_.size(); ++plc) {
         plant_.plc(plc).close();
-    drain(LAST_WAIT, [this] { return writes_.isIdle() && (outbox_.isEmpty() || !broker_.isConnected()); });
+        while (plant_.plc(plc).dispatch(LAST_EVENTS)) {} // no value stays good
+    }
+    drain(LAST_WAIT, [this] { return outbox_.isEmpty() || !broker_.isConnected(); });
     outbox_.stopHanding();
     outbox_.announce(topics_.state(), "offline");
     drain(LAST_WAIT, [this] { return outbox_.isIdle() || !broker_.isConnected(); });
