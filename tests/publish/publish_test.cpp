@@ -255,8 +255,8 @@ TEST_F(PublishTest, AFullDiskIsSaidAndValuesComeAllTheSame)
     const rlimit full = {folder.content("spool-wal").size(), RLIM_INFINITY};
     ASSERT_EQ(prlimit(panel->id(), RLIMIT_FSIZE, &full, nullptr), 0);
     ASSERT_EQ(tell("write DM:0 20"), "ok");
-    panel->waitForErrorLine("the spool cannot be written: File too large; what comes waits in memory meanwhile, make "
-                           "room");
+    panel->waitForErrorLine("the spool cannot be written: disk I/O error; what comes waits in memory meanwhile, make "
+                            "room");
     broker.start();
     Subscriber subscriber(broker.port.number());
     panel->waitForErrorLine(isConnected(broker.host()));

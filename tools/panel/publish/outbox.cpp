@@ -117,7 +117,8 @@ bool Outbox::isStoreDue(TimePoint now) const
 }
 
 // What found no room in the spool is in flight before what comes later, and may have to be stored before it yet.
-bool Outbox::store(SystemTime utc)
+// Returns why it cannot be written, or "".
+std::string Outbox::store(SystemTime utc)
 {
     static const std::deque<BrokerMessage> NONE;
     const std::int64_t keep = !isConnected_ ? 0 : window_.empty() ? sent_ : window_.back().id;
@@ -130,21 +131,22 @@ bool Outbox::store(SystemTime utc)
             pending_.clear();
             pendingBytes_ = 0;
         }
-        return true;
+        return "";
     }
+    const std::string problem = spool_.problem();
     if (!added.empty() && spool_.commit(NONE, done_, keep, millisOf(utc)))
         done_.clear(); // which makes room
-    return false;
+    return problem;
 }
 
-void Outbox::noteStored(bool isStored, TimePoint now)
+void Outbox::noteStored(const std::string &problem, TimePoint now)
 {
-    nextStore_ = now + (isStored ? STORE_PAUSE : FAILURE_PAUSE);
-    if (isStored && isStalled())
+    nextStore_ = now + (problem.empty() ? STORE_PAUSE : FAILURE_PAUSE);
+    if (problem.empty() && isStalled())
         say_("the spool can be written again");
-    else if (!isStored && !isStalled())
-        say_("the spool cannot be written: " + spool_.problem() + "; what comes waits in memory meanwhile, make room");
-    problem_ = isStored ? "" : spool_.problem();
+    else if (!problem.empty() && !isStalled())
+        say_("the spool cannot be written: " + problem + "; what comes waits in memory meanwhile, make room");
+    problem_ = problem;
 }
 
 void Outbox::sayLosses(TimePoint now)

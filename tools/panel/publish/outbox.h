@@ -69,9 +69,9 @@ private:
     };
 
     // In what is stored.
-    bool store(SystemTime utc);
+    std::string store(SystemTime utc);
     bool isStoreDue(TimePoint now) const;
-    void noteStored(bool isStored, TimePoint now);
+    void noteStored(const std::string &problem, TimePoint now);
     void boundMemory();
     void sayLosses(TimePoint now);
 
