@@ -91,7 +91,7 @@ void TagReader::readLimit(const char *key, std::optional<double> &limit)
 void TagReader::readAccess(Tag &tag)
 {
     std::string access;
-    const DataNode *given = table_.find("access");
+    const DataNode *given = reader_.take("access");
     if (reader_.text("access", access) && given && access != "r" && access != "rw")
         reader_.report(*given, "'" + access + "' is not an access; write r (read only) or rw");
     tag.readOnly     = access == "r";
