@@ -4,14 +4,17 @@
 #include "common/numbers.h"
 #include "log/grid.h"
 #include "log/log_values.h"
+#include "log/row_writer.h"
 #include "terminal/stop_flag.h"
 
 #include <algorithm>
 #include <csignal>
-#include <iostream>
+#include <mutex>
 #include <numeric>
 
 namespace {
+
+constexpr std::size_t WAITING_MOST = 32 << 20; // bytes of rows
 
 SystemTime utcNow()
 {
@@ -25,10 +28,13 @@ public:
           form_(options.form, values_.columns(), options.measurement),
           file_(options.output, form_.heading(), options.rotation, [this](const std::string &line) { say(line); },
                 utcNow()),
-          all_(values_.columns().size())
+          writer_(file_, WAITING_MOST), all_(values_.columns().size())
     {
         std::iota(all_.begin(), all_.end(), std::size_t(0));
-        plant_.onMessage([this](const std::string &line) { messages_.say(line); });
+        plant_.onMessage([this](const std::string &line) {
+            const std::lock_guard<std::mutex> lock(mutex_);
+            messages_.say(line);
+        });
     }
 
     void logPeriodically(Millis every, TimePoint end);
@@ -38,17 +44,24 @@ public:
     int end();
 
 private:
-    void say(const std::string &line) { messages_.sayAlways("fins_panel: " + line); }
+    // On the thread of the rows, too.
+    void say(const std::string &line)
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        messages_.sayAlways("fins_panel: " + line);
+    }
     void write(SystemTime time, const std::vector<std::size_t> &chosen);
     bool isOver(TimePoint end) const { return programStop().isStopped() || Clock::now() >= end; }
     std::string silentPlcs();
 
     const std::vector<PlantPlc> &plcs_;
+    std::mutex                   mutex_; // guards messages_
     Messages                     messages_;
     Plant                        plant_;
     LogValues                    values_;
     RowForm                      form_;
     RowFile                      file_;
+    RowWriter                    writer_;
     std::vector<std::size_t>     all_;     // columns
     std::vector<pollfd>          nothing_; // to wait for besides the PLCs
     std::uint64_t                missed_ = 0;
@@ -56,7 +69,7 @@ private:
 
 void Logger::write(SystemTime time, const std::vector<std::size_t> &chosen)
 {
-    file_.write(time, form_.row(time, values_.latest(), chosen));
+    writer_.add(time, form_.row(time, values_.latest(), chosen));
 }
 
 // The wait is as long as the clock of the grid says, whatever it was set to meanwhile.
@@ -106,8 +119,11 @@ std::string Logger::silentPlcs()
 
 int Logger::end()
 {
+    writer_.finish();
     file_.finish(programStop().isStopped());
-    if (file_.lost() > 0)
+    if (writer_.lost() > 0)
+        say(counted(writer_.lost(), "row") + " lost: the disk was too slow");
+    if (file_.lost() + writer_.lost() > 0)
         return EXIT_REFUSED;
     if (programStop().isStopped())
         return EXIT_DONE;
