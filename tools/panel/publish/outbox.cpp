@@ -122,6 +122,8 @@ std::string Outbox::store(SystemTime utc)
 {
     static const std::deque<BrokerMessage> NONE;
     const std::int64_t keep = !isConnected_ ? 0 : window_.empty() ? sent_ : window_.back().id;
+    if (unstored_ > 0 && done_.empty())
+        return problem_; // nothing that could be tried
     const auto &added = unstored_ > 0 ? NONE : pending_;
     if (spool_.commit(added, done_, keep, millisOf(utc))) {
         done_.clear();
