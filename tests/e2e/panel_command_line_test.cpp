@@ -115,8 +115,8 @@ TEST(PanelNumbers, ReachTheEndsOfTheirRanges)
 
 TEST(PanelUnknown, Commands)
 {
-    const std::string all = "; the commands are link, watch, read, write, wait, log, recipe, publish, check-project, import-tags, bench, "
-                            "check, types, copies; see fins_panel --help";
+    const std::string all = "; the commands are link, watch, read, write, wait, log, recipe, publish, check-project, "
+                            "import-tags, bench, check, types, copies; see fins_panel --help";
     expectRefused({"wach"}, "fins_panel: there is no command 'wach' (did you mean 'watch'?); see fins_panel --help");
     expectRefused({"raed", "127.0.0.1:1", "DM:0"},
                   "fins_panel: there is no command 'raed' (did you mean 'read'?); see fins_panel --help");

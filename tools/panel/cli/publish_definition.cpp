@@ -57,7 +57,7 @@ void addSpoolOptions(CLI::App &command, PublishOptions &publish)
     command.add_option("--spool-bytes", publisher.limits.bytes,
                        "size of that file from which on the oldest messages are dropped, such as 500M; 1M or more, "
                        "default 1G")
-        ->transform(CLI::AsSizeValue(false))->check(CLI::Range(LEAST_SPOOL, INT64_MAX))->type_name("SIZE");
+        ->transform(CLI::AsSizeValue(false))->check(CLI::Range(LEAST_SPOOL, INT64_MAX))->option_text("SIZE");
     addSetting(command, IN_FLIGHT, publisher.outbox.inFlight);
     addSetting(command, REPLAY_RATE, publisher.outbox.replayRate);
 }
