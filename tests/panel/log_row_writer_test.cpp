@@ -1,6 +1,7 @@
 #include "log/row_writer.h"
 
 #include "support/temporary_folder.h"
+#include "terminal/stop_flag.h"
 
 #include <gtest/gtest.h>
 
@@ -8,6 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <future>
 
 namespace {
@@ -65,6 +67,19 @@ TEST_F(RowWriterTest, RowsWaitInTheirOrderForADiskThatDoesNotObey)
     writer.finish();
     EXPECT_TRUE(said.empty());
     EXPECT_EQ(file->lost(), 0U);
+}
+
+// In a process of its own, since the end is that of the program.
+TEST_F(RowWriterTest, TheEndOfTheProgramWaitsForNobodyWhoReads)
+{
+    const auto end = [this] {
+        RowWriter writer(*file, 250000);
+        writer.add(TIME, rowOf('a'));
+        programStop().stop();
+        writer.finish();
+        std::exit(file->lost() == 1 && said.size() == 1 ? 0 : 1);
+    };
+    EXPECT_EXIT(end(), ::testing::ExitedWithCode(0), "");
 }
 
 TEST_F(RowWriterTest, TheEndComesWhenAllIsWritten)

@@ -6,12 +6,14 @@
 #include "terminal/stop_flag.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <filesystem>
 #include <regex>
@@ -19,21 +21,38 @@
 
 namespace fs = std::filesystem;
 
-// What was written of a row that does not fit is taken back, wherever the descriptor stands then.
+// What was written of a row that does not fit a file is taken back, wherever the descriptor stands then.
 static void takeBack(int fd, std::size_t size)
 {
     struct stat status = {};
-    if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode))
+    if (fstat(fd, &status) != 0)
         return;
     const off_t end = status.st_size - static_cast<off_t>(size);
     if (ftruncate(fd, end) == 0)
         lseek(fd, end, SEEK_SET);
 }
 
+// Waits until a part of a line can be written, for which nobody may read a pipe any more. Returns 0, or EINTR once the
+// program is to end.
+static int awaitRoom(int fd)
+{
+    pollfd waited[] = {{fd, POLLOUT, 0}, {programStop().fd(), POLLIN, 0}};
+    while (poll(waited, 2, -1) < 0 || waited[0].revents == 0) {
+        if (programStop().isStopped())
+            return EINTR;
+    }
+    return 0;
+}
+
 int appendLines(int fd, const std::string &lines)
 {
+    struct stat status = {};
+    const bool isFile      = fstat(fd, &status) == 0 && S_ISREG(status.st_mode);
+    const std::size_t most = isFile ? lines.size() : PIPE_BUF; // which a pipe takes without a wait where it has room
     for (std::size_t done = 0; done < lines.size();) {
-        const ssize_t size = write(fd, lines.data() + done, lines.size() - done);
+        if (!isFile && awaitRoom(fd) != 0)
+            return EINTR;
+        const ssize_t size = write(fd, lines.data() + done, std::min(lines.size() - done, most));
         if (size > 0) {
             done += static_cast<std::size_t>(size);
             continue;
@@ -41,7 +60,7 @@ int appendLines(int fd, const std::string &lines)
         if (size < 0 && errno == EINTR && !programStop().isStopped())
             continue;
         const int problem = size < 0 ? errno : ENOSPC;
-        if (done > 0)
+        if (done > 0 && isFile)
             takeBack(fd, done);
         return problem;
     }
