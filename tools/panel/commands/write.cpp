@@ -100,14 +100,12 @@ const Site &siteOf(const Sites &sites, const Tag &tag)
     return *std::find_if(sites.begin(), sites.end(), [&](const Site &site) { return site.book.plc() == tag.plc; });
 }
 
-// The first writes of the list, as many as go to the same PLC.
-Writes takeRow(Writes &writes)
+// The writes from the given one on, as many as go to the same PLC.
+Writes rowAt(const Writes &writes, std::size_t begin)
 {
-    const auto end = std::find_if(writes.begin(), writes.end(), [&](const TagWrite &write) {
-        return write.tag.plc != writes.front().tag.plc;
-    });
-    Writes row(writes.begin(), end);
-    writes.erase(writes.begin(), end);
+    Writes row;
+    for (std::size_t i = begin; i < writes.size() && writes[i].tag.plc == writes[begin].tag.plc; ++i)
+        row.push_back(writes[i]);
     return row;
 }
 
@@ -115,16 +113,17 @@ Writes takeRow(Writes &writes)
 
 int runWrite(const Sites &sites, Millis giveUp, const WriteOptions &options)
 {
-    Writes writes = chosenWrites(booksOf(sites), options.choice);
+    const Writes writes = chosenWrites(booksOf(sites), options.choice);
     const auto isOfFirst = [&](const TagWrite &write) { return write.tag.plc == writes.front().tag.plc; };
     if (options.confirm && !std::all_of(writes.begin(), writes.end(), isOfFirst))
         throw UsageError("--confirm asks for the values of one PLC; write to one after the other, or leave it out");
     if (options.confirm)
         requireTerminal();
     int code = EXIT_DONE;
-    while (!writes.empty()) {
-        const Writes row   = takeRow(writes);
+    for (std::size_t begin = 0; begin < writes.size();) {
+        const Writes row = rowAt(writes, begin);
         const Site &site = siteOf(sites, row.front().tag);
+        begin += row.size();
         if (options.dryRun)
             showFrames(site, row);
         else if (code == EXIT_DONE || options.keepGoing)
