@@ -4,7 +4,24 @@
 #include "panel_files.h"
 #include "pty_process.h"
 
-// Runs of the live table.
+// Runs of the live table, and what is looked for in them.
+
+inline void expectClean(const PtyProcess &shown)
+{
+    EXPECT_FALSE(shown.screen.isAlternate);
+    EXPECT_TRUE(shown.screen.isCursorShown);
+    EXPECT_TRUE(shown.hasKeysAsBefore());
+}
+
+// The text on the line of `name`, which may be the selected one.
+inline bool has(const PtyProcess &shown, const std::string &name, const std::string &text)
+{
+    for (const std::string &line : shown.screen.lines) {
+        if ((line.find(name + " ") == 0 || line.find(name + ">") == 0) && line.find(text) != std::string::npos)
+            return true;
+    }
+    return false;
+}
 
 class WatchTableTest : public PanelTest {
 protected:
@@ -14,13 +31,6 @@ protected:
         Words all = arguments("watch", more);
         all.insert(all.begin(), FINS_PANEL_PATH);
         return std::make_unique<PtyProcess>(all, columns, rows, environment);
-    }
-
-    static void expectClean(const PtyProcess &shown)
-    {
-        EXPECT_FALSE(shown.screen.isAlternate);
-        EXPECT_TRUE(shown.screen.isCursorShown);
-        EXPECT_TRUE(shown.hasKeysAsBefore());
     }
 
     // Requests that the simulator has received so far.
@@ -37,16 +47,6 @@ protected:
             ASSERT_LT(std::chrono::steady_clock::now(), deadline) << "the poll stands still";
             poll(nullptr, 0, 10); // leaves the simulator time for the panel
         }
-    }
-
-    // The text on the line of `name`, which may be the selected one.
-    static bool has(const PtyProcess &shown, const std::string &name, const std::string &text)
-    {
-        for (const std::string &line : shown.screen.lines) {
-            if ((line.find(name + " ") == 0 || line.find(name + ">") == 0) && line.find(text) != std::string::npos)
-                return true;
-        }
-        return false;
     }
 };
 

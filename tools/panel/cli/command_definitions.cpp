@@ -1,8 +1,10 @@
 #include "cli/arguments.h"
 
 #include "cli/options.h"
-#include "cli/publish_definition.h"
+#include "cli/plant_arguments.h"
 #include "cli/plant_commands.h"
+#include "cli/publish_definition.h"
+#include "common/usage_error.h"
 
 namespace {
 
@@ -30,6 +32,13 @@ void addLink(CLI::App &app, Arguments &arguments)
     });
 }
 
+int watchSeveral(const CLI::App &command, const Arguments &arguments)
+{
+    if (!arguments.watch.writes.empty())
+        throw UsageError("--write is for one PLC; use fins_panel write, or choose one PLC with --plc");
+    return runPlantWatch(watchedPlcs(command, arguments, arguments.several), arguments.projectFile, arguments.watch);
+}
+
 void addWatchForm(CLI::App &command, Arguments &arguments)
 {
     CLI::Option *lines = command.add_flag("--lines", "lines on a terminal too, in place of the live table");
@@ -37,7 +46,7 @@ void addWatchForm(CLI::App &command, Arguments &arguments)
     CLI::Option *csv   = command.add_flag("--csv", "comma-separated values");
     lines->excludes(json)->excludes(csv);
     json->excludes(csv);
-    onCommand(command, arguments, [&arguments, lines, json, csv](const DriverLibrary &) {
+    onCommand(command, arguments, [&command, &arguments, lines, json, csv](const DriverLibrary &) {
         if (*lines)
             arguments.watch.format = LineFormat::PLAIN;
         if (*json || *csv)
@@ -45,6 +54,8 @@ void addWatchForm(CLI::App &command, Arguments &arguments)
         arguments.link.interval     = Millis(arguments.intervalMs);
         arguments.link.refusedPause = millis(arguments.retryRefused);
         arguments.watch.choice      = arguments.choice;
+        if (!arguments.several.empty())
+            return watchSeveral(command, arguments);
         return runWatch(*arguments.book, arguments.link, arguments.watch);
     });
 }
@@ -70,6 +81,7 @@ void addWatch(CLI::App &app, Arguments &arguments)
         ->allow_extra_args(false)->type_name("ITEM=VALUE");
     addModeChange(*command, arguments);
     addKeepGoing(*command, arguments.watch.keepGoing);
+    arguments.severalCommands.insert(command);
     addWatchForm(*command, arguments);
 }
 

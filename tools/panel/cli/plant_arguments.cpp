@@ -54,7 +54,7 @@ std::vector<ProjectPlc> placedPlcs(CLI::App &command, Arguments &arguments)
     return plcs;
 }
 
-fins::Config configOf(CLI::App &command, const Arguments &arguments, const ProjectPlc &plc)
+fins::Config configOf(const CLI::App &command, const Arguments &arguments, const ProjectPlc &plc)
 {
     fins::Config config    = fins::configOf(plc);
     const Project &project = plc.project;
@@ -86,22 +86,32 @@ void requireAny(const std::vector<Tag> &tags)
 std::vector<PlantPlc> chosenPlcs(CLI::App &command, Arguments &arguments)
 {
     const std::vector<ProjectPlc> plcs = placedPlcs(command, arguments);
+    std::vector<PlantPlc> chosen;
+    for (WatchedPlc &watched : watchedPlcs(command, arguments, plcs))
+        chosen.push_back(std::move(watched.plc));
+    return chosen;
+}
+
+std::vector<WatchedPlc> watchedPlcs(const CLI::App &command, const Arguments &arguments, const std::vector<ProjectPlc> &plcs)
+{
     TagBooks books;
     books.reserve(plcs.size());
     for (const ProjectPlc &plc : plcs)
         books.push_back(&plc.tags);
     const std::vector<Tag> tags = chosenTags(books, arguments.choice);
     requireAny(tags);
-    std::vector<PlantPlc> chosen;
+    std::vector<WatchedPlc> chosen;
     for (const ProjectPlc &plc : plcs) {
+        WatchedPlc watched = {plc.tags, {}, {configOf(command, arguments, plc), {}}};
         std::set<std::string> names;
-        std::vector<std::string> items;
         for (const Tag &tag : tags) { // whose name tells all of its form
-            if (tag.plc == plc.tags.plc() && names.insert(tag.name).second)
-                items.push_back(tag.name);
+            if (tag.plc != plc.tags.plc() || !names.insert(tag.name).second)
+                continue;
+            watched.tags.push_back(tag);
+            watched.plc.items.push_back(tag.name);
         }
-        if (!items.empty())
-            chosen.push_back({configOf(command, arguments, plc), std::move(items)});
+        if (!watched.tags.empty())
+            chosen.push_back(std::move(watched));
     }
     return chosen;
 }

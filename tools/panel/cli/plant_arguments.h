@@ -17,4 +17,7 @@ bool isForPlant(const CLI::App &command, const Arguments &arguments);
 /// UsageError or CLI::RequiredError.
 std::vector<PlantPlc> chosenPlcs(CLI::App &command, Arguments &arguments);
 
+/// The same of these PLCs, which outlive what is returned.
+std::vector<WatchedPlc> watchedPlcs(const CLI::App &command, const Arguments &arguments, const std::vector<ProjectPlc> &plcs);
+
 #endif

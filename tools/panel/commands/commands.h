@@ -77,6 +77,16 @@ int runLink(const DriverLibrary &library, const LinkOptions &link, long count);
 int runBench(const TagBook &book, const LinkOptions &link, Millis giveUp, const BenchOptions &options);
 int runWatch(const TagBook &book, const LinkOptions &link, const WatchOptions &options);
 
+/// What is watched of one PLC among several: `plc` has it by the names of `tags`, which `book` has resolved.
+struct WatchedPlc {
+    const TagBook   &book;
+    std::vector<Tag> tags;
+    PlantPlc         plc;
+};
+
+/// The same of several PLCs; `title` tells which in the head of the table.
+int runPlantWatch(const std::vector<WatchedPlc> &plcs, const std::string &title, const WatchOptions &options);
+
 /// Reads all PLCs at the same time. What one of them does not answer is left out or marked, see ValueForm.
 int runRead(const Sites &sites, Millis giveUp, const ItemChoice &choice, ValueForm form);
 

@@ -24,7 +24,7 @@ SystemTime utcNow()
 class Logger {
 public:
     Logger(const std::vector<PlantPlc> &plcs, const LogOptions &options)
-        : plcs_(plcs), plant_(plcs), values_(plant_, plcs, options.deadband),
+        : plant_(plcs), values_(plant_, plcs, options.deadband),
           form_(options.form, values_.columns(), options.measurement),
           file_(options.output, form_.heading(), options.rotation, [this](const std::string &line) { say(line); },
                 utcNow()),
@@ -52,9 +52,7 @@ private:
     }
     void write(SystemTime time, const std::vector<std::size_t> &chosen);
     bool isOver(TimePoint end) const { return programStop().isStopped() || Clock::now() >= end; }
-    std::string silentPlcs();
 
-    const std::vector<PlantPlc> &plcs_;
     std::mutex                   mutex_; // guards messages_
     Messages                     messages_;
     Plant                        plant_;
@@ -103,20 +101,6 @@ void Logger::logChanges(TimePoint end)
         say(counted(missed_, "change") + " left out: later ones came before they could be logged");
 }
 
-// Those that have not answered once, and why.
-std::string Logger::silentPlcs()
-{
-    std::string text;
-    for (std::size_t i = 0; i < plant_.size(); ++i) {
-        if (values_.hasAnswered(i))
-            continue;
-        const std::string name   = plant_.name(i).empty() ? "" : plant_.name(i) + " at ";
-        const std::string reason = plant_.plc(i).state().reason;
-        text += (text.empty() ? "" : "; ") + name + plcs_[i].config.host + (reason.empty() ? "" : ": " + reason);
-    }
-    return text;
-}
-
 int Logger::end()
 {
     writer_.finish();
@@ -127,7 +111,7 @@ int Logger::end()
         return EXIT_REFUSED;
     if (programStop().isStopped())
         return EXIT_DONE;
-    const std::string silent = silentPlcs();
+    const std::string silent = plant_.silent(values_.answered());
     if (!silent.empty()) {
         say("no answer from " + silent);
         return EXIT_NO_LINK;

@@ -50,8 +50,8 @@ public:
     /// Samples that were merged with later ones, since this program was too slow.
     std::uint64_t dropped() const { return dropped_; }
 
-    /// True if a PLC has answered: with a value, or by refusing one.
-    bool hasAnswered(std::size_t plc) const { return answered_[plc]; }
+    /// True for each PLC that has answered: with a value, or by refusing one.
+    const std::vector<bool> &answered() const { return answered_; }
 
     /// True if the PLC refuses to read a value that it never gave.
     bool anyRefused() const;

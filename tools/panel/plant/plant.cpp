@@ -21,6 +21,7 @@ Plant::Plant(const std::vector<PlantPlc> &plcs) : ready_(epoll_create1(EPOLL_CLO
 void Plant::open(std::size_t number, const PlantPlc &plc, const std::string &prefix)
 {
     names_.push_back(plc.config.name);
+    hosts_.push_back(plc.config.host);
     plcs_.push_back(fins::Plc::open(plc.config));
     fins::Plc &opened = plcs_.back();
     watches_.push_back(opened.watch(plc.items, [this, number](const fins::Samples &samples) {
@@ -48,6 +49,19 @@ void Plant::deliver()
     const int count = epoll_wait(ready_.get(), events.data(), static_cast<int>(events.size()), 0);
     for (int i = 0; i < count; ++i)
         plcs_[events[static_cast<std::size_t>(i)].data.u64].dispatch();
+}
+
+std::string Plant::silent(const std::vector<bool> &answered) const
+{
+    std::string text;
+    for (std::size_t i = 0; i < plcs_.size(); ++i) {
+        if (answered[i])
+            continue;
+        const std::string name   = names_[i].empty() ? "" : names_[i] + " at ";
+        const std::string reason = plcs_[i].state().reason;
+        text += (text.empty() ? "" : "; ") + name + hosts_[i] + (reason.empty() ? "" : ": " + reason);
+    }
+    return text;
 }
 
 void Plant::step(std::chrono::steady_clock::time_point until, std::vector<pollfd> &others)

@@ -49,6 +49,9 @@ public:
     /// the wait, and so does a signal that ends the program.
     void step(std::chrono::steady_clock::time_point until, std::vector<pollfd> &others);
 
+    /// The PLCs that have not `answered`, and why, as far as that is known: "press at 192.0.2.1: ..."; "" for none.
+    std::string silent(const std::vector<bool> &answered) const;
+
     std::size_t size() const { return plcs_.size(); }
     const std::string &name(std::size_t plc) const { return names_[plc]; }
     fins::Plc &plc(std::size_t plc) { return plcs_[plc]; }
@@ -61,6 +64,7 @@ private:
     StateCall                 stateCall_;
     MessageCall               messageCall_;
     std::vector<std::string>  names_;
+    std::vector<std::string>  hosts_;
     std::vector<fins::Plc>    plcs_;
     std::vector<fins::Watch>  watches_;
     std::vector<fins::Handle> listeners_;

@@ -58,9 +58,11 @@ std::string colouredRight(const std::string &text, const char *attribute, Screen
 
 std::string headText(const TableContent &content, std::size_t columns)
 {
-    const std::string rest = fmt::format("  {}  cycle {}  {:.0f} requests/s  {}", content.link,
-                                         content.cycle.empty() ? "-" : content.cycle, content.requestsPerSecond,
-                                         counted(content.errors, "error"));
+    const std::string traffic = content.requestsPerSecond
+                                    ? fmt::format("  cycle {}  {:.0f} requests/s", content.cycle.empty() ? "-" : content.cycle,
+                                                  *content.requestsPerSecond)
+                                    : "";
+    const std::string rest = "  " + content.link + traffic + "  " + counted(content.errors, "error");
     // The time of day goes first where there is no room for all.
     const std::size_t others = textWidth(rest) + 2;
     const std::size_t room   = columns > others + 10 ? columns - others : 10;

@@ -5,6 +5,7 @@
 #include "terminal/screen.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,7 +31,7 @@ struct TableContent {
     std::string           link;    // state of the link in words
     bool                  isUp;
     std::string           cycle;   // "12.5 ms"; "" if unknown
-    double                requestsPerSecond;
+    std::optional<double> requestsPerSecond; // none: nothing is shown of it, nor of the cycle
     unsigned long         errors;
     std::string           clock;   // time of day
     std::string           mode;    // in which way not all is shown as it comes, in words; "": all is

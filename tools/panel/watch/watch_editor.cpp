@@ -1,18 +1,16 @@
 #include "watch/watch_editor.h"
 
-#include "session/runtime.h"
-
 // A tag's name has no data type behind it.
 static std::string withoutType(const std::string &name)
 {
     return name.substr(0, name.find('/'));
 }
 
-WatchEditor::WatchEditor(const Runtime &runtime, const TagBook &book, const std::vector<Tag> &tags,
-                         const WatchValues &values, WatchWrites &writes)
-    : runtime_(runtime), book_(book), values_(values), writes_(writes)
+WatchEditor::WatchEditor(const TagBook &book, const std::vector<Tag> &tags, const std::vector<WatchedValue> &values,
+                         EditWay &way)
+    : book_(book), tags_(tags), values_(values), way_(way)
 {
-    for (const WatchedValue &value : values.values())
+    for (const WatchedValue &value : values)
         targets_.push_back(targetOf(value, tags[value.tag]));
 }
 
@@ -54,12 +52,12 @@ std::string WatchEditor::lastingObstacle(const WatchedValue &value, const Tag &t
 
 std::string WatchEditor::name(std::size_t value) const
 {
-    return valueAt(value).name;
+    return values_[value].name;
 }
 
 std::string WatchEditor::held(std::size_t value) const
 {
-    return withUnit(valueAt(value).text, valueAt(value).format);
+    return withUnit(values_[value].text, values_[value].format);
 }
 
 std::string WatchEditor::allowed(std::size_t value) const
@@ -71,12 +69,11 @@ std::string WatchEditor::obstacle(std::size_t value) const
 {
     if (!targets_[value].obstacle.empty())
         return targets_[value].obstacle;
-    if (!writes_.settled())
-        return "a write before is not settled yet; one goes out at a time";
-    if (runtime_.phase() != LinkPhase::ONLINE || !runtime_.answering())
-        return "the PLC does not answer; a value can be edited while the link is up";
-    if (valueAt(value).quality != Quality::GOOD)
-        return name(value) + " is not good but " + fins::text(valueAt(value).quality) + "; it cannot be edited";
+    const std::string obstacle = way_.obstacle();
+    if (!obstacle.empty())
+        return obstacle;
+    if (values_[value].quality != Quality::GOOD)
+        return name(value) + " is not good but " + fins::text(values_[value].quality) + "; it cannot be edited";
     return "";
 }
 
@@ -96,11 +93,34 @@ std::string WatchEditor::check(std::size_t value, const std::string &text) const
 
 void WatchEditor::write(std::size_t value, const std::string &text)
 {
-    writes_.edit(resolve(value, text));
+    way_.edit(resolve(value, text), text);
     edited_ = value;
 }
 
-std::string WatchEditor::fate(std::size_t value) const
+ValueRow WatchEditor::row(std::size_t index) const
 {
-    return edited_ == value ? writes_.fateOfEdit() : "";
+    const WatchedValue &value = values_[index];
+    const Tag &tag = tags_[value.tag];
+    ValueRow row;
+    row.name    = value.name;
+    row.plc     = tag.plc.substr(0, tag.plc.find('.'));
+    row.group   = tag.group;
+    row.comment = tag.comment;
+    row.value   = value.text;
+    row.unit    = value.format.unit;
+    row.quality = value.quality;
+    if (value.changes > 0)
+        row.changedAt = value.changedAt;
+    if (edited_ == index)
+        row.fate = way_.fateOfEdit();
+    return row;
+}
+
+std::vector<ValueRow> WatchEditor::rows() const
+{
+    std::vector<ValueRow> rows;
+    rows.reserve(values_.size());
+    for (std::size_t i = 0; i < values_.size(); ++i)
+        rows.push_back(row(i));
+    return rows;
 }

@@ -2,22 +2,41 @@
 #define PANEL_WATCH_WATCH_EDITOR_H
 
 #include "session/watch_values.h"
+#include "table/table_order.h"
 #include "table/value_editor.h"
-#include "watch/watch_writes.h"
 
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-// Edits of the watched values: checked as every write is, and made while the link is up.
+// The watched values of a PLC as rows of the table, and edits of them: checked as every write is, and made while the link
+// is up.
+
+/// How the edits of a PLC's values are sent, one at a time.
+class EditWay {
+public:
+    EditWay() = default;
+    EditWay(const EditWay &) = delete;
+    EditWay &operator=(const EditWay &) = delete;
+    virtual ~EditWay() = default;
+
+    /// Why no edit can be sent now; "" if one can.
+    virtual std::string obstacle() const = 0;
+
+    /// Sends `write`, which was given as `text`. Only without an obstacle.
+    virtual void edit(const TagWrite &write, const std::string &text) = 0;
+
+    /// What became of the latest edit, in a word or two; "" before the first one.
+    virtual std::string fateOfEdit() const = 0;
+};
 
 class WatchEditor : public ValueEditor {
 public:
-    /// `values` watches `tags`, which `book` has resolved; all of it outlives this object.
-    WatchEditor(const Runtime &runtime, const TagBook &book, const std::vector<Tag> &tags, const WatchValues &values,
-                WatchWrites &writes);
+    /// `values` are those of `tags`, which `book` has resolved; all of it outlives this object.
+    WatchEditor(const TagBook &book, const std::vector<Tag> &tags, const std::vector<WatchedValue> &values, EditWay &way);
 
+    std::size_t size() const { return values_.size(); }
     std::string name(std::size_t value) const override;
     std::string held(std::size_t value) const override;
     std::string allowed(std::size_t value) const override;
@@ -25,8 +44,8 @@ public:
     std::string check(std::size_t value, const std::string &text) const override;
     void write(std::size_t value, const std::string &text) override;
 
-    /// What became of the latest edit, if it was of this value, in a word or two; else "".
-    std::string fate(std::size_t value) const;
+    /// The values as the table shows them, without their courses.
+    std::vector<ValueRow> rows() const;
 
 private:
     // What is written to a value. A value that is not all of what was named has a book of its own, with one tag.
@@ -40,12 +59,12 @@ private:
     Target targetOf(const WatchedValue &value, const Tag &tag) const;
     std::string lastingObstacle(const WatchedValue &value, const Tag &tag) const;
     TagWrite resolve(std::size_t value, const std::string &text) const;
-    const WatchedValue &valueAt(std::size_t value) const { return values_.values()[value]; }
+    ValueRow row(std::size_t value) const;
 
-    const Runtime      &runtime_;
     const TagBook      &book_;
-    const WatchValues  &values_;
-    WatchWrites        &writes_;
+    const std::vector<Tag>          &tags_;
+    const std::vector<WatchedValue> &values_;
+    EditWay            &way_;
     std::vector<Target> targets_;
     std::optional<std::size_t> edited_; // latest
 };

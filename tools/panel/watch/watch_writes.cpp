@@ -6,15 +6,29 @@ WatchWrites::Batch::Batch(Runtime &runtime, bool edits, bool keepGoing)
 {
 }
 
+std::string fateWord(Fate fate)
+{
+    return fate == Fate::VERIFIED ? "done" : fins::text(fate);
+}
+
 void WatchWrites::begin(const std::vector<TagWrite> &writes, bool keepGoing)
 {
     if (!writes.empty())
         start(writes, false, keepGoing);
 }
 
-void WatchWrites::edit(TagWrite write)
+std::string WatchWrites::obstacle() const
 {
-    next_    = std::move(write);
+    if (!settled())
+        return "a write before is not settled yet; one goes out at a time";
+    if (runtime_.phase() != LinkPhase::ONLINE || !runtime_.answering())
+        return "the PLC does not answer; a value can be edited while the link is up";
+    return "";
+}
+
+void WatchWrites::edit(const TagWrite &write, const std::string &)
+{
+    next_    = write;
     hasEdit_ = true;
     fate_.reset();
     if (runtime_.options().stop)
@@ -72,7 +86,7 @@ std::string WatchWrites::fateOfEdit() const
     const std::optional<Fate> fate = batch_ && batch_->isEdit ? batch_->report.orders().front().fate : fate_;
     if (!fate)
         return "writing";
-    return fate == Fate::VERIFIED ? "done" : fins::text(*fate);
+    return fateWord(*fate);
 }
 
 WriteVerdict WatchWrites::end(const std::string &reason)

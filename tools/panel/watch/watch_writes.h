@@ -3,6 +3,7 @@
 
 #include "session/write_queue.h"
 #include "session/write_report.h"
+#include "watch/watch_editor.h"
 
 #include <algorithm>
 #include <memory>
@@ -13,18 +14,21 @@
 // The writes of a watch: those of the command line, and after them edits, one at a time. An edit is for now: it is not
 // sent once the link was lost, while those of the command line wait for the next one.
 
-class WatchWrites {
+/// What the table calls it.
+std::string fateWord(Fate fate);
+
+class WatchWrites : public EditWay {
 public:
     /// `runtime` outlives this object.
     explicit WatchWrites(Runtime &runtime) : runtime_(runtime) {}
-    WatchWrites(const WatchWrites &) = delete;
-    WatchWrites &operator=(const WatchWrites &) = delete;
 
     /// The writes of the command line, which go out once, as soon as the link is up. Before any edit.
     void begin(const std::vector<TagWrite> &writes, bool keepGoing);
 
-    /// Only while all before it are settled. It begins with the next pump(), for which a pause ends: a tick may call this.
-    void edit(TagWrite write);
+    std::string obstacle() const override;
+
+    /// It begins with the next pump(), for which a pause ends: a tick may call this.
+    void edit(const TagWrite &write, const std::string &text) override;
 
     /// To be called before every step. True if openItems() may have changed since the last call.
     bool pump();
@@ -35,8 +39,7 @@ public:
     /// The writes of which nothing is known yet, sent or not.
     std::vector<Item> openItems() const { return batch_ ? batch_->report.openItems() : std::vector<Item>(); }
 
-    /// What became of the latest edit, in a word or two; "" before the first one.
-    std::string fateOfEdit() const;
+    std::string fateOfEdit() const override;
 
     /// Reports what is left; returns what holds for all writes together.
     WriteVerdict end(const std::string &reason);
