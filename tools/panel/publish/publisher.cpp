@@ -116,7 +116,9 @@ void Publisher::take(std::size_t plc, const fins::Samples &samples)
 {
     const std::int64_t now = nowMs();
     for (const fins::Sample &sample : samples) {
-        missed_ += sample.dropped;
+        const bool isFirst = valueTopics_[plc].size() <= sample.index || valueTopics_[plc][sample.index].empty();
+        const bool wasUnknown = isFirst && sample.dropped > 0; // the first one of all told that there was no value yet
+        missed_ += sample.dropped - (wasUnknown ? 1 : 0);
         outbox_.add({topicOf(plc, sample), samplePayload(sample), now});
     }
 }
