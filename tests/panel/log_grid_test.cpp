@@ -7,6 +7,8 @@ using namespace std::chrono_literals;
 
 namespace {
 
+using Times = std::vector<SystemTime>;
+
 // Milliseconds behind 2026-11-23T00:00:00Z, 1795392000 s after the epoch.
 SystemTime at(long ms)
 {
@@ -17,9 +19,9 @@ TEST(Grid, RowsAreAtWholeMultiplesOfThePeriod)
 {
     Grid grid(100ms, at(1030));
     EXPECT_EQ(grid.next(), at(1100));
-    EXPECT_FALSE(grid.due(at(1099)));
-    EXPECT_EQ(grid.due(at(1100)), at(1100));
-    EXPECT_FALSE(grid.due(at(1100)));
+    EXPECT_EQ(grid.due(at(1099)), Times());
+    EXPECT_EQ(grid.due(at(1100)), Times({at(1100)}));
+    EXPECT_EQ(grid.due(at(1100)), Times());
     EXPECT_EQ(grid.next(), at(1200));
     EXPECT_EQ(Grid(86400000ms, at(1)).next(), at(86400000));
 }
@@ -27,25 +29,35 @@ TEST(Grid, RowsAreAtWholeMultiplesOfThePeriod)
 TEST(Grid, ALateWakeUpMovesNoLaterRow)
 {
     Grid grid(100ms, at(0));
-    EXPECT_EQ(grid.due(at(170)), at(100));
+    EXPECT_EQ(grid.due(at(170)), Times({at(100)}));
     EXPECT_EQ(grid.next(), at(200));
     EXPECT_EQ(grid.missed(), 0u);
 }
 
-TEST(Grid, OfSeveralTimesThatAreDueOnlyTheLatestHasARow)
+TEST(Grid, AfterAPauseTheRowsOfItsLastSecondAreDue)
 {
     Grid grid(100ms, at(0));
-    EXPECT_EQ(grid.due(at(450)), at(400));
-    EXPECT_EQ(grid.missed(), 3u);
-    EXPECT_EQ(grid.next(), at(500));
+    EXPECT_EQ(grid.due(at(350)), Times({at(100), at(200), at(300)}));
+    EXPECT_EQ(grid.missed(), 0u);
+    EXPECT_EQ(grid.next(), at(400));
+    EXPECT_EQ(grid.due(at(2250)).front(), at(1200)); // 400 to 1100 are missed
+    EXPECT_EQ(grid.missed(), 8u);
+    EXPECT_EQ(grid.next(), at(2300));
+}
+
+TEST(Grid, OfLongPeriodsOnlyTheLatestIsDue)
+{
+    Grid grid(2000ms, at(0));
+    EXPECT_EQ(grid.due(at(6500)), Times({at(6000)}));
+    EXPECT_EQ(grid.missed(), 2u);
 }
 
 TEST(Grid, AClockThatIsSetBackBeginsAnew)
 {
     Grid grid(100ms, at(5000));
-    EXPECT_FALSE(grid.due(at(1010)));
+    EXPECT_EQ(grid.due(at(1010)), Times());
     EXPECT_EQ(grid.next(), at(1100));
-    EXPECT_EQ(grid.due(at(1100)), at(1100));
+    EXPECT_EQ(grid.due(at(1100)), Times({at(1100)}));
     EXPECT_EQ(grid.missed(), 0u);
 }
 

@@ -51,6 +51,7 @@ private:
         messages_.sayAlways("fins_panel: " + line);
     }
     void write(SystemTime time, const std::vector<std::size_t> &chosen);
+    void writeRows(const std::vector<SystemTime> &times);
     bool isOver(TimePoint end) const { return programStop().isStopped() || Clock::now() >= end; }
 
     std::mutex                   mutex_; // guards messages_
@@ -73,19 +74,26 @@ void Logger::write(SystemTime time, const std::vector<std::size_t> &chosen)
 // The wait is as long as the clock of the grid says, whatever it was set to meanwhile.
 void Logger::logPeriodically(Millis every, TimePoint end)
 {
-    plant_.onSamples([this](std::size_t plc, const fins::Samples &samples) { values_.take(plc, samples); });
+    plant_.onSamples([this](std::size_t plc, const fins::Samples &samples) { values_.hold(plc, samples); });
     Grid grid(every, utcNow());
     while (!isOver(end)) {
         const auto wait = std::min<Clock::duration>(grid.next() - utcNow(), every);
         plant_.step(std::min(end, Clock::now() + wait), nothing_);
-        const std::optional<SystemTime> time = grid.due(utcNow());
-        if (time && grid.missed() > missed_)
-            say(counted(grid.missed() - missed_, "row") + " before " + timeText(*time)
+        writeRows(grid.due(utcNow()));
+        if (grid.missed() > missed_)
+            say(counted(grid.missed() - missed_, "row") + " before " + timeText(grid.next() - every)
                 + " left out: the program was held up");
         missed_ = grid.missed();
-        if (time)
-            write(*time, all_);
     }
+}
+
+void Logger::writeRows(const std::vector<SystemTime> &times)
+{
+    for (std::size_t i = 0; i + 1 < times.size(); ++i) // the program was held up
+        writer_.add(times[i], form_.row(times[i], values_.at(times[i]), all_));
+    values_.takeHeld();
+    if (!times.empty())
+        write(times.back(), all_);
 }
 
 void Logger::logChanges(TimePoint end)

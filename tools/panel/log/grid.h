@@ -4,7 +4,7 @@
 #include "common/time_text.h"
 
 #include <cstdint>
-#include <optional>
+#include <vector>
 
 // The times at which a log has its rows: whole multiples of a period, counted in UTC from the epoch. How long a row
 // takes, and how late it is, moves no other one.
@@ -12,6 +12,8 @@
 class Grid {
 public:
     using Period = std::chrono::milliseconds;
+
+    static constexpr Period LATE_MOST{1000}; // that a row may be before another one that is due, too
 
     Grid(Period period, SystemTime now);
 
@@ -21,9 +23,9 @@ public:
     /// When the next row is due.
     SystemTime next() const { return timeOf(next_); }
 
-    /// The time of the row that is due, if one is. Where several are it is the latest, since nobody knows any more
-    /// what the values were at the others; they count as missed. A clock that was set back begins anew.
-    std::optional<SystemTime> due(SystemTime now);
+    /// The times of the rows that are due, the earliest first: after a pause of the program all those of its last moments.
+    /// Others count as missed. A clock that was set back begins anew.
+    std::vector<SystemTime> due(SystemTime now);
 
     std::uint64_t missed() const { return missed_; }
 

@@ -103,10 +103,34 @@ void LogValues::store(std::size_t plc, const fins::Sample &sample)
     latest_[first_[plc] + sample.index] = sample;
 }
 
-void LogValues::take(std::size_t plc, const fins::Samples &samples)
+void LogValues::hold(std::size_t plc, const fins::Samples &samples)
 {
     for (const fins::Sample &sample : samples)
-        store(plc, sample);
+        held_.push_back({plc, first_[plc] + sample.index, sample});
+}
+
+void LogValues::takeHeld()
+{
+    for (const Held &held : held_)
+        store(held.plc, held.sample);
+    held_.clear();
+}
+
+// Since when a value is not good no sample tells: it counts from the time at which it came.
+fins::Samples LogValues::at(SystemTime time)
+{
+    const auto later = std::stable_partition(held_.begin(), held_.end(), [time](const Held &held) {
+        return held.sample.quality == fins::Quality::GOOD && held.sample.utc <= time;
+    });
+    for (auto held = held_.begin(); held != later; ++held)
+        store(held->plc, held->sample);
+    held_.erase(held_.begin(), later);
+    fins::Samples then = latest_;
+    for (const Held &held : held_) {
+        if (held.sample.dropped > 0 && then[held.column].quality == fins::Quality::GOOD)
+            then[held.column].quality = fins::Quality::LAST_KNOWN;
+    }
+    return then;
 }
 
 void LogValues::take(std::size_t plc, const fins::Samples &samples, SystemTime now, const RowCall &row)

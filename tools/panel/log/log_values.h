@@ -40,10 +40,15 @@ public:
     const std::vector<LogColumn> &columns() const { return columns_; }
     const fins::Samples &latest() const { return latest_; }
 
-    /// Takes samples of a PLC.
-    void take(std::size_t plc, const fins::Samples &samples);
+    /// Takes samples of a PLC, which latest() tells after takeHeld().
+    void hold(std::size_t plc, const fins::Samples &samples);
+    void takeHeld();
 
-    /// The same, and calls `row` for each time at which something changed: that of the reply that brought it, or
+    /// The values as they were at `time`, which is over, and not before that of the call before. What cannot be told any more,
+    /// since later samples have taken its place, is last known.
+    fins::Samples at(SystemTime time);
+
+    /// Takes samples of a PLC, and calls `row` for each time at which something changed: that of the reply that brought it, or
     /// `now` for what is not good.
     void take(std::size_t plc, const fins::Samples &samples, SystemTime now, const RowCall &row);
 
@@ -57,11 +62,19 @@ public:
     bool anyRefused() const;
 
 private:
+    // A sample that is not yet among the latest, and its column.
+    struct Held {
+        std::size_t  plc;
+        std::size_t  column;
+        fins::Sample sample;
+    };
+
     void store(std::size_t plc, const fins::Sample &sample);
 
     std::vector<LogColumn>   columns_;
     std::vector<DeadBand>    bands_;   // of the columns
     fins::Samples            latest_;
+    std::vector<Held>        held_;
     std::vector<std::size_t> first_;   // column of each PLC
     std::vector<bool>        answered_; // of the PLCs
     std::uint64_t            dropped_ = 0;
