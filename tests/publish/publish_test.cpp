@@ -219,6 +219,28 @@ TEST_F(PublishTest, ANetworkThatPassesNothingIsNoticed)
     subscriber.awaitValue(LEVEL, "value", 46.7);
 }
 
+// The values come faster than the broker takes them, and wait for it.
+TEST_F(PublishTest, ASlowBrokerGetsAllInTheirOrderAndOnce)
+{
+    start();
+    const Mosquitto broker;
+    TcpProxy network(broker.port.number());
+    Subscriber subscriber(broker.port.number());
+    project(TAGS);
+    const auto panel = publish(network.host());
+    subscriber.awaitValue(LEVEL, "value", 0.0);
+    network.set(TcpProxy::SLOW);
+    std::vector<double> wanted = {0.0};
+    for (int value = 1; value <= 40; ++value) {
+        ASSERT_EQ(tell("write DM:0 " + std::to_string(10 * value)), "ok");
+        waitForSpool("{\"value\":" + std::to_string(value) + ".0,");
+        wanted.push_back(value);
+    }
+    subscriber.awaitValue(LEVEL, "value", 40.0);
+    const std::vector<double> values = valuesOf(subscriber, LEVEL);
+    EXPECT_EQ(values, wanted);
+}
+
 TEST_F(PublishTest, AKilledPublisherGoesOnWhereItWas)
 {
     start();

@@ -14,6 +14,7 @@ class TcpProxy {
 public:
     enum State {
         PASSING, // bytes pass, in both directions
+        SLOW,    // a few of them at a time
         STALLED, // connections stay, and nothing passes
         CLOSED   // connections are closed as soon as they are made
     };
@@ -65,10 +66,15 @@ private:
             close(client);
     }
 
-    static bool pass(int from, int to)
+    bool isOpen() const { return state_ == PASSING || state_ == SLOW; }
+
+    bool pass(int from, int to) const
     {
         char bytes[16384];
-        const ssize_t size = recv(from, bytes, sizeof bytes, 0);
+        const bool isSlow = state_ == SLOW;
+        const ssize_t size = recv(from, bytes, isSlow ? 20 : sizeof bytes, 0);
+        if (isSlow)
+            poll(nullptr, 0, 2);
         for (ssize_t done = 0; done < size;) {
             const ssize_t sent = send(to, bytes + done, static_cast<std::size_t>(size - done), MSG_NOSIGNAL);
             if (sent <= 0)
@@ -98,8 +104,8 @@ private:
                 closeAll();
             std::vector<pollfd> polled = {{listening_, POLLIN, 0}};
             for (const Pair &pair : pairs_) {
-                polled.push_back({state_ == PASSING ? pair.client : -1, POLLIN, 0});
-                polled.push_back({state_ == PASSING ? pair.server : -1, POLLIN, 0});
+                polled.push_back({isOpen() ? pair.client : -1, POLLIN, 0});
+                polled.push_back({isOpen() ? pair.server : -1, POLLIN, 0});
             }
             if (poll(polled.data(), polled.size(), 5) <= 0)
                 continue;
