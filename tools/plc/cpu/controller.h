@@ -1,6 +1,7 @@
 #ifndef PLC_CPU_CONTROLLER_H
 #define PLC_CPU_CONTROLLER_H
 
+#include "cpu/clock.h"
 #include "cpu/end_codes.h"
 #include "cpu/memory.h"
 #include "cpu/write_log.h"
@@ -20,6 +21,7 @@ enum : unsigned { FINS_FRAME_MAX = 2020 - (4 + 4) };
 
 struct Controller {
     Memory   memory;
+    Clock    clock;
     unsigned messageMax = FINS_FRAME_MAX;   // bytes of a command or response, FINS header included
     WriteLog writes;                        // by FINS commands
     Mode     mode = Mode::RUN;
