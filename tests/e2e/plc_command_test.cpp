@@ -64,6 +64,30 @@ TEST_F(PlcCommandTest, OtherDestinationsAreRefused)
     EXPECT_EQ(tell("mode"), "ok run");
 }
 
+// The Ethernet unit knows none of the CPU unit's commands.
+TEST_F(PlcCommandTest, UnitFEIsTheEthernetUnit)
+{
+    start();
+    PlcClient client(port);
+    client.send(frameSend("80 00 02 00 01 FE 00 EF 00 01 0402"));
+    EXPECT_EQ(client.receiveFrame(), frameSend("C0 00 02 00 EF 00 00 01 FE 01 0402 0401"));
+    client.send(frameSend("80 00 02 00 02 FE 00 EF 00 02 0402"));
+    EXPECT_EQ(client.receiveFrame(), frameSend("C0 00 02 00 EF 00 00 02 FE 02 0402 0201"));
+    EXPECT_EQ(tell("mode"), "ok run");
+}
+
+TEST_F(PlcCommandTest, ABroadcastIsAnsweredByTheNodeItself)
+{
+    start({"--node", "7"});
+    PlcClient client(port);
+    client.send(frameSend("80 00 02 00 FF 00 00 EF 00 01 0402"));
+    EXPECT_EQ(client.receiveFrame(), frameSend("C0 00 02 00 EF 00 00 07 00 01 0402 0000"));
+    EXPECT_EQ(tell("mode"), "ok program");
+    client.send(frameSend("81 00 02 00 FF 00 00 EF 00 02 0401"));
+    client.send(frameSend("80 00 02 00 07 00 00 EF 00 03 0402"));
+    EXPECT_EQ(client.receiveFrame(), frameSend("C0 00 02 00 EF 00 00 07 00 03 0402 0000"));
+}
+
 TEST_F(PlcCommandTest, ResponsesAreNotAnswered)
 {
     start();

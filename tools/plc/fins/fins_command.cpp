@@ -10,6 +10,7 @@ namespace {
 struct Command {
     unsigned code;
     unsigned (*run)(Controller &controller, Slice command, Bytes &data);
+    Unit unit = Unit::CPU; // the one that knows it
 };
 
 const Command COMMANDS[] = {
@@ -30,14 +31,14 @@ Bytes refuseCommand(Slice command, unsigned endCode)
     return answer;
 }
 
-Bytes runCommand(Controller &controller, Slice command)
+Bytes runCommand(Controller &controller, Slice command, Unit unit)
 {
     if (FINS_HEADER_SIZE + command.size() > controller.messageMax)
         return refuseCommand(command, END_COMMAND_TOO_LONG);
     Bytes data;
     unsigned endCode = END_UNKNOWN_COMMAND;
     for (const Command &known : COMMANDS)
-        if (known.code == command.get16(0))
+        if (known.code == command.get16(0) && known.unit == unit)
             endCode = known.run(controller, command, data);
     Bytes answer = refuseCommand(command, endCode);
     answer.insert(answer.end(), data.begin(), data.end());

@@ -17,8 +17,11 @@ enum : unsigned {
     RESPONSE_DATA    = FINS_HEADER_SIZE + COMMAND_CODE + END_CODE // data of a response begin here
 };
 
-/// Carries out `command`, unless it is longer than the controller's messages may be, and returns the answer.
-Bytes runCommand(Controller &controller, Slice command);
+/// The units of the PLC that answer commands, by their unit addresses.
+enum class Unit : unsigned { CPU = 0x00, ETHERNET = 0xFE };
+
+/// Carries out `command` as `unit`, unless it is longer than the controller's messages may be, and returns the answer.
+Bytes runCommand(Controller &controller, Slice command, Unit unit = Unit::CPU);
 
 /// The answer to `command` that has nothing but `endCode`.
 Bytes refuseCommand(Slice command, unsigned endCode);
