@@ -19,6 +19,7 @@ if(OMRON_FINS_TOOLS)
             DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT ${program})
     endforeach()
     install(FILES packaging/fins-publish@.service DESTINATION lib/systemd/system COMPONENT fins_panel)
+    install(DIRECTORY share/fins_plc DESTINATION ${CMAKE_INSTALL_DATADIR} COMPONENT fins_plc)
     include(cmake/ManPages.cmake)
 endif()
 

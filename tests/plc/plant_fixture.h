@@ -1,7 +1,7 @@
 #ifndef TESTS_PLC_PLANT_FIXTURE_H
 #define TESTS_PLC_PLANT_FIXTURE_H
 
-#include "plants/plant.h"
+#include "plants/shipped_plants.h"
 
 #include <gtest/gtest.h>
 #include <memory>

@@ -3,7 +3,7 @@
 #include "console/line_reader.h"
 #include "options/options.h"
 #include "options/profile.h"
-#include "plants/plant.h"
+#include "plants/shipped_plants.h"
 #include "recording/replay.h"
 #include "server/server.h"
 #include "view/terminal.h"
@@ -179,7 +179,12 @@ int run(const Options &options)
     plc.controller.mode = options.mode;
     plc.controller.refusalInRun = options.refusalInRun;
     plc.controller.refusalInProgram = options.refusalInProgram;
-    const std::unique_ptr<Plant> plant = makePlant(options.plant, plc.controller, options.seed);
+    std::vector<std::string> problems;
+    const std::unique_ptr<Plant> plant = makePlant(options.plant, plc.controller, options.seed, &problems);
+    for (const std::string &problem : problems)
+        refuse(problem);
+    if (!problems.empty())
+        return EXIT_BAD_USAGE;
     if (plant)
         plant->begin();
     Replay replay;

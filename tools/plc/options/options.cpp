@@ -4,7 +4,7 @@
 #include "options/profile.h"
 #include "options/project.h"
 #include "options/settings.h"
-#include "plants/plant.h"
+#include "plants/shipped_plants.h"
 
 #include <CLI/CLI.hpp>
 #include <iostream>

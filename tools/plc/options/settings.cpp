@@ -1,7 +1,7 @@
 #include "options/settings.h"
 
 #include "options/profile.h"
-#include "plants/plant.h"
+#include "plants/shipped_plants.h"
 #include "server/faults.h"
 
 #include <asio/ip/address.hpp>

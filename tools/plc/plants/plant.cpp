@@ -1,58 +1,70 @@
 #include "plants/plant.h"
 
+#include <fmt/format.h>
+
 namespace plc {
 
-namespace {
-
-const PlantKind *const PLANTS[] = {&TANK, &CONVEYOR, &OVEN};
-
-const PlantKind *findPlant(const std::string &name)
+Plant::Plant(PlantProgram read, Controller &state, std::uint32_t seed)
+    : program(std::move(read)), controller(state),
+      course{state.memory, program.quantities, std::vector<Number>(program.signals.size()), {0, std::mt19937(seed)}}
 {
-    for (const PlantKind *const kind : PLANTS)
-        if (name == kind->name)
-            return kind;
-    return nullptr;
 }
 
-} // namespace
+void Plant::begin()
+{
+    for (const NamedValue &value : program.values)
+        if (value.hasStart)
+            store(value.quantity, value.start);
+}
 
 void Plant::step()
 {
     if (controller.mode == Mode::PROGRAM)
         return;
-    setData(DM_STEPS, nextCount(data(DM_STEPS)));
-    if (data(DM_STEPS) % 5 == 0)
-        setState(STATE_HEARTBEAT, !state(STATE_HEARTBEAT));
-    advance();
+    for (std::size_t i = 0; i < program.signals.size(); ++i) {
+        const PlantSignal &signal = program.signals[i];
+        const bool isPlayed = !signal.playback.rows.empty();
+        course.signals[i] = isPlayed ? signal.playback.value(course.chance.step) : signal.expression.value(course);
+    }
+    for (const PlantStep &statement : program.steps)
+        run(statement);
+    ++course.chance.step;
 }
 
-std::string Plant::tenthsText(unsigned tenths)
+void Plant::run(const PlantStep &statement)
 {
-    return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10);
+    if (course.chance.step % statement.every != 0 || (statement.when && statement.when->value(course) == 0))
+        return;
+    if (!statement.isLatch) {
+        store(statement.target, statement.value.value(course));
+        return;
+    }
+    const bool isSet = statement.value.value(course) != 0;
+    const bool isReset = statement.reset.value(course) != 0;
+    if (isSet || isReset)
+        store(statement.target, isReset ? 0 : 1);
 }
 
-std::unique_ptr<Plant> makePlant(const std::string &name, Controller &controller, std::uint32_t seed)
+std::string Plant::textOf(const NamedValue &value) const
 {
-    const PlantKind *const kind = findPlant(name);
-    return kind ? kind->make(controller, seed) : nullptr;
+    const Quantity &quantity = program.quantities[value.quantity];
+    const Number number = quantity.load(controller.memory);
+    if (!quantity.isWord())
+        return number != 0 ? "on" : "off";
+    double divisor = quantity.scale;
+    for (unsigned i = 0; quantity.type != ValueType::F32 && i < value.decimals; ++i)
+        divisor *= 10;
+    const std::string text = fmt::format("{:.{}f}", static_cast<double>(number) / divisor, value.decimals);
+    return value.unit.empty() ? text : text + " " + value.unit;
 }
 
-bool isPlant(const std::string &name) { return findPlant(name) != nullptr; }
-
-std::string plantNames()
+std::vector<PlantValue> Plant::values() const
 {
-    std::string names;
-    for (const PlantKind *const kind : PLANTS)
-        names += (names.empty() ? "" : " ") + std::string(kind->name);
-    return names;
-}
-
-std::string plantHelp()
-{
-    std::string text;
-    for (const PlantKind *const kind : PLANTS)
-        text += std::string(kind->name) + ": " + kind->meaning + "\n" + kind->addresses;
-    return text;
+    std::vector<PlantValue> shown;
+    for (const NamedValue &value : program.values)
+        if (!value.shown.empty())
+            shown.push_back({placeText(program.quantities[value.quantity].place), value.shown, textOf(value)});
+    return shown;
 }
 
 } // namespace plc
