@@ -177,6 +177,7 @@ int run(const Options &options)
     plc.controller.memory = Memory(profile.sizes);
     plc.controller.messageMax = profile.messageMax;
     plc.controller.mode = options.mode;
+    plc.controller.calendar.beginLocal(plc.controller.clock.now());
     plc.controller.refusalInRun = options.refusalInRun;
     plc.controller.refusalInProgram = options.refusalInProgram;
     std::vector<std::string> problems;

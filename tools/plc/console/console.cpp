@@ -86,8 +86,10 @@ std::string Console::write(Words &words)
 std::string Console::mode(Words &words)
 {
     std::string name;
-    if (words >> name && !parseMode(name, &plc.controller.mode))
+    Mode wanted = plc.controller.mode;
+    if (words >> name && !parseMode(name, &wanted))
         return "error '" + name + "' is no mode; use program, monitor or run";
+    plc.controller.changeMode(wanted);
     return "ok " + modeName(plc.controller.mode);
 }
 

@@ -22,13 +22,16 @@ enum EndCode : unsigned {
     END_RESPONSE_TOO_LONG  = 0x110B,
     END_PARAMETER_ERROR    = 0x110C,
     END_READ_ONLY          = 0x2101,
+    END_STOPPED            = 0x2202, // not possible while the CPU unit is stopped
     END_PROGRAM_MODE       = 0x2203, // not possible in the operating mode: PROGRAM
-    END_RUN_MODE           = 0x2206  // not possible in the operating mode: RUN
+    END_RUN_MODE           = 0x2206, // not possible in the operating mode: RUN
+    END_ERROR_REMAINS      = 0x260B, // the error cannot be cleared, its cause is still there
+    END_NO_ACCESS_RIGHT    = 0x3001  // another device holds the access right
 };
 
 /// Bits of an end code that tell of an error of the CPU unit, fatal (0080) or not (0040). They come with whatever the
 /// rest of the code says, a normal end and its data included. The relay error, bit 15, is a failure and none of them.
-enum : unsigned { END_FLAGS = 0x00C0 };
+enum : unsigned { END_FLAG_NON_FATAL = 0x0040, END_FLAG_FATAL = 0x0080, END_FLAGS = 0x00C0 };
 
 enum TcpError : unsigned {
     TCP_OK                  = 0x00,

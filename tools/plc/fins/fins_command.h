@@ -20,7 +20,8 @@ enum : unsigned {
 /// The units of the PLC that answer commands, by their unit addresses.
 enum class Unit : unsigned { CPU = 0x00, ETHERNET = 0xFE };
 
-/// Carries out `command` as `unit`, unless it is longer than the controller's messages may be, and returns the answer.
+/// Carries out `command` as `unit`, unless it is longer than the controller's messages may be, and returns the answer. The
+/// end codes of the CPU unit have the flags of the errors that stand then.
 Bytes runCommand(Controller &controller, Slice command, Unit unit = Unit::CPU);
 
 /// The answer to `command` that has nothing but `endCode`.

@@ -48,6 +48,7 @@ Bytes answerFins(Controller &controller, unsigned node, Slice frame, unsigned fo
     if ((frame.get8(FINS_ICF) & ICF_IS_RESPONSE) != 0)
         return Bytes();
     const Slice command = frame.from(FINS_HEADER_SIZE);
+    controller.right.setAsking({frame.get8(FINS_SNA), frame.get8(FINS_SA1), frame.get8(FINS_SA2)});
     const unsigned refusal = forcedEndCode != END_NORMAL ? forcedEndCode : routingError(node, frame);
     const Unit unit = static_cast<Unit>(frame.get8(FINS_DA2));
     const Bytes answer =

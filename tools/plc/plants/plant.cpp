@@ -19,7 +19,7 @@ void Plant::begin()
 
 void Plant::step()
 {
-    if (controller.mode == Mode::PROGRAM)
+    if (!controller.isRunning())
         return;
     for (std::size_t i = 0; i < program.signals.size(); ++i) {
         const PlantSignal &signal = program.signals[i];

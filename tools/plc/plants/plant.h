@@ -30,7 +30,7 @@ public:
     /// Writes the values that the plant starts with.
     void begin();
 
-    /// One step of the control program and of what it controls. In PROGRAM mode all stands still.
+    /// One step of the control program and of what it controls. While the CPU unit is stopped all stands still.
     void step();
 
     /// What is worth watching.
