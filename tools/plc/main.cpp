@@ -180,6 +180,8 @@ int run(const Options &options)
     plc.controller.calendar.beginLocal(plc.controller.clock.now());
     plc.controller.refusalInRun = options.refusalInRun;
     plc.controller.refusalInProgram = options.refusalInProgram;
+    for (const CpuLine &line : options.cpuLines)
+        line.setting->set(line.text, plc.controller);
     std::vector<std::string> problems;
     const std::unique_ptr<Plant> plant = makePlant(options.plant, plc.controller, options.seed, &problems);
     for (const std::string &problem : problems)

@@ -38,6 +38,12 @@ private:
     std::string read(Words &words);
     std::string write(Words &words);
     std::string mode(Words &words);
+    std::string error(Words &words);
+    std::string battery(Words &words);
+    std::string clock(Words &words);
+    std::string cycle(Words &words);
+    std::string message(Words &words);
+    std::string log(Words &words);
     std::string fault(Words &words);
     std::string faults(Words &words);
     std::string tcpError(Words &words);
@@ -46,6 +52,9 @@ private:
     std::string stats(Words &words);
     std::string listCommands(Words &words);
     std::string leave(Words &words);
+
+    std::string tellOrSet(Words &words, std::string (*tell)(const Controller &controller),
+                          std::string (*set)(const std::string &text, Controller &controller));
 
     Plc                  &plc;
     Server               &server;

@@ -73,6 +73,11 @@ bool StandingErrors::remove(unsigned code)
     return true;
 }
 
+bool StandingErrors::has(unsigned code) const
+{
+    return std::any_of(errors.begin(), errors.end(), [code](const CpuError &error) { return error.code() == code; });
+}
+
 unsigned StandingErrors::wordOf(bool isFatal) const
 {
     unsigned word = 0;

@@ -49,6 +49,8 @@ public:
 
     void removeAll() { errors.clear(); }
 
+    bool has(unsigned code) const;
+
     const std::vector<CpuError> &all() const { return errors; }
 
     /// The worst error; null if there is none.

@@ -1,6 +1,7 @@
 #ifndef PLC_OPTIONS_OPTIONS_H
 #define PLC_OPTIONS_OPTIONS_H
 
+#include "console/cpu_texts.h"
 #include "cpu/controller.h"
 #include "server/connection.h"
 
@@ -18,6 +19,12 @@ struct Content {
     std::vector<unsigned> values;
 };
 
+/// A line for the state of the CPU unit at the start.
+struct CpuLine {
+    const CpuSetting *setting;
+    std::string       text;
+};
+
 struct Options {
     std::string              address = "127.0.0.1";
     std::uint16_t            port = 9600; // 0: a free one
@@ -32,6 +39,7 @@ struct Options {
     std::vector<std::string> faults;
     std::uint32_t            seed = 1;
     std::string              projectFile; // empty: none
+    std::vector<CpuLine>     cpuLines;
     std::vector<Content>     contents; // of the memory at the start
     std::string              recordFile; // empty: none
     unsigned                 recordLimitKiB = 65536;

@@ -1,6 +1,7 @@
 #include "options/project.h"
 
 #include "common/file_reader.h"
+#include "console/cpu_texts.h"
 #include "options/profile.h"
 #include "options/project_memory.h"
 #include "options/settings.h"
@@ -46,6 +47,19 @@ std::string applyValue(const Setting &setting, const toml::node &value, Options 
     return std::string(setting.key) + " is " + wantedValue(setting) + ": " + settingHelp(setting);
 }
 
+// Reads the value or, where a list may stand, each of its items.
+template <typename Read>
+void readItems(const toml::node &value, bool isList, const Read &read)
+{
+    const toml::array *const list = isList ? value.as_array() : nullptr;
+    if (!list) {
+        read(value);
+        return;
+    }
+    for (const toml::node &item : *list)
+        read(item);
+}
+
 void readSetting(const TomlMember &member, Problems &problems, Options *options)
 {
     const Setting *const setting = findSetting(*member.key);
@@ -53,18 +67,41 @@ void readSetting(const TomlMember &member, Problems &problems, Options *options)
         problems.add(*member.key, "'" + std::string(member.key->str()) + "' is no setting of [plc]");
         return;
     }
-    const toml::array *const list = setting->kind == SettingKind::LIST ? member.value->as_array() : nullptr;
-    const auto read = [&](const toml::node &value) {
+    readItems(*member.value, setting->kind == SettingKind::LIST, [&](const toml::node &value) {
         const std::string wrong = applyValue(*setting, value, options);
         if (!wrong.empty())
             problems.add(value, wrong);
-    };
-    if (!list) {
-        read(*member.value);
+    });
+}
+
+// A line of [cpu] is tried on a CPU unit that nobody sees, and kept for the one that is to be.
+void readCpuMember(const TomlMember &member, Controller &tried, Problems &problems, Options *options)
+{
+    const auto row = std::find_if(CPU_SETTINGS.begin(), CPU_SETTINGS.end(),
+                                  [&member](const CpuSetting &setting) { return *member.key == setting.key; });
+    if (row == CPU_SETTINGS.end()) {
+        problems.add(*member.key, "'" + std::string(member.key->str()) + "' is no setting of [cpu]");
         return;
     }
-    for (const toml::node &item : *list)
-        read(item);
+    readItems(*member.value, row->isList, [&](const toml::node &value) {
+        const std::string text = value.is_string() ? value.as_string()->get() : std::string();
+        const std::string wrong = value.is_string() ? row->set(text, tried) : row->key + std::string(" is ") +
+                                      (row->isList ? "a text or a list of texts: " : "a text: ") + row->meaning;
+        if (wrong.empty())
+            options->cpuLines.push_back({&*row, text});
+        else
+            problems.add(value, wrong);
+    });
+}
+
+// The lines are kept in the order of the settings: errors are logged with the time that the clock has been set to.
+void readCpu(const toml::table &table, Problems &problems, Options *options)
+{
+    Controller tried;
+    for (const TomlMember &member : membersOf(table))
+        readCpuMember(member, tried, problems, options);
+    std::stable_sort(options->cpuLines.begin(), options->cpuLines.end(),
+                     [](const CpuLine &a, const CpuLine &b) { return a.setting < b.setting; });
 }
 
 const toml::table *tableOf(const toml::table &root, const char *name, Problems &problems)
@@ -99,12 +136,14 @@ static std::vector<std::string> parseProject(const std::string &text, const std:
         return problems.lines();
     }
     for (const TomlMember &member : membersOf(root))
-        if (*member.key != "plc" && *member.key != "memory")
-            problems.add(*member.key, "'" + std::string(member.key->str()) + "' is no table of a project; use [plc] "
-                                          "and [memory]");
+        if (*member.key != "plc" && *member.key != "cpu" && *member.key != "memory")
+            problems.add(*member.key, "'" + std::string(member.key->str()) + "' is no table of a project; use [plc], "
+                                          "[cpu] and [memory]");
     if (const toml::table *settings = tableOf(root, "plc", problems))
         for (const TomlMember &member : membersOf(*settings))
             readSetting(member, problems, options);
+    if (const toml::table *cpu = tableOf(root, "cpu", problems))
+        readCpu(*cpu, problems, options);
     if (const toml::table *memory = tableOf(root, "memory", problems))
         options->contents = readMemoryTable(*memory, Memory(findProfile(options->profile)->sizes), problems);
     return problems.lines();
@@ -124,6 +163,10 @@ std::string projectHelp()
     for (const Setting &setting : SETTINGS)
         text += fmt::format("  {:<27}{}: {}\n", std::string(setting.key) + " =", wantedValue(setting),
                             settingHelp(setting));
+    text += "  [cpu]\n";
+    for (const CpuSetting &setting : CPU_SETTINGS)
+        text += fmt::format("  {:<27}{}: {}\n", std::string(setting.key) + " =",
+                            setting.isList ? "a text or a list of texts" : "a text", setting.meaning);
     return text + "  [memory]\n"
                   "  \"DM:10\" = 5                 a word, 0 to 65535\n"
                   "  \"DM:10\" = [1, 2, 3]         words in a row\n"

@@ -7,7 +7,7 @@
 #include <vector>
 
 // The project file, TOML: the table [plc] has settings with the names of the command line's options, the table
-// [memory] the content of the memory at the start.
+// [cpu] the state of the CPU unit, the table [memory] the content of the memory at the start.
 
 namespace plc {
 

@@ -134,6 +134,7 @@ void addHead(const ScreenState &state, std::vector<Row> *rows)
                         .add(state.address + "  node " + std::to_string(state.node) + "  profile " + state.profile +
                              "  mode ")
                         .add(mode, isStopped ? Style::ALERT : Style::GOOD)
+                        .add(state.error.empty() ? "" : "  error " + state.error, Style::ALERT)
                         .add("  up " + timeText(state.upSeconds)));
     rows->push_back(Row().add("requests " + std::to_string(state.stats.requests) + "  replies " +
                               std::to_string(state.stats.replies) + "  " + rateText(state.requestRate) +

@@ -29,6 +29,7 @@ struct ScreenState {
     unsigned                  node = 1;
     std::string               profile;
     std::string               mode;
+    std::string               error;   // code of the worst one, with how many more there are; empty: none stands
     unsigned                  upSeconds = 0;
     std::size_t               clientLimit = 0;
     Stats                     stats;

@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <fmt/format.h>
 #include <iostream>
 #include <unistd.h>
 
@@ -22,6 +23,15 @@ unsigned secondsSince(std::chrono::steady_clock::time_point time)
 {
     const auto passed = std::chrono::steady_clock::now() - time;
     return static_cast<unsigned>(std::chrono::duration_cast<std::chrono::seconds>(passed).count());
+}
+
+// The worst error's code, and how many more stand.
+std::string errorText(const StandingErrors &errors)
+{
+    if (!errors.worst())
+        return std::string();
+    const std::size_t more = errors.all().size() - 1;
+    return fmt::format("{:04X}", errors.worstCode()) + (more > 0 ? fmt::format("+{}", more) : std::string());
 }
 
 } // namespace
@@ -125,6 +135,7 @@ ScreenState View::state() const
     shown.node = plc.nodes.server();
     shown.profile = options.profile;
     shown.mode = modeName(plc.controller.mode);
+    shown.error = errorText(plc.controller.errors);
     shown.upSeconds = secondsSince(start);
     shown.clientLimit = plc.nodes.limit();
     shown.stats = plc.stats;
