@@ -58,6 +58,14 @@ protected:
 
 using Rows = std::vector<std::string>;
 
+TEST_F(ScreenTest, TheHeadHasModeAndError)
+{
+    EXPECT_EQ(draw(80, 24)[0], "fins_plc 127.0.0.1:9600  node 1  profile cj2  mode RUN  up 00:00:00");
+    state.error = "80C2+1";
+    EXPECT_EQ(draw(90, 24)[0], "fins_plc 127.0.0.1:9600  node 1  profile cj2  mode RUN  error 80C2+1  up 00:00:00");
+    EXPECT_EQ(draw(66, 24)[0], "fins_plc 127.0.0.1:9600  node 1  profile cj2  mode RUN  error 80C~");
+}
+
 TEST_F(ScreenTest, TankIn80Columns)
 {
     showPlant("tank");
