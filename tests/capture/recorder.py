@@ -93,26 +93,30 @@ def hex_dump(segments):
     return "".join(f"{direction}\n0000 {segment.hex(' ')}\n" for direction, segment in segments)
 
 
-def read_by_tshark(segments):
-    """Every FINS/TCP frame that tshark finds in a connection: (REQUEST or REPLY, {field: value}).
-
-    Fails when a frame is malformed, and when the frames found do not account for every byte.
-    """
+def packets_of(segments):
+    """The packets of a connection as tshark decodes them, with the ways they go: (REQUEST or REPLY, XML element)."""
     with tempfile.TemporaryDirectory() as folder:
         capture = Path(folder) / "session.pcap"
         subprocess.run(["text2pcap", "-q", "-D", "-T", "9600,50000", "-", str(capture)], input=hex_dump(segments),
                        text=True, check=True, capture_output=True, timeout=DEADLINE_S)
         pdml = subprocess.run(["tshark", "-r", str(capture), "-T", "pdml"], check=True, capture_output=True,
                               timeout=DEADLINE_S).stdout
+    for packet in xml.etree.ElementTree.fromstring(pdml).iter("packet"):
+        ports = {field.get("name"): field.get("show") for field in packet.iter("field")}
+        yield REQUEST if ports["tcp.dstport"] == "9600" else REPLY, packet
 
+
+def read_by_tshark(segments):
+    """Every FINS/TCP frame that tshark finds in a connection: (REQUEST or REPLY, {field: value}).
+
+    Fails when a frame is malformed, and when the frames found do not account for every byte.
+    """
     frames = []
     lengths = {REQUEST: 0, REPLY: 0}
-    for packet in xml.etree.ElementTree.fromstring(pdml).iter("packet"):
+    for direction, packet in packets_of(segments):
         protocols = {proto.get("name") for proto in packet.iter("proto")}
         if "_ws.malformed" in protocols:
             raise AssertionError("tshark calls a frame malformed:\n" + hex_dump(segments))
-        fields = {field.get("name"): field.get("show") for field in packet.iter("field")}
-        direction = REQUEST if fields["tcp.dstport"] == "9600" else REPLY
         for proto in packet.iter("proto"):
             if proto.get("name") != "omron":
                 continue

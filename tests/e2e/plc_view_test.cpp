@@ -145,9 +145,13 @@ TEST_F(PlcViewTest, ALongAnswerIsShownWhole)
     start({}, 80, 24, "1");
     waitFor("Type a command");
     forget();
-    type("help\r");
-    waitFor("\033[22;1H\033[2Khelp: ok read write mode fault faults tcp-error clients disconnect stats help");
-    waitFor("\033[23;1H\033[2Kquit");
+    type("read DM:0:50\r");
+    // 16 columns before the values, and 32 of them fill the first row; 18 are left.
+    std::string values;
+    for (int i = 0; i < 18; ++i)
+        values += i > 0 ? " 0" : "0";
+    waitFor("\033[22;1H\033[2Kread DM:0:50: ok 0 0 0 0 0 0 0 0 0 0 0 0 0 0 " + values);
+    waitFor("\033[23;1H\033[2K" + values);
 }
 
 TEST_F(PlcViewTest, CtrlCGivesTheTerminalBack)
