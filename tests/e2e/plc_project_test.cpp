@@ -142,7 +142,7 @@ TEST_F(PlcProjectTest, EveryErrorHasItsPlace)
               ":8:10: 65536 is no u16; use 0 to 65535\n"
               ":9:17: a bit is true, false, 0 or 1\n"
               ":10:12: 2 items for the 3 of the address\n"
-              ":11:2: 'other' is no table of a project; use [plc], [cpu] and [memory]\n");
+              ":11:2: 'other' is no table of a project; use [plc], [cpu], [memory] and [plant]\n");
 }
 
 TEST_F(PlcProjectTest, SettingsOfAnotherKind)

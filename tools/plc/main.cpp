@@ -31,7 +31,8 @@ enum { EXIT_DONE = 0, EXIT_BAD_USAGE = 2, EXIT_NO_PORT = 3 };
 // Steps the plant for as long as the io_context runs.
 class PlantTimer {
 public:
-    PlantTimer(asio::io_context &context, Plant &driven, unsigned ms) : timer(context), plant(driven), period(ms)
+    PlantTimer(asio::io_context &context, Plant &driven, std::chrono::milliseconds time)
+        : timer(context), plant(driven), period(time)
     {
         timer.expires_after(period);
         wait();
@@ -127,7 +128,7 @@ bool isIgnored(int signalNumber)
     return sigaction(signalNumber, nullptr, &inherited) == 0 && inherited.sa_handler == SIG_IGN;
 }
 
-void serve(asio::io_context &io, Plc &plc, const Options &options, Server &server, Plant *plant)
+void serve(asio::io_context &io, Plc &plc, const Options &options, Server &server)
 {
     const ErrorOutput errors;
     asio::signal_set signals(io);
@@ -136,8 +137,8 @@ void serve(asio::io_context &io, Plc &plc, const Options &options, Server &serve
             signals.add(number);
     signals.async_wait([&io](const asio::error_code &, int) { io.stop(); });
     std::unique_ptr<PlantTimer> timer;
-    if (plant)
-        timer = std::make_unique<PlantTimer>(io, *plant, options.plantPeriodMs);
+    if (plc.plant && !options.isStepped)
+        timer = std::make_unique<PlantTimer>(io, *plc.plant, plc.period);
     Console console(plc, server, [&io] { io.stop(); });
     std::cout << "listening on " << server.endpoint() << std::endl;
     if (!options.isViewed) {
@@ -146,12 +147,12 @@ void serve(asio::io_context &io, Plc &plc, const Options &options, Server &serve
         io.run();
         return;
     }
-    View view(io, plc, server, console, plant, options);
+    View view(io, plc, server, console, plc.plant.get(), options);
     LineReader reader(io, LineReader::Unit::BYTES, [&view](const std::string &keys) { view.takeKeys(keys); });
     io.run();
 }
 
-int listen(Plc &plc, const Options &options, Plant *plant)
+int listen(Plc &plc, const Options &options)
 {
     ConnectionOptions connection = options.connection;
     asio::io_context io;
@@ -166,8 +167,25 @@ int listen(Plc &plc, const Options &options, Plant *plant)
                   << "; choose another --port (0 picks a free one) or --bind" << std::endl;
         return EXIT_NO_PORT;
     }
-    serve(io, plc, options, *server, plant);
+    serve(io, plc, options, *server);
     return EXIT_DONE;
+}
+
+bool preparePlant(const Options &options, Plc &plc)
+{
+    std::vector<std::string> problems;
+    plc.plant = makePlant(options.plant, plc.controller, options.seed, &problems);
+    for (const std::string &problem : problems)
+        refuse(problem);
+    if (options.isStepped)
+        plc.controller.clock.standStill();
+    if (plc.plant)
+        plc.period = std::chrono::milliseconds(plc.plant->periodMs());
+    if (options.plantPeriodMs != 0)
+        plc.period = std::chrono::milliseconds(options.plantPeriodMs);
+    if (plc.plant)
+        plc.plant->begin();
+    return problems.empty();
 }
 
 int run(const Options &options)
@@ -182,22 +200,14 @@ int run(const Options &options)
     plc.controller.refusalInProgram = options.refusalInProgram;
     for (const CpuLine &line : options.cpuLines)
         line.setting->set(line.text, plc.controller);
-    std::vector<std::string> problems;
-    const std::unique_ptr<Plant> plant = makePlant(options.plant, plc.controller, options.seed, &problems);
-    for (const std::string &problem : problems)
-        refuse(problem);
-    if (!problems.empty())
-        return EXIT_BAD_USAGE;
-    if (plant)
-        plant->begin();
     Replay replay;
     if (!options.replayFile.empty())
         plc.recorded = &replay;
     for (const std::string &fault : options.faults)
         plc.faults.set(fault);
-    const bool isReady = checkTerminal(options) && setContents(plc.controller.memory, options.contents) &&
-                         (!plc.recorded || loadReplay(options.replayFile, replay));
-    return isReady ? listen(plc, options, plant.get()) : int(EXIT_BAD_USAGE);
+    const bool isReady = checkTerminal(options) && preparePlant(options, plc) &&
+                         setContents(plc.controller.memory, options.contents) && (!plc.recorded || loadReplay(options.replayFile, replay));
+    return isReady ? listen(plc, options) : int(EXIT_BAD_USAGE);
 }
 
 } // namespace

@@ -5,6 +5,12 @@
 
 namespace plc {
 
+namespace {
+
+const unsigned STEPS_MOST = 100000; // for that long no client is answered
+
+} // namespace
+
 const Console::Command Console::COMMANDS[] = {
     {"read",       "TYPE:ADDRESS[:COUNT]",                     "values, in decimal", &Console::read},
     {"write",      "TYPE:ADDRESS VALUE...",                    "values 0 to 65535, or 0 and 1", &Console::write},
@@ -15,6 +21,7 @@ const Console::Command Console::COMMANDS[] = {
     {"cycle",      "[MS [LONGEST SHORTEST]]",                  "the cycle times, or new ones", &Console::cycle},
     {"message",    "[NUMBER TEXT | NUMBER off]",               "the program's messages; begin or end one", &Console::message},
     {"log",        "[clear]",                                  "the error log, or empty it", &Console::log},
+    {"step",       "[COUNT]",                                  "let so many periods pass, with --stepped", &Console::step},
     {"fault",      "NAME[=VALUE][@PROBABILITY][#TIMES] | NAME off", "begin or end a fault", &Console::fault},
     {"faults",     "[off]",                                    "the faults that are set, or end all", &Console::faults},
     {"tcp-error",  "XX [TIMES] | off",                         "refuse node address exchanges", &Console::tcpError},
@@ -97,6 +104,23 @@ std::string Console::mode(Words &words)
         return "error '" + name + "' is no mode; use program, monitor or run";
     plc.controller.changeMode(wanted);
     return "ok " + modeName(plc.controller.mode);
+}
+
+// Periods pass one by one, so that the plant sees the time of each.
+std::string Console::step(Words &words)
+{
+    std::string text = "1";
+    unsigned count = 0;
+    if (!plc.controller.clock.isStepped())
+        return "error time passes by itself; start with --stepped";
+    if (words >> text; !parseNumber(text, STEPS_MOST, &count) || count == 0)
+        return "error '" + text + "' is no number of steps; use 1 to " + std::to_string(STEPS_MOST);
+    for (unsigned i = 0; i < count; ++i) {
+        plc.controller.clock.advance(plc.period);
+        if (plc.plant)
+            plc.plant->step();
+    }
+    return "ok";
 }
 
 std::string Console::fault(Words &words)

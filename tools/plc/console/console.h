@@ -44,6 +44,7 @@ private:
     std::string cycle(Words &words);
     std::string message(Words &words);
     std::string log(Words &words);
+    std::string step(Words &words);
     std::string fault(Words &words);
     std::string faults(Words &words);
     std::string tcpError(Words &words);

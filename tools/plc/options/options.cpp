@@ -17,7 +17,8 @@ enum { EXIT_DONE = 0, EXIT_BAD_USAGE = 2 };
 
 std::string footer()
 {
-    return "Plants, with their addresses:\n" + plantHelp() + "\nProfiles:\n" + profileHelp() +
+    return "Plants, with their addresses:\n" + plantHelp() + "\nFunctions in the expressions of plants:\n" +
+           functionHelp() + "\nProfiles:\n" + profileHelp() +
            "\nProject file:\n" + projectHelp() +
            "\nRecordings: lines SECONDS CLIENT < or > HEX, < received from the client, > sent to it. Replayed\n"
            "requests may differ in service ID and nodes; what is not in the recording is refused with end code 0401.\n"
@@ -41,11 +42,12 @@ void addSetting(CLI::App &app, const Setting &setting, Options *options)
     };
     CLI::Option *const option =
         app.add_option_function<std::vector<std::string>>(setting.option, apply, settingHelp(setting));
-    option->expected(setting.alone ? 0 : 1, 1)->allow_extra_args(false);
+    const bool isFlag = setting.kind == SettingKind::FLAG;
+    option->expected(setting.alone ? 0 : 1, isFlag ? 0 : 1)->allow_extra_args(false);
     option->multi_option_policy(setting.kind == SettingKind::LIST ? CLI::MultiOptionPolicy::TakeAll
                                                                   : CLI::MultiOptionPolicy::Throw);
     option->check([&setting](const std::string &text) { return checkSetting(setting, text); });
-    option->type_name(setting.kind == SettingKind::NUMBER ? "UINT" : "TEXT");
+    option->type_name(setting.kind == SettingKind::NUMBER ? "UINT" : (isFlag ? "" : "TEXT"));
     if (setting.preset)
         option->default_str(setting.preset(*options));
 }
@@ -75,7 +77,7 @@ int parseCommandLine(int argc, char **argv, Options *options, Listings *listings
 {
     CLI::App app("A simulated Omron CS/CJ PLC that answers FINS/TCP.", "fins_plc");
     app.set_version_flag("--version", "fins_plc " FINS_VERSION, "Print the version and exit");
-    app.footer(footer());
+    app.footer(footer);
     for (const Setting &setting : SETTINGS)
         addSetting(app, setting, options);
     app.add_flag("--trace", options->connection.isTraced, "frames on standard error, < received, > sent");

@@ -34,8 +34,9 @@ struct Options {
     Mode                     mode = Mode::RUN;
     unsigned                 refusalInRun = END_NORMAL;
     unsigned                 refusalInProgram = END_NORMAL;
-    std::string              plant; // empty: none
-    unsigned                 plantPeriodMs = 50;
+    std::string              plant; // name or file; empty: none
+    unsigned                 plantPeriodMs = 0; // 0: as the plant has it
+    bool                     isStepped = false; // by the console
     std::vector<std::string> faults;
     std::uint32_t            seed = 1;
     std::string              projectFile; // empty: none

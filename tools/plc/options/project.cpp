@@ -5,8 +5,10 @@
 #include "options/profile.h"
 #include "options/project_memory.h"
 #include "options/settings.h"
+#include "plants/shipped_plants.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <fmt/format.h>
 #include <tuple>
 
@@ -28,6 +30,7 @@ std::string wantedValue(const Setting &setting)
     switch (setting.kind) {
     case SettingKind::NUMBER:   return "a number";
     case SettingKind::TEXT:     return "a text";
+    case SettingKind::FLAG:     return "true or false";
     case SettingKind::END_CODE: return "true, false or a text";
     case SettingKind::LIST:     return "a text or a list of texts";
     }
@@ -40,9 +43,10 @@ std::string applyValue(const Setting &setting, const toml::node &value, Options 
     const bool isNumber = setting.kind == SettingKind::NUMBER;
     if (isNumber && value.is_integer())
         return applySetting(setting, std::to_string(value.as_integer()->get()), options);
-    if (!isNumber && value.is_string())
+    const bool isFlag = setting.kind == SettingKind::FLAG;
+    if (!isNumber && !isFlag && value.is_string())
         return applySetting(setting, value.as_string()->get(), options);
-    if (setting.kind == SettingKind::END_CODE && value.is_boolean())
+    if ((isFlag || setting.kind == SettingKind::END_CODE) && value.is_boolean())
         return value.as_boolean()->get() ? applySetting(setting, setting.alone, options) : std::string();
     return std::string(setting.key) + " is " + wantedValue(setting) + ": " + settingHelp(setting);
 }
@@ -127,6 +131,29 @@ std::vector<std::string> Problems::lines() const
     return all;
 }
 
+// The plant of the project itself, or one whose file the project names from where it lies.
+static void namePlantFile(const toml::table &root, const std::string &file, Problems &problems, Options *options)
+{
+    namespace fs = std::filesystem;
+    const toml::node *const own = root.get("plant");
+    if (own && !options->plant.empty())
+        problems.add(*own, "the project has a plant already, '" + options->plant + "' of [plc]; leave one of them out");
+    else if (own)
+        options->plant = (fs::path(file).has_parent_path() ? fs::path() : fs::path(".")) / file;
+    else if (isPlantFile(options->plant))
+        options->plant = fs::path(file).parent_path() / options->plant;
+}
+
+static std::vector<std::string> plantProblems(const Options &options)
+{
+    Controller unused;
+    std::vector<std::string> problems;
+    unused.memory = Memory(findProfile(options.profile)->sizes);
+    if (!options.plant.empty())
+        makePlant(options.plant, unused, options.seed, &problems);
+    return problems;
+}
+
 static std::vector<std::string> parseProject(const std::string &text, const std::string &file, Options *options)
 {
     Problems problems(file);
@@ -136,12 +163,13 @@ static std::vector<std::string> parseProject(const std::string &text, const std:
         return problems.lines();
     }
     for (const TomlMember &member : membersOf(root))
-        if (*member.key != "plc" && *member.key != "cpu" && *member.key != "memory")
+        if (*member.key != "plc" && *member.key != "cpu" && *member.key != "memory" && *member.key != "plant")
             problems.add(*member.key, "'" + std::string(member.key->str()) + "' is no table of a project; use [plc], "
-                                          "[cpu] and [memory]");
+                                          "[cpu], [memory] and [plant]");
     if (const toml::table *settings = tableOf(root, "plc", problems))
         for (const TomlMember &member : membersOf(*settings))
             readSetting(member, problems, options);
+    namePlantFile(root, file, problems, options);
     if (const toml::table *cpu = tableOf(root, "cpu", problems))
         readCpu(*cpu, problems, options);
     if (const toml::table *memory = tableOf(root, "memory", problems))
@@ -154,7 +182,10 @@ std::vector<std::string> loadProject(const std::string &file, Options *options)
     const FileContent content = readWholeFile(file, TOML_MAX_BYTES);
     if (!content.problem.empty())
         return {file + ": " + content.problem};
-    return parseProject(content.text, file, options);
+    std::vector<std::string> wrong = parseProject(content.text, file, options);
+    for (const std::string &line : plantProblems(*options))
+        wrong.push_back(line);
+    return wrong;
 }
 
 std::string projectHelp()
@@ -175,7 +206,16 @@ std::string projectHelp()
                   "  \"DM:10\" = { s32 = -5 }      a type: u16 s16 bcd16 u32 s32 f32, values and lists\n"
                   "  \"DM:10:8\" = \"PUMP\"          two characters a word, zeros behind the text\n"
                   "  \"DM:10\" = { string = \"PUMP\", low-byte-first = true }\n"
-                  "  \"CIO_bit:100.5\" = true      a bit; also [true, false], 0 and 1\n";
+                  "  \"CIO_bit:100.5\" = true      a bit; also [true, false], 0 and 1\n"
+                  "  [plant]                      a plant of its own, or --plant FILE with one:\n"
+                  "  about = \"what it does\"       period = 50, ms between its steps\n"
+                  "  [plant.values]               places of memory with names for expressions\n"
+                  "  level = { at = \"DM:0\", start = 300, show = \"level\", unit = \"%\", decimals = 1 }\n"
+                  "  [plant.signals]              numbers worked out, or read from a file, at each step's beginning\n"
+                  "  wave = \"sine(0, 100, 40)\"    or { csv = \"day.csv\", column = \"flow\" }\n"
+                  "  [plant.program]              steps = [ STEP, ... ], done in their order in each period\n"
+                  "  { set = \"level\", to = \"level + wave / 10\", when = \"level < 1000\", every = 5 }\n"
+                  "  { latch = \"CIO_bit:0.3\", on = \"level >= 900\", off = \"level < 850\" }\n";
 }
 
 } // namespace plc

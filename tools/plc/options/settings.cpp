@@ -42,6 +42,12 @@ std::string setPlant(const std::string &text, Options *options)
     return setText(isPlant(text), text, "plant; plants are " + plantNames(), &options->plant);
 }
 
+std::string setStepped(const std::string &, Options *options)
+{
+    options->isStepped = true;
+    return std::string();
+}
+
 std::string addFault(const std::string &text, Options *options)
 {
     Faults tried(0);
@@ -95,11 +101,13 @@ const std::array<Setting, SETTING_COUNT> SETTINGS = {{
      [](const std::string &text, Options *o) { return setRefusal(text, &o->refusalInProgram); }, nullptr},
     {"profile", "--profile", SettingKind::TEXT, "limits of the CPU unit", "--profiles lists them", 0, 0, nullptr,
      nullptr, setProfile, [](const Options &o) { return o.profile; }},
-    {"plant", "--plant", SettingKind::TEXT, "run a plant", "without a name the tank; --plants lists them", 0, 0, "tank",
-     nullptr, setPlant, nullptr},
-    {"plant-period", "--plant-period", SettingKind::NUMBER, "ms between steps of the plant", nullptr, 1, 60000, nullptr,
-     [](std::uint32_t n, Options *o) { o->plantPeriodMs = n; }, nullptr,
-     [](const Options &o) { return std::to_string(o.plantPeriodMs); }},
+    {"plant", "--plant", SettingKind::TEXT, "run a plant, by its name or a file of its own such as mixer.toml",
+     "without a name the tank; --plants lists them", 0, 0, "tank", nullptr, setPlant, nullptr},
+    {"plant-period", "--plant-period", SettingKind::NUMBER, "ms between steps of the plant",
+     "as the plant has it when left out", 1, 60000, nullptr,
+     [](std::uint32_t n, Options *o) { o->plantPeriodMs = n; }, nullptr, nullptr},
+    {"stepped", "--stepped", SettingKind::FLAG, "the plant and the clock move by the command step alone", nullptr, 0, 0,
+     "true", nullptr, setStepped, nullptr},
     {"faults", "--fault", SettingKind::LIST, "begin with fault NAME[=VALUE][@PROBABILITY][#TIMES]", "repeatable", 0, 0,
      nullptr, nullptr, addFault, nullptr},
     {"seed", "--seed", SettingKind::NUMBER, "seed of the faults' probabilities and of plants", nullptr, 0, 4294967295u,

@@ -14,6 +14,7 @@ namespace plc {
 enum class SettingKind {
     NUMBER,
     TEXT,
+    FLAG,     // without a value; in a project file true or false
     END_CODE, // in a project file also true or false
     LIST      // repeatable; in a project file a text or a list of texts
 };
@@ -32,7 +33,7 @@ struct Setting {
     std::string (*preset)(const Options &options);                      // null: nothing is set at the start
 };
 
-enum : std::size_t { SETTING_COUNT = 13 };
+enum : std::size_t { SETTING_COUNT = 14 };
 
 extern const std::array<Setting, SETTING_COUNT> SETTINGS;
 

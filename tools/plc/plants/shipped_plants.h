@@ -1,6 +1,7 @@
 #ifndef PLC_PLANTS_SHIPPED_PLANTS_H
 #define PLC_PLANTS_SHIPPED_PLANTS_H
 
+#include "plants/operations.h"
 #include "plants/plant.h"
 
 #include <memory>

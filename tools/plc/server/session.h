@@ -4,10 +4,13 @@
 #include "cpu/controller.h"
 #include "fins/fins_tcp.h"
 #include "fins/node_table.h"
+#include "plants/plant.h"
 #include "recording/replay.h"
 #include "server/faults.h"
 
+#include <chrono>
 #include <cstdint>
+#include <memory>
 
 // The protocol's side of one connection, without its socket: what is answered to each frame.
 
@@ -28,6 +31,8 @@ struct Plc {
     NodeTable    nodes;
     Faults       faults;
     Stats        stats;
+    std::unique_ptr<Plant>    plant;      // null: none
+    std::chrono::milliseconds period{50}; // of a step
     Replay      *recorded = nullptr; // answers FINS commands in the controller's place; null: the controller does
 };
 
