@@ -149,12 +149,13 @@ TEST_F(PlcConsoleTest, RefusesBadFaults)
 {
     start();
     const std::string names =
-        "; faults are delay jitter drop wrong-sid short long bytewise double end-code close silence refuse tcp-error";
+        "; faults are delay jitter drop wrong-sid short long bytewise double end-code close silence refuse tcp-error "
+        "cut reorder wrong-node rst";
     expectError("fault", "'' is no fault" + names);
     expectError("fault melt", "'melt' is no fault" + names);
     expectError("fault melt off", "'melt' is no fault" + names);
-    expectError("fault drop on", "'on' is not understood; use fault NAME[=VALUE][@PROBABILITY] or fault NAME off");
-    expectError("faults on", "'on' is not understood; use faults or faults off");
+    expectError("fault drop on", "'on' is not understood; use fault NAME[=VALUE][:AIM][@PROBABILITY] or fault NAME off");
+    expectError("faults on", "'on' is not understood; use faults, faults counts or faults off");
     expectError("fault delay=60001", "'60001' is no value of delay; use 0 to 60000");
     expectError("fault delay=", "'' is no value of delay; use 0 to 60000");
     expectError("fault delay=-1", "'-1' is no value of delay; use 0 to 60000");

@@ -161,7 +161,7 @@ TEST_F(PlcProjectTest, SettingsOfAnotherKind)
                                         "mode, with end code 2206 or this one\n"},
         {"refuse-writes-in-run = \"0000\"", ":2:24: '0000' is no end code; use four hexadecimal digits\n"},
         {"faults = [\"drop\", 1]", ":2:19: faults is a text or a list of texts: begin with fault "
-                                  "NAME[=VALUE][@PROBABILITY][#TIMES]; repeatable\n"},
+                                  "NAME[=VALUE][:AIM][@PROBABILITY][#TIMES]; repeatable\n"},
         {"mode = [\"run\"]", ":2:8: mode is a text: operating mode at the start: program, monitor or run\n"},
         {"tcp-error = \"22\"", ":2:1: 'tcp-error' is no setting of [plc]\n"},
     };

@@ -22,8 +22,8 @@ const Console::Command Console::COMMANDS[] = {
     {"message",    "[NUMBER TEXT | NUMBER off]",               "the program's messages; begin or end one", &Console::message},
     {"log",        "[clear]",                                  "the error log, or empty it", &Console::log},
     {"step",       "[COUNT]",                                  "let so many periods pass, with --stepped", &Console::step},
-    {"fault",      "NAME[=VALUE][@PROBABILITY][#TIMES] | NAME off", "begin or end a fault", &Console::fault},
-    {"faults",     "[off]",                                    "the faults that are set, or end all", &Console::faults},
+    {"fault",      "NAME[=VALUE][:AIM][@PROBABILITY][#TIMES] | NAME off", "begin or end a fault", &Console::fault},
+    {"faults",     "[counts|off]",                             "the faults that are set, their counts, or end all", &Console::faults},
     {"tcp-error",  "XX [TIMES] | off",                         "refuse node address exchanges", &Console::tcpError},
     {"clients",    "",                                         "number of clients and their nodes", &Console::clients},
     {"disconnect", "",                                         "close all connections", &Console::disconnect},
@@ -36,7 +36,7 @@ std::string Console::help()
 {
     std::string text;
     for (const Command &command : COMMANDS)
-        text += fmt::format("  {:<55} {}\n", std::string(command.name) + " " + command.arguments, command.meaning);
+        text += fmt::format("  {:<58} {}\n", std::string(command.name) + " " + command.arguments, command.meaning);
     return text;
 }
 
@@ -129,7 +129,7 @@ std::string Console::fault(Words &words)
     std::string off;
     words >> setting >> off;
     if (!off.empty() && off != "off")
-        return "error '" + off + "' is not understood; use fault NAME[=VALUE][@PROBABILITY] or fault NAME off";
+        return "error '" + off + "' is not understood; use fault NAME[=VALUE][:AIM][@PROBABILITY] or fault NAME off";
     const std::string wrong = off.empty() ? plc.faults.set(setting) : plc.faults.clear(setting);
     if (!wrong.empty())
         return "error " + wrong;
@@ -143,8 +143,10 @@ std::string Console::faults(Words &words)
     words >> off;
     if (off.empty())
         return "ok " + plc.faults.list();
+    if (off == "counts")
+        return "ok " + plc.faults.listWithCounts();
     if (off != "off")
-        return "error '" + off + "' is not understood; use faults or faults off";
+        return "error '" + off + "' is not understood; use faults, faults counts or faults off";
     plc.faults.clearAll();
     server.applyFaults();
     return "ok";

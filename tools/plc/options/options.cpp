@@ -22,7 +22,7 @@ std::string footer()
            "\nProject file:\n" + projectHelp() +
            "\nRecordings: lines SECONDS CLIENT < or > HEX, < received from the client, > sent to it. Replayed\n"
            "requests may differ in service ID and nodes; what is not in the recording is refused with end code 0401.\n"
-           "\nFaults, each NAME[=VALUE][@PROBABILITY][#TIMES]:\n" + Faults::help() +
+           "\nFaults, each NAME[=VALUE][:AIM=VALUE,...][@PROBABILITY][#TIMES]:\n" + Faults::help() +
            "\nCommands on standard input, each answered by one line on standard output:\n" + Console::help() +
            "\nExit codes: 0 ended by quit or a signal, 2 bad usage, 3 the address cannot be listened on.";
 }

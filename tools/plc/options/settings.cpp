@@ -1,8 +1,8 @@
 #include "options/settings.h"
 
+#include "faults/faults.h"
 #include "options/profile.h"
 #include "plants/shipped_plants.h"
-#include "server/faults.h"
 
 #include <asio/ip/address.hpp>
 #include <charconv>
@@ -108,7 +108,7 @@ const std::array<Setting, SETTING_COUNT> SETTINGS = {{
      [](std::uint32_t n, Options *o) { o->plantPeriodMs = n; }, nullptr, nullptr},
     {"stepped", "--stepped", SettingKind::FLAG, "the plant and the clock move by the command step alone", nullptr, 0, 0,
      "true", nullptr, setStepped, nullptr},
-    {"faults", "--fault", SettingKind::LIST, "begin with fault NAME[=VALUE][@PROBABILITY][#TIMES]", "repeatable", 0, 0,
+    {"faults", "--fault", SettingKind::LIST, "begin with fault NAME[=VALUE][:AIM][@PROBABILITY][#TIMES]", "repeatable", 0, 0,
      nullptr, nullptr, addFault, nullptr},
     {"seed", "--seed", SettingKind::NUMBER, "seed of the faults' probabilities and of plants", nullptr, 0, 4294967295u,
      nullptr, [](std::uint32_t n, Options *o) { o->seed = n; }, nullptr,

@@ -15,19 +15,26 @@ const unsigned LINGER_MS = 1000;
 
 } // namespace
 
+std::string ipOf(const asio::ip::tcp::socket &socket)
+{
+    asio::error_code ignored;
+    return socket.remote_endpoint(ignored).address().to_string();
+}
+
 Connection::Connection(asio::ip::tcp::socket &&peer, unsigned number, Plc &state, const ConnectionOptions &settings,
                        EndHandler atEnd)
     : socket(std::move(peer)), pause(socket.get_executor()), deadline(socket.get_executor()), id(number), plc(state),
-      options(settings), onEnd(std::move(atEnd)), session(state), received()
+      options(settings), onEnd(std::move(atEnd)), session(state, ipOf(socket)), received()
 {
+    asio::error_code ignored;
+    const asio::ip::tcp::endpoint client = socket.remote_endpoint(ignored);
+    address = client.address().to_string() + ":" + std::to_string(client.port());
 }
 
 void Connection::start()
 {
     asio::error_code ignored;
     socket.set_option(asio::ip::tcp::no_delay(true), ignored);
-    const asio::ip::tcp::endpoint peer = socket.remote_endpoint(ignored);
-    address = peer.address().to_string(ignored) + ":" + std::to_string(peer.port());
     socket.set_option(asio::socket_base::keep_alive(true), ignored);
     readMore();
 }
@@ -67,20 +74,34 @@ void Connection::answerFrames()
     }
 }
 
-// Returns whether to go on at once; otherwise reading or sending has begun.
+// Returns whether to go on at once; otherwise reading, waiting or sending has begun.
 bool Connection::answerNextFrame()
 {
-    TcpFrame frame;
-    TcpError error = TCP_OK;
-    const FrameAssembler::Result result = assembler.next(&frame, &error);
-    if (result == FrameAssembler::Result::NEED_MORE) {
+    frameError = TCP_OK;
+    if (assembler.next(&frame, &frameError) == FrameAssembler::Result::NEED_MORE) {
         readMore();
         return false;
     }
     ++requests;
     note('<', frame.bytes);
-    const Answer answer =
-        result == FrameAssembler::Result::BAD ? session.reject(frame, error) : session.receive(frame);
+    const unsigned delayMs = frameError == TCP_OK ? session.delayBefore(frame) : 0;
+    if (delayMs == 0)
+        return answerFrame();
+    stopDeadline(); // the client has done its part
+    wait(delayMs, &Connection::answerLate);
+    return false;
+}
+
+void Connection::answerLate()
+{
+    if (answerFrame())
+        answerFrames();
+}
+
+// Returns what answerNextFrame() does.
+bool Connection::answerFrame()
+{
+    const Answer answer = frameError != TCP_OK ? session.reject(frame, frameError) : session.receive(frame);
     if (session.hasNode())
         stopDeadline();
     if (answer.bytes.empty() && !answer.isLast)
@@ -93,6 +114,10 @@ void Connection::send(const Answer &answer)
 {
     outgoing = answer;
     sent = 0;
+    if (outgoing.isReset) {
+        asio::error_code ignored;
+        socket.set_option(asio::socket_base::linger(true, 0), ignored);
+    }
     if (outgoing.bytes.empty())
         close();
     else

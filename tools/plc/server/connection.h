@@ -21,6 +21,9 @@ struct ConnectionOptions {
     std::shared_ptr<Recorder> recorder; // keeps all frames; null: none does
 };
 
+/// The IP address of the peer, without its port.
+std::string ipOf(const asio::ip::tcp::socket &socket);
+
 class Connection : public std::enable_shared_from_this<Connection> {
 public:
     using EndHandler = std::function<void(unsigned id)>;
@@ -48,6 +51,8 @@ private:
     void readMore();
     void answerFrames();
     bool answerNextFrame();
+    bool answerFrame();
+    void answerLate();
     void send(const Answer &answer);
     void beginWriting();
     void writeSome();
@@ -72,6 +77,8 @@ private:
     EndHandler                     onEnd;
     Session                        session;
     FrameAssembler                 assembler;
+    TcpFrame                       frame;                // that is answered
+    TcpError                       frameError = TCP_OK;
     std::array<std::uint8_t, 2048> received;
     Answer                         outgoing;
     std::size_t                    sent = 0; // bytes of `outgoing`

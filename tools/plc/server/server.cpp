@@ -107,7 +107,9 @@ void Server::closeOldestWithoutNode()
 void Server::admit(asio::ip::tcp::socket &&socket)
 {
     ++plc.stats.connections;
-    if (plc.faults.strikes(FAULT_REFUSE))
+    const std::string ip = ipOf(socket);
+    const FaultTarget newcomer = {Slice(nullptr, 0), 0, ip, plc.controller.memory};
+    if (plc.faults.strike(FAULT_REFUSE, newcomer, Moment::REQUEST))
         return; // the socket closes as it goes out of scope
     if (connections.size() >= connectionLimit)
         closeOldestWithoutNode();

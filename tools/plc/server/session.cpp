@@ -9,6 +9,8 @@ namespace plc {
 
 namespace {
 
+const unsigned NODE_MAX = 254;
+
 // Whether the frame, bad or not, asks for a node address, so that the reply has to have that form.
 bool isNodeRequest(const TcpFrame &frame, TcpError error)
 {
@@ -30,6 +32,15 @@ void addFlags(Bytes &bytes, std::size_t from, unsigned flags)
         bytes[from + RESPONSE_DATA - 1] |= static_cast<std::uint8_t>(flags);
 }
 
+// Makes it the response of a command that is refused with `endCode`.
+void replaceEndCode(Bytes &response, unsigned endCode)
+{
+    if (endCode == END_NORMAL || response.size() < RESPONSE_DATA)
+        return;
+    response.resize(RESPONSE_DATA - END_CODE);
+    add16(response, endCode);
+}
+
 } // namespace
 
 void Session::end()
@@ -39,23 +50,36 @@ void Session::end()
     node = 0;
 }
 
+FaultTarget Session::targetOf(const TcpFrame &frame) const
+{
+    const Slice nothing(frame.bytes.data(), 0);
+    if (frame.command() == TCP_FINS_FRAME)
+        return {frame.body().from(FINS_HEADER_SIZE), node, ip, plc.controller.memory};
+    const bool asksForNode = node == 0 && frame.command() == TCP_CLIENT_NODE;
+    return {nothing, asksForNode ? frame.body().get32(0) : node, ip, plc.controller.memory};
+}
+
+unsigned Session::delayBefore(const TcpFrame &frame) { return plc.faults.delayMs(targetOf(frame), Moment::REQUEST); }
+
 Answer Session::receive(const TcpFrame &frame)
 {
     ++plc.stats.requests;
-    if (plc.faults.strikes(FAULT_SILENCE))
+    const FaultTarget target = targetOf(frame);
+    if (plc.faults.strike(FAULT_SILENCE, target, Moment::REQUEST))
         return Answer();
     Answer answer;
     if (frame.command() == TCP_CLIENT_NODE)
         answer = exchangeNodes(frame);
     else if (frame.command() == TCP_FINS_FRAME)
         answer = answerCommand(frame);
-    slowDown(answer);
+    slowDown(target, answer);
     return answer;
 }
 
 Answer Session::reject(const TcpFrame &frame, TcpError error)
 {
-    if (plc.faults.strikes(FAULT_SILENCE))
+    const Slice nothing(frame.bytes.data(), 0);
+    if (plc.faults.strike(FAULT_SILENCE, {nothing, node, ip, plc.controller.memory}, Moment::REQUEST))
         return lastAnswer(Bytes());
     return lastAnswer(isNodeRequest(frame, error) ? makeNodeReply(error, 0, plc.nodes.server())
                                                   : makeErrorNotice(error));
@@ -73,8 +97,8 @@ Answer Session::refuseExchange(TcpError error, std::uint32_t requested)
 Answer Session::exchangeNodes(const TcpFrame &frame)
 {
     const std::uint32_t requested = frame.body().get32(0);
-    if (plc.faults.strikes(FAULT_TCP_ERROR))
-        return refuseExchange(static_cast<TcpError>(plc.faults.value(FAULT_TCP_ERROR)), requested);
+    if (const auto forced = plc.faults.strike(FAULT_TCP_ERROR, targetOf(frame), Moment::REQUEST))
+        return refuseExchange(static_cast<TcpError>(*forced), requested);
     const TcpError error = node != 0 ? TCP_NODE_IN_USE : plc.nodes.assign(requested, &node);
     if (error != TCP_OK)
         return refuseExchange(error, requested);
@@ -86,9 +110,12 @@ Answer Session::answerCommand(const TcpFrame &frame)
 {
     if (node == 0)
         return lastAnswer(makeErrorNotice(TCP_UNSUPPORTED_COMMAND));
-    const unsigned forced = plc.faults.strikes(FAULT_END_CODE) ? plc.faults.value(FAULT_END_CODE) : END_NORMAL;
-    const unsigned flags = (forced & ~END_FLAGS) == 0 ? forced : 0;
-    unsigned refusal = forced & ~flags;
+    const FaultTarget target = targetOf(frame);
+    Answer ended;
+    if (endsConnection(target, Moment::REQUEST, &ended) || plc.faults.strike(FAULT_DROP, target, Moment::REQUEST))
+        return ended;
+    unsigned flags = 0;
+    unsigned refusal = plc.faults.strikeEndCode(target, Moment::REQUEST, &flags);
     Answer recorded;
     if (plc.recorded && refusal == END_NORMAL) {
         if (plc.recorded->answer(frame.bytes, &recorded.bytes)) {
@@ -98,39 +125,62 @@ Answer Session::answerCommand(const TcpFrame &frame)
         refusal = END_UNKNOWN_COMMAND;
     }
     Bytes response = answerFins(plc.controller, plc.nodes.server(), frame.body(), refusal);
+    replaceEndCode(response, plc.faults.strikeEndCode(target, Moment::REPLY, &flags));
     addFlags(response, 0, flags);
-    if (plc.faults.strikes(FAULT_CLOSE))
-        return lastAnswer(Bytes());
+    if (endsConnection(target, Moment::REPLY, &ended))
+        return ended;
+    if (response.empty() || plc.faults.strike(FAULT_DROP, target))
+        return Answer();
+    return sendResponse(target, response);
+}
+
+// Whether a fault ends the connection instead of what would come now.
+bool Session::endsConnection(const FaultTarget &target, Moment moment, Answer *answer)
+{
+    answer->isReset = plc.faults.strike(FAULT_RST, target, moment).has_value();
+    answer->isLast = answer->isReset || plc.faults.strike(FAULT_CLOSE, target, moment);
+    return answer->isLast;
+}
+
+Answer Session::sendResponse(const FaultTarget &target, Bytes &response)
+{
+    spoil(target, response);
     Answer answer;
-    if (response.empty() || plc.faults.strikes(FAULT_DROP))
-        return answer;
-    spoil(response);
     answer.bytes = makeFrameSend(response);
-    if (plc.faults.strikes(FAULT_DOUBLE)) {
+    if (plc.faults.strike(FAULT_DOUBLE, target)) {
         const Bytes once = answer.bytes;
         answer.bytes.insert(answer.bytes.end(), once.begin(), once.end());
+    }
+    if (held.empty() && plc.faults.strike(FAULT_REORDER, target)) {
+        held.swap(answer.bytes);
+        return answer;
+    }
+    answer.bytes.insert(answer.bytes.end(), held.begin(), held.end());
+    held.clear();
+    if (const auto length = plc.faults.strike(FAULT_CUT, target)) {
+        answer.bytes.resize(std::min<std::size_t>(answer.bytes.size(), *length));
+        answer.isLast = true;
     }
     return answer;
 }
 
-void Session::spoil(Bytes &response)
+void Session::spoil(const FaultTarget &target, Bytes &response)
 {
-    if (plc.faults.strikes(FAULT_WRONG_SID))
+    if (plc.faults.strike(FAULT_WRONG_SID, target))
         ++response[FINS_SID];
-    if (plc.faults.strikes(FAULT_SHORT))
-        response.resize(response.size() - std::min<std::size_t>(response.size(), plc.faults.value(FAULT_SHORT)));
-    if (plc.faults.strikes(FAULT_LONG))
-        response.resize(response.size() + plc.faults.value(FAULT_LONG));
+    if (plc.faults.strike(FAULT_WRONG_NODE, target))
+        response[FINS_DA1] = static_cast<std::uint8_t>(response[FINS_DA1] % NODE_MAX + 1);
+    const unsigned missing = plc.faults.strikeAll(FAULT_SHORT, target);
+    response.resize(response.size() - std::min<std::size_t>(response.size(), missing));
+    response.resize(response.size() + plc.faults.strikeAll(FAULT_LONG, target));
 }
 
-void Session::slowDown(Answer &answer)
+void Session::slowDown(const FaultTarget &target, Answer &answer)
 {
-    if (plc.faults.strikes(FAULT_DELAY))
-        answer.delayMs += plc.faults.value(FAULT_DELAY);
-    if (plc.faults.strikes(FAULT_JITTER))
-        answer.delayMs += plc.faults.upTo(plc.faults.value(FAULT_JITTER));
-    answer.isBytewise = plc.faults.strikes(FAULT_BYTEWISE);
-    answer.bytePauseMs = plc.faults.value(FAULT_BYTEWISE);
+    answer.delayMs += plc.faults.delayMs(target, Moment::REPLY);
+    const auto bytePause = plc.faults.strike(FAULT_BYTEWISE, target);
+    answer.isBytewise = bytePause.has_value();
+    answer.bytePauseMs = bytePause.value_or(0);
 }
 
 } // namespace plc

@@ -2,15 +2,17 @@
 #define PLC_SERVER_SESSION_H
 
 #include "cpu/controller.h"
+#include "faults/faults.h"
 #include "fins/fins_tcp.h"
 #include "fins/node_table.h"
 #include "plants/plant.h"
 #include "recording/replay.h"
-#include "server/faults.h"
 
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <string>
+#include <utility>
 
 // The protocol's side of one connection, without its socket: what is answered to each frame.
 
@@ -43,14 +45,18 @@ struct Answer {
     bool     isBytewise = false;  // one byte at a time
     unsigned bytePauseMs = 0;     // between these
     bool     isLast = false;      // the connection ends after it
+    bool     isReset = false;     // the connection is reset instead
 };
 
 class Session {
 public:
-    explicit Session(Plc &state) : plc(state) {}
+    explicit Session(Plc &state, std::string clientIp = "") : plc(state), ip(std::move(clientIp)) {}
     Session(const Session &) = delete;
     Session &operator=(const Session &) = delete;
     ~Session() { end(); }
+
+    /// Milliseconds to wait before the frame is looked at.
+    unsigned delayBefore(const TcpFrame &frame);
 
     /// Answers a whole frame.
     Answer receive(const TcpFrame &frame);
@@ -68,14 +74,19 @@ public:
     void end();
 
 private:
+    FaultTarget targetOf(const TcpFrame &frame) const;
     Answer exchangeNodes(const TcpFrame &frame);
     Answer refuseExchange(TcpError error, std::uint32_t requested);
     Answer answerCommand(const TcpFrame &frame);
-    void spoil(Bytes &response);
-    void slowDown(Answer &answer);
+    bool endsConnection(const FaultTarget &target, Moment moment, Answer *answer);
+    void spoil(const FaultTarget &target, Bytes &response);
+    Answer sendResponse(const FaultTarget &target, Bytes &response);
+    void slowDown(const FaultTarget &target, Answer &answer);
 
-    Plc     &plc;
-    unsigned node = 0; // the client's; 0 before the exchange
+    Plc        &plc;
+    std::string ip;       // the client's
+    unsigned    node = 0; // the client's; 0 before the exchange
+    Bytes       held;     // a reply that waits for the next one to overtake it
 };
 
 } // namespace plc
