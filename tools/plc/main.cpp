@@ -1,6 +1,6 @@
 #include "console/console.h"
-#include "console/error_output.h"
 #include "console/line_reader.h"
+#include "console/served_output.h"
 #include "options/options.h"
 #include "options/profile.h"
 #include "plants/shipped_plants.h"
@@ -130,7 +130,7 @@ bool isIgnored(int signalNumber)
 
 void serve(asio::io_context &io, Plc &plc, const Options &options, Server &server)
 {
-    const ErrorOutput errors;
+    const ServedOutput errors(std::cerr);
     asio::signal_set signals(io);
     for (const int number : {SIGINT, SIGTERM, SIGHUP})
         if (!isIgnored(number))

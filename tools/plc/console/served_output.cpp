@@ -1,4 +1,4 @@
-#include "console/error_output.h"
+#include "console/served_output.h"
 
 #include "common/descriptor.h"
 
@@ -18,7 +18,14 @@ const std::chrono::seconds LAST_WAIT(1);
 
 } // namespace
 
-struct ErrorOutput::Queue {
+struct ServedOutput::Queue {
+    explicit Queue(bool isError) : fd(isError ? STDERR_FILENO : STDOUT_FILENO),
+                                   name(isError ? "standard error" : "standard output")
+    {
+    }
+
+    int                     fd;
+    const char             *name;
     std::mutex              mutex;
     std::condition_variable changed;
     std::string             waiting;
@@ -27,21 +34,22 @@ struct ErrorOutput::Queue {
     bool                    isDone = false;
 };
 
-ErrorOutput::ErrorOutput() : queue(std::make_shared<Queue>()), original(std::cerr.rdbuf(this))
+ServedOutput::ServedOutput(std::ostream &stream)
+    : queue(std::make_shared<Queue>(&stream == &std::cerr)), replaced(stream), original(stream.rdbuf(this))
 {
     std::thread([shared = queue] { run(*shared); }).detach();
 }
 
-ErrorOutput::~ErrorOutput()
+ServedOutput::~ServedOutput()
 {
-    std::cerr.rdbuf(original);
+    replaced.rdbuf(original);
     std::unique_lock<std::mutex> lock(queue->mutex);
     queue->isEnding = true;
     queue->changed.notify_all();
     queue->changed.wait_for(lock, LAST_WAIT, [this] { return queue->isDone; });
 }
 
-void ErrorOutput::run(Queue &queue)
+void ServedOutput::run(Queue &queue)
 {
     std::unique_lock<std::mutex> lock(queue.mutex);
     for (;;) {
@@ -52,17 +60,17 @@ void ErrorOutput::run(Queue &queue)
         text.swap(queue.waiting);
         if (queue.dropped > 0)
             text += "fins_plc: " + std::to_string(queue.dropped) +
-                    " lines are lost here: standard error is not read fast enough\n";
+                    " lines are lost here: " + queue.name + " is not read fast enough\n";
         queue.dropped = 0;
         lock.unlock();
-        writeAll(STDERR_FILENO, text); // what nobody can take any more is lost
+        writeAll(queue.fd, text); // what nobody can take any more is lost
         lock.lock();
     }
     queue.isDone = true;
     queue.changed.notify_all();
 }
 
-ErrorOutput::int_type ErrorOutput::overflow(int_type character)
+ServedOutput::int_type ServedOutput::overflow(int_type character)
 {
     const char single = traits_type::to_char_type(character);
     xsputn(&single, 1);
@@ -70,7 +78,7 @@ ErrorOutput::int_type ErrorOutput::overflow(int_type character)
 }
 
 // Lines are kept or dropped whole.
-std::streamsize ErrorOutput::xsputn(const char *text, std::streamsize count)
+std::streamsize ServedOutput::xsputn(const char *text, std::streamsize count)
 {
     line.append(text, static_cast<std::size_t>(count));
     if (line.empty() || line.back() != '\n')
