@@ -28,6 +28,13 @@ if(NOT SQLITE_INCLUDE_DIR OR NOT SQLITE_LIBRARY)
     message(FATAL_ERROR "SQLite is needed to publish; install the package libsqlite3-dev")
 endif()
 
+# What writes and reads the simulator's recordings as captures.
+find_path(PCAP_INCLUDE_DIR pcap/pcap.h)
+find_library(PCAP_LIBRARY pcap)
+if(NOT PCAP_INCLUDE_DIR OR NOT PCAP_LIBRARY)
+    message(FATAL_ERROR "libpcap is needed for captures; install the package libpcap-dev")
+endif()
+
 # What reads the files that people write; every program that does is made of it.
 set(FINS_DOCUMENTS
     ${PROJECT_SOURCE_DIR}/tools/common/descriptor.cpp

@@ -4,7 +4,8 @@
 #include "options/options.h"
 #include "options/profile.h"
 #include "plants/shipped_plants.h"
-#include "recording/replay.h"
+#include "proxy/run_proxy.h"
+#include "recording/replay_file.h"
 #include "server/server.h"
 #include "view/terminal.h"
 #include "view/view.h"
@@ -15,7 +16,6 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <iostream>
 #include <unistd.h>
@@ -94,19 +94,15 @@ bool openRecording(const Options &options, ConnectionOptions *connection)
         return refuse("--record: " + options.recordFile
                       + " is the file of --replay or --project and would be lost; choose another one");
     errno = 0;
-    connection->recorder = std::make_shared<Recorder>(options.recordFile, options.recordLimitKiB * 1024ull);
-    if (connection->recorder->isOpen())
+    connection->recorder = makeRecorder(options.recordFile, options.recordLimitKiB * 1024ull);
+    if (connection->recorder)
         return true;
     return refuse("--record: cannot write " + options.recordFile + ": " + std::strerror(errno));
 }
 
-bool loadReplay(const std::string &file, Replay &replay)
+bool readReplay(const std::string &file, Replay *replay)
 {
-    errno = 0;
-    std::ifstream text(file, std::ios::binary);
-    if (!text || text.peek() == std::ifstream::traits_type::eof())
-        return refuse("--replay: cannot read " + file + ": " + (errno != 0 ? std::strerror(errno) : "it is empty"));
-    const std::string wrong = replay.load(text, file);
+    const std::string wrong = loadReplay(file, replay);
     return wrong.empty() || refuse("--replay: " + wrong);
 }
 
@@ -128,14 +124,27 @@ bool isIgnored(int signalNumber)
     return sigaction(signalNumber, nullptr, &inherited) == 0 && inherited.sa_handler == SIG_IGN;
 }
 
-void serve(asio::io_context &io, Plc &plc, const Options &options, Server &server)
+void stopAtSignals(asio::signal_set &signals, asio::io_context &io)
 {
-    const ServedOutput errors(std::cerr);
-    asio::signal_set signals(io);
     for (const int number : {SIGINT, SIGTERM, SIGHUP})
         if (!isIgnored(number))
             signals.add(number);
     signals.async_wait([&io](const asio::error_code &, int) { io.stop(); });
+}
+
+void printReport(const Replay::Report &report)
+{
+    std::cerr << "fins_plc: " << report.known << " commands were in the recording, " << report.unknown << " were not"
+              << std::endl;
+    for (const std::string &request : report.requests)
+        std::cerr << "fins_plc: not in the recording: " << request << std::endl;
+}
+
+void serve(asio::io_context &io, Plc &plc, const Options &options, Server &server)
+{
+    const ServedOutput errors(std::cerr);
+    asio::signal_set signals(io);
+    stopAtSignals(signals, io);
     std::unique_ptr<PlantTimer> timer;
     if (plc.plant && !options.isStepped)
         timer = std::make_unique<PlantTimer>(io, *plc.plant, plc.period);
@@ -163,12 +172,28 @@ int listen(Plc &plc, const Options &options)
     try {
         server = std::make_unique<Server>(io, address, plc, connection, plc.nodes.limit());
     } catch (const asio::system_error &error) {
-        std::cerr << "fins_plc: cannot listen on " << address << ": " << error.code().message()
-                  << "; choose another --port (0 picks a free one) or --bind" << std::endl;
+        refuse(listenProblem(address, error.code()));
         return EXIT_NO_PORT;
     }
     serve(io, plc, options, *server);
+    if (plc.recorded)
+        printReport(plc.recorded->report());
     return EXIT_DONE;
+}
+
+int standBetween(const Options &options)
+{
+    ConnectionOptions connection = options.connection;
+    if (!openRecording(options, &connection))
+        return EXIT_BAD_USAGE;
+    ProxySettings settings = options.proxy;
+    settings.local = {asio::ip::make_address(options.address), options.port};
+    settings.witness = {connection.isTraced, connection.recorder};
+    asio::io_context io;
+    asio::signal_set signals(io);
+    stopAtSignals(signals, io);
+    const std::string problem = runProxy(io, settings);
+    return problem.empty() || refuse(problem) ? int(EXIT_DONE) : int(EXIT_NO_PORT);
 }
 
 bool preparePlant(const Options &options, Plc &plc)
@@ -206,7 +231,7 @@ int run(const Options &options)
     for (const std::string &fault : options.faults)
         plc.faults.set(fault);
     const bool isReady = checkTerminal(options) && preparePlant(options, plc) &&
-                         setContents(plc.controller.memory, options.contents) && (!plc.recorded || loadReplay(options.replayFile, replay));
+                         setContents(plc.controller.memory, options.contents) && (!plc.recorded || readReplay(options.replayFile, &replay));
     return isReady ? listen(plc, options) : int(EXIT_BAD_USAGE);
 }
 
@@ -222,7 +247,9 @@ int main(int argc, char **argv)
     try {
         plc::Options options;
         const int ended = plc::parseOptions(argc, argv, &options);
-        return ended >= 0 ? ended : plc::run(options);
+        if (ended >= 0)
+            return ended;
+        return options.proxy.host.empty() ? plc::run(options) : plc::standBetween(options);
     } catch (const std::exception &error) {
         std::fprintf(stderr, "fins_plc: %s\n", error.what());
         return plc::EXIT_NO_PORT;

@@ -28,6 +28,8 @@ const Console::Command Console::COMMANDS[] = {
     {"clients",    "",                                         "number of clients and their nodes", &Console::clients},
     {"disconnect", "",                                         "close all connections", &Console::disconnect},
     {"stats",      "",                                         "counts since the start", &Console::stats},
+    {"replay",     "",                                         "what the recording had, and what not",
+     &Console::replay},
     {"help",       "",                                         "the names of the commands", &Console::listCommands},
     {"quit",       "",                                         "end the simulator", &Console::leave},
 };
@@ -179,6 +181,15 @@ std::string Console::stats(Words &)
 {
     return fmt::format("ok connections={} requests={} replies={}", plc.stats.connections, plc.stats.requests,
                        plc.stats.replies);
+}
+
+std::string Console::replay(Words &)
+{
+    if (!plc.recorded)
+        return "error no recording is replayed; use --replay FILE";
+    const Replay::Report report = plc.recorded->report();
+    return fmt::format("ok known={} unknown={}{}{}", report.known, report.unknown, report.requests.empty() ? "" : " ",
+                       fmt::join(report.requests, "; "));
 }
 
 std::string Console::listCommands(Words &)

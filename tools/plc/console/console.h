@@ -51,6 +51,7 @@ private:
     std::string clients(Words &words);
     std::string disconnect(Words &words);
     std::string stats(Words &words);
+    std::string replay(Words &words);
     std::string listCommands(Words &words);
     std::string leave(Words &words);
 

@@ -46,6 +46,11 @@ public:
         return offset < length ? Slice(data + offset, length - offset) : Slice(data, 0);
     }
 
+    /// The first `count` bytes; all of them if there are fewer.
+    Slice upTo(std::size_t count) const { return Slice(data, count < length ? count : length); }
+
+    const std::uint8_t *begin() const { return data; }
+
 private:
     const std::uint8_t *data;
     std::size_t         length;

@@ -8,6 +8,7 @@
 
 #include <CLI/CLI.hpp>
 #include <iostream>
+#include <set>
 
 namespace plc {
 
@@ -20,7 +21,7 @@ std::string footer()
     return "Plants, with their addresses:\n" + plantHelp() + "\nFunctions in the expressions of plants:\n" +
            functionHelp() + "\nProfiles:\n" + profileHelp() +
            "\nProject file:\n" + projectHelp() +
-           "\nRecordings: lines SECONDS CLIENT < or > HEX, < received from the client, > sent to it. Replayed\n"
+           "\nRecordings: captures, or lines SECONDS CLIENT < or > HEX, < from the client, > to it. Replayed\n"
            "requests may differ in service ID and nodes; what is not in the recording is refused with end code 0401.\n"
            "\nFaults, each NAME[=VALUE][:AIM=VALUE,...][@PROBABILITY][#TIMES]:\n" + Faults::help() +
            "\nCommands on standard input, each answered by one line on standard output:\n" + Console::help() +
@@ -63,13 +64,30 @@ void addFileOptions(CLI::App &app, Options *options, Listings *listings)
 {
     app.add_option("--project", options->projectFile, "TOML file with settings and the memory's content at the start");
     app.add_option("--check-project", listings->projectToCheck, "check a project file, print every error, and end");
-    app.add_option("--record", options->recordFile, "write all frames to this file, which begins anew");
+    app.add_option_function<std::string>(
+           "--proxy", [options](const std::string &text) { parsePlcAddress(text, &options->proxy); },
+           "simulate nothing: stand between clients and the PLC at HOST[:PORT]")
+        ->check([](const std::string &text) {
+            ProxySettings tried;
+            return parsePlcAddress(text, &tried);
+        });
+    app.add_option("--record", options->recordFile,
+                   "write all frames to this file, which begins anew; a capture if it ends in .pcap");
     app.add_option("--record-limit", options->recordLimitKiB, "KiB after which a recording ends, 1 to 1048576")
         ->check(CLI::Range(1, 1048576))->capture_default_str();
-    app.add_option("--replay", options->replayFile, "answer with the replies of a recording");
+    app.add_option("--replay", options->replayFile, "answer with the replies of a recording, text or capture");
     app.add_flag("--view", options->isViewed, "live view of clients and memory on the terminal");
     app.add_flag("--plants", listings->plants, "print the plants and their addresses, and end");
     app.add_flag("--profiles", listings->profiles, "print the profiles, and end");
+}
+
+// What a proxy can use; of all else the PLC that it stands before decides.
+void checkProxyOptions(const CLI::App &app)
+{
+    const std::set<std::string> used = {"--proxy", "--port", "--bind", "--record", "--record-limit", "--trace"};
+    for (const CLI::Option *const option : app.get_options())
+        if (option->count() > 0 && used.count(option->get_name()) == 0)
+            throw CLI::ValidationError(option->get_name(), "a proxy simulates nothing; leave it out");
 }
 
 // Returns -1 to go on, or the exit code.
@@ -84,6 +102,8 @@ int parseCommandLine(int argc, char **argv, Options *options, Listings *listings
     addFileOptions(app, options, listings);
     try {
         app.parse(argc, argv);
+        if (!options->proxy.host.empty())
+            checkProxyOptions(app);
     } catch (const CLI::Success &helpOrVersion) {
         return app.exit(helpOrVersion);
     } catch (const CLI::ParseError &error) {

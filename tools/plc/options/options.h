@@ -3,6 +3,7 @@
 
 #include "console/cpu_texts.h"
 #include "cpu/controller.h"
+#include "proxy/run_proxy.h"
 #include "server/connection.h"
 
 #include <cstdint>
@@ -45,6 +46,7 @@ struct Options {
     std::string              recordFile; // empty: none
     unsigned                 recordLimitKiB = 65536;
     std::string              replayFile; // empty: none
+    ProxySettings            proxy; // without a host: none
     bool                     isViewed = false;
     ConnectionOptions        connection;
 };

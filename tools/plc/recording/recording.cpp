@@ -4,14 +4,11 @@
 
 #include <charconv>
 #include <fmt/format.h>
-#include <iostream>
 #include <sstream>
 
 namespace plc {
 
 namespace {
-
-const char HEADING[] = "# fins_plc recording: seconds, client, < received or > sent, frame\n";
 
 bool isTime(const std::string &text)
 {
@@ -67,34 +64,6 @@ std::string hexText(const Bytes &bytes) { return fmt::format("{:02X}", fmt::join
 std::string recordedLine(double seconds, unsigned client, char direction, const Bytes &bytes)
 {
     return fmt::format("{:.3f} {} {} {}", seconds, client, direction, hexText(bytes));
-}
-
-Recorder::Recorder(const std::string &path, std::uint64_t maxBytes)
-    : name(path), file(path, std::ios::binary | std::ios::trunc), limit(maxBytes), written(sizeof HEADING - 1)
-{
-    file << HEADING << std::flush;
-}
-
-void Recorder::add(unsigned client, char direction, const Bytes &bytes)
-{
-    if (!file.is_open())
-        return;
-    const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
-    const std::string line = recordedLine(seconds, client, direction, bytes) + "\n";
-    if (written + line.size() > limit) {
-        end("it has reached its size; --record-limit allows more");
-        return;
-    }
-    written += line.size();
-    file << line << std::flush;
-    if (!file)
-        end("it cannot be written any more");
-}
-
-void Recorder::end(const std::string &reason)
-{
-    file.close();
-    std::cerr << "fins_plc: the recording " << name << " ends: " << reason << std::endl;
 }
 
 } // namespace plc

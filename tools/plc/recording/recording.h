@@ -3,9 +3,6 @@
 
 #include "cpu/bytes.h"
 
-#include <chrono>
-#include <cstdint>
-#include <fstream>
 #include <string>
 
 // A session as text: one line a frame, with the seconds since the start, the number of the client, the direction
@@ -29,28 +26,6 @@ std::string hexText(const Bytes &bytes);
 
 /// The line of one frame, without its end.
 std::string recordedLine(double seconds, unsigned client, char direction, const Bytes &bytes);
-
-/// Writes a recording up to a size, and says on standard error when it ends before the simulator does.
-class Recorder {
-public:
-    /// Opens `path` anew. isOpen() tells whether that was possible.
-    Recorder(const std::string &path, std::uint64_t maxBytes);
-
-    bool isOpen() const { return file.is_open(); }
-
-    void add(unsigned client, char direction, const Bytes &bytes);
-
-private:
-    using Clock = std::chrono::steady_clock;
-
-    void end(const std::string &reason);
-
-    std::string       name;
-    std::ofstream     file;
-    std::uint64_t     limit;
-    std::uint64_t     written = 0;
-    Clock::time_point start = Clock::now();
-};
 
 } // namespace plc
 

@@ -1,5 +1,7 @@
 #include "server/connection.h"
 
+#include "recording/recording.h"
+
 #include <algorithm>
 #include <chrono>
 #include <iostream>
@@ -36,6 +38,8 @@ void Connection::start()
     asio::error_code ignored;
     socket.set_option(asio::ip::tcp::no_delay(true), ignored);
     socket.set_option(asio::socket_base::keep_alive(true), ignored);
+    if (options.recorder)
+        options.recorder->open(id, socket.remote_endpoint(ignored), socket.local_endpoint(ignored));
     readMore();
 }
 
@@ -49,6 +53,8 @@ void Connection::close()
     pause.cancel();
     stopDeadline();
     session.end();
+    if (options.recorder)
+        options.recorder->close(id, false);
     onEnd(id);
 }
 

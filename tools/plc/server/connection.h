@@ -1,7 +1,7 @@
 #ifndef PLC_SERVER_CONNECTION_H
 #define PLC_SERVER_CONNECTION_H
 
-#include "recording/recording.h"
+#include "recording/recorder.h"
 #include "server/session.h"
 
 #include <array>

@@ -1,6 +1,7 @@
 #include "server/server.h"
 
 #include <chrono>
+#include <sstream>
 #include <utility>
 
 namespace plc {
@@ -12,6 +13,14 @@ const std::size_t EXTRA_CONNECTIONS = 16;
 const int RETRY_MS = 100;
 
 } // namespace
+
+std::string listenProblem(const asio::ip::tcp::endpoint &address, const asio::error_code &error)
+{
+    std::ostringstream place;
+    place << address;
+    return "cannot listen on " + place.str() + ": " + error.message() +
+           "; choose another --port (0 picks a free one) or --bind";
+}
 
 Server::Server(asio::io_context &context, const asio::ip::tcp::endpoint &address, Plc &state,
                const ConnectionOptions &settings, std::size_t clients)

@@ -6,11 +6,15 @@
 #include <asio.hpp>
 #include <map>
 #include <memory>
+#include <string>
 #include <vector>
 
 // The listening socket and the connections that came in through it.
 
 namespace plc {
+
+/// Why an address cannot be listened on, and how to mend it.
+std::string listenProblem(const asio::ip::tcp::endpoint &address, const asio::error_code &error);
 
 class Server {
 public:
