@@ -5,6 +5,7 @@
 
 #include <arpa/inet.h>
 #include <cctype>
+#include <cerrno>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -68,6 +69,12 @@ public:
             throw std::runtime_error("no connection to port " + std::to_string(port));
     }
 
+    // The other end of a connection: a socket that was accepted, from now on the object's.
+    struct Accepted {
+        int fd;
+    };
+    explicit TcpClient(Accepted accepted) : fd_(accepted.fd) {}
+
     TcpClient(const TcpClient &) = delete;
     TcpClient &operator=(const TcpClient &) = delete;
 
@@ -86,6 +93,14 @@ public:
         if (fd_ >= 0)
             close(fd_);
         fd_ = -1;
+    }
+
+    // Ends the connection by a reset.
+    void reset()
+    {
+        const linger atOnce = {1, 0};
+        setsockopt(fd_, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+        disconnect();
     }
 
     // Ends the sending side only.
@@ -135,6 +150,19 @@ public:
             bytes.insert(bytes.end(), buffer, buffer + n);
         return hexOfBytes(bytes);
     }
+
+    // Takes what is there until the peer ends. Returns whether it did so by a reset.
+    bool endsByReset()
+    {
+        std::uint8_t buffer[65536];
+        ssize_t n = 0;
+        do
+            n = receiveSome(buffer, sizeof buffer);
+        while (n > 0);
+        return n < 0 && errno == ECONNRESET;
+    }
+
+    int descriptor() const { return fd_; }
 
 private:
     static int connectTo(int port)

@@ -10,12 +10,13 @@
 #include <string>
 
 // A client's connection together with the one to the PLC that was made for it. Bytes go on unchanged and at once, and
-// nothing else does. Each way holds one buffer: it reads again when the other side has taken all of that. The end of one
-// side's sending, and a reset, go on, too.
+// nothing else does. Each way holds one buffer: it reads again when the other side has taken all of that. The end of
+// one side's sending, and a reset, go on, too.
 
 namespace plc {
 
-using PlcPlaces = asio::ip::tcp::resolver::results_type; // the PLC's addresses, which are tried in turn
+/// The PLC's addresses, which are tried in turn.
+using PlcPlaces = asio::ip::tcp::resolver::results_type;
 
 class Link : public std::enable_shared_from_this<Link> {
 public:

@@ -38,7 +38,8 @@ std::string parsePlcAddress(const std::string &text, ProxySettings *settings)
     const std::size_t portFrom = isBracketed && hostEnd != std::string::npos ? hostEnd + 1 : hostEnd;
     const std::string rest = portFrom < text.size() ? text.substr(portFrom) : "";
     unsigned port = 0;
-    const bool isPort = rest.empty() || (rest[0] == ':' && readNumber(rest.substr(1), port) && port > 0 && port < 65536);
+    const bool isPort =
+        rest.empty() || (rest[0] == ':' && readNumber(rest.substr(1), port) && port > 0 && port < 65536);
     const bool isHost = !host.empty() && (!isBracketed || hostEnd != std::string::npos);
     if (!isHost || !isPort)
         return "'" + text + "' is no address of a PLC; use HOST, HOST:PORT or [IPV6]:PORT";

@@ -17,8 +17,8 @@ struct ProxySettings {
 /// Splits HOST, HOST:PORT or [IPV6]:PORT. Returns an empty text, or what is wrong; then `settings` is untouched.
 std::string parsePlcAddress(const std::string &text, ProxySettings *settings);
 
-/// Stands between clients and a PLC until `io` is stopped or the line `quit` comes. Returns an empty text at the end, or
-/// what is in the way of a beginning.
+/// Stands between clients and a PLC until `io` is stopped or the line `quit` comes. Returns an empty text at the end,
+/// or what is in the way of a beginning.
 std::string runProxy(asio::io_context &io, const ProxySettings &settings);
 
 } // namespace plc

@@ -3,8 +3,7 @@
 #include "recording/captured_packet.h"
 #include "recording/frame_splitter.h"
 
-#include <array>
-#include <cstring>
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <pcap/pcap.h>
@@ -56,10 +55,10 @@ public:
     {
         std::string text;
         if (unreadable > 0)
-            text = std::to_string(unreadable) + " packets are left out: cut short, fragments, or over IPv6";
+            text = "packets left out, cut short, fragments, or over IPv6: " + std::to_string(unreadable);
         if (gaps > 0)
-            text += (text.empty() ? "" : "; ") + std::to_string(gaps) +
-                    " pieces of streams are missing, or not in their order";
+            text += (text.empty() ? "" : "; ") + std::string("pieces of streams missing, or not in their order: ") +
+                    std::to_string(gaps);
         return text;
     }
 
@@ -112,11 +111,11 @@ private:
         return fresh;
     }
 
-    Sink                                                      take;
+    Sink                                                    take;
     std::map<std::pair<Segment::End, Segment::End>, Stream> streams; // by their ends, the lower one first
-    unsigned                                                  count = 0;
-    unsigned                                                  unreadable = 0;
-    unsigned                                                  gaps = 0;
+    unsigned                                                count = 0;
+    unsigned                                                unreadable = 0;
+    unsigned                                                gaps = 0;
 };
 
 std::string linkTypeText(int linkType)

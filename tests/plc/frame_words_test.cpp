@@ -1,0 +1,111 @@
+#include "words/frame_words.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+plc::Bytes bytesOf(const std::string &hex)
+{
+    plc::Bytes bytes;
+    std::string digits;
+    for (const char c : hex) {
+        if (c != ' ')
+            digits += c;
+        if (digits.size() == 2) {
+            bytes.push_back(static_cast<std::uint8_t>(std::stoul(digits, nullptr, 16)));
+            digits.clear();
+        }
+    }
+    return bytes;
+}
+
+struct Row {
+    const char *hex;
+    const char *words;
+};
+
+} // namespace
+
+TEST(FrameWordsTest, Commands)
+{
+    const Row rows[] = {
+        {"0101 82 0064 00 000A", "READ DM 100, 10 words"},
+        {"0101 30 0000 05 0001", "READ CIO 0.5, 1 bit"},
+        {"0101 B1 01FF 00 0001", "READ WR 511, 1 word"},
+        {"0101 89 0005 00 0002", "READ T 5, 2 values"},
+        {"0101 89 8006 00 0001", "READ C 6, 1 value"},
+        {"0101 09 8006 00 0001", "READ C 6, 1 flag"},
+        {"0101 AC 0007 00 0003", "READ EM bank C 7, 3 words"},
+        {"0101 E8 0001 0F 0001", "READ EM bank 18 1.15, 1 bit"},
+        {"0101 46 0001 00 0002", "READ TK 1, 2 statuses"},
+        {"0101 55 0064 00 000A", "READ area 55 100.0, 10 items"},
+        {"0101 82 0064", "READ with 820064"},
+        {"0102 82 0064 00 0001 1234", "WRITE DM 100, 1 word"},
+        {"0103 82 0064 00 000A BEEF", "FILL DM 100, 10 words with BEEF"},
+        {"0104 82 0064 00 30 0001 02", "READ MANY DM 100, CIO 1.2"},
+        {"0104", "READ MANY"},
+        {"0105 82 0064 00 B1 0003 00 0002", "TRANSFER DM 100 to WR 3, 2 words"},
+        {"0401", "RUN in MONITOR"},
+        {"0401 FFFF 04", "RUN in RUN"},
+        {"0401 FFFF 07", "RUN in mode 07"},
+        {"0402", "STOP"},
+        {"0402 FFFF", "STOP with FFFF"},
+        {"2102 0000 0014", "ERROR LOG READ with 00000014"},
+        {"9999", "command 9999"},
+        {"9999 00", "command 9999 with 00"},
+        {"0801 00112233445566778899AABBCCDDEEFF 00",
+         "LOOPBACK TEST with 00112233445566778899AABBCCDDEEFF... (17 bytes)"},
+    };
+    for (const Row &row : rows)
+        EXPECT_EQ(plc::commandWords(plc::Slice(bytesOf(row.hex))), row.words) << row.hex;
+}
+
+TEST(FrameWordsTest, ManyPlacesAreCounted)
+{
+    std::string list = "0104";
+    for (int i = 0; i < 10; ++i)
+        list += " 82 0001 00";
+    EXPECT_EQ(plc::commandWords(plc::Slice(bytesOf(list))),
+              "READ MANY DM 1, DM 1, DM 1, DM 1, DM 1, DM 1, DM 1, DM 1 and 2 more");
+}
+
+TEST(FrameWordsTest, EndCodes)
+{
+    const struct {
+        unsigned    code;
+        const char *words;
+    } rows[] = {
+        {0x0000, "normal end"},
+        {0x1103, "1103 first address out of range"},
+        {0x0040, "0040 normal end, CPU unit has a non-fatal error"},
+        {0x1141, "1141 area code unknown, CPU unit has a non-fatal error"},
+        {0x00C0, "00C0 normal end, CPU unit has a fatal error"},
+        {0x8205, "8205 response timeout, at a relay"}, // 0205 of a unit on the way
+        {0x7737, "7737 unknown end code"},
+    };
+    for (const auto &row : rows)
+        EXPECT_EQ(plc::endCodeWords(row.code), row.words);
+}
+
+TEST(FrameWordsTest, Frames)
+{
+    const Row rows[] = {
+        {"46494E53 0000000C 00000000 00000000 00000000", "asks for a node"},
+        {"46494E53 0000000C 00000000 00000000 00000005", "asks for node 5"},
+        {"46494E53 00000010 00000001 00000000 000000EF 00000001", "client has node 239, PLC node 1"},
+        {"46494E53 00000010 00000001 00000021 00000000 00000000",
+         "node refused: error 21, the node is connected already"},
+        {"46494E53 00000008 00000003 00000003", "error notice: error 03, command not supported"},
+        {"46494E53 00000008 00000006 00000000", "confirms the connection"},
+        {"46494E53 00000008 00000009 00000000", "FINS/TCP command 9"},
+        {"46494E53 0000000A 00000002 00000000 8000", "FINS frame of 2 bytes, too short"},
+        {"46494E53 00000014 00000002 00000000 81000200010000EF005A 0402", "SID 5A STOP, no response wanted"},
+        {"46494E53 00000014 00000002 00000000 C0000200EF000001005A 0402", "SID 5A STOP: no end code"},
+        {"46494E53 00000017 00000002 00000000 C0000200EF000001005A 0101 0000 01",
+         "SID 5A READ: normal end, 1 byte"},
+        {"46494E53 00000016 00000002 00000000 C0000200EF000001005A 0402 2203",
+         "SID 5A STOP: 2203 CPU unit is in PROGRAM mode"},
+    };
+    for (const Row &row : rows)
+        EXPECT_EQ(plc::frameWords(bytesOf(row.hex)), row.words) << row.hex;
+}
