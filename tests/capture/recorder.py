@@ -93,36 +93,48 @@ def hex_dump(segments):
     return "".join(f"{direction}\n0000 {segment.hex(' ')}\n" for direction, segment in segments)
 
 
-def packets_of(segments):
-    """The packets of a connection as tshark decodes them, with the ways they go: (REQUEST or REPLY, XML element)."""
-    with tempfile.TemporaryDirectory() as folder:
-        capture = Path(folder) / "session.pcap"
-        subprocess.run(["text2pcap", "-q", "-D", "-T", "9600,50000", "-", str(capture)], input=hex_dump(segments),
-                       text=True, check=True, capture_output=True, timeout=DEADLINE_S)
-        pdml = subprocess.run(["tshark", "-r", str(capture), "-T", "pdml"], check=True, capture_output=True,
-                              timeout=DEADLINE_S).stdout
+def packets_in(capture, *options):
+    """The packets of a file as tshark decodes them, with the ways they go: (REQUEST or REPLY, XML element)."""
+    pdml = subprocess.run(["tshark", "-r", str(capture), *options, "-T", "pdml"], check=True, capture_output=True,
+                          timeout=DEADLINE_S).stdout
     for packet in xml.etree.ElementTree.fromstring(pdml).iter("packet"):
         ports = {field.get("name"): field.get("show") for field in packet.iter("field")}
         yield REQUEST if ports["tcp.dstport"] == "9600" else REPLY, packet
 
 
-def read_by_tshark(segments):
-    """Every FINS/TCP frame that tshark finds in a connection: (REQUEST or REPLY, {field: value}).
+def packets_of(segments):
+    """The same of a connection."""
+    with tempfile.TemporaryDirectory() as folder:
+        capture = Path(folder) / "session.pcap"
+        subprocess.run(["text2pcap", "-q", "-D", "-T", "9600,50000", "-", str(capture)], input=hex_dump(segments),
+                       text=True, check=True, capture_output=True, timeout=DEADLINE_S)
+        yield from packets_in(capture)
 
-    Fails when a frame is malformed, and when the frames found do not account for every byte.
-    """
+
+def frames_of(packets):
+    """Every FINS/TCP frame in the packets: (REQUEST or REPLY, {field: value}). Fails when one is malformed."""
     frames = []
-    lengths = {REQUEST: 0, REPLY: 0}
-    for direction, packet in packets_of(segments):
-        protocols = {proto.get("name") for proto in packet.iter("proto")}
-        if "_ws.malformed" in protocols:
-            raise AssertionError("tshark calls a frame malformed:\n" + hex_dump(segments))
+    for direction, packet in packets:
+        if "_ws.malformed" in {proto.get("name") for proto in packet.iter("proto")}:
+            raise AssertionError("tshark calls a frame malformed")
         for proto in packet.iter("proto"):
-            if proto.get("name") != "omron":
-                continue
-            frame = {field.get("name"): field.get("show") for field in proto.iter("field")}
-            frames.append((direction, frame))
-            lengths[direction] += 8 + int(frame["omron.tcp.length"])
+            if proto.get("name") == "omron":
+                frames.append((direction, {field.get("name"): field.get("show") for field in proto.iter("field")}))
+    return frames
+
+
+def read_capture(capture, *options):
+    """Every FINS/TCP frame that tshark finds in a file, see frames_of()."""
+    return frames_of(packets_in(capture, *options))
+
+
+def read_by_tshark(segments):
+    """Every FINS/TCP frame that tshark finds in a connection, see frames_of(). Fails when the frames do not account for every
+    byte."""
+    frames = frames_of(packets_of(segments))
+    lengths = {REQUEST: 0, REPLY: 0}
+    for direction, frame in frames:
+        lengths[direction] += 8 + int(frame["omron.tcp.length"])
     for direction, length in lengths.items():
         sent = sum(len(segment) for way, segment in segments if way == direction)
         if sent != length:
