@@ -108,7 +108,7 @@ TEST_F(PlcCommandTest, UnknownCommands)
 {
     start();
     PlcClient client(port);
-    for (const char *command : {"0000", "0100", "0103", "0104", "0201", "0400", "0403", "0503", "0602", "0703", "FFFF"})
+    for (const char *command : {"0000", "0100", "0106", "0107", "0201", "0400", "0403", "0503", "0602", "0703", "FFFF"})
         EXPECT_EQ(client.ask(command), plainHex(command + std::string("0401"))) << command;
 }
 

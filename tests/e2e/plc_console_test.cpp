@@ -61,10 +61,25 @@ TEST_F(PlcConsoleTest, EveryType)
     EXPECT_EQ(tell("read DM_bit:3.0:3"), "ok 1 0 1");
 }
 
+TEST_F(PlcConsoleTest, ReadsAndWritesBanksAndRegisters)
+{
+    start();
+    EXPECT_EQ(tell("write E18:32767 65535"), "ok");
+    EXPECT_EQ(tell("read E18_bit:32767.15"), "ok 1");
+    EXPECT_EQ(tell("write BANK:0 24"), "ok");
+    EXPECT_EQ(tell("read E:32766:2"), "ok 0 65535");
+    EXPECT_EQ(tell("write IR:15 4294967295"), "ok");
+    EXPECT_EQ(tell("read IR:14:2"), "ok 0 4294967295");
+    EXPECT_EQ(tell("write TK:3 1"), "ok");
+    EXPECT_EQ(tell("read TK:2:3"), "ok 0 1 0");
+    EXPECT_EQ(tell("read CF_bit:1.13:2"), "ok 1 0");
+}
+
 TEST_F(PlcConsoleTest, RefusesBadPlaces)
 {
     start();
-    const std::string types = "types are CIO WR HR AR DM T C and CIO_bit WR_bit HR_bit AR_bit DM_bit";
+    const std::string types = "types are CIO WR HR AR DM T C E0 to EF E10 to E18 E BANK DR IR TK CF, and CIO_bit WR_bit "
+                              "HR_bit AR_bit DM_bit E0_bit to E18_bit E_bit CF_bit";
     expectError("read", "'' is no TYPE:ADDRESS; " + types);
     expectError("read DM", "'DM' is no TYPE:ADDRESS; " + types);
     expectError("read EM:0", "'EM:0' is no TYPE:ADDRESS; " + types);
@@ -95,8 +110,11 @@ TEST_F(PlcConsoleTest, RefusesBadValuesAndWritesNothing)
     expectError("write DM_bit:0.0 1 2", "'2' is no value from 0 to 1");
     expectError("write DM:32766 1 2 3", "'3' is no count from 1 to 2");
     expectError("write DM:0:3 1 2", "2 values for 3 items");
-    expectError("write XX:0 1", "'XX:0' is no TYPE:ADDRESS; types are CIO WR HR AR DM T C and CIO_bit WR_bit HR_bit "
-                                "AR_bit DM_bit");
+    expectError("write XX:0 1", "'XX:0' is no TYPE:ADDRESS; types are CIO WR HR AR DM T C E0 to EF E10 to E18 E BANK DR IR "
+                                "TK CF, and CIO_bit WR_bit HR_bit AR_bit DM_bit E0_bit to E18_bit E_bit CF_bit");
+    expectError("write CF_bit:1.2 1", "CF_bit:1.2 is made by the CPU unit at every moment; it cannot be written");
+    expectError("write IR:0 4294967296", "'4294967296' is no value from 0 to 4294967295");
+    expectError("write TK:0 2", "'2' is no value from 0 to 1");
     EXPECT_EQ(tell("read DM:0:2"), "ok 0 0");
     EXPECT_EQ(tell("read DM:32766:2"), "ok 0 0");
     EXPECT_EQ(tell("write DM:0:2 65535 0"), "ok");

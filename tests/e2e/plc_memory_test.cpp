@@ -179,7 +179,7 @@ TEST_F(PlcMemoryTest, UnknownAreaCodes)
 {
     start();
     PlcClient client(port);
-    for (const char *code : {"00", "01", "03", "08", "0A", "2F", "34", "81", "83", "88", "8A", "AF", "B4", "FF"}) {
+    for (const char *code : {"00", "01", "03", "08", "0B", "34", "69", "81", "83", "88", "8A", "B4", "E9", "FF"}) {
         EXPECT_EQ(client.ask(std::string("0101") + code + "0000 00 0001"), plainHex("0101 1101")) << code;
         EXPECT_EQ(client.ask(std::string("0102") + code + "0000 00 0001 0000"), plainHex("0102 1101")) << code;
     }

@@ -76,7 +76,9 @@ std::string Console::write(Words &words)
     std::string wrong = parsePlace(place, plc.controller.memory, &span);
     if (!wrong.empty())
         return "error " + wrong;
-    const unsigned most = span.access == Access::BIT ? 1 : 65535;
+    if (isComputed(span))
+        return "error " + place + " is made by the CPU unit at every moment; it cannot be written";
+    const unsigned most = largestValue(span);
     std::vector<unsigned> values;
     for (std::string word; words >> word;) {
         unsigned value = 0;

@@ -18,6 +18,7 @@ enum EndCode : unsigned {
     END_NO_AREA            = 0x1101, // memory-area code unknown
     END_START_OUT_OF_RANGE = 0x1103, // first address is not in the area
     END_RANGE_EXCEEDED     = 0x1104, // last address is not in the area
+    END_SIZES_DIFFER       = 0x1105, // items of source and destination have not the same size
     END_NO_PROGRAM         = 0x1106, // no program of that number
     END_RESPONSE_TOO_LONG  = 0x110B,
     END_PARAMETER_ERROR    = 0x110C,
@@ -36,14 +37,15 @@ enum : unsigned { END_FLAG_NON_FATAL = 0x0040, END_FLAG_FATAL = 0x0080, END_FLAG
 enum TcpError : unsigned {
     TCP_OK                  = 0x00,
     TCP_NOT_FINS            = 0x01, // the header does not begin with "FINS"
-    TCP_LENGTH              = 0x02, // length outside the bounds of the command
+    TCP_LENGTH              = 0x02, // length above the bounds of the command
     TCP_UNSUPPORTED_COMMAND = 0x03,
     TCP_ALL_IN_USE          = 0x20, // all connections are in use
     TCP_NODE_IN_USE         = 0x21, // the node is connected already
     TCP_ADDRESS_PROTECTED   = 0x22, // the client's IP address is not among those that are let in
     TCP_NODE_OUT_OF_RANGE   = 0x23, // client node address out of range
     TCP_NODE_IS_SERVER      = 0x24, // client and server have the same node address
-    TCP_NO_NODE_LEFT        = 0x25  // all node addresses for automatic allocation are in use
+    TCP_NO_NODE_LEFT        = 0x25, // all node addresses for automatic allocation are in use
+    TCP_TOO_SHORT           = 0x100 // length below the bounds: no code says so, the connection ends without one
 };
 
 } // namespace plc

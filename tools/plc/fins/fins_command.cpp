@@ -16,6 +16,9 @@ struct Command {
 const Command COMMANDS[] = {
     {0x0101, readMemory},
     {0x0102, writeMemory},
+    {0x0103, fillMemory},
+    {0x0104, readMultiple},
+    {0x0105, transferMemory},
     {0x0401, run},
     {0x0402, stop},
     {0x0501, readControllerData},
@@ -32,6 +35,8 @@ const Command COMMANDS[] = {
     {0x2101, clearErrors},
     {0x2102, readErrorLog},
     {0x2103, clearErrorLog},
+    {0x2301, forceBits},
+    {0x2302, releaseBits},
 };
 
 } // namespace

@@ -9,10 +9,10 @@ namespace plc {
 namespace {
 
 const Profile PROFILES[] = {
-    //                                                      CIO   WR    HR   AR     DM     T     C
-    {"cj2",   "CJ2, the default",              16, FINS_FRAME_MAX, {6144, 512, 1536, 960, 32768, 4096, 4096}},
-    {"cp1l",  "small, with the large areas",    2, 540,            {6144, 512,  512, 960, 32768, 4096, 4096}},
-    {"small", "small, with little memory",      2, 540,            { 290, 100,   50, 754,  2048,  256,  256}},
+    //                                                       CIO   WR    HR   AR     DM     T     C     EM
+    {"cj2",   "CJ2, the default",              16, FINS_FRAME_MAX, {{6144, 512, 1536, 960, 32768, 4096, 4096}, 25}},
+    {"cp1l",  "small, with the large areas",    2, 540,            {{6144, 512,  512, 960, 32768, 4096, 4096}, 0}},
+    {"small", "small, with little memory",      2, 540,            {{ 290, 100,   50, 754,  2048,  256,  256}, 0}},
 };
 
 } // namespace
@@ -35,15 +35,16 @@ std::string profileNames()
 
 std::string profileHelp()
 {
-    std::string text = "  name   clients  message    CIO   WR    HR   AR     DM     T     C\n";
+    std::string text = "  name   clients  message    CIO   WR    HR   AR     DM     T     C  EM\n";
     for (const Profile &profile : PROFILES) {
-        const AreaSizes &sizes = profile.sizes;
-        text += fmt::format("  {:<6} {:7}  {:7}  {:5}  {:3}  {:4}  {:3}  {:5}  {:4}  {:4}  {}\n", profile.name,
-                            profile.clients, profile.messageMax, sizes[AREA_CIO], sizes[AREA_WR], sizes[AREA_HR],
-                            sizes[AREA_AR], sizes[AREA_DM], sizes[AREA_T], sizes[AREA_C], profile.meaning);
+        const auto &words = profile.sizes.words;
+        text += fmt::format("  {:<6} {:7}  {:7}  {:5}  {:3}  {:4}  {:3}  {:5}  {:4}  {:4}  {:2}  {}\n", profile.name,
+                            profile.clients, profile.messageMax, words[AREA_CIO], words[AREA_WR], words[AREA_HR],
+                            words[AREA_AR], words[AREA_DM], words[AREA_T], words[AREA_C], profile.sizes.emBanks,
+                            profile.meaning);
     }
     return text + "  Message: bytes of a FINS command or response, header included. A longer command is refused with\n"
-                  "  end code 1001, a read whose response would be longer with 110B. Areas: number of words.\n";
+                  "  end code 1001, a read whose response would be longer with 110B. Areas: number of words; EM: of banks.\n";
 }
 
 } // namespace plc

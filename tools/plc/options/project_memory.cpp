@@ -53,7 +53,7 @@ std::vector<unsigned> textWords(const std::string &text, bool isLowByteFirst)
 // One value or a list of them, of one type, on its way into words or bits.
 class ContentReader {
 public:
-    ContentReader(Access placeAccess, Problems &found) : access(placeAccess), problems(found) {}
+    ContentReader(const Span &span, Problems &found) : place(span), problems(found) {}
 
     /// Adds the items of a number, a list of numbers, a boolean or a text. Returns whether nothing was wrong.
     bool add(const toml::node &node);
@@ -74,12 +74,15 @@ private:
         problems.add(node, text);
         return false;
     }
+    bool isBit() const { return place.access != Access::WORD; }
+    bool isWide() const { return largestValue(place) > 0xFFFFu; }
     bool addBit(const toml::node &node);
+    bool addWide(const toml::node &node);
     bool addText(const toml::node &node, bool isLowByteFirst);
     bool addList(const toml::array &list, const ValueType *type);
     bool addString(const toml::table &table);
 
-    Access    access;
+    Span      place;
     Problems &problems;
 };
 
@@ -90,6 +93,15 @@ bool ContentReader::addBit(const toml::node &node)
     if (!boolean && !(integer && (integer->get() == 0 || integer->get() == 1)))
         return fail(node, "a bit is true, false, 0 or 1");
     items.push_back(boolean ? (boolean->get() ? 1 : 0) : static_cast<unsigned>(integer->get()));
+    return true;
+}
+
+bool ContentReader::addWide(const toml::node &node)
+{
+    const auto *integer = node.as_integer();
+    if (!integer || integer->get() < 0 || integer->get() > 0xFFFFFFFFLL)
+        return fail(node, "an index register takes a number from 0 to 4294967295");
+    items.push_back(static_cast<unsigned>(integer->get()));
     return true;
 }
 
@@ -121,8 +133,10 @@ bool ContentReader::add(const toml::node &node)
 {
     if (const toml::array *list = node.as_array())
         return addList(*list, nullptr);
-    if (access == Access::BIT)
+    if (isBit())
         return addBit(node);
+    if (isWide())
+        return addWide(node);
     if (node.is_string())
         return addText(node, false);
     if (node.is_floating_point())
@@ -165,8 +179,10 @@ bool ContentReader::addString(const toml::table &table)
 
 bool ContentReader::addTable(const toml::table &table)
 {
-    if (access == Access::BIT)
+    if (isBit())
         return fail(table, "a bit has no type; use true or false");
+    if (isWide())
+        return fail(table, "an index register has no type; use a number");
     if (table.get("string"))
         return addString(table);
     const std::vector<TomlMember> members = membersOf(table);
@@ -206,7 +222,11 @@ void readMember(const TomlMember &member, const Memory &memory, Problems &proble
         problems.add(*member.key, wrong);
         return;
     }
-    ContentReader reader(content.place.access, problems);
+    if (isComputed(content.place)) {
+        problems.add(*member.key, place + " is made by the CPU unit at every moment; leave it out");
+        return;
+    }
+    ContentReader reader(content.place, problems);
     const toml::table *const table = member.value->as_table();
     if (!(table ? reader.addTable(*table) : reader.add(*member.value)))
         return;
