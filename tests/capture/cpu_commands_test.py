@@ -88,10 +88,10 @@ SESSION = [
     ("0C01FFFF", PROGRAM, "0C010000", END),
     ("0C02FFFF", PROGRAM, "0C020000", END),
     ("0C03FFFF", PROGRAM, "0C030000", END),
-    ("050100", ["command.data=00"], f"05010000{MODEL}{VERSION}{'00' * 40}00051780000800000000{'00' * 2}", [
+    ("050100", ["command.data=00"], f"05010000{MODEL}{VERSION}0018{'00' * 38}00051780000819000000{'00' * 2}", [
         *END, "controller.model=CJ2M-CPU31          ", "controller.version=02.01", "system.use=",
         "area_data.program_area_size=5", "area_data.iom_size=23", "area_data.dm_words=32768",
-        "area_data.timer_size=8", "area_data.dm_size=0", "area_data.num_steps=0", "area_data.memory_card=0",
+        "area_data.timer_size=8", "area_data.dm_size=25", "area_data.num_steps=0", "area_data.memory_card=0",
         "area_data.memory_card.size=0"]),
     ("050101", ["command.data=01"], f"050100008000{'00' * 30}{'00' * 32}000040", [
         *END, "cpubus_unit.no0=32768", *(f"cpubus_unit.no{unit}=0" for unit in range(1, 16)),

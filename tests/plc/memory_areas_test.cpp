@@ -169,7 +169,7 @@ TEST_F(MemoryAreasTest, TheCurrentBankIsTheOneOfItsNumber)
 
 TEST_F(MemoryAreasTest, AProfileHasAsManyBanksAsItSays)
 {
-    controller.memory = plc::Memory({{290, 100, 50, 754, 2048, 256, 256}, 2});
+    controller.fit({{290, 100, 50, 754, 2048, 256, 256}, 2});
     expect("0101 A1 7FFF 00 0001", "0101 0000 0000");
     expect("0101 A2 0000 00 0001", "0101 1101");
     expect("0101 21 7FFF 0F 0001", "0101 0000 00");
@@ -219,6 +219,16 @@ TEST_F(MemoryAreasTest, PulsesFollowTheClock)
         expect("0101 07 0001 00 0010", std::string("0101 0000") + moment.pulses + "00 00 00 00 00 00 00 00 01 00 00");
         expect("0101 07 0000 00 0010", "0101 0000" + std::string(32, '0'));
     }
+}
+
+TEST_F(MemoryAreasTest, PulsesGoByTheStepsOfAClockThatStandsStill)
+{
+    controller.fit(plc::fullSizes());
+    controller.clock.standStill();
+    expect("0101 07 0001 00 0005", "0101 0000 01 01 01 01 01");
+    controller.clock.advance(std::chrono::milliseconds(510));
+    expect("0101 07 0001 00 0005", "0101 0000 01 00 00 00 01");
+    expect("0101 07 0001 00 0005", "0101 0000 01 00 00 00 01");
 }
 
 TEST_F(MemoryAreasTest, PulsesPulseByTheMachinesClockUntilAnotherIsGiven)

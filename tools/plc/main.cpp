@@ -217,7 +217,7 @@ int run(const Options &options)
 {
     const Profile &profile = *findProfile(options.profile);
     Plc plc(options.node, options.clients != 0 ? options.clients : profile.clients, options.seed);
-    plc.controller.memory = Memory(profile.sizes);
+    plc.controller.fit(profile.sizes);
     plc.controller.messageMax = profile.messageMax;
     plc.controller.mode = options.mode;
     plc.controller.calendar.beginLocal(plc.controller.clock.now());

@@ -50,6 +50,12 @@ bool parseMode(const std::string &name, Mode *mode)
     return false;
 }
 
+void Controller::fit(const AreaSizes &sizes)
+{
+    memory = Memory(sizes);
+    memory.follow([this] { return clock.now(); });
+}
+
 void Controller::changeMode(Mode wanted)
 {
     const bool isStartOrStop = (mode == Mode::PROGRAM) != (wanted == Mode::PROGRAM);

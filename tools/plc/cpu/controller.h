@@ -38,6 +38,13 @@ struct CycleTime {
 };
 
 struct Controller {
+    Controller() { fit(fullSizes()); }
+    Controller(const Controller &) = delete;
+    Controller &operator=(const Controller &) = delete;
+
+    /// Memory of these sizes, all of it 0, whose clock pulses go by the clock.
+    void fit(const AreaSizes &sizes);
+
     Memory   memory;
     Clock    clock;
     unsigned messageMax = FINS_FRAME_MAX;   // bytes of a command or response, FINS header included

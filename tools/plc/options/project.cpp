@@ -148,7 +148,7 @@ static std::vector<std::string> plantProblems(const Options &options)
 {
     Controller unused;
     std::vector<std::string> problems;
-    unused.memory = Memory(findProfile(options.profile)->sizes);
+    unused.fit(findProfile(options.profile)->sizes);
     if (!options.plant.empty())
         makePlant(options.plant, unused, options.seed, &problems);
     return problems;

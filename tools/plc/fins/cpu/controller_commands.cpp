@@ -18,19 +18,21 @@ enum : unsigned { MODEL_SIZE = 20, VERSION_SIZE = 20, BUS_UNITS = 16 };
 // 80 12 area data
 void addModel(const Controller &controller, Bytes &data)
 {
-    const unsigned SYSTEM_USE_SIZE = 40;
+    const unsigned SYSTEM_USE_REST = 38;
     const unsigned PROGRAM_K = 5;
     const unsigned IO_K = 23;
     const unsigned K = 1024;
     const Memory &memory = controller.memory;
     addText(data, controller.identity.model, MODEL_SIZE);
     addText(data, controller.identity.version, VERSION_SIZE, '\0');
-    addText(data, "", SYSTEM_USE_SIZE, '\0');
+    add8 (data, 0);  // DIP switch
+    add8 (data, memory.emBanks() != 0 ? memory.emBanks() - 1 : 0);
+    addText(data, "", SYSTEM_USE_REST, '\0');
     add16(data, PROGRAM_K);
     add8 (data, IO_K);
     add16(data, memory.size(AREA_DM));
     add8 (data, (memory.size(AREA_T) + memory.size(AREA_C)) / K);
-    add8 (data, 0);  // EM banks
+    add8 (data, memory.emBanks());
     add16(data, 0);
     add8 (data, 0);  // kind of memory card: none
     add16(data, 0);  // size of the memory card
