@@ -172,12 +172,51 @@ TEST_F(PlcNodeTest, ConnectionsWithoutNodeNeverCostAClientItsPlace)
     EXPECT_EQ(client.ask("0402"), plainHex("0402 0000"));
 }
 
-TEST_F(PlcNodeTest, SecondExchangeOnAConnectionIsError21)
+// The holder of a node that another connection from its address asks for is asked whether it still lives. It need not
+// answer, and goes on.
+TEST_F(PlcNodeTest, TheHolderOfANodeInUseGetsAConfirmation)
+{
+    start();
+    const std::string confirmation = plainHex("46494E53 00000008 00000006 00000000");
+    PlcClient holder(port);
+    for (int i = 0; i < 3; ++i) {
+        expectRefused(239, 0x21);
+        EXPECT_EQ(holder.receive(16), confirmation);
+        EXPECT_EQ(holder.ask("0101 82 0000 00 0001"), plainHex("0101 0000 0000"));
+    }
+    EXPECT_EQ(tell("clients"), "ok 1 239");
+}
+
+TEST_F(PlcNodeTest, AConfirmationComesBetweenTwoAnswers)
+{
+    start({"--fault", "delay=300#1"});
+    TcpClient holder(port);
+    holder.send(nodeRequest(9)); // is answered late
+    waitForAnswer("clients", "ok 1 9");
+    expectRefused(9, 0x21);
+    EXPECT_EQ(holder.receive(24), nodeReply(9));
+    EXPECT_EQ(holder.receive(16), plainHex("46494E53 00000008 00000006 00000000"));
+}
+
+TEST_F(PlcNodeTest, AConfirmationTakesNothingOfAHalfFrame)
+{
+    start();
+    PlcClient holder(port);
+    const std::string read = commandFrame("0101 82 0000 00 0001");
+    holder.send(read.substr(0, 20));
+    tell("stats"); // the simulator has looked at the first part
+    expectRefused(239, 0x21);
+    EXPECT_EQ(holder.receive(16), plainHex("46494E53 00000008 00000006 00000000"));
+    holder.send(read.substr(20));
+    EXPECT_EQ(holder.receiveFrame(), responseFrame("0101 0000 0000"));
+}
+
+TEST_F(PlcNodeTest, SecondExchangeOnAConnectionIsError3)
 {
     start();
     PlcClient client(port);
     client.send(nodeRequest());
-    EXPECT_EQ(client.receiveUntilClosed(), nodeReply(0, 0x21));
+    EXPECT_EQ(client.receiveUntilClosed(), errorNotice(3));
     waitForAnswer("clients", "ok 0");
 }
 
@@ -186,5 +225,5 @@ TEST_F(PlcNodeTest, CommandBeforeTheExchangeIsError3)
     start();
     TcpClient client(port);
     client.send(commandFrame("0601"));
-    EXPECT_EQ(client.receiveUntilClosed(), errorNotice(3));
+    EXPECT_EQ(client.receiveUntilClosed(), nodeReply(0, 3));
 }

@@ -55,7 +55,7 @@ bool answerFrames(Peer &peer)
         require(isBad == (error != plc::TCP_OK), "a bad frame has an error");
         if (!isBad)
             checkFrame(frame);
-        const plc::Answer answer = isBad ? peer.session.reject(frame, error) : peer.session.receive(frame);
+        const plc::Answer answer = isBad ? peer.session.reject(error) : peer.session.receive(frame);
         checkAnswer(answer);
         require(!isBad || answer.isLast, "a bad frame ends the connection");
         if (answer.isLast)

@@ -34,10 +34,11 @@ TcpError judgeHeader(std::uint32_t length, std::uint32_t command)
     switch (command) {
     case TCP_CLIENT_NODE: least = most = LENGTH_CLIENT_NODE; break;
     case TCP_FINS_FRAME:  least = LENGTH_FINS_MIN; break;
-    case TCP_CONFIRM:     least = most = LENGTH_BARE; break;
     default:              return length > most ? TCP_LENGTH : TCP_UNSUPPORTED_COMMAND;
     }
-    return length < least || length > most ? TCP_LENGTH : TCP_OK;
+    if (length > most)
+        return TCP_LENGTH;
+    return length < least ? TCP_TOO_SHORT : TCP_OK;
 }
 
 // Judges as soon as there is something to judge: the magic while it arrives, a length that leaves no room for a command
@@ -49,7 +50,7 @@ TcpError judge(const Bytes &buffer)
         return TCP_NOT_FINS;
     const Slice header(buffer);
     if (buffer.size() >= TCP_COMMAND && header.get32(TCP_LENGTH_POS) < LENGTH_BARE)
-        return TCP_LENGTH;
+        return TCP_TOO_SHORT;
     if (buffer.size() < TCP_BODY)
         return TCP_OK;
     return judgeHeader(header.get32(TCP_LENGTH_POS), header.get32(TCP_COMMAND));
@@ -95,6 +96,13 @@ Bytes makeErrorNotice(TcpError error)
 {
     Bytes bytes;
     addHeader(bytes, LENGTH_BARE, TCP_ERROR, error);
+    return bytes;
+}
+
+Bytes makeConfirmation()
+{
+    Bytes bytes;
+    addHeader(bytes, LENGTH_BARE, TCP_CONFIRM, TCP_OK);
     return bytes;
 }
 

@@ -14,7 +14,7 @@ enum TcpCommand : std::uint32_t {
     TCP_SERVER_NODE = 1, // node address data send, server to client: client node (4), server node (4)
     TCP_FINS_FRAME  = 2, // frame send: a FINS frame
     TCP_ERROR       = 3, // frame send error notification
-    TCP_CONFIRM     = 6  // connection confirmation: never answered
+    TCP_CONFIRM     = 6  // connection confirmation, server to client: never answered
 };
 
 /// Offsets and sizes in bytes.
@@ -56,6 +56,7 @@ private:
 
 Bytes makeNodeReply(TcpError error, unsigned clientNode, unsigned serverNode);
 Bytes makeErrorNotice(TcpError error);
+Bytes makeConfirmation();
 Bytes makeFrameSend(const Bytes &finsFrame);
 
 } // namespace plc

@@ -26,7 +26,7 @@ std::string ipOf(const asio::ip::tcp::socket &socket)
 Connection::Connection(asio::ip::tcp::socket &&peer, unsigned number, Plc &state, const ConnectionOptions &settings,
                        EndHandler atEnd)
     : socket(std::move(peer)), pause(socket.get_executor()), deadline(socket.get_executor()), id(number), plc(state),
-      options(settings), onEnd(std::move(atEnd)), session(state, ipOf(socket)), received()
+      options(settings), onEnd(std::move(atEnd)), session(state, {ipOf(socket), [this] { confirm(); }}), received()
 {
     asio::error_code ignored;
     const asio::ip::tcp::endpoint client = socket.remote_endpoint(ignored);
@@ -41,6 +41,15 @@ void Connection::start()
     if (options.recorder)
         options.recorder->open(id, socket.remote_endpoint(ignored), socket.local_endpoint(ignored));
     readMore();
+}
+
+// Only between two frames: a read that waits is given up for it, with no byte lost.
+void Connection::confirm()
+{
+    mustConfirm = true;
+    asio::error_code ignored;
+    if (isReading)
+        socket.cancel(ignored);
 }
 
 void Connection::close()
@@ -61,10 +70,21 @@ void Connection::close()
 // A deadline that runs already is not put off by further bytes.
 void Connection::readMore()
 {
+    if (mustConfirm) {
+        mustConfirm = false;
+        send({makeConfirmation()});
+        return;
+    }
     if (!hasDeadline && (!session.hasNode() || assembler.hasPartial()))
         startDeadline(options.deadlineMs);
     const auto self = shared_from_this();
+    isReading = true;
     socket.async_read_some(asio::buffer(received), [this, self](const asio::error_code &error, std::size_t count) {
+        isReading = false;
+        if (error == asio::error::operation_aborted && mustConfirm && !isClosed) {
+            readMore();
+            return;
+        }
         if (error) {
             close();
             return;
@@ -107,7 +127,7 @@ void Connection::answerLate()
 // Returns what answerNextFrame() does.
 bool Connection::answerFrame()
 {
-    const Answer answer = frameError != TCP_OK ? session.reject(frame, frameError) : session.receive(frame);
+    const Answer answer = frameError != TCP_OK ? session.reject(frameError) : session.receive(frame);
     if (session.hasNode())
         stopDeadline();
     if (answer.bytes.empty() && !answer.isLast)

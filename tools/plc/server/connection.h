@@ -48,6 +48,7 @@ public:
 private:
     using Step = void (Connection::*)();
 
+    void confirm();
     void readMore();
     void answerFrames();
     bool answerNextFrame();
@@ -69,6 +70,8 @@ private:
     asio::steady_timer             deadline;
     bool                           hasDeadline = false;
     bool                           isClosed = false;
+    bool                           isReading = false;
+    bool                           mustConfirm = false; // before the next read
     unsigned                       id;
     std::string                    address;
     std::uint64_t                  requests = 0;

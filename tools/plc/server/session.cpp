@@ -11,12 +11,6 @@ namespace {
 
 const unsigned NODE_MAX = 254;
 
-// Whether the frame, bad or not, asks for a node address, so that the reply has to have that form.
-bool isNodeRequest(const TcpFrame &frame, TcpError error)
-{
-    return error != TCP_NOT_FINS && frame.bytes.size() >= TCP_BODY && frame.command() == TCP_CLIENT_NODE;
-}
-
 Answer lastAnswer(const Bytes &bytes)
 {
     Answer answer;
@@ -54,9 +48,9 @@ FaultTarget Session::targetOf(const TcpFrame &frame) const
 {
     const Slice nothing(frame.bytes.data(), 0);
     if (frame.command() == TCP_FINS_FRAME)
-        return {frame.body().from(FINS_HEADER_SIZE), node, ip, plc.controller.memory};
+        return {frame.body().from(FINS_HEADER_SIZE), node, client.address, plc.controller.memory};
     const bool asksForNode = node == 0 && frame.command() == TCP_CLIENT_NODE;
-    return {nothing, asksForNode ? frame.body().get32(0) : node, ip, plc.controller.memory};
+    return {nothing, asksForNode ? frame.body().get32(0) : node, client.address, plc.controller.memory};
 }
 
 unsigned Session::delayBefore(const TcpFrame &frame) { return plc.faults.delayMs(targetOf(frame), Moment::REQUEST); }
@@ -76,30 +70,31 @@ Answer Session::receive(const TcpFrame &frame)
     return answer;
 }
 
-Answer Session::reject(const TcpFrame &frame, TcpError error)
+Answer Session::reject(TcpError error)
 {
-    const Slice nothing(frame.bytes.data(), 0);
-    if (plc.faults.strike(FAULT_SILENCE, {nothing, node, ip, plc.controller.memory}, Moment::REQUEST))
+    const Slice nothing(nullptr, 0);
+    if (plc.faults.strike(FAULT_SILENCE, {nothing, node, client.address, plc.controller.memory}, Moment::REQUEST))
         return lastAnswer(Bytes());
-    return lastAnswer(isNodeRequest(frame, error) ? makeNodeReply(error, 0, plc.nodes.server())
-                                                  : makeErrorNotice(error));
+    if (error == TCP_TOO_SHORT)
+        return lastAnswer(Bytes());
+    return node == 0 ? refuseExchange(error, 0) : lastAnswer(makeErrorNotice(error));
 }
 
-// Errors of a node have the form of the exchange's reply. That the header is none of FINS, or its command unknown, can
-// only be told by a notice.
+// Until a node is given, whatever is wrong has the form of the exchange's reply.
 Answer Session::refuseExchange(TcpError error, std::uint32_t requested)
 {
-    const bool isNotice = error == TCP_NOT_FINS || error == TCP_UNSUPPORTED_COMMAND;
-    return lastAnswer(isNotice ? makeErrorNotice(error) : makeNodeReply(error, requested, plc.nodes.server()));
+    return lastAnswer(makeNodeReply(error, requested, plc.nodes.server()));
 }
 
-// A second exchange on a connection is refused: its node is connected already.
+// After the exchange there is no command but that which sends a frame.
 Answer Session::exchangeNodes(const TcpFrame &frame)
 {
     const std::uint32_t requested = frame.body().get32(0);
     if (const auto forced = plc.faults.strike(FAULT_TCP_ERROR, targetOf(frame), Moment::REQUEST))
         return refuseExchange(static_cast<TcpError>(*forced), requested);
-    const TcpError error = node != 0 ? TCP_NODE_IN_USE : plc.nodes.assign(requested, &node);
+    if (node != 0)
+        return lastAnswer(makeErrorNotice(TCP_UNSUPPORTED_COMMAND));
+    const TcpError error = plc.nodes.assign(requested, client, &node);
     if (error != TCP_OK)
         return refuseExchange(error, requested);
     return {makeNodeReply(TCP_OK, node, plc.nodes.server())};
@@ -109,7 +104,7 @@ Answer Session::exchangeNodes(const TcpFrame &frame)
 Answer Session::answerCommand(const TcpFrame &frame)
 {
     if (node == 0)
-        return lastAnswer(makeErrorNotice(TCP_UNSUPPORTED_COMMAND));
+        return refuseExchange(TCP_UNSUPPORTED_COMMAND, 0);
     const FaultTarget target = targetOf(frame);
     Answer ended;
     if (endsConnection(target, Moment::REQUEST, &ended) || plc.faults.strike(FAULT_DROP, target, Moment::REQUEST))

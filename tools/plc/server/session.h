@@ -50,7 +50,7 @@ struct Answer {
 
 class Session {
 public:
-    explicit Session(Plc &state, std::string clientIp = "") : plc(state), ip(std::move(clientIp)) {}
+    explicit Session(Plc &state, NodeHolder peer = NodeHolder()) : plc(state), client(std::move(peer)) {}
     Session(const Session &) = delete;
     Session &operator=(const Session &) = delete;
     ~Session() { end(); }
@@ -62,7 +62,7 @@ public:
     Answer receive(const TcpFrame &frame);
 
     /// Answers what cannot be followed further; always the last answer.
-    Answer reject(const TcpFrame &frame, TcpError error);
+    Answer reject(TcpError error);
 
     /// Whether the node address exchange has taken place.
     bool hasNode() const { return node != 0; }
@@ -84,7 +84,7 @@ private:
     void slowDown(const FaultTarget &target, Answer &answer);
 
     Plc        &plc;
-    std::string ip;       // the client's
+    NodeHolder  client;
     unsigned    node = 0; // the client's; 0 before the exchange
     Bytes       held;     // a reply that waits for the next one to overtake it
 };
