@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The simulator's commands for the CPU unit, each request and response decoded by tshark, which has never seen it."""
+"""The simulator's commands, each request and response decoded by tshark, which has never seen it."""
 
 import argparse
 import re
@@ -80,6 +80,45 @@ FLAGGED = ["response.code=0x0040"]
 # tshark shows each byte of BCD as a binary number, 26 as 38 and 12 as 18.
 TIME = ["year=38", "month=3", "date=1", "hour=18", "minute=0"]
 
+
+
+def place(area, word, bit=0):
+    return [f"memory.area.read=0x{area:02x}", f"memory.address=0x{word:04x}", f"memory.address.bits=0x{bit:02x}"]
+
+
+def items(*pairs):
+    """Items of a multiple read, each (area, data)."""
+    return [text for area, data in pairs for text in (f"memory.area.read=0x{area:02x}", f"response.data={data}")]
+
+
+def forced(*bits):
+    """Bits of a forced set, each (specification, area, word and bit)."""
+    return [text for action, area, bit in bits for text in (
+        f"set_reset_specification=0x{action:04x}", f"memory.area.read=0x{area:02x}", f"bit_flag={bit}")]
+
+
+# The commands for memory areas, in MONITOR mode, rows as below.
+MEMORY = [
+    ("0102A00064000001ABCD", [*place(0xA0, 0x64), "memory.numitems=1", "command.data=ab:cd"], "01020000", END),
+    ("010120006400000F", [*place(0x20, 0x64), "memory.numitems=15"], "01010000" "01000101" "00000101" "01010001" "000100",
+     [*END, "response.data=01:00:01:01:00:00:01:01:01:01:00:01:00:01:00"]),
+    ("010382000A0000031234", [*place(0x82, 10), "memory.numitems=3", "command.data=12:34"], "01030000", END),
+    ("010582000A0082000B000003", [*place(0x82, 10), *place(0x82, 11), "memory.numitems=3"], "01050000", END),
+    ("010182000A000005", [*place(0x82, 10), "memory.numitems=5"], "0101000012341234123412340000",
+     [*END, "response.data=12:34:12:34:12:34:12:34:00:00"]),
+    ("2301" "0002" "000130006405" "000030006406", ["number_of_bits_flags=2", *forced((1, 0x30, 0x6405), (0, 0x30, 0x6406))],
+     "23010000", END),
+    ("0101F00064000001", [*place(0xF0, 0x64), "memory.numitems=1"], "0101000000200060",
+     [*END, "response.data=00:20:00:60"]),
+    ("0101700064040003", [*place(0x70, 0x64, 4), "memory.numitems=3"], "01010000000302",
+     [*END, "response.data=00:03:02"]),
+    ("0104" "82000A00" "30006405" "DC010000" "A0006400", [
+        *place(0x82, 10), *place(0x30, 0x64, 5), *place(0xDC, 0x100), *place(0xA0, 0x64)],
+     "01040000" "821234" "3001" "DC00000000" "A0ABCD",
+     [*END, *items((0x82, "12:34"), (0x30, "01"), (0xDC, "00:00:00:00"), (0xA0, "ab:cd"))]),
+    ("2302", [], "23020000", END),
+]
+
 # Lines for the console, and rows: command, its fields, response, its fields; bytes from the command code on, '..' being
 # any byte.
 SESSION = [
@@ -88,6 +127,7 @@ SESSION = [
     ("0C01FFFF", PROGRAM, "0C010000", END),
     ("0C02FFFF", PROGRAM, "0C020000", END),
     ("0C03FFFF", PROGRAM, "0C030000", END),
+    *MEMORY,
     ("050100", ["command.data=00"], f"05010000{MODEL}{VERSION}0018{'00' * 38}00051780000819000000{'00' * 2}", [
         *END, "controller.model=CJ2M-CPU31          ", "controller.version=02.01", "system.use=",
         "area_data.program_area_size=5", "area_data.iom_size=23", "area_data.dm_words=32768",
@@ -133,7 +173,9 @@ SESSION = [
     ("0402FFFF", ["bad_length="], "04020000", END),
     ("210200050001", ["beginning_record_no=5", "no_of_records=1"], "21021103", ["bad_length="]),
 ]
-COMPLAINTS = ["Unexpected Length (Should be 0)", "_ws.malformed", "Unexpected Length", "_ws.malformed"]
+# The first one is a false alarm, too: bytes for system use, shown as a text, go on behind a zero.
+COMPLAINTS = ["Trailing stray characters", "Unexpected Length (Should be 0)", "_ws.malformed", "Unexpected Length",
+              "_ws.malformed"]
 
 
 class CpuCommands(unittest.TestCase):
