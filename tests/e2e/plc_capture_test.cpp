@@ -108,7 +108,7 @@ TEST_F(PlcCaptureTest, AProxysCaptureIsServedAgain)
         client.send(frameSend("80 00 02 00 07 00 00 05 00 03" + READ));
         EXPECT_EQ(client.receiveFrame(), frameSend("C0 00 02 00 05 00 00 07 00 03 0101 0000 0007"));
     }
-    plc->waitForLine("#1 > SID 03 READ: normal end, 2 bytes");
+    plc->waitForLine("#1 ends");
     TearDown();
     start({"--replay", capture});
     PlcClient client(port);
