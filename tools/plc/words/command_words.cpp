@@ -25,13 +25,13 @@ const AreaName AREAS[] = {
     {0x71, 0x71, "WR", 0, "forced bit", true},      {0xF1, 0xF1, "WR", 0, "forced word", false},
     {0x72, 0x72, "HR", 0, "forced bit", true},      {0xF2, 0xF2, "HR", 0, "forced word", false},
     {0x02, 0x02, "DM", 0, "bit", true},             {0x82, 0x82, "DM", 0, "word", false},
-    {0x20, 0x2F, "EM", 0x00, "bit", true},          {0xA0, 0xAF, "EM", 0x00, "word", false},
-    {0xE0, 0xE8, "EM", 0x10, "bit", true},          {0x60, 0x68, "EM", 0x10, "word", false},
-    {0x0A, 0x0A, "EM", 0, "bit", true},             {0x98, 0x98, "EM", 0, "word", false},
+    {0x20, 0x2F, "E", 0x00, "bit", true},          {0xA0, 0xAF, "E", 0x00, "word", false},
+    {0xE0, 0xE8, "E", 0x10, "bit", true},          {0x60, 0x68, "E", 0x10, "word", false},
+    {0x0A, 0x0A, "E", 0, "bit", true},             {0x98, 0x98, "E", 0, "word", false},
     {0x09, 0x09, "T", 0, "flag", false},            {0x89, 0x89, "T", 0, "value", false},
     {0x49, 0x49, "T", 0, "forced flag", false},     {0xBC, 0xBC, "DR", 0, "register", false},
     {0xDC, 0xDC, "IR", 0, "register", false},       {0x06, 0x06, "TK", 0, "flag", false},
-    {0x46, 0x46, "TK", 0, "status", false},         {0x07, 0x07, "clock pulse", 0, "bit", true},
+    {0x46, 0x46, "TK", 0, "status", false},         {0x07, 0x07, "CF", 0, "bit", true},
 };
 
 const unsigned    COUNTER_BASE = 0x8000; // in the areas of timers
@@ -52,7 +52,7 @@ std::string addressWords(const AreaName &area, Slice place)
     const bool isCounter = area.name == std::string("T") && place.get16(1) >= COUNTER_BASE;
     std::string text = isCounter ? "C" : area.name;
     if (area.first != area.last)
-        text += fmt::format(" bank {:X}", area.bank + place.get8(0) - area.first);
+        text += fmt::format("{:X}", area.bank + place.get8(0) - area.first);
     text += fmt::format(" {}", isCounter ? place.get16(1) - COUNTER_BASE : place.get16(1));
     return area.isBit || place.get8(3) != 0 ? text + fmt::format(".{}", place.get8(3)) : text;
 }
