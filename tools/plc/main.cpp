@@ -231,7 +231,8 @@ int run(const Options &options)
     for (const std::string &fault : options.faults)
         plc.faults.set(fault);
     const bool isReady = checkTerminal(options) && preparePlant(options, plc) &&
-                         setContents(plc.controller.memory, options.contents) && (!plc.recorded || readReplay(options.replayFile, &replay));
+                         setContents(plc.controller.memory, options.contents) &&
+                         (!plc.recorded || readReplay(options.replayFile, &replay));
     return isReady ? listen(plc, options) : int(EXIT_BAD_USAGE);
 }
 
