@@ -164,6 +164,23 @@ TEST_F(PlcCpuConsoleTest, ProjectSetsTheStateAtTheStart)
                                                             "312E32 0000000000000000000000000000000000"));
 }
 
+// Time that is stepped begins where the project says, or in 2000; the zone of the machine has no part in it.
+TEST_F(PlcCpuConsoleTest, ClockOfASteppedRun)
+{
+    start({"--stepped", "--plant-period", "60000"});
+    EXPECT_EQ(tell("clock"), "ok 2000-01-01 00:00:00 weekday 6");
+    EXPECT_EQ(tell("step 2"), "ok");
+    EXPECT_EQ(tell("clock"), "ok 2000-01-01 00:02:00 weekday 6");
+    EXPECT_EQ(tell("quit"), "ok");
+    EXPECT_EQ(plc->wait(), 0);
+    file.write("[plc]\nstepped = true\nplant-period = 60000\n[cpu]\nclock = \"2024-02-28 23:59:00\"\n"
+               "errors = \"fal 1\"\n");
+    start({"--project", file.path()});
+    EXPECT_EQ(tell("log"), "ok 4101 2024-02-28 23:59:00");
+    EXPECT_EQ(tell("step"), "ok");
+    EXPECT_EQ(tell("clock"), "ok 2024-02-29 00:00:00 weekday 4");
+}
+
 TEST_F(PlcCpuConsoleTest, ProjectLinesThatAreWrong)
 {
     const struct {

@@ -202,8 +202,6 @@ bool preparePlant(const Options &options, Plc &plc)
     plc.plant = makePlant(options.plant, plc.controller, options.seed, &problems);
     for (const std::string &problem : problems)
         refuse(problem);
-    if (options.isStepped)
-        plc.controller.clock.standStill();
     if (plc.plant)
         plc.period = std::chrono::milliseconds(plc.plant->periodMs());
     if (options.plantPeriodMs != 0)
@@ -220,7 +218,10 @@ int run(const Options &options)
     plc.controller.fit(profile.sizes);
     plc.controller.messageMax = profile.messageMax;
     plc.controller.mode = options.mode;
-    plc.controller.calendar.beginLocal(plc.controller.clock.now());
+    if (options.isStepped)
+        plc.controller.clock.standStill();
+    else
+        plc.controller.calendar.beginLocal(plc.controller.clock.now());
     plc.controller.refusalInRun = options.refusalInRun;
     plc.controller.refusalInProgram = options.refusalInProgram;
     for (const CpuLine &line : options.cpuLines)
