@@ -80,16 +80,28 @@ TEST_F(PlcStepTest, AProjectBringsItsOwnPlant)
     EXPECT_EQ(tell("read DM:0"), "ok 300");
 }
 
+TEST_F(PlcStepTest, ARecordingNeverReplacesThePlantsFile)
+{
+    const TemporaryFile file;
+    file.write("[plant]\n");
+    Process losing({FINS_PLC_PATH, "--port", "0", "--plant", file.path(), "--record", "/" + file.path()});
+    EXPECT_EQ(losing.wait(), 2);
+    EXPECT_EQ(losing.errors(), "fins_plc: --record: /" + file.path()
+                                   + " is the file of --plant and would be lost; choose another one\n");
+    EXPECT_EQ(file.read(), "[plant]\n");
+}
+
 TEST_F(PlcStepTest, MistakesInAPlantEndTheStart)
 {
     const TemporaryFile file;
     file.write("[plant.program]\nsteps = [ { set = 'DM:0', to = 'DM:0 +' },\n  { set = 'HR:60', to = 1 } ]\n");
-    const std::string missing = "fins_plc: FILE:2:39: a value is missing; use a number, TYPE:ADDRESS, a name or a function\n";
+    const std::string missing = "fins_plc: FILE:2:39: a value is missing; use a number, TYPE:ADDRESS, a name or a "
+                                "function\n";
     EXPECT_EQ(refusalOf(file, "--project"), missing);
     EXPECT_EQ(refusalOf(file, "--check-project"), missing);
     file.write("[plc]\nplant = 'tank'\n[plant]\n");
     EXPECT_EQ(refusalOf(file, "--project"),
-              "fins_plc: FILE:3:2: the project has a plant already, 'tank' of [plc]; leave one of them out\n");
+              "fins_plc: FILE:3:1: the project has a plant already, 'tank' of [plc]; leave one of them out\n");
     file.write("[plc]\nprofile = 'small'\n[plant.program]\nsteps = [ { set = 'HR:60', to = 1 } ]\n");
     EXPECT_EQ(refusalOf(file, "--project"), "fins_plc: FILE:4:19: '60' is no address of the area; use 0 to 49\n");
     Process absent({FINS_PLC_PATH, "--port", "0", "--plant", "nowhere/mill.toml"});

@@ -10,6 +10,7 @@
 #include "view/terminal.h"
 #include "view/view.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cerrno>
 #include <csignal>
@@ -76,28 +77,28 @@ bool setContents(Memory &memory, const std::vector<Content> &contents)
 }
 
 // A recording begins by emptying its file, under whatever name that is read as well.
-bool isInputFile(const std::string &file, const Options &options)
+bool isOneOf(const std::string &file, const std::vector<std::string> &inputs)
 {
-    for (const std::string &input : {options.replayFile, options.projectFile}) {
+    return std::any_of(inputs.begin(), inputs.end(), [&file](const std::string &input) {
         std::error_code absent;
-        if (!input.empty() && std::filesystem::equivalent(file, input, absent))
-            return true;
-    }
-    return false;
+        return !input.empty() && std::filesystem::equivalent(file, input, absent);
+    });
 }
 
 bool openRecording(const Options &options, ConnectionOptions *connection)
 {
-    if (options.recordFile.empty())
+    const std::string &file = options.recordFile;
+    if (file.empty())
         return true;
-    if (isInputFile(options.recordFile, options))
-        return refuse("--record: " + options.recordFile
-                      + " is the file of --replay or --project and would be lost; choose another one");
+    const bool isInput = isOneOf(file, {options.replayFile, options.projectFile});
+    if (isInput || isOneOf(file, {options.plant}))
+        return refuse("--record: " + file + " is the file of " + (isInput ? "--replay or --project" : "--plant")
+                      + " and would be lost; choose another one");
     errno = 0;
-    connection->recorder = makeRecorder(options.recordFile, options.recordLimitKiB * 1024ull);
+    connection->recorder = makeRecorder(file, options.recordLimitKiB * 1024ull);
     if (connection->recorder)
         return true;
-    return refuse("--record: cannot write " + options.recordFile + ": " + std::strerror(errno));
+    return refuse("--record: cannot write " + file + ": " + std::strerror(errno));
 }
 
 bool readReplay(const std::string &file, Replay *replay)
