@@ -2,8 +2,8 @@
 #include "plants/plant.h"
 #include "plants/plant_file.h"
 
-// The simulator's plant reader: any text is a plant that can be stepped, or refused with lines that name their file, and
-// equal seeds give equal memory.
+// The simulator's plant reader: any text is a plant that can be stepped, or refused with lines that name their file,
+// and equal seeds give equal memory.
 
 namespace {
 

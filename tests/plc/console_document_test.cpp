@@ -1,5 +1,5 @@
 #include "console/console.h"
-#include "plants/operations.h"
+#include "expressions/operations.h"
 
 #include <gtest/gtest.h>
 

@@ -40,10 +40,10 @@ TEST_F(ExpressionTest, Operators)
         plc::Number value;
     } rows[] = {
         {"7", 7}, {" 2 + 3*4 ", 14}, {"(2 + 3) * 4", 20}, {"10 - 4 - 3", 3}, {"100 / 10 / 5", 2}, {"-7 / 2", -3},
-        {"-7 % 4", -3}, {"7 % 4 * 2", 6}, {"2 - -3", 5}, {"- (2 + 3)", -5}, {"1 < 2", 1}, {"2 <= 1", 0}, {"2 >= 2", 1},
-        {"2 > 2", 0}, {"3 == 3", 1}, {"3 != 3", 0}, {"1 + 1 == 2 and 3 > 2", 1}, {"0 and 1 or 1", 1},
-        {"1 or 0 and 0", 1}, {"not 1 == 2", 1}, {"not not 5", 1}, {"not 0 and 0", 0}, {"5 and 7", 1}, {"true + true", 2},
-        {"false", 0}, {"DM:0 + 1", 301}, {"DM:1 + 1", 65536}, {"CIO_bit:0.3 + CIO_bit:0.4", 1}, {"T_flag:2", 1},
+        {"-7 % 4", -3}, {"7 % 4 * 2", 6}, {"2 - -3", 5}, {"- (2 + 3)", -5}, {"1 < 2", 1}, {"2 <= 1", 0},
+        {"2 >= 2", 1}, {"2 > 2", 0}, {"3 == 3", 1}, {"3 != 3", 0}, {"1 + 1 == 2 and 3 > 2", 1}, {"0 and 1 or 1", 1},
+        {"1 or 0 and 0", 1}, {"not 1 == 2", 1}, {"not not 5", 1}, {"not 0 and 0", 0}, {"5 and 7", 1},
+        {"true + true", 2}, {"false", 0}, {"DM:0 + 1", 301}, {"DM:1 + 1", 65536}, {"CIO_bit:0.3 + CIO_bit:0.4", 1}, {"T_flag:2", 1},
         {"T_flag:3", 0},
     };
     for (const auto &row : rows)
@@ -60,7 +60,7 @@ TEST_F(ExpressionTest, NoNumberTrapsOrWraps)
     EXPECT_EQ(value("5 / (DM:0 - 300)"), 0);
     EXPECT_EQ(value("5 % (DM:0 - 300)"), 0);
     EXPECT_EQ(value("sine(-" + most + ", " + most + ", 0)"), 0);
-    EXPECT_EQ(value("ramp(-" + most + ", " + most + ", " + most + ")", 5), -INT64_MAX + 1); // a step of what is held
+    EXPECT_EQ(value("ramp(-" + most + ", " + most + ", " + most + ")", 5), -INT64_MAX + 1);
     EXPECT_EQ(value("noise(5, 4)"), 5);
     EXPECT_EQ(value("lag(0, 10, 0)"), 10);
 }
@@ -128,8 +128,8 @@ TEST_F(ExpressionTest, MistakesAreToldWithTheirPlace)
         {"min(1)", "5 ',' is missing before the next argument; use min(A, B)"},
         {"min(1, 2, 3)", "8 ')' is missing behind the arguments; use min(A, B)"},
         {"min 1", "4 '(' is missing behind min; use min(A, B)"},
-        {"mni(1, 2)", "0 'mni' is no name here (did you mean 'min'?); use TYPE:ADDRESS, or a name of [plant.values] or of "
-                      "a signal above"},
+        {"mni(1, 2)", "0 'mni' is no name here (did you mean 'min'?); use TYPE:ADDRESS, or a name of [plant.values] or "
+                      "of a signal above"},
         {"DM:40000", "0 '40000' is no address of the area; use 0 to 32767"},
         {"DM:0:2", "0 'DM:0:2' has a count; name one item by TYPE:ADDRESS"},
         {"9223372036854775808", "0 the number 9223372036854775808 is too large; use at most 9223372036854775807"},

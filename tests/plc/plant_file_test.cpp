@@ -164,9 +164,10 @@ TEST_F(PlantFileTest, MistakesAreToldWithLineAndColumn)
         {"[plc]\n", at + "1:1: there is no plant; describe it in a table [plant]"},
         {"plant = 5\n", at + "1:9: there is no plant; describe it in a table [plant]"},
         {"[plant]\nperiod = 0\n", at + "2:10: 'period' is not a whole number from 1 to 60000"},
-        {"[plant]\nsteps = []\n", at + "2:1: 'steps' is not known here; known are about, period, values, signals, program"},
-        {"[plant.values]\nmin = { at = 'DM:0' }\n", at + "2:1: 'min' cannot be a name; use letters, digits and _, a letter "
-                                                         "first, and no word of expressions"},
+        {"[plant]\nsteps = []\n",
+         at + "2:1: 'steps' is not known here; known are about, period, values, signals, program"},
+        {"[plant.values]\nmin = { at = 'DM:0' }\n",
+         at + "2:1: 'min' cannot be a name; use letters, digits and _, a letter first, and no word of expressions"},
         {"[plant.values]\nv = 5\n", at + "2:5: 'v' has to be a table, such as { at = \"DM:0\" }"},
         {"[plant.values]\nv = { at = 'DM:32768' }\n", at + "2:12: '32768' is no address of the area; use 0 to 32767"},
         {"[plant.values]\nv = { at = 'DM:32767', type = 'u32' }\n", at + "2:12: '2' is no count from 1 to 1"},
@@ -174,7 +175,8 @@ TEST_F(PlantFileTest, MistakesAreToldWithLineAndColumn)
          at + "2:27: 'u8' is no type; use one of u16 s16 bcd16 u32 s32 f32"},
         {"[plant.values]\nv = { at = 'DM:0', start = 65536 }\n",
          at + "2:28: 'start' is not a whole number from 0 to 65535"},
-        {"[plant.values]\nv = { at = 'DM:0', start = true }\n", at + "2:28: 'start' is not a whole number from 0 to 65535"},
+        {"[plant.values]\nv = { at = 'DM:0', start = true }\n",
+         at + "2:28: 'start' is not a whole number from 0 to 65535"},
         {"[plant.signals]\na = 'b'\nb = 1\n", at + "2:6: 'b' is no name here; use TYPE:ADDRESS, or a name of "
                                                   "[plant.values] or of a signal above"},
         {"[plant.signals]\na = 1.5\n", at + "2:5: this is no expression; write a text such as \"DM:0 + 1\", or a whole "

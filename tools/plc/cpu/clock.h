@@ -3,7 +3,8 @@
 
 #include <chrono>
 
-// The time that the PLC lives in: the machine's, or one that moves by steps alone, so that a run can be repeated exactly.
+// The time that the PLC lives in: the machine's, or one that moves by steps alone, so that a run can be repeated
+// exactly.
 
 namespace plc {
 

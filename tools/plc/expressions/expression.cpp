@@ -1,4 +1,4 @@
-#include "plants/expression.h"
+#include "expressions/expression.h"
 
 #include <algorithm>
 #include <array>

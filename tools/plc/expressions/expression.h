@@ -1,8 +1,8 @@
-#ifndef PLC_PLANTS_EXPRESSION_H
-#define PLC_PLANTS_EXPRESSION_H
+#ifndef PLC_EXPRESSIONS_EXPRESSION_H
+#define PLC_EXPRESSIONS_EXPRESSION_H
 
-#include "plants/operations.h"
-#include "plants/quantity.h"
+#include "expressions/operations.h"
+#include "expressions/quantity.h"
 
 #include <optional>
 #include <string>
@@ -73,7 +73,8 @@ struct ExpressionProblem {
 };
 
 /// Reads all of the text.
-std::optional<ExpressionProblem> readExpression(const std::string &text, Vocabulary &vocabulary, Expression *expression);
+std::optional<ExpressionProblem> readExpression(const std::string &text, Vocabulary &vocabulary,
+                                                Expression *expression);
 
 /// Whether a value or signal may have the name: letters, digits and _, not what expressions know by that word.
 bool isFreeName(const std::string &name);

@@ -1,4 +1,4 @@
-#include "plants/expression.h"
+#include "expressions/expression.h"
 
 #include "common/numbers.h"
 
@@ -29,8 +29,8 @@ std::size_t wordEnd(const std::string &text, std::size_t at)
 {
     bool isAddress = false;
     for (; at < text.size(); ++at) {
-        const bool isPart = isLetter(text[at]) || isDigit(text[at]) || text[at] == ':' || (isAddress && text[at] == '.');
-        if (!isPart)
+        const bool isMark = text[at] == ':' || (isAddress && text[at] == '.');
+        if (!isLetter(text[at]) && !isDigit(text[at]) && !isMark)
             break;
         isAddress = isAddress || text[at] == ':';
     }
@@ -61,7 +61,8 @@ Token tokenAt(const std::string &text, std::size_t at)
 
 class Reader {
 public:
-    Reader(const std::string &read, Vocabulary &words, Expression &made) : text(read), vocabulary(words), expression(made)
+    Reader(const std::string &read, Vocabulary &words, Expression &made)
+        : text(read), vocabulary(words), expression(made)
     {
         next();
     }
@@ -188,8 +189,9 @@ void Reader::readWord()
     } else if (token.text == "true" || token.text == "false") {
         expression.addNumber(token.text == "true" ? 1 : 0);
     } else {
-        const std::string wrong =
-            findOperator(token.text) ? "'" + token.text + "' stands between two values" : vocabulary.find(token.text, &meaning);
+        const bool isOperator = findOperator(token.text) != nullptr;
+        const std::string wrong = isOperator ? "'" + token.text + "' stands between two values"
+                                             : vocabulary.find(token.text, &meaning);
         if (!wrong.empty())
             fail(wrong);
         expression.addMeaning(meaning);

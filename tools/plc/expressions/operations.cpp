@@ -1,4 +1,4 @@
-#include "plants/operations.h"
+#include "expressions/operations.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,7 +8,7 @@ namespace plc {
 
 namespace {
 
-// ---- Arithmetic that neither overflows nor traps ------------------------------------------------------------------------
+// ---- Arithmetic that neither overflows nor traps --------------------------------------------------------------------
 
 Number held(bool overflows, Number result, bool isNegative)
 {
@@ -106,7 +106,8 @@ const Operation FUNCTIONS[] = {
     {"noise", 2, 0, noise, "noise(LEAST, MOST)", "a number by chance, the seed's"},
     {"counter", 2, 0, [](const Number *a, Chance &) { return a[0] >= a[1] ? 0 : sum(a[0], 1); },
      "counter(VALUE, MOST)", "the value and 1; 0 behind the most"},
-    {"lag", 3, 0, lag, "lag(VALUE, TARGET, STEPS)", "the value, nearer to its target by one part of so many, at least 1"},
+    {"lag", 3, 0, lag, "lag(VALUE, TARGET, STEPS)",
+     "the value, nearer to its target by one part of so many, at least 1"},
     {"integrate", 4, 0, [](const Number *a, Chance &) { return clamped(sum(a[0], a[1]), a[2], a[3]); },
      "integrate(VALUE, CHANGE, LEAST, MOST)", "the value and its change, within the limits"},
     {"if", 3, 0, [](const Number *a, Chance &) { return a[0] != 0 ? a[1] : a[2]; }, "if(CONDITION, THIS, OTHER)",

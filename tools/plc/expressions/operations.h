@@ -1,13 +1,13 @@
-#ifndef PLC_PLANTS_OPERATIONS_H
-#define PLC_PLANTS_OPERATIONS_H
+#ifndef PLC_EXPRESSIONS_OPERATIONS_H
+#define PLC_EXPRESSIONS_OPERATIONS_H
 
 #include <cstdint>
 #include <random>
 #include <string>
 #include <vector>
 
-// What expressions can do with numbers. All are whole; a result beyond NUMBER_MOST either way stays there, and a division
-// by zero gives 0, so that no content of memory stops a plant.
+// What expressions can do with numbers. All are whole; a result beyond NUMBER_MOST either way stays there, and a
+// division by zero gives 0, so that no content of memory stops a plant.
 
 namespace plc {
 

@@ -1,4 +1,4 @@
-#include "plants/quantity.h"
+#include "expressions/quantity.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,5 +1,5 @@
-#ifndef PLC_PLANTS_QUANTITY_H
-#define PLC_PLANTS_QUANTITY_H
+#ifndef PLC_EXPRESSIONS_QUANTITY_H
+#define PLC_EXPRESSIONS_QUANTITY_H
 
 #include "cpu/memory.h"
 #include "cpu/number_type.h"
@@ -17,8 +17,8 @@ struct Quantity {
 
     bool isWord() const { return place.access == Access::WORD; }
 
-    /// What memory holds: 0 and 1 for a bit. An F32 is rounded to whole numbers; what is no number reads as 0, and so does
-    /// a BCD16 with digits above 9.
+    /// What memory holds: 0 and 1 for a bit. An F32 is rounded to whole numbers; what is no number reads as 0, and so
+    /// does a BCD16 with digits above 9.
     std::int64_t load(const Memory &memory) const;
 
     /// A number beyond the ends of the type becomes the nearest that it holds; a bit is on for anything but 0.

@@ -15,8 +15,8 @@ namespace plc {
 /// Reads a file that a plant names.
 using FileLoader = std::function<FileContent(const std::string &file)>;
 
-/// Reads [plant] of the text of a file; other tables are somebody else's. The places have to lie inside `memory`. What is
-/// wrong is added to `problems`; then the program is of no use.
+/// Reads [plant] of the text of a file; other tables are somebody else's. The places have to lie inside `memory`. What
+/// is wrong is added to `problems`; then the program is of no use.
 PlantProgram readPlant(const std::string &text, const std::string &file, const Memory &memory, const FileLoader &load,
                        Problems &problems);
 

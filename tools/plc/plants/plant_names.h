@@ -1,7 +1,7 @@
 #ifndef PLC_PLANTS_PLANT_NAMES_H
 #define PLC_PLANTS_PLANT_NAMES_H
 
-#include "plants/expression.h"
+#include "expressions/expression.h"
 
 #include <map>
 #include <string>

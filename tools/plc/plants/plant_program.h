@@ -1,7 +1,7 @@
 #ifndef PLC_PLANTS_PLANT_PROGRAM_H
 #define PLC_PLANTS_PLANT_PROGRAM_H
 
-#include "plants/expression.h"
+#include "expressions/expression.h"
 #include "plants/playback.h"
 
 #include <string>

@@ -2,7 +2,7 @@
 #define PLC_PLANTS_PLAYBACK_H
 
 #include "documents/problems.h"
-#include "plants/operations.h"
+#include "expressions/operations.h"
 
 #include <string>
 #include <vector>
@@ -20,8 +20,8 @@ struct Playback {
     Number value(Number step) const;
 };
 
-/// The numbers of the column that the header names so, each multiplied by ten for every one of `decimals`. What is wrong
-/// is added to `problems`.
+/// The numbers of the column that the header names so, each multiplied by ten for every one of `decimals`. What is
+/// wrong is added to `problems`.
 std::vector<Number> readColumn(const std::string &text, const std::string &file, const std::string &column,
                                unsigned decimals, Problems &problems);
 

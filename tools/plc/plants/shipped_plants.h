@@ -1,15 +1,15 @@
 #ifndef PLC_PLANTS_SHIPPED_PLANTS_H
 #define PLC_PLANTS_SHIPPED_PLANTS_H
 
-#include "plants/operations.h"
+#include "expressions/operations.h"
 #include "plants/plant.h"
 
 #include <memory>
 #include <string>
 #include <vector>
 
-// The plants that come with the simulator, as files NAME.toml in the folder share/fins_plc/plants above the program, and
-// those of users.
+// The plants that come with the simulator, as files NAME.toml in the folder share/fins_plc/plants above the program,
+// and those of users.
 
 namespace plc {
 
