@@ -172,7 +172,8 @@ TEST_F(PlcConsoleTest, RefusesBadFaults)
     expectError("fault", "'' is no fault" + names);
     expectError("fault melt", "'melt' is no fault" + names);
     expectError("fault melt off", "'melt' is no fault" + names);
-    expectError("fault drop on", "'on' is not understood; use fault NAME[=VALUE][:AIM][@PROBABILITY] or fault NAME off");
+    expectError("fault drop on",
+                "'on' is not understood; use fault NAME[=VALUE][:AIM][@PROBABILITY] or fault NAME off");
     expectError("faults on", "'on' is not understood; use faults, faults counts or faults off");
     expectError("fault delay=60001", "'60001' is no value of delay; use 0 to 60000");
     expectError("fault delay=", "'' is no value of delay; use 0 to 60000");
@@ -219,8 +220,8 @@ TEST_F(PlcConsoleTest, Stats)
 TEST_F(PlcConsoleTest, Help)
 {
     start();
-    EXPECT_EQ(tell("help"), "ok read write mode error battery clock cycle message log step fault faults tcp-error "
-                            "clients disconnect stats replay help quit");
+    EXPECT_EQ(tell("help"), "ok read write mode error battery clock cycle message log step fault faults tcp-error clients "
+                            "disconnect plc stats replay help quit");
 }
 
 TEST_F(PlcConsoleTest, UnknownCommands)

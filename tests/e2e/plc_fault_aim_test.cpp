@@ -126,7 +126,7 @@ TEST_F(PlcFaultAimTest, EndCodeOnReplyDeniesWhatWasDone)
     EXPECT_EQ(client.ask(read), plainHex("0101 2203"));
     ASSERT_EQ(tell("fault end-code=0040"), "ok");
     EXPECT_EQ(client.ask(read), plainHex("0101 2243"));
-    ASSERT_EQ(tell("fault 2 off"), "ok");
+    ASSERT_EQ(tell("fault 1 off"), "ok");
     EXPECT_EQ(client.ask(read), plainHex("0101 0040 0007 0000"));
 }
 

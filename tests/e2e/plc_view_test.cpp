@@ -237,3 +237,16 @@ TEST_F(PlcViewTest, TraceNeedsAnotherPlace)
     }
     waitFor("fins_plc: --trace would write into the view; add 2>FILE to keep the trace");
 }
+
+TEST_F(PlcViewTest, ShowsThePlcThatIsChosen)
+{
+    start({"--count", "2"}, 80, 24, "1");
+    const std::string::size_type second = text.find("listening on ", text.find(" plc1")) + 13;
+    const std::string address = text.substr(second, text.find(" plc2") - second);
+    waitFor("127.0.0.1:" + std::to_string(port) + "  node 1");
+    forget();
+    type("plc plc2\r");
+    waitFor(address + "  node 1");
+    type("quit\r");
+    EXPECT_EQ(waitForEnd(), 0);
+}

@@ -23,6 +23,9 @@ TEST(FaultRule, IsShownAsItIsSet)
     } rows[] = {
         {"delay", "delay=100"},
         {"drop@.5#3", "drop@0.5#3"},
+        {"drop@0.00000012", "drop@0.00000012"},
+        {"drop@0.999", "drop@0.999"},
+        {"drop@1.0", "drop"},
         {"end-code=00c0", "end-code=00C0"},
         {"end-code=1103:command=0102,area=DM,from=100,to=199,client=10@0.5#3",
          "end-code=1103:command=0102,area=DM,from=100,to=199,client=10@0.5#3"},

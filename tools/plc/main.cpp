@@ -20,8 +20,9 @@
 #include <functional>
 #include <iostream>
 #include <unistd.h>
+#include <vector>
 
-// fins_plc: a simulated PLC. Results on standard output, everything else on standard error.
+// fins_plc: simulated PLCs. Results on standard output, everything else on standard error.
 
 namespace plc {
 
@@ -141,44 +142,137 @@ void printReport(const Replay::Report &report)
         std::cerr << "fins_plc: not in the recording: " << request << std::endl;
 }
 
-void serve(asio::io_context &io, Plc &plc, const Options &options, Server &server)
+// One of the PLCs, without its socket.
+struct Unit {
+    explicit Unit(const Options &chosen)
+        : options(chosen), plc(chosen.node, chosen.clients != 0 ? chosen.clients : findProfile(chosen.profile)->clients,
+                               chosen.seed)
+    {
+    }
+
+    Options options;
+    Plc     plc;
+    Replay  replay;
+};
+
+using Units = std::vector<std::unique_ptr<Unit>>;
+
+// What of a PLC belongs to the io_context. Connections give their nodes back when the io_context goes, so it outlives
+// this and the PLC outlives it.
+struct Listener {
+    std::unique_ptr<Server>     server;
+    std::unique_ptr<PlantTimer> timer;
+    std::unique_ptr<Console>    console;
+};
+
+// The PLCs that run, and which of them the console's lines go to and the view shows.
+class Serving {
+public:
+    Serving(asio::io_context &context, const Units &all) : io(context), units(all), listeners(all.size()) {}
+
+    bool listen();
+    void run();
+
+private:
+    std::string choose(const std::string &name);
+    ViewSubject subject() const;
+    void begin(std::size_t i);
+    std::string answer(const std::string &line) { return listeners[chosen].console->answer(line); }
+
+    asio::io_context     &io;
+    const Units          &units;
+    std::vector<Listener> listeners;
+    std::size_t           chosen = 0;
+    std::unique_ptr<View> view;
+};
+
+// Opens every socket. Says what is in the way and returns false if that is not possible.
+bool Serving::listen()
+{
+    for (std::size_t i = 0; i < units.size(); ++i) {
+        Unit &unit = *units[i];
+        const asio::ip::tcp::endpoint address(asio::ip::make_address(unit.options.address), unit.options.port);
+        try {
+            listeners[i].server =
+                std::make_unique<Server>(io, address, unit.plc, unit.options.connection, unit.plc.nodes.limit());
+        } catch (const asio::system_error &error) {
+            return refuse(listenProblem(address, error.code()));
+        }
+    }
+    return true;
+}
+
+void Serving::begin(std::size_t i)
+{
+    Unit &unit = *units[i];
+    Listener &listener = listeners[i];
+    if (unit.plc.plant && !unit.options.isStepped)
+        listener.timer = std::make_unique<PlantTimer>(io, *unit.plc.plant, unit.plc.period);
+    listener.console = std::make_unique<Console>(
+        unit.plc, *listener.server, [this] { io.stop(); }, [this](const std::string &name) { return choose(name); });
+    std::cout << "listening on " << listener.server->endpoint() << (units.size() > 1 ? " " + unit.options.name : "")
+              << std::endl;
+}
+
+// With an empty name the choice stays. Returns the answer to the console's line.
+std::string Serving::choose(const std::string &name)
+{
+    std::string names;
+    std::size_t found = units.size();
+    for (std::size_t i = 0; i < units.size(); ++i) {
+        names += " " + units[i]->options.name;
+        if (units[i]->options.name == name)
+            found = i;
+    }
+    if (name.empty())
+        return "ok " + units[chosen]->options.name + " of" + names;
+    if (found == units.size())
+        return "error '" + name + "' is no PLC; PLCs are" + names;
+    chosen = found;
+    if (view)
+        view->show(subject());
+    return "ok " + name;
+}
+
+ViewSubject Serving::subject() const
+{
+    const Listener &listener = listeners[chosen];
+    Unit &unit = *units[chosen];
+    return {&unit.plc, listener.server.get(), listener.console.get(), unit.plc.plant.get(), &unit.options};
+}
+
+void Serving::run()
 {
     const ServedOutput errors(std::cerr);
     asio::signal_set signals(io);
     stopAtSignals(signals, io);
-    std::unique_ptr<PlantTimer> timer;
-    if (plc.plant && !options.isStepped)
-        timer = std::make_unique<PlantTimer>(io, *plc.plant, plc.period);
-    Console console(plc, server, [&io] { io.stop(); });
-    std::cout << "listening on " << server.endpoint() << std::endl;
-    if (!options.isViewed) {
+    for (std::size_t i = 0; i < units.size(); ++i)
+        begin(i);
+    if (!units.front()->options.isViewed) {
         LineReader reader(io, LineReader::Unit::LINES,
-                          [&console](const std::string &line) { std::cout << console.answer(line) << std::endl; });
+                          [this](const std::string &line) { std::cout << answer(line) << std::endl; });
         io.run();
         return;
     }
-    View view(io, plc, server, console, plc.plant.get(), options);
-    LineReader reader(io, LineReader::Unit::BYTES, [&view](const std::string &keys) { view.takeKeys(keys); });
+    view = std::make_unique<View>(io, subject());
+    LineReader reader(io, LineReader::Unit::BYTES, [this](const std::string &keys) { view->takeKeys(keys); });
     io.run();
+    view.reset();
 }
 
-int listen(Plc &plc, const Options &options)
+int listen(const Units &units)
 {
-    ConnectionOptions connection = options.connection;
     asio::io_context io;
-    const asio::ip::tcp::endpoint address(asio::ip::make_address(options.address), options.port);
-    std::unique_ptr<Server> server;
-    if (!openRecording(options, &connection))
-        return EXIT_BAD_USAGE;
-    try {
-        server = std::make_unique<Server>(io, address, plc, connection, plc.nodes.limit());
-    } catch (const asio::system_error &error) {
-        refuse(listenProblem(address, error.code()));
+    for (const std::unique_ptr<Unit> &unit : units)
+        if (!openRecording(unit->options, &unit->options.connection))
+            return EXIT_BAD_USAGE;
+    Serving serving(io, units);
+    if (!serving.listen())
         return EXIT_NO_PORT;
-    }
-    serve(io, plc, options, *server);
-    if (plc.recorded)
-        printReport(plc.recorded->report());
+    serving.run();
+    for (const std::unique_ptr<Unit> &unit : units)
+        if (unit->plc.recorded)
+            printReport(unit->replay.report());
     return EXIT_DONE;
 }
 
@@ -212,10 +306,11 @@ bool preparePlant(const Options &options, Plc &plc)
     return problems.empty();
 }
 
-int run(const Options &options)
+bool prepare(Unit &unit)
 {
+    const Options &options = unit.options;
+    Plc &plc = unit.plc;
     const Profile &profile = *findProfile(options.profile);
-    Plc plc(options.node, options.clients != 0 ? options.clients : profile.clients, options.seed);
     plc.controller.fit(profile.sizes);
     plc.controller.messageMax = profile.messageMax;
     plc.controller.mode = options.mode;
@@ -227,15 +322,25 @@ int run(const Options &options)
     plc.controller.refusalInProgram = options.refusalInProgram;
     for (const CpuLine &line : options.cpuLines)
         line.setting->set(line.text, plc.controller);
-    Replay replay;
     if (!options.replayFile.empty())
-        plc.recorded = &replay;
+        plc.recorded = &unit.replay;
     for (const std::string &fault : options.faults)
         plc.faults.set(fault);
-    const bool isReady = checkTerminal(options) && preparePlant(options, plc) &&
-                         setContents(plc.controller.memory, options.contents) &&
-                         (!plc.recorded || readReplay(options.replayFile, &replay));
-    return isReady ? listen(plc, options) : int(EXIT_BAD_USAGE);
+    return preparePlant(options, plc) && setContents(plc.controller.memory, options.contents) &&
+           (!plc.recorded || readReplay(options.replayFile, &unit.replay));
+}
+
+int run(const std::vector<Options> &all)
+{
+    if (!checkTerminal(all.front()))
+        return EXIT_BAD_USAGE;
+    Units units;
+    for (const Options &options : all) {
+        units.push_back(std::make_unique<Unit>(options));
+        if (!prepare(*units.back()))
+            return EXIT_BAD_USAGE;
+    }
+    return listen(units);
 }
 
 } // namespace
@@ -248,11 +353,11 @@ int main(int argc, char **argv)
     // Who reads the answers to commands may go; the clients are still served.
     std::signal(SIGPIPE, SIG_IGN);
     try {
-        plc::Options options;
-        const int ended = plc::parseOptions(argc, argv, &options);
+        std::vector<plc::Options> plcs;
+        const int ended = plc::parseOptions(argc, argv, &plcs);
         if (ended >= 0)
             return ended;
-        return options.proxy.host.empty() ? plc::run(options) : plc::standBetween(options);
+        return plcs.front().proxy.host.empty() ? plc::run(plcs) : plc::standBetween(plcs.front());
     } catch (const std::exception &error) {
         std::fprintf(stderr, "fins_plc: %s\n", error.what());
         return plc::EXIT_NO_PORT;

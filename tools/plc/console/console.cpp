@@ -22,11 +22,15 @@ const Console::Command Console::COMMANDS[] = {
     {"message",    "[NUMBER TEXT | NUMBER off]",               "the program's messages; begin or end one", &Console::message},
     {"log",        "[clear]",                                  "the error log, or empty it", &Console::log},
     {"step",       "[COUNT]",                                  "let so many periods pass, with --stepped", &Console::step},
-    {"fault",      "NAME[=VALUE][:AIM][@PROBABILITY][#TIMES] | NAME off", "begin or end a fault", &Console::fault},
-    {"faults",     "[counts|off]",                             "the faults that are set, their counts, or end all", &Console::faults},
+    {"fault",      "NAME[=VALUE][:AIM][@PROBABILITY][#TIMES] | NAME off", "begin or end a fault",
+     &Console::fault},
+    {"faults",     "[counts|off]",                             "the faults that are set, their counts, or end all",
+     &Console::faults},
     {"tcp-error",  "XX [TIMES] | off",                         "refuse node address exchanges", &Console::tcpError},
     {"clients",    "",                                         "number of clients and their nodes", &Console::clients},
     {"disconnect", "",                                         "close all connections", &Console::disconnect},
+    {"plc",        "[NAME]",                                   "the PLC that lines go to, or another one",
+     &Console::choosePlc},
     {"stats",      "",                                         "counts since the start", &Console::stats},
     {"replay",     "",                                         "what the recording had, and what not",
      &Console::replay},
@@ -177,6 +181,13 @@ std::string Console::clients(Words &)
 std::string Console::disconnect(Words &)
 {
     return "ok " + std::to_string(server.disconnectAll());
+}
+
+std::string Console::choosePlc(Words &words)
+{
+    std::string name;
+    words >> name;
+    return choose(name);
 }
 
 std::string Console::stats(Words &)

@@ -14,8 +14,11 @@ namespace plc {
 
 class Console {
 public:
-    Console(Plc &state, Server &listener, std::function<void()> atQuit)
-        : plc(state), server(listener), quit(std::move(atQuit))
+    /// Answers `plc NAME`; the name is empty for `plc` alone.
+    using Chooser = std::function<std::string(const std::string &name)>;
+
+    Console(Plc &state, Server &listener, std::function<void()> atQuit, Chooser choosing)
+        : plc(state), server(listener), quit(std::move(atQuit)), choose(std::move(choosing))
     {
     }
 
@@ -50,6 +53,7 @@ private:
     std::string tcpError(Words &words);
     std::string clients(Words &words);
     std::string disconnect(Words &words);
+    std::string choosePlc(Words &words);
     std::string stats(Words &words);
     std::string replay(Words &words);
     std::string listCommands(Words &words);
@@ -61,6 +65,7 @@ private:
     Plc                  &plc;
     Server               &server;
     std::function<void()> quit;
+    Chooser               choose;
 };
 
 } // namespace plc

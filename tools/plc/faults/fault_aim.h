@@ -35,7 +35,8 @@ struct FaultAim {
     /// "KEY=VALUE,KEY=VALUE", or an empty text if it is aimed at everything.
     std::string text() const;
 
-    /// Sets what `key` stands for. Returns an empty text, or what is wrong; `isKnown` tells whether there is such a key.
+    /// Sets what `key` stands for. Returns an empty text, or what is wrong; `isKnown` tells whether there is such a
+    /// key.
     std::string set(const std::string &key, const std::string &value, bool *isKnown);
 
     /// What is wrong with it as a whole, or an empty text.

@@ -9,6 +9,7 @@ namespace plc {
 namespace {
 
 const unsigned TIMES_MAX = 1000000;
+const double NEVER = 1e-12; // a probability below it is none
 
 // The parts of a fault's text; those that are not there are empty, and told apart from those that are there and empty.
 struct Parts {
@@ -50,8 +51,16 @@ bool parseProbability(const std::string &text, double *probability)
     const double parsed = std::strtod(text.c_str(), &end);
     if (*end != '\0' || parsed > 1.0)
         return false;
-    *probability = parsed;
+    *probability = parsed < NEVER ? 0 : parsed;
     return true;
+}
+
+// Without an exponent, which is none of a probability's signs, and without zeros at the end.
+std::string probabilityText(double probability)
+{
+    const std::string text = fmt::format("{:.15f}", probability);
+    const std::string shortest = text.substr(0, text.find_last_not_of(".0") + 1);
+    return shortest.empty() ? "0" : shortest;
 }
 
 std::string parseMoment(const std::string &text, FaultRule *rule)
@@ -139,7 +148,7 @@ std::string FaultRule::text() const
     if (moment != usualMoment(kind))
         aims += (aims.empty() ? "" : ",") + std::string(moment == Moment::REQUEST ? "on=request" : "on=reply");
     return faultName(kind) + faultValueText(kind, value) + (aims.empty() ? "" : ":" + aims) +
-           (probability < 1 ? fmt::format("@{:g}", probability) : "") +
+           (probability < 1 ? "@" + probabilityText(probability) : "") +
            (times > 0 ? "#" + std::to_string(times) : "");
 }
 

@@ -38,7 +38,8 @@ public:
     /// Milliseconds that delay and jitter make of it.
     unsigned delayMs(const FaultTarget &target, Moment moment);
 
-    /// The end code that strikes: the first one that refuses, or END_NORMAL; `flags` are set to those that come besides.
+    /// The end code that strikes: the first one that refuses, or END_NORMAL. Those that come besides are added to
+    /// `flags`.
     unsigned strikeEndCode(const FaultTarget &target, Moment moment, unsigned *flags);
 
     /// Whether a fault of the kind strikes everything, every time, without end.

@@ -60,6 +60,12 @@ struct Listings {
     std::string projectToCheck;
 };
 
+// What the command line says of all PLCs together.
+struct Common {
+    unsigned count = 1;
+    bool     hasPort = false; // one that is not free choice
+};
+
 void addFileOptions(CLI::App &app, Options *options, Listings *listings)
 {
     app.add_option("--project", options->projectFile, "TOML file with settings and the memory's content at the start");
@@ -91,7 +97,7 @@ void checkProxyOptions(const CLI::App &app)
 }
 
 // Returns -1 to go on, or the exit code.
-int parseCommandLine(int argc, char **argv, Options *options, Listings *listings)
+int parseCommandLine(int argc, char **argv, Options *options, Listings *listings, Common *common)
 {
     CLI::App app("A simulated Omron CS/CJ PLC that answers FINS/TCP.", "fins_plc");
     app.set_version_flag("--version", "fins_plc " FINS_VERSION, "Print the version and exit");
@@ -99,11 +105,15 @@ int parseCommandLine(int argc, char **argv, Options *options, Listings *listings
     for (const Setting &setting : SETTINGS)
         addSetting(app, setting, options);
     app.add_flag("--trace", options->connection.isTraced, "frames on standard error, < received, > sent");
+    app.add_option("--count", common->count,
+                   "PLCs that are alike, each on a free port, 1 to " + std::to_string(PLCS_MAX))
+        ->check(CLI::Range(1u, unsigned(PLCS_MAX)))->capture_default_str();
     addFileOptions(app, options, listings);
     try {
         app.parse(argc, argv);
         if (!options->proxy.host.empty())
             checkProxyOptions(app);
+        common->hasPort = app.count("--port") > 0 && options->port != 0;
     } catch (const CLI::Success &helpOrVersion) {
         return app.exit(helpOrVersion);
     } catch (const CLI::ParseError &error) {
@@ -113,9 +123,10 @@ int parseCommandLine(int argc, char **argv, Options *options, Listings *listings
     return -1;
 }
 
-int readProject(const std::string &file, Options *options)
+// Reads the project's PLCs, each beginning with `start`.
+int readProject(const std::string &file, const Options &start, std::vector<Options> *plcs)
 {
-    const std::vector<std::string> problems = loadProject(file, options);
+    const std::vector<std::string> problems = loadProject(file, start, plcs);
     for (const std::string &problem : problems)
         std::cerr << "fins_plc: " << problem << std::endl;
     return problems.empty() ? -1 : int(EXIT_BAD_USAGE);
@@ -129,31 +140,71 @@ int printListings(const Listings &listings)
         std::cout << profileHelp();
     if (listings.projectToCheck.empty())
         return listings.plants || listings.profiles ? int(EXIT_DONE) : -1;
-    Options unused;
-    if (readProject(listings.projectToCheck, &unused) >= 0)
+    std::vector<Options> unused;
+    if (readProject(listings.projectToCheck, Options(), &unused) >= 0)
         return EXIT_BAD_USAGE;
-    std::cout << listings.projectToCheck << ": no errors, " << unused.contents.size() << " places of memory"
-              << std::endl;
+    std::size_t places = 0;
+    for (const Options &plc : unused)
+        places += plc.contents.size();
+    std::cout << listings.projectToCheck << ": no errors, " << places << " places of memory"
+              << (unused.size() > 1 ? ", " + std::to_string(unused.size()) + " PLCs" : "") << std::endl;
     return EXIT_DONE;
+}
+
+// Returns -1 to go on, or the exit code.
+int makeAlike(const Common &common, std::vector<Options> *plcs)
+{
+    if (common.count > 1 && plcs->size() > 1) {
+        std::cerr << "fins_plc: --count is for one PLC and the project has " << plcs->size()
+                  << "; leave one of them out" << std::endl;
+        return EXIT_BAD_USAGE;
+    }
+    const Options first = plcs->front();
+    for (unsigned i = 1; i < common.count; ++i) {
+        plcs->push_back(first);
+        plcs->back().name = "plc" + std::to_string(i + 1);
+    }
+    for (Options &plc : *plcs)
+        plc.port = common.count > 1 ? std::uint16_t(0) : plc.port;
+    return -1;
+}
+
+// Some options cannot be those of several PLCs. Returns -1 to go on, or the exit code.
+int checkSeveral(const Common &common, const std::vector<Options> &plcs)
+{
+    std::string wrong;
+    if (plcs.size() > 1 && common.hasPort)
+        wrong = "--port is of one PLC; name the port of each in the project, or use --port 0";
+    if (plcs.size() > 1 && !(plcs.front().recordFile + plcs.front().replayFile).empty())
+        wrong = "--record and --replay are of one PLC; start it alone";
+    if (wrong.empty())
+        return -1;
+    std::cerr << "fins_plc: " << wrong << std::endl;
+    return EXIT_BAD_USAGE;
 }
 
 } // namespace
 
-int parseOptions(int argc, char **argv, Options *options)
+int parseOptions(int argc, char **argv, std::vector<Options> *plcs)
 {
     Listings listings;
+    Common common;
     Options named; // by the command line alone: the project file has to be known first
-    const int ended = parseCommandLine(argc, argv, &named, &listings);
+    const int ended = parseCommandLine(argc, argv, &named, &listings, &common);
     const int listed = ended >= 0 ? ended : printListings(listings);
     if (listed >= 0)
         return listed;
-    if (named.projectFile.empty()) {
-        *options = named;
-        return -1;
-    }
-    options->profile = named.profile;
-    const int refused = readProject(named.projectFile, options);
-    return refused >= 0 ? refused : parseCommandLine(argc, argv, options, &listings);
+    Options start;
+    start.profile = named.profile;
+    if (named.projectFile.empty())
+        plcs->push_back(named);
+    else if (readProject(named.projectFile, start, plcs) >= 0)
+        return EXIT_BAD_USAGE;
+    for (Options &plc : *plcs)
+        if (!named.projectFile.empty())
+            parseCommandLine(argc, argv, &plc, &listings, &common);
+    const int refused = makeAlike(common, plcs);
+    return refused >= 0 ? refused : checkSeveral(common, *plcs);
 }
 
 } // namespace plc

@@ -26,7 +26,9 @@ struct CpuLine {
     std::string       text;
 };
 
+/// Of one PLC.
 struct Options {
+    std::string              name = "plc1"; // among several
     std::string              address = "127.0.0.1";
     std::uint16_t            port = 9600; // 0: a free one
     std::string              profile = "cj2";
@@ -51,9 +53,13 @@ struct Options {
     ConnectionOptions        connection;
 };
 
-/// Reads the command line and the project file that it names. What the command line says goes before what the project
-/// file says. Returns -1 to go on, or the program's exit code, the text that goes with it being printed.
-int parseOptions(int argc, char **argv, Options *options);
+/// The most PLCs in one process.
+enum : unsigned { PLCS_MAX = 500 };
+
+/// Reads the command line and the project file that it names, for each PLC that is to be simulated. What the command
+/// line says goes before what the project file says. Returns -1 to go on, or the program's exit code, the text that
+/// goes with it being printed.
+int parseOptions(int argc, char **argv, std::vector<Options> *plcs);
 
 } // namespace plc
 

@@ -8,6 +8,7 @@
 #include "plants/shipped_plants.h"
 
 #include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <fmt/format.h>
 #include <tuple>
@@ -154,7 +155,64 @@ static std::vector<std::string> plantProblems(const Options &options)
     return problems;
 }
 
-static std::vector<std::string> parseProject(const std::string &text, const std::string &file, Options *options)
+// What lies beside the settings of a PLC: the state of its CPU unit and the content of its memory.
+static void readState(const toml::table &table, Problems &problems, Options *options)
+{
+    if (const toml::table *cpu = tableOf(table, "cpu", problems))
+        readCpu(*cpu, problems, options);
+    if (const toml::table *memory = tableOf(table, "memory", problems))
+        options->contents = readMemoryTable(*memory, Memory(findProfile(options->profile)->sizes), problems);
+}
+
+// A name that is easily typed and that no other PLC has.
+static void readName(const TomlMember &member, const std::vector<Options> &others, Problems &problems, Options *options)
+{
+    const auto text = member.value->value<std::string>();
+    const auto isUsual = [](unsigned char c) { return std::isalnum(c) != 0 || c == '-' || c == '_'; };
+    if (!member.value->is_string() || text->empty() || !std::all_of(text->begin(), text->end(), isUsual))
+        problems.add(*member.value, "name is a text of letters, digits, - and _");
+    else
+        options->name = *text;
+    for (const Options &other : others)
+        if (other.name == options->name)
+            problems.add(*member.value, "'" + options->name + "' is the name of another PLC already");
+}
+
+// One of several PLCs: a port that it does not name is a free one.
+static void readListed(const toml::table &table, const std::string &file, const Options &start, Problems &problems,
+                       std::vector<Options> *plcs)
+{
+    Options options = start;
+    options.port = 0;
+    options.name = "plc" + std::to_string(plcs->size() + 1);
+    for (const TomlMember &member : membersOf(table)) {
+        if (*member.key == "name")
+            readName(member, *plcs, problems, &options);
+        else if (*member.key != "memory" && *member.key != "cpu")
+            readSetting(member, problems, &options);
+    }
+    namePlantFile(toml::table(), file, problems, &options);
+    readState(table, problems, &options);
+    plcs->push_back(options);
+}
+
+static void readList(const toml::table &root, const toml::array &list, const std::string &file, const Options &start,
+                     Problems &problems, std::vector<Options> *plcs)
+{
+    for (const char *name : {"cpu", "memory", "plant"})
+        if (const toml::node *const table = root.get(name))
+            problems.add(*table, std::string("with [[plc]] each PLC has its own; use [plc.memory], [plc.cpu] and a ")
+                                     + "plant = FILE behind its [[plc]] instead of [" + name + "]");
+    if (list.empty() || list.size() > PLCS_MAX || !list.is_homogeneous<toml::table>()) {
+        problems.add(list, "plc has to be a table, [plc], or 1 to " + std::to_string(PLCS_MAX) + " tables [[plc]]");
+        return;
+    }
+    for (const toml::node &item : list)
+        readListed(*item.as_table(), file, start, problems, plcs);
+}
+
+static std::vector<std::string> parseProject(const std::string &text, const std::string &file, const Options &start,
+                                             std::vector<Options> *plcs)
 {
     Problems problems(file);
     toml::table root;
@@ -166,25 +224,29 @@ static std::vector<std::string> parseProject(const std::string &text, const std:
         if (*member.key != "plc" && *member.key != "cpu" && *member.key != "memory" && *member.key != "plant")
             problems.add(*member.key, "'" + std::string(member.key->str()) + "' is no table of a project; use [plc], "
                                           "[cpu], [memory] and [plant]");
+    if (const toml::array *const list = root["plc"].as_array()) {
+        readList(root, *list, file, start, problems, plcs);
+        return problems.lines();
+    }
+    plcs->push_back(start);
+    Options &options = plcs->back();
     if (const toml::table *settings = tableOf(root, "plc", problems))
         for (const TomlMember &member : membersOf(*settings))
-            readSetting(member, problems, options);
-    namePlantFile(root, file, problems, options);
-    if (const toml::table *cpu = tableOf(root, "cpu", problems))
-        readCpu(*cpu, problems, options);
-    if (const toml::table *memory = tableOf(root, "memory", problems))
-        options->contents = readMemoryTable(*memory, Memory(findProfile(options->profile)->sizes), problems);
+            readSetting(member, problems, &options);
+    namePlantFile(root, file, problems, &options);
+    readState(root, problems, &options);
     return problems.lines();
 }
 
-std::vector<std::string> loadProject(const std::string &file, Options *options)
+std::vector<std::string> loadProject(const std::string &file, const Options &start, std::vector<Options> *plcs)
 {
     const FileContent content = readWholeFile(file, TOML_MAX_BYTES);
     if (!content.problem.empty())
         return {file + ": " + content.problem};
-    std::vector<std::string> wrong = parseProject(content.text, file, options);
-    for (const std::string &line : plantProblems(*options))
-        wrong.push_back(line);
+    std::vector<std::string> wrong = parseProject(content.text, file, start, plcs);
+    for (const Options &options : *plcs)
+        for (const std::string &line : plantProblems(options))
+            wrong.push_back(line);
     return wrong;
 }
 
@@ -198,7 +260,8 @@ std::string projectHelp()
     for (const CpuSetting &setting : CPU_SETTINGS)
         text += fmt::format("  {:<27}{}: {}\n", std::string(setting.key) + " =",
                             setting.isList ? "a text or a list of texts" : "a text", setting.meaning);
-    return text + "  [memory]\n"
+    return text + "  several PLCs: [[plc]] for each, with a name = too, and [plc.cpu] and [plc.memory] behind it\n"
+                  "  [memory]\n"
                   "  \"DM:10\" = 5                 a word, 0 to 65535\n"
                   "  \"DM:10\" = [1, 2, 3]         words in a row\n"
                   "  \"DM:10:50\" = 7              50 words with this value\n"

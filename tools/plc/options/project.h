@@ -7,13 +7,14 @@
 #include <vector>
 
 // The project file, TOML: the table [plc] has settings with the names of the command line's options, the table
-// [cpu] the state of the CPU unit, the table [memory] the content of the memory at the start.
+// [cpu] the state of the CPU unit, the table [memory] the content of the memory at the start. Several PLCs are a list,
+// each [[plc]] with its name, its [plc.cpu] and its [plc.memory].
 
 namespace plc {
 
-/// Reads the file into `options`. Returns "FILE:LINE:COL: what is wrong" for everything that is wrong, in the order of
-/// the file, or "FILE: what is wrong" if it cannot be read; empty: nothing.
-std::vector<std::string> loadProject(const std::string &file, Options *options);
+/// Reads the PLCs of the file, each beginning with `start`. Returns "FILE:LINE:COL: what is wrong" for everything that
+/// is wrong, in the order of the file, or "FILE: what is wrong" if it cannot be read; empty: nothing.
+std::vector<std::string> loadProject(const std::string &file, const Options &start, std::vector<Options> *plcs);
 
 /// The keys of a project file, one a line.
 std::string projectHelp();

@@ -36,9 +36,8 @@ std::string errorText(const StandingErrors &errors)
 
 } // namespace
 
-View::View(asio::io_context &io, Plc &state, Server &listener, Console &commands, const Plant *running,
-           const Options &settings)
-    : plc(state), server(listener), console(commands), plant(running), options(settings), hasColour(wantsColour()),
+View::View(asio::io_context &io, const ViewSubject &subject)
+    : shown(subject), hasColour(wantsColour()),
       answer("Type a command and Enter: help shows their names. Ctrl-C ends the simulator."), timer(io),
       resizing(io, SIGWINCH)
 {
@@ -82,20 +81,28 @@ void View::followResizing()
     });
 }
 
+// Rates begin anew: the samples are those of another PLC.
+void View::show(const ViewSubject &subject)
+{
+    shown = subject;
+    samples.clear();
+    sample();
+}
+
 void View::takeKeys(const std::string &keys)
 {
     for (const char key : keys) {
         std::string line;
         if (commandLine.take(key, &line) && !line.empty())
-            answer = line + ": " + console.answer(line);
+            answer = line + ": " + shown.console->answer(line);
     }
     draw();
 }
 
 void View::sample()
 {
-    Sample now = {Clock::now(), plc.stats.requests, {}};
-    for (const Connection::Client &client : server.clients())
+    Sample now = {Clock::now(), shown.plc->stats.requests, {}};
+    for (const Connection::Client &client : shown.server->clients())
         now.clientRequests[client.id] = client.requests;
     samples.push_back(now);
     if (samples.size() > SAMPLES_MAX)
@@ -129,38 +136,38 @@ ScreenState View::state() const
     const Sample &oldest = samples.front();
     const Sample &newest = samples.back();
     std::ostringstream address;
-    address << server.endpoint();
-    ScreenState shown;
-    shown.address = address.str();
-    shown.node = plc.nodes.server();
-    shown.profile = options.profile;
-    shown.mode = modeName(plc.controller.mode);
-    shown.error = errorText(plc.controller.errors);
-    shown.upSeconds = secondsSince(start);
-    shown.clientLimit = plc.nodes.limit();
-    shown.stats = plc.stats;
-    shown.requestRate = rateSince(oldest.time, newest.requests, oldest.requests);
-    shown.faults = plc.faults.list();
-    if (!options.recordFile.empty())
-        shown.files += "recording " + options.recordFile + " ";
-    if (!options.replayFile.empty())
-        shown.files += "replaying " + options.replayFile;
-    for (const Connection::Client &client : server.clients()) {
+    address << shown.server->endpoint();
+    ScreenState screen;
+    screen.address = address.str();
+    screen.node = shown.plc->nodes.server();
+    screen.profile = shown.options->profile;
+    screen.mode = modeName(shown.plc->controller.mode);
+    screen.error = errorText(shown.plc->controller.errors);
+    screen.upSeconds = secondsSince(start);
+    screen.clientLimit = shown.plc->nodes.limit();
+    screen.stats = shown.plc->stats;
+    screen.requestRate = rateSince(oldest.time, newest.requests, oldest.requests);
+    screen.faults = shown.plc->faults.list();
+    if (!shown.options->recordFile.empty())
+        screen.files += "recording " + shown.options->recordFile + " ";
+    if (!shown.options->replayFile.empty())
+        screen.files += "replaying " + shown.options->replayFile;
+    for (const Connection::Client &client : shown.server->clients()) {
         const auto before = oldest.clientRequests.find(client.id);
         const auto now = newest.clientRequests.find(client.id);
         const std::uint64_t first = before == oldest.clientRequests.end() ? 0 : before->second;
         const std::uint64_t last = now == newest.clientRequests.end() ? first : now->second;
-        shown.clients.push_back({client, rateSince(oldest.time, last, first)});
+        screen.clients.push_back({client, rateSince(oldest.time, last, first)});
     }
-    if (plant) {
-        shown.plant = options.plant;
-        shown.values = plant->values();
+    if (shown.plant) {
+        screen.plant = shown.options->plant;
+        screen.values = shown.plant->values();
     }
-    for (const WriteLog::Entry &entry : plc.controller.writes.entries())
-        shown.writes.push_back({placeText(entry.place), entry.value, secondsSince(entry.time)});
-    shown.typed = commandLine.text();
-    shown.answer = answer;
-    return shown;
+    for (const WriteLog::Entry &entry : shown.plc->controller.writes.entries())
+        screen.writes.push_back({placeText(entry.place), entry.value, secondsSince(entry.time)});
+    screen.typed = commandLine.text();
+    screen.answer = answer;
+    return screen;
 }
 
 } // namespace plc

@@ -20,14 +20,24 @@
 
 namespace plc {
 
+/// The PLC that is shown.
+struct ViewSubject {
+    Plc           *plc;
+    Server        *server;
+    Console       *console;
+    const Plant   *plant; // null: none
+    const Options *options;
+};
+
 class View {
 public:
-    /// `running` is null without a plant.
-    View(asio::io_context &io, Plc &state, Server &listener, Console &commands, const Plant *running,
-         const Options &settings);
+    View(asio::io_context &io, const ViewSubject &subject);
     View(const View &) = delete;
     View &operator=(const View &) = delete;
     ~View();
+
+    /// Shows another PLC from now on.
+    void show(const ViewSubject &subject);
 
     /// Takes what was typed.
     void takeKeys(const std::string &keys);
@@ -48,11 +58,7 @@ private:
     double rateSince(Clock::time_point time, std::uint64_t now, std::uint64_t before) const;
     ScreenState state() const;
 
-    Plc                    &plc;
-    Server                 &server;
-    Console                &console;
-    const Plant            *plant;
-    const Options          &options;
+    ViewSubject             shown;
     bool                    hasColour;
     Clock::time_point       start = Clock::now();
     std::deque<Sample>      samples;
