@@ -124,7 +124,9 @@ std::string codeText(const CodeText *row, const std::string &number)
     return row ? number + " (" + row->text + ")" : number;
 }
 
-const std::uint32_t CPU_UNIT_FLAGS = 0x00C0;
+const std::uint32_t NON_FATAL_FLAG = 0x0040;
+const std::uint32_t FATAL_FLAG     = 0x0080;
+const std::uint32_t CPU_UNIT_FLAGS = FATAL_FLAG | NON_FATAL_FLAG;
 const std::uint32_t RELAY_ERROR    = 0x8000;
 
 } // namespace
@@ -132,6 +134,13 @@ const std::uint32_t RELAY_ERROR    = 0x8000;
 std::uint16_t plainEndCode(std::uint16_t endCode)
 {
     return static_cast<std::uint16_t>(endCode & ~CPU_UNIT_FLAGS);
+}
+
+std::string cpuErrorText(std::uint16_t endCode)
+{
+    if ((endCode & FATAL_FLAG) != 0)
+        return "a fatal error of the CPU unit";
+    return (endCode & NON_FATAL_FLAG) != 0 ? "a non-fatal error of the CPU unit" : "";
 }
 
 bool isNormalEnd(std::uint16_t endCode)

@@ -14,6 +14,9 @@ bool isNormalEnd(std::uint16_t endCode);
 /// The end code without the flags of a CPU unit error.
 std::uint16_t plainEndCode(std::uint16_t endCode);
 
+/// "a fatal error of the CPU unit" and such: what the flags say; "" for none.
+std::string cpuErrorText(std::uint16_t endCode);
+
 /// True if the command was refused since the CPU unit is in PROGRAM, DEBUG or RUN mode.
 bool isModeEndCode(std::uint16_t endCode);
 

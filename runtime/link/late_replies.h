@@ -22,6 +22,8 @@ public:
             ++owed_[sid];
     }
 
+    bool owes(std::uint8_t sid) const { return owed_[sid] > 0; }
+
     /// A reply with another service ID than the request's has arrived: true if it is a late one. It is then settled.
     bool settle(std::uint8_t sid)
     {

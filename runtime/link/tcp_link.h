@@ -81,6 +81,9 @@ public:
     /// to be late ones to earlier requests are dropped.
     ExchangeStatus exchange(const std::uint8_t *request, std::size_t size, TimePoint start);
 
+    /// True if the reply to a request with this service ID may still come.
+    bool awaitsLate(std::uint8_t sid) const { return late_.owes(sid); }
+
     /// Valid until the next call.
     const std::uint8_t *reply() const { return assembler_.reply(); }
     std::size_t replySize() const { return assembler_.replySize(); }

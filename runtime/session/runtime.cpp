@@ -231,11 +231,16 @@ ExchangeStatus Runtime::transfer(RequestKind kind, std::size_t size)
     ++statistics_.requests;
     if (kind == RequestKind::WRITE || kind == RequestKind::MODE_CHANGE)
         orderCalls_.tell(request_, kind);
+    return send(request_.frame, size);
+}
+
+ExchangeStatus Runtime::send(const std::uint8_t *frame, std::size_t size)
+{
     const bool traced = options_.trace != TraceMode::NONE;
     if (traced)
-        traceFrame(options_.trace, '>', request_.frame, size);
+        traceFrame(options_.trace, '>', frame, size);
     sentAt_ = Clock::now();
-    const ExchangeStatus status = link_.exchange(request_.frame, size, sentAt_);
+    const ExchangeStatus status = link_.exchange(frame, size, sentAt_);
     if (options_.roundTrips)
         roundTrip_ = std::chrono::duration_cast<Micros>(Clock::now() - sentAt_);
     if (traced && status == ExchangeStatus::REPLY)

@@ -10,6 +10,8 @@
 #include "link/reply_judge.h"
 #include "link/tcp_link.h"
 #include "link/trace.h"
+#include "service/service_reply.h"
+#include "service/service_request.h"
 #include "session/link_state.h"
 #include "session/poll_plan.h"
 #include "session/statistics.h"
@@ -141,6 +143,14 @@ public:
     /// Hands a write to the driver; canWrite() must be true. At most one frame's worth.
     void write(const Item &item, const std::vector<quint8> &data);
 
+    /// True if a service request may be sent now: the node addresses are known, the driver has no request in flight and
+    /// no write to send, no recipe is transferred, and no reply to an earlier service request is still awaited.
+    bool canServe() const;
+
+    /// Sends a service request beside the driver, and awaits its reply until `limit` at the latest; canServe() must be
+    /// true. The driver never hears of it, unless the connection is lost.
+    ServiceReply serve(const ServiceRequest &request, TimePoint limit);
+
     /// Starts a transfer of the recipe plan; canWrite() must be true. `flag` is RECIPE_WRITE_FLAG or RECIPE_READ_FLAG.
     void startRecipe(std::size_t flag);
 
@@ -177,6 +187,8 @@ public:
 private:
     void exchange();
     ExchangeStatus transfer(RequestKind kind, std::size_t size);
+    ExchangeStatus send(const std::uint8_t *frame, std::size_t size);
+    ServiceReply serviceReply(const std::vector<std::uint8_t> &frame, const Judgement &judgement, std::size_t size) const;
     void count(ExchangeStatus status, const Judgement &judgement);
     void handOver(RequestKind kind, const Judgement &judgement);
     void accepted(RequestKind kind);
