@@ -115,7 +115,7 @@ TEST(PanelNumbers, ReachTheEndsOfTheirRanges)
 
 TEST(PanelUnknown, Commands)
 {
-    const std::string all = "; the commands are link, watch, read, write, wait, log, recipe, publish, check-project, "
+    const std::string all = "; the commands are link, watch, read, write, wait, log, recipe, plc, publish, check-project, "
                             "import-tags, bench, check, types, copies; see fins_panel --help";
     expectRefused({"wach"}, "fins_panel: there is no command 'wach' (did you mean 'watch'?); see fins_panel --help");
     expectRefused({"raed", "127.0.0.1:1", "DM:0"},
@@ -152,7 +152,7 @@ TEST(PanelUnknown, ProjectThatIsGivenTwice)
 TEST(PanelHelp, FitsEightyColumns)
 {
     std::vector<Words> commands = allCommands();
-    ASSERT_EQ(commands.size(), 20u); // without a command, fourteen, and five of recipe
+    ASSERT_EQ(commands.size(), 26u); // without a command, fifteen, five of recipe and five of plc
     for (Words &command : commands)
         command.push_back("--help");
     commands.push_back({"--help-all"});

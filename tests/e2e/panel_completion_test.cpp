@@ -35,6 +35,7 @@ TEST_F(PanelCompletionTest, Commands)
 {
     EXPECT_EQ(offered({"wa"}), (Words{"watch", "wait"}));
     EXPECT_EQ(offered({"recipe", "w"}), Words{"write"});
+    EXPECT_EQ(offered({"plc", "c"}), (Words{"clock", "cycle"}));
     EXPECT_EQ(offered({"--project", project, "ch"}), (Words{"check-project", "check"}));
     EXPECT_EQ(offered({"comp"}), Words{}); // is for the completion only
 }

@@ -30,6 +30,14 @@ void placeHost(CLI::App &command, Arguments &arguments)
             throw UsageError("'" + arguments.recipe.file + "' is one argument too many: the PLC is " + known
                              + "; give another one with --host");
         arguments.recipe.file = arguments.host;
+    } else if (arguments.hasHost && command.get_option_no_throw("new_mode")) {
+        if (!arguments.plcTask.mode.empty())
+            throw UsageError("'" + arguments.plcTask.mode + "' is one argument too many: the PLC is " + known
+                             + "; give another one with --host");
+        arguments.plcTask.mode = arguments.host;
+    } else if (arguments.hasHost && command.get_parent() && command.get_parent()->get_name() == "plc") {
+        throw UsageError("'" + arguments.host + "' is one argument too many: the PLC is " + known
+                         + "; give another one with --host");
     } else if (arguments.hasHost) {
         std::vector<std::string> &items = arguments.choice.items;
         items.insert(items.begin(), arguments.host);

@@ -2,6 +2,7 @@
 #define PANEL_CLI_ARGUMENTS_H
 
 #include "commands/commands.h"
+#include "commands/plc.h"
 #include "commands/publish.h"
 #include "plant/plant.h"
 
@@ -60,6 +61,7 @@ struct Arguments {
     BenchOptions             bench;
     long                     roundTrips = 100;
     RecipeOptions            recipe;
+    PlcOptions               plcTask;
     std::string              copiesItem;
     long                     copies = 0;
     long                     step   = 1;

@@ -3,6 +3,7 @@
 #include "cli/options.h"
 #include "cli/plant_arguments.h"
 #include "cli/plant_commands.h"
+#include "cli/plc_definitions.h"
 #include "cli/publish_definition.h"
 #include "common/usage_error.h"
 
@@ -284,6 +285,7 @@ void addCommands(CLI::App &app, Arguments &arguments)
     addWait(app, arguments);
     addLog(app, arguments);
     addRecipe(app, arguments);
+    addPlc(app, arguments);
     addPublish(app, arguments);
     addFiles(app, arguments);
     addBench(app, arguments);

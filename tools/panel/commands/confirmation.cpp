@@ -9,10 +9,18 @@
 
 #include <iostream>
 
-void requireTerminal()
+void requireTerminal(const std::string &problem)
 {
     if (isatty(STDIN_FILENO) == 0 || isatty(STDERR_FILENO) == 0)
-        throw UsageError("--confirm asks on a terminal, and there is none; run the command on one, or leave it out");
+        throw UsageError(problem);
+}
+
+bool isYes(const std::string &question)
+{
+    std::cerr << question << std::flush;
+    std::string answer;
+    std::getline(std::cin, answer);
+    return answer == "y" || answer == "Y" || answer == "yes";
 }
 
 bool isConfirmed(const std::vector<WriteReport::Order> &orders, const HeldBytes &held)
@@ -21,10 +29,7 @@ bool isConfirmed(const std::vector<WriteReport::Order> &orders, const HeldBytes 
     for (const WriteReport::Order &order : orders)
         rows.push_back({order.name, decodeValues(order.format, held(order.item)),
                         decodeValues(order.format, order.data), order.format.unit});
-    std::cerr << tableText(rows, {false, true, true, false}) << "write these values? [y/N] " << std::flush;
-    std::string answer;
-    std::getline(std::cin, answer);
-    return answer == "y" || answer == "Y" || answer == "yes";
+    return isYes(tableText(rows, {false, true, true, false}) + "write these values? [y/N] ");
 }
 
 int endUnwritten(Runtime &runtime, WriteReport &report, const std::string &reason, Millis giveUp)

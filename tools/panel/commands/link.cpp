@@ -1,7 +1,9 @@
 #include "commands/commands.h"
 
 #include "commands/ending.h"
+#include "commands/plc_facts.h"
 #include "link/fins_codes.h"
+#include "session/ask.h"
 #include "session/diagnosis.h"
 #include "terminal/stop_flag.h"
 #include "values/awaited_words.h"
@@ -53,7 +55,7 @@ public:
 
     int run(long count)
     {
-        if (!connect() || !shakeHands() || !readAreas() || !measure(count))
+        if (!connect() || !shakeHands() || !readAreas() || !describe() || !measure(count))
             return programStop().isStopped() ? EXIT_NO_LINK : explain();
         if (refused_ > 0) {
             printStep("result", "the PLC answers, but refuses " + std::to_string(refused_) + " of "
@@ -68,6 +70,9 @@ private:
     bool connect();
     bool shakeHands();
     bool readAreas();
+    bool describe();
+    template <typename Content>
+    void describe(const char *name, Answer<Content> read(Runtime &, TimePoint), Facts facts(const Content &));
     bool measure(long count);
     void printArea(bool refused);
     void note(const Exchange &exchange);
@@ -82,6 +87,7 @@ private:
     bool              isLeftOut_ = false;                // since the PLC refuses it
     std::size_t       refused_ = 0;
     bool              isLost_  = false;
+    bool              isMute_  = false; // leaves a question about the PLC itself without an answer
     std::vector<CallHandle> calls_;
 };
 
@@ -127,8 +133,53 @@ bool LinkCheck::shakeHands()
     }
     printStep("handshake", "this computer is node " + std::to_string(runtime_.clientNode()) + ", the PLC is node "
                                + std::to_string(runtime_.serverNode()) + ", " + inMillis(runtime_.roundTrip()));
-    printStep("mode", "cannot be read: the driver has no function for the controller's operating mode");
     return true;
+}
+
+Facts statusFacts(const PlcStatus &status)
+{
+    Facts facts = modeFacts(status);
+    for (const Fact &fact : errorFacts(status))
+        facts.push_back(fact);
+    return facts;
+}
+
+Facts clockNow(const PlcTime &time)
+{
+    return clockFacts(time, std::chrono::system_clock::now());
+}
+
+Facts cycleFacts(const CycleTime &cycle)
+{
+    return {{"cycle time", "average " + cycleText(cycle.average) + ", min " + cycleText(cycle.shortest) + ", max "
+                               + cycleText(cycle.longest), "", nullptr}};
+}
+
+// What the PLC says of itself. Returns false if the link is lost.
+bool LinkCheck::describe()
+{
+    isLost_ = false;
+    describe("model", readController, nameFacts);
+    describe("mode", readStatus, statusFacts);
+    describe("clock", readClock, clockNow);
+    describe("cycle time", readCycleTime, cycleFacts);
+    return !programStop().isStopped() && !isLost_;
+}
+
+// A PLC that does not know a question, or leaves it without an answer, can be worked with all the same.
+template <typename Content>
+void LinkCheck::describe(const char *name, Answer<Content> read(Runtime &, TimePoint), Facts facts(const Content &))
+{
+    if (isLost_ || isMute_)
+        return;
+    const Answer<Content> answer = read(runtime_, Clock::now() + 2 * runtime_.options().timeout);
+    isMute_ = answer.reply.end == ServiceEnd::NO_ANSWER && answer.reply.data.empty();
+    if (answer)
+        std::cout << factLines(facts(*answer)) << std::flush;
+    else if (answer.reply.end == ServiceEnd::REFUSED)
+        printStep(name, "not known: " + answer.reply.problem);
+    else
+        printStep(name, "not known: " + answer.reply.problem + (isMute_ ? ", so nothing more is asked" : ""));
 }
 
 // Steps until every area has been answered; the order is the driver's.

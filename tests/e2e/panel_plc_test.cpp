@@ -1,0 +1,295 @@
+#include "panel_files.h"
+
+#include <regex>
+
+// `plc`: what a PLC says of itself, and the few things that it can be told.
+
+namespace {
+
+// A command and the response to it, from the code on; "" for none.
+struct Turn {
+    std::string command;
+    std::string response;
+};
+
+const std::string TEXT = "00000000 00000000 00000000 00000000";
+
+std::string statusReply(const std::string &mode, const std::string &errors = "0000 0000 0000 0000",
+                        const std::string &end = "0000")
+{
+    return "0601 " + end + (mode == "00" ? " 04 " : " 05 ") + mode + errors + TEXT;
+}
+
+class PlcCommandTest : public PlayedTest {
+protected:
+    // The whole dialogue of a run; each command has the service ID that the driver leaves free.
+    void play(const Words &command, const std::vector<Turn> &turns)
+    {
+        Words words = {"plc", command.front(), plc.host(), "-q"};
+        words.insert(words.end(), command.begin() + 1, command.end());
+        begin(words);
+        for (const Turn &turn : turns) {
+            EXPECT_EQ(link->command(), plainHex(turn.command));
+            EXPECT_EQ(link->sid, 0xFFu);
+            if (!turn.response.empty())
+                link->answer(turn.response);
+        }
+        code = panel->wait();
+        out  = panel->output();
+        err  = panel->errors();
+    }
+
+    int         code = -1;
+    std::string out;
+    std::string err;
+};
+
+std::string controllerReply()
+{
+    const std::string model   = "434A314D2D4350553133 20202020202020202020"; // CJ1M-CPU13
+    const std::string version = "30342E3030" + std::string(30, '0');         // 04.00
+    return "0501 0000" + model + version + std::string(80, '0') + "0014 17 8000 08 00 0000 00 0000";
+}
+
+} // namespace
+
+TEST_F(PlcCommandTest, Info)
+{
+    play({"info"}, {{"0501 00", controllerReply()}});
+    EXPECT_EQ(code, 0);
+    EXPECT_EQ(err, "");
+    EXPECT_EQ(out, "model        CJ1M-CPU13\n"
+                   "version      04.00\n"
+                   "program      20 K words\n"
+                   "DM           32768 words\n"
+                   "EM banks     0\n"
+                   "card         none\n");
+}
+
+TEST_F(PlcCommandTest, InfoAsJson)
+{
+    play({"info", "--json"}, {{"0501 00", controllerReply()}});
+    EXPECT_EQ(code, 0);
+    EXPECT_EQ(out, "{\"model\":\"CJ1M-CPU13\",\"version\":\"04.00\",\"program_kwords\":20,\"dm_words\":32768,"
+                   "\"em_banks\":0,\"card_kbytes\":null}\n");
+}
+
+TEST_F(PlcCommandTest, Mode)
+{
+    play({"mode"}, {{"0601", statusReply("04")}});
+    EXPECT_EQ(code, 0);
+    EXPECT_EQ(err, "");
+    EXPECT_EQ(out, "mode         RUN\nprogram      running\n");
+}
+
+TEST_F(PlcCommandTest, Cycle)
+{
+    play({"cycle", "--json"}, {{"0620 01", "0620 0000 0000028A 00000301 00000007"}});
+    EXPECT_EQ(code, 0);
+    EXPECT_EQ(out, "{\"average_ms\":65.0,\"max_ms\":76.9,\"min_ms\":0.7}\n");
+}
+
+TEST_F(PlcCommandTest, ErrorsAndTheirLog)
+{
+    play({"errors"}, {{"0601", statusReply("04", "0000 0010 0000 00F7")},
+                      {"2102 0000 0014", "2102 1104 0014 0001 0001 00F7 0000 15 30 01 08 26 03"}});
+    EXPECT_EQ(code, 0);
+    EXPECT_EQ(err, "");
+    EXPECT_EQ(out, "fatal        none\n"
+                   "non-fatal    battery error\n"
+                   "error code   00F7 (battery)\n"
+                   "battery      low or missing: the PLC reports a battery error\n"
+                   "log          1 of at most 20 records, the oldest first\n"
+                   "             2026-03-01 08:15:30  00F7 0000 (battery)\n");
+}
+
+TEST_F(PlcCommandTest, AnEmptyLogHasNoFirstRecord)
+{
+    play({"errors", "--json"}, {{"0601", statusReply("04")}, {"2102 0000 0014", "2102 1103"}});
+    EXPECT_EQ(code, 0);
+    EXPECT_EQ(out, "{\"fatal\":[],\"non_fatal\":[],\"error_code\":\"0000\",\"battery_ok\":true,\"log\":[]}\n");
+}
+
+TEST_F(PlcCommandTest, ALongLogIsReadInParts)
+{
+    const std::string record = "00F7 0000 15 30 01 08 26 03";
+    std::string twenty;
+    for (int i = 0; i < 20; ++i)
+        twenty += record;
+    play({"errors"}, {{"0601", statusReply("04")},
+                      {"2102 0000 0014", "2102 0000 0064 0015 0014" + twenty},
+                      {"2102 0014 0014", "2102 1104 0064 0015 0001" + record}});
+    EXPECT_EQ(code, 0);
+    EXPECT_NE(out.find("log          21 of at most 100 records, the oldest first\n"), std::string::npos) << out;
+}
+
+TEST_F(PlcCommandTest, AnUnknownCommandIsOneLine)
+{
+    for (const auto &[endCode, words] : {std::pair("0401", "undefined command"),
+                                         std::pair("0402", "the command is not supported by this model or version")}) {
+        play({"cycle"}, {{"0620 01", std::string("0620") + endCode}});
+        EXPECT_EQ(code, 1);
+        EXPECT_EQ(out, "");
+        const std::string text = std::string(endCode) + " (" + words + ")";
+        EXPECT_EQ(err, "fins_panel: the PLC does not tell its cycle time: " + text + "\n");
+    }
+}
+
+TEST_F(PlcCommandTest, AShortReplyIsOneLine)
+{
+    play({"mode"}, {{"0601", "0601 0000 05 04"}});
+    EXPECT_EQ(code, 3);
+    EXPECT_EQ(out, "");
+    EXPECT_EQ(err, "fins_panel: no answer about its operating mode: the reply makes no sense, its data are 2 bytes: "
+                   "05 04\n");
+}
+
+TEST_F(PlcCommandTest, SilenceIsOneLine)
+{
+    play({"mode", "--timeout", "50"}, {{"0601", ""}});
+    EXPECT_EQ(code, 3);
+    EXPECT_EQ(err, "fins_panel: no answer about its operating mode: no reply in time\n");
+}
+
+TEST_F(PlcCommandTest, FlagsOfTheEndCodeAreANote)
+{
+    play({"mode"}, {{"0601", statusReply("04", "0000 0000 0000 0000", "0040")}});
+    EXPECT_EQ(code, 0);
+    EXPECT_EQ(out, "mode         RUN\nprogram      running\n");
+    EXPECT_EQ(err, "fins_panel: the PLC reports a non-fatal error of the CPU unit with its reply; "
+                   "'fins_panel plc errors " + plc.host() + "' names it\n");
+}
+
+// ---- Changes -----------------------------------------------------------------------------------------------------
+
+TEST_F(PlcCommandTest, ModeIsChangedAndReadBack)
+{
+    const struct {
+        std::string name, request, before, after, shown;
+    } rows[] = {
+        {"run", "0401 FFFF 04", "00", "04", "mode         RUN\nprogram      running\n"},
+        {"monitor", "0401 FFFF 02", "04", "02", "mode         MONITOR\nprogram      running\n"},
+        {"program", "0402", "04", "00", "mode         PROGRAM\nprogram      stopped\n"},
+    };
+    for (const auto &row : rows) {
+        play({"mode", row.name, "--yes"}, {{"0601", statusReply(row.before)},
+                                           {row.request, row.request.substr(0, 4) + "0000"},
+                                           {"0601", statusReply(row.after)}});
+        EXPECT_EQ(code, 0) << row.name;
+        EXPECT_EQ(err, "");
+        EXPECT_EQ(out, row.shown);
+    }
+}
+
+TEST_F(PlcCommandTest, NothingIsSentWhereTheModeIsTheRightOne)
+{
+    play({"mode", "run", "--yes"}, {{"0601", statusReply("04")}});
+    EXPECT_EQ(code, 0);
+    EXPECT_EQ(out, "mode         RUN\nprogram      running\n");
+}
+
+// What was acknowledged is not what holds.
+TEST_F(PlcCommandTest, WhatIsReadBackCounts)
+{
+    play({"mode", "run", "--yes"},
+         {{"0601", statusReply("00")}, {"0401 FFFF 04", "0401 0000"}, {"0601", statusReply("02")}});
+    EXPECT_EQ(code, 1);
+    EXPECT_EQ(out, "mode         MONITOR\nprogram      running\n");
+    EXPECT_EQ(err, "fins_panel: the PLC is in MONITOR mode, not in RUN mode\n");
+}
+
+TEST_F(PlcCommandTest, ARefusedChangeIsOneLine)
+{
+    play({"mode", "run", "--yes"}, {{"0601", statusReply("00")}, {"0401 FFFF 04", "0401 3001"}});
+    EXPECT_EQ(code, 1);
+    EXPECT_EQ(out, "");
+    EXPECT_EQ(err, "fins_panel: refused: the change to RUN mode: 3001 (another node holds the access right)\n");
+}
+
+TEST_F(PlcCommandTest, ErrorsAreClearedAndReadBack)
+{
+    const std::string battery = "0000 0010 0000 00F7";
+    play({"errors", "--clear", "--yes"}, {{"0601", statusReply("04", battery)},
+                                          {"2101 FFFF", "2101 0000"},
+                                          {"0601", statusReply("04")}});
+    EXPECT_EQ(code, 0);
+    EXPECT_EQ(out, "fatal        none\nnon-fatal    none\nerror code   none\nbattery      present\n");
+    play({"errors", "--clear", "--yes"}, {{"0601", statusReply("04", battery)},
+                                          {"2101 FFFF", "2101 260B"},
+                                          {"0601", statusReply("04", battery)}});
+    EXPECT_EQ(code, 1);
+    EXPECT_NE(out.find("non-fatal    battery error\n"), std::string::npos) << out;
+}
+
+TEST_F(PlcCommandTest, AClockThatDoesNotTakeTheTimeDiffers)
+{
+    begin({"plc", "clock", plc.host(), "-q", "--set", "--yes"});
+    EXPECT_EQ(link->command(), "0701");
+    link->answer("0701 0000 00 01 01 00 00 00 06");
+    const std::string set = link->command();
+    EXPECT_TRUE(std::regex_match(set, std::regex("0702[0-9]{14}"))) << set;
+    link->answer("0702 0000");
+    EXPECT_EQ(link->command(), "0701");
+    link->answer("0701 0000 00 01 01 00 00 00 06");
+    EXPECT_EQ(panel->wait(), 1);
+    EXPECT_EQ(panel->errors(), "fins_panel: the PLC's clock has not taken this computer's time\n");
+}
+
+TEST_F(PlcCommandTest, AClockThatTakesTheTimeIsShown)
+{
+    begin({"plc", "clock", plc.host(), "-q", "--set", "--yes"});
+    EXPECT_EQ(link->command(), "0701");
+    link->answer("0701 0000 00 01 01 00 00 00 06");
+    const std::string set = link->command();
+    link->answer("0702 0000");
+    EXPECT_EQ(link->command(), "0701");
+    link->answer("0701 0000" + set.substr(4));
+    EXPECT_EQ(panel->wait(), 0);
+    EXPECT_EQ(panel->errors(), "");
+    const std::string date = "20" + set.substr(4, 2) + "-" + set.substr(6, 2) + "-" + set.substr(8, 2);
+    EXPECT_EQ(panel->output().find("clock        " + date + " "), 0u) << panel->output();
+}
+
+TEST_F(PlcCommandTest, NothingIsChangedWithoutConsent)
+{
+    const std::string line = "fins_panel: what changes the PLC asks first on a terminal, and there is none; run the "
+                             "command on one, or give --yes";
+    expectRefused({"plc", "mode", plc.host(), "run"}, line);
+    expectRefused({"plc", "clock", plc.host(), "--set"}, line);
+    expectRefused({"plc", "errors", plc.host(), "--clear"}, line);
+}
+
+TEST_F(PlcCommandTest, UnknownModesAreRefused)
+{
+    expectRefused({"plc", "mode", plc.host(), "runn", "--yes"},
+                  "fins_panel: 'runn' is no operating mode; the modes are run, monitor, program (did you mean 'run'?)");
+}
+
+TEST_F(PlcCommandTest, ASecondModeIsOneTooMany)
+{
+    const PanelFiles files;
+    const std::string project = files.put("plant.toml", "[connection]\nhost = \"" + plc.host() + "\"\n");
+    expectRefused({"plc", "mode", "-p", project, "run", "program", "--yes"},
+                  "fins_panel: 'program' is one argument too many: the PLC is " + plc.host()
+                      + "; give another one with --host");
+    expectRefused({"plc", "info", "-p", project, plc.host()},
+                  "fins_panel: '" + plc.host() + "' is one argument too many: the PLC is " + plc.host()
+                      + "; give another one with --host");
+}
+
+// ---- Against the simulator ---------------------------------------------------------------------------------------
+
+class PlcOfSimulatorTest : public PanelTest {};
+
+TEST_F(PlcOfSimulatorTest, ModeOfAProjectsPlcIsChanged)
+{
+    start();
+    const PanelFiles files;
+    const std::string project = files.put("plant.toml", "[connection]\nhost = \"" + host() + "\"\n");
+    const PanelRun stopped = runPanel({"plc", "mode", "-p", project, "program", "--yes"});
+    EXPECT_EQ(stopped.code, 0) << stopped.err;
+    EXPECT_EQ(stopped.out, "mode         PROGRAM\nprogram      stopped\n");
+    EXPECT_EQ(tell("mode"), "ok program");
+    EXPECT_EQ(runPanel({"plc", "mode", host(), "monitor", "--yes"}).code, 0);
+    EXPECT_EQ(tell("mode"), "ok monitor");
+}
