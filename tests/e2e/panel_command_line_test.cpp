@@ -166,7 +166,7 @@ TEST(PanelHelp, FitsEightyColumns)
 
 TEST(PanelHelp, NamesProjectAndHostWhereTheyCount)
 {
-    const Words neither = {"check-project", "import-tags", "types", "copies", "recipe"};
+    const Words neither = {"check-project", "import-tags", "types", "copies", "recipe", "plc"};
     const Words onlyProject = {"check", "list", "show"};
     for (const Words &command : allCommands()) {
         const std::string name = command.empty() ? "" : command.back();

@@ -39,7 +39,8 @@ TEST_F(LinkCommandTest, GoodLink)
     EXPECT_EQ(stepsOf(ended.out, "connect").at(0).find("connect      TCP port " + std::to_string(port) + ", "), 0u);
     EXPECT_EQ(stepsOf(ended.out, "handshake").at(0).find(
                   "handshake    this computer is node 239, the PLC is node 1, "), 0u);
-    EXPECT_EQ(stepsOf(ended.out, "mode").at(0), "mode         RUN");
+    EXPECT_EQ(stepsOf(ended.out, "mode ").at(0), "mode         RUN");
+    EXPECT_EQ(stepsOf(ended.out, "model ").at(0), "model        CJ2M-CPU31");
     EXPECT_EQ(stepsOf(ended.out, "read").size(), 7u);
     EXPECT_EQ(stepsOf(ended.out, "read         DM:0 = 4711, ").size(), 1u);
     EXPECT_EQ(stepsOf(ended.out, "read         AR:0 = 0, ").size(), 1u);

@@ -20,7 +20,7 @@ std::string statusReply(const std::string &mode, const std::string &errors = "00
     return "0601 " + end + (mode == "00" ? " 04 " : " 05 ") + mode + errors + TEXT;
 }
 
-class PlcCommandTest : public PlayedTest {
+class PanelPlcTest : public PlayedTest {
 protected:
     // The whole dialogue of a run; each command has the service ID that the driver leaves free.
     void play(const Words &command, const std::vector<Turn> &turns)
@@ -53,7 +53,7 @@ std::string controllerReply()
 
 } // namespace
 
-TEST_F(PlcCommandTest, Info)
+TEST_F(PanelPlcTest, Info)
 {
     play({"info"}, {{"0501 00", controllerReply()}});
     EXPECT_EQ(code, 0);
@@ -66,7 +66,7 @@ TEST_F(PlcCommandTest, Info)
                    "card         none\n");
 }
 
-TEST_F(PlcCommandTest, InfoAsJson)
+TEST_F(PanelPlcTest, InfoAsJson)
 {
     play({"info", "--json"}, {{"0501 00", controllerReply()}});
     EXPECT_EQ(code, 0);
@@ -74,7 +74,7 @@ TEST_F(PlcCommandTest, InfoAsJson)
                    "\"em_banks\":0,\"card_kbytes\":null}\n");
 }
 
-TEST_F(PlcCommandTest, Mode)
+TEST_F(PanelPlcTest, Mode)
 {
     play({"mode"}, {{"0601", statusReply("04")}});
     EXPECT_EQ(code, 0);
@@ -82,14 +82,14 @@ TEST_F(PlcCommandTest, Mode)
     EXPECT_EQ(out, "mode         RUN\nprogram      running\n");
 }
 
-TEST_F(PlcCommandTest, Cycle)
+TEST_F(PanelPlcTest, Cycle)
 {
     play({"cycle", "--json"}, {{"0620 01", "0620 0000 0000028A 00000301 00000007"}});
     EXPECT_EQ(code, 0);
     EXPECT_EQ(out, "{\"average_ms\":65.0,\"max_ms\":76.9,\"min_ms\":0.7}\n");
 }
 
-TEST_F(PlcCommandTest, ErrorsAndTheirLog)
+TEST_F(PanelPlcTest, ErrorsAndTheirLog)
 {
     play({"errors"}, {{"0601", statusReply("04", "0000 0010 0000 00F7")},
                       {"2102 0000 0014", "2102 1104 0014 0001 0001 00F7 0000 15 30 01 08 26 03"}});
@@ -103,14 +103,14 @@ TEST_F(PlcCommandTest, ErrorsAndTheirLog)
                    "             2026-03-01 08:15:30  00F7 0000 (battery)\n");
 }
 
-TEST_F(PlcCommandTest, AnEmptyLogHasNoFirstRecord)
+TEST_F(PanelPlcTest, AnEmptyLogHasNoFirstRecord)
 {
     play({"errors", "--json"}, {{"0601", statusReply("04")}, {"2102 0000 0014", "2102 1103"}});
     EXPECT_EQ(code, 0);
     EXPECT_EQ(out, "{\"fatal\":[],\"non_fatal\":[],\"error_code\":\"0000\",\"battery_ok\":true,\"log\":[]}\n");
 }
 
-TEST_F(PlcCommandTest, ALongLogIsReadInParts)
+TEST_F(PanelPlcTest, ALongLogIsReadInParts)
 {
     const std::string record = "00F7 0000 15 30 01 08 26 03";
     std::string twenty;
@@ -123,7 +123,7 @@ TEST_F(PlcCommandTest, ALongLogIsReadInParts)
     EXPECT_NE(out.find("log          21 of at most 100 records, the oldest first\n"), std::string::npos) << out;
 }
 
-TEST_F(PlcCommandTest, AnUnknownCommandIsOneLine)
+TEST_F(PanelPlcTest, AnUnknownCommandIsOneLine)
 {
     for (const auto &[endCode, words] : {std::pair("0401", "undefined command"),
                                          std::pair("0402", "the command is not supported by this model or version")}) {
@@ -135,7 +135,7 @@ TEST_F(PlcCommandTest, AnUnknownCommandIsOneLine)
     }
 }
 
-TEST_F(PlcCommandTest, AShortReplyIsOneLine)
+TEST_F(PanelPlcTest, AShortReplyIsOneLine)
 {
     play({"mode"}, {{"0601", "0601 0000 05 04"}});
     EXPECT_EQ(code, 3);
@@ -144,14 +144,14 @@ TEST_F(PlcCommandTest, AShortReplyIsOneLine)
                    "05 04\n");
 }
 
-TEST_F(PlcCommandTest, SilenceIsOneLine)
+TEST_F(PanelPlcTest, SilenceIsOneLine)
 {
     play({"mode", "--timeout", "50"}, {{"0601", ""}});
     EXPECT_EQ(code, 3);
     EXPECT_EQ(err, "fins_panel: no answer about its operating mode: no reply in time\n");
 }
 
-TEST_F(PlcCommandTest, FlagsOfTheEndCodeAreANote)
+TEST_F(PanelPlcTest, FlagsOfTheEndCodeAreANote)
 {
     play({"mode"}, {{"0601", statusReply("04", "0000 0000 0000 0000", "0040")}});
     EXPECT_EQ(code, 0);
@@ -162,7 +162,7 @@ TEST_F(PlcCommandTest, FlagsOfTheEndCodeAreANote)
 
 // ---- Changes -----------------------------------------------------------------------------------------------------
 
-TEST_F(PlcCommandTest, ModeIsChangedAndReadBack)
+TEST_F(PanelPlcTest, ModeIsChangedAndReadBack)
 {
     const struct {
         std::string name, request, before, after, shown;
@@ -181,7 +181,7 @@ TEST_F(PlcCommandTest, ModeIsChangedAndReadBack)
     }
 }
 
-TEST_F(PlcCommandTest, NothingIsSentWhereTheModeIsTheRightOne)
+TEST_F(PanelPlcTest, NothingIsSentWhereTheModeIsTheRightOne)
 {
     play({"mode", "run", "--yes"}, {{"0601", statusReply("04")}});
     EXPECT_EQ(code, 0);
@@ -189,7 +189,7 @@ TEST_F(PlcCommandTest, NothingIsSentWhereTheModeIsTheRightOne)
 }
 
 // What was acknowledged is not what holds.
-TEST_F(PlcCommandTest, WhatIsReadBackCounts)
+TEST_F(PanelPlcTest, WhatIsReadBackCounts)
 {
     play({"mode", "run", "--yes"},
          {{"0601", statusReply("00")}, {"0401 FFFF 04", "0401 0000"}, {"0601", statusReply("02")}});
@@ -198,7 +198,7 @@ TEST_F(PlcCommandTest, WhatIsReadBackCounts)
     EXPECT_EQ(err, "fins_panel: the PLC is in MONITOR mode, not in RUN mode\n");
 }
 
-TEST_F(PlcCommandTest, ARefusedChangeIsOneLine)
+TEST_F(PanelPlcTest, ARefusedChangeIsOneLine)
 {
     play({"mode", "run", "--yes"}, {{"0601", statusReply("00")}, {"0401 FFFF 04", "0401 3001"}});
     EXPECT_EQ(code, 1);
@@ -206,7 +206,7 @@ TEST_F(PlcCommandTest, ARefusedChangeIsOneLine)
     EXPECT_EQ(err, "fins_panel: refused: the change to RUN mode: 3001 (another node holds the access right)\n");
 }
 
-TEST_F(PlcCommandTest, ErrorsAreClearedAndReadBack)
+TEST_F(PanelPlcTest, ErrorsAreClearedAndReadBack)
 {
     const std::string battery = "0000 0010 0000 00F7";
     play({"errors", "--clear", "--yes"}, {{"0601", statusReply("04", battery)},
@@ -221,7 +221,7 @@ TEST_F(PlcCommandTest, ErrorsAreClearedAndReadBack)
     EXPECT_NE(out.find("non-fatal    battery error\n"), std::string::npos) << out;
 }
 
-TEST_F(PlcCommandTest, AClockThatDoesNotTakeTheTimeDiffers)
+TEST_F(PanelPlcTest, AClockThatDoesNotTakeTheTimeDiffers)
 {
     begin({"plc", "clock", plc.host(), "-q", "--set", "--yes"});
     EXPECT_EQ(link->command(), "0701");
@@ -235,7 +235,7 @@ TEST_F(PlcCommandTest, AClockThatDoesNotTakeTheTimeDiffers)
     EXPECT_EQ(panel->errors(), "fins_panel: the PLC's clock has not taken this computer's time\n");
 }
 
-TEST_F(PlcCommandTest, AClockThatTakesTheTimeIsShown)
+TEST_F(PanelPlcTest, AClockThatTakesTheTimeIsShown)
 {
     begin({"plc", "clock", plc.host(), "-q", "--set", "--yes"});
     EXPECT_EQ(link->command(), "0701");
@@ -250,7 +250,7 @@ TEST_F(PlcCommandTest, AClockThatTakesTheTimeIsShown)
     EXPECT_EQ(panel->output().find("clock        " + date + " "), 0u) << panel->output();
 }
 
-TEST_F(PlcCommandTest, NothingIsChangedWithoutConsent)
+TEST_F(PanelPlcTest, NothingIsChangedWithoutConsent)
 {
     const std::string line = "fins_panel: what changes the PLC asks first on a terminal, and there is none; run the "
                              "command on one, or give --yes";
@@ -259,13 +259,13 @@ TEST_F(PlcCommandTest, NothingIsChangedWithoutConsent)
     expectRefused({"plc", "errors", plc.host(), "--clear"}, line);
 }
 
-TEST_F(PlcCommandTest, UnknownModesAreRefused)
+TEST_F(PanelPlcTest, UnknownModesAreRefused)
 {
     expectRefused({"plc", "mode", plc.host(), "runn", "--yes"},
                   "fins_panel: 'runn' is no operating mode; the modes are run, monitor, program (did you mean 'run'?)");
 }
 
-TEST_F(PlcCommandTest, ASecondModeIsOneTooMany)
+TEST_F(PanelPlcTest, ASecondModeIsOneTooMany)
 {
     const PanelFiles files;
     const std::string project = files.put("plant.toml", "[connection]\nhost = \"" + plc.host() + "\"\n");
