@@ -220,8 +220,8 @@ TEST_F(PlcConsoleTest, Stats)
 TEST_F(PlcConsoleTest, Help)
 {
     start();
-    EXPECT_EQ(tell("help"), "ok read write mode error battery clock cycle message log step fault faults tcp-error clients "
-                            "disconnect plc stats replay help quit");
+    EXPECT_EQ(tell("help"), "ok read write mode error battery clock cycle message log step fault faults tcp-error "
+                            "clients disconnect plc stats replay help quit");
 }
 
 TEST_F(PlcConsoleTest, UnknownCommands)
