@@ -68,7 +68,7 @@ Number square(const Number *a, Chance &chance) { return product(phase(a[2], chan
 Number noise(const Number *a, Chance &chance)
 {
     const Number count = sum(difference(a[1], a[0]), 1);
-    const Number drawn = chance.random();
+    const Number drawn = static_cast<Number>(chance.random());
     return count > 0 ? sum(a[0], drawn % count) : a[0];
 }
 
