@@ -136,6 +136,15 @@ TEST_F(PlcReplayTest, ARequestWithoutReplyIsNotAnswered)
     EXPECT_EQ(client.ask(readCommand), plainHex("0101 0000 0007"));
 }
 
+// A PLC sends it whenever another client asks for the node.
+TEST_F(PlcReplayTest, AConnectionConfirmationIsNoReply)
+{
+    startReplay({"0 1 < " + commandFrame(readCommand), "0 1 > 46494E53000000080000000600000000",
+                 "0 1 > " + responseFrame("0101 0000 0007")});
+    PlcClient client(port);
+    EXPECT_EQ(client.ask(readCommand), plainHex("0101 0000 0007"));
+}
+
 TEST_F(PlcReplayTest, WhatIsNotInTheRecordingIsSaidOnce)
 {
     startReplay({"0 1 < " + commandFrame(readCommand), "0 1 > " + responseFrame("0101 0000 0001")});

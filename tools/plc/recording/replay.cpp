@@ -106,11 +106,11 @@ void Replay::take(const RecordedFrame &frame)
 }
 
 // A reply belongs to the last open request with its service ID and command code, to the last one with its code if its
-// service ID is wrong, and to the last one of all if it is of another kind.
+// service ID is wrong, and to the last one of all if it is of another kind. A connection confirmation is none.
 void Replay::takeReply(unsigned client, const Bytes &reply)
 {
     std::vector<OpenRequest> &waiting = open[client];
-    if (waiting.empty())
+    if (waiting.empty() || (reply.size() >= TCP_BODY && Slice(reply).get32(TCP_COMMAND) == TCP_CONFIRM))
         return;
     const auto likeness = [&](const OpenRequest &request) {
         if (!isFins(reply) || commandOf(reply) != commandOf(request.key))
