@@ -98,7 +98,7 @@ std::vector<std::string> nonFatalTexts(std::uint16_t bits)
 
 std::string errorCodeText(std::uint16_t code)
 {
-    const std::string number = fmt::format("{:04X}", code);
+    std::string number = fmt::format("{:04X}", code);
     for (const CodeRange &range : CODES) {
         if (code >= range.first && code <= range.last)
             return number + " (" + range.text + (range.zero < 0 ? "" : " " + std::to_string(code - range.zero)) + ")";

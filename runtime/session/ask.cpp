@@ -14,7 +14,7 @@ enum { FIRST_RECORD_MISSING = 0x1103, LAST_RECORD_MISSING = 0x1104 };
 ServiceReply askAgain(Runtime &runtime, const ServiceRequest &request, TimePoint limit)
 {
     for (;;) {
-        const ServiceReply reply = order(runtime, request, limit);
+        ServiceReply reply = order(runtime, request, limit);
         const bool isLost = reply.end == ServiceEnd::NO_ANSWER && runtime.phase() == LinkPhase::WAITING;
         if (!isLost || runtime.isStopped() || Clock::now() >= limit)
             return reply;

@@ -86,7 +86,7 @@ std::string raiseError(const CpuError &error, Controller &controller)
 {
     if (!error.kind->hasText && !error.text.empty())
         return "'" + error.text + "' is not understood; " + named(error) + " takes nothing but off";
-    const std::string wrong = error.text.empty() ? error.text : checkText(error.text, ERROR_TEXT_MAX_LENGTH);
+    std::string wrong = error.text.empty() ? error.text : checkText(error.text, ERROR_TEXT_MAX_LENGTH);
     if (wrong.empty())
         controller.raise(error);
     return wrong;
@@ -176,7 +176,7 @@ std::string setError(const std::string &text, Controller &controller)
     }
     std::istringstream words(text);
     CpuError error = {nullptr, 0, std::string()};
-    const std::string wrong = readError(words, &error);
+    std::string wrong = readError(words, &error);
     if (!wrong.empty())
         return wrong;
     error.text = restOf(words);

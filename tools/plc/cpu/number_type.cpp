@@ -7,12 +7,12 @@ namespace plc {
 namespace {
 
 const TypeRow TYPES[] = {
-    {ValueType::U16,   "u16",   0,             65535,        1},
-    {ValueType::S16,   "s16",   -32768,        32767,        1},
-    {ValueType::BCD16, "bcd16", 0,             9999,         1},
-    {ValueType::U32,   "u32",   0,             4294967295LL, 2},
-    {ValueType::S32,   "s32",   -2147483648LL, 2147483647,   2},
-    {ValueType::F32,   "f32",   -16777216,     16777216,     2}, // whole numbers that it holds without loss
+    {ValueType::U16,   1, "u16",   0,             65535},
+    {ValueType::S16,   1, "s16",   -32768,        32767},
+    {ValueType::BCD16, 1, "bcd16", 0,             9999},
+    {ValueType::U32,   2, "u32",   0,             4294967295LL},
+    {ValueType::S32,   2, "s32",   -2147483648LL, 2147483647},
+    {ValueType::F32,   2, "f32",   -16777216,     16777216}, // whole numbers that it holds without loss
 };
 
 unsigned bcd(unsigned number)

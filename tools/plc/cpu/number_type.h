@@ -13,10 +13,10 @@ enum class ValueType { U16, S16, BCD16, U32, S32, F32 };
 
 struct TypeRow {
     ValueType    type;
+    unsigned     words;
     const char  *name;
     std::int64_t least;
     std::int64_t most;
-    unsigned     words;
 };
 
 /// The row of the type.
