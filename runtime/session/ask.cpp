@@ -11,10 +11,10 @@ const std::uint16_t LOG_RECORDS = 20;
 
 enum { FIRST_RECORD_MISSING = 0x1103, LAST_RECORD_MISSING = 0x1104 };
 
-ServiceReply askAgain(Runtime &runtime, const ServiceRequest &request, TimePoint limit)
+ServiceReply askAgain(Runtime &runtime, const ServiceRequest &request, TimePoint limit, Turn turn)
 {
     for (;;) {
-        ServiceReply reply = order(runtime, request, limit);
+        ServiceReply reply = order(runtime, request, limit, turn);
         const bool isLost = reply.end == ServiceEnd::NO_ANSWER && runtime.phase() == LinkPhase::WAITING;
         if (!isLost || runtime.isStopped() || Clock::now() >= limit)
             return reply;
@@ -36,9 +36,9 @@ Answer<Content> decoded(ServiceReply reply, std::optional<Content> decode(const 
 }
 
 // A PLC gives the records that there are, and says that the last one asked for does not exist.
-ServiceReply askRecords(Runtime &runtime, std::size_t first, TimePoint limit)
+ServiceReply askRecords(Runtime &runtime, std::size_t first, TimePoint limit, Turn turn)
 {
-    ServiceReply reply = askAgain(runtime, askErrorLog(static_cast<std::uint16_t>(first), LOG_RECORDS), limit);
+    ServiceReply reply = askAgain(runtime, askErrorLog(static_cast<std::uint16_t>(first), LOG_RECORDS), limit, turn);
     if (plainEndCode(reply.endCode) == LAST_RECORD_MISSING && !reply.data.empty())
         reply.end = ServiceEnd::DONE;
     return reply;
@@ -46,45 +46,52 @@ ServiceReply askRecords(Runtime &runtime, std::size_t first, TimePoint limit)
 
 } // namespace
 
-ServiceReply order(Runtime &runtime, const ServiceRequest &request, TimePoint limit)
+ServiceReply order(Runtime &runtime, const ServiceRequest &request, TimePoint limit, Turn turn)
 {
-    if (stepUntil(runtime, limit, [&] { return runtime.canServe(); }))
+    const bool isNow = turn == Turn::NOW;
+    if (isNow ? runtime.canServe() : stepUntil(runtime, limit, [&] { return runtime.canServe(); }))
         return runtime.serve(request, limit);
     ServiceReply reply;
-    reply.problem = endedEarly(runtime);
+    reply.problem = isNow ? "it could not be sent in time" : endedEarly(runtime);
     return reply;
 }
 
-Answer<Controller> readController(Runtime &runtime, TimePoint limit)
+Answer<Controller> readController(Runtime &runtime, TimePoint limit, Turn turn)
 {
-    return decoded(askAgain(runtime, askController(), limit), decodeController);
+    return decoded(askAgain(runtime, askController(), limit, turn), decodeController);
 }
 
-Answer<PlcStatus> readStatus(Runtime &runtime, TimePoint limit)
+Answer<PlcStatus> readStatus(Runtime &runtime, TimePoint limit, Turn turn)
 {
-    return decoded(askAgain(runtime, askStatus(), limit), decodeStatus);
+    return decoded(askAgain(runtime, askStatus(), limit, turn), decodeStatus);
 }
 
-Answer<CycleTime> readCycleTime(Runtime &runtime, TimePoint limit)
+Answer<CycleTime> readCycleTime(Runtime &runtime, TimePoint limit, Turn turn)
 {
-    return decoded(askAgain(runtime, askCycleTime(), limit), decodeCycleTime);
+    return decoded(askAgain(runtime, askCycleTime(), limit, turn), decodeCycleTime);
 }
 
-Answer<PlcTime> readClock(Runtime &runtime, TimePoint limit)
+Answer<PlcTime> readClock(Runtime &runtime, TimePoint limit, Turn turn)
 {
-    return decoded(askAgain(runtime, askClock(), limit), decodeClock);
+    return decoded(askAgain(runtime, askClock(), limit, turn), decodeClock);
 }
 
-Answer<ErrorLog> readErrorLog(Runtime &runtime, TimePoint limit)
+Answer<ErrorLog> readErrorLog(Runtime &runtime, TimePoint limit, Turn turn)
 {
-    Answer<ErrorLog> whole = decoded(askRecords(runtime, 0, limit), decodeErrorLog);
+    Answer<ErrorLog> whole = decoded(askRecords(runtime, 0, limit, turn), decodeErrorLog);
     // A log without a record has no first one.
     if (!whole && plainEndCode(whole.reply.endCode) == FIRST_RECORD_MISSING)
         return {ErrorLog(), {ServiceEnd::DONE, whole.reply.endCode}};
-    while (whole && !whole->records.empty() && static_cast<int>(whole->records.size()) < whole->stored) {
-        Answer<ErrorLog> more = decoded(askRecords(runtime, whole->records.size(), limit), decodeErrorLog);
-        if (!more || more->records.empty())
-            return {std::nullopt, more.reply};
+    while (whole && static_cast<int>(whole->records.size()) < whole->stored) {
+        Answer<ErrorLog> more = decoded(askRecords(runtime, whole->records.size(), limit, turn), decodeErrorLog);
+        if (!more)
+            return more;
+        if (more->records.empty()) {
+            more.reply.end     = ServiceEnd::NO_ANSWER;
+            more.reply.problem = "the PLC tells " + std::to_string(whole->records.size()) + " of the "
+                                 + std::to_string(whole->stored) + " records that it has";
+            return {std::nullopt, std::move(more.reply)};
+        }
         whole.content->records.insert(whole->records.end(), more->records.begin(), more->records.end());
     }
     return whole;

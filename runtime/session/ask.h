@@ -17,17 +17,22 @@ struct Answer {
     const Content &operator*() const { return *content; }
 };
 
-/// Steps until the request may be sent, and sends it once. Ends at `limit` at the latest.
-ServiceReply order(Runtime &runtime, const ServiceRequest &request, TimePoint limit);
+enum class Turn {
+    AWAITED, // the runtime is stepped until a request may be sent
+    NOW      // what may not be sent at once is NOT_SENT
+};
+
+/// Sends the request once, when it may be sent. Ends at `limit` at the latest.
+ServiceReply order(Runtime &runtime, const ServiceRequest &request, TimePoint limit, Turn turn = Turn::AWAITED);
 
 // A read whose connection is lost is sent again with the next one, until `limit`.
 
-Answer<Controller> readController(Runtime &runtime, TimePoint limit);
-Answer<PlcStatus>  readStatus(Runtime &runtime, TimePoint limit);
-Answer<CycleTime>  readCycleTime(Runtime &runtime, TimePoint limit);
-Answer<PlcTime>    readClock(Runtime &runtime, TimePoint limit);
+Answer<Controller> readController(Runtime &runtime, TimePoint limit, Turn turn = Turn::AWAITED);
+Answer<PlcStatus>  readStatus(Runtime &runtime, TimePoint limit, Turn turn = Turn::AWAITED);
+Answer<CycleTime>  readCycleTime(Runtime &runtime, TimePoint limit, Turn turn = Turn::AWAITED);
+Answer<PlcTime>    readClock(Runtime &runtime, TimePoint limit, Turn turn = Turn::AWAITED);
 
 /// All records.
-Answer<ErrorLog>   readErrorLog(Runtime &runtime, TimePoint limit);
+Answer<ErrorLog>   readErrorLog(Runtime &runtime, TimePoint limit, Turn turn = Turn::AWAITED);
 
 #endif

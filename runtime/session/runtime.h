@@ -144,7 +144,8 @@ public:
     void write(const Item &item, const std::vector<quint8> &data);
 
     /// True if a service request may be sent now: the node addresses are known, the driver has no request in flight and
-    /// no write to send, no recipe is transferred, and no reply to an earlier service request is still awaited.
+    /// no write to send, no recipe is transferred, and no reply to an earlier service request may still come: for three
+    /// timeouts after it should have come one may.
     bool canServe() const;
 
     /// Sends a service request beside the driver, and awaits its reply until `limit` at the latest; canServe() must be
@@ -245,6 +246,7 @@ private:
     bool                 answering_;
     int                  clientNode_;
     int                  serverNode_;
+    TimePoint            lateUntil_; // the reply to the latest service request may come, if it is owed
     TimePoint            sentAt_;          // when the latest request was sent
     Micros               roundTrip_;
     Calls<Exchange>              exchangeCalls_;

@@ -4,12 +4,14 @@
 
 // Service requests: what is asked of the PLC beside the driver.
 
+static const int LATE_TIMEOUTS = 3;
+
 // A write that was handed over and not yet sent has to be the next request: see lose(). The cyclic poll takes its turn
 // only when the driver has no write left.
 bool Runtime::canServe() const
 {
     const bool hasNodes = state_.phase() == LinkPhase::PROVING || state_.phase() == LinkPhase::ONLINE;
-    return hasNodes && !inFlight_ && writesSincePoll_ == 0 && !recipeRunning() && !link_.awaitsLate(SERVICE_SID);
+    return hasNodes && !inFlight_ && writesSincePoll_ == 0 && !recipeRunning() && !(link_.awaitsLate(SERVICE_SID) && Clock::now() < lateUntil_);
 }
 
 ServiceReply Runtime::serve(const ServiceRequest &request, TimePoint limit)
@@ -18,6 +20,7 @@ ServiceReply Runtime::serve(const ServiceRequest &request, TimePoint limit)
     link_.setLimit(limit);
     ++statistics_.requests;
     const ExchangeStatus status = send(frame.data(), frame.size());
+    lateUntil_ = Clock::now() + LATE_TIMEOUTS * options_.timeout;
     const std::size_t size = status == ExchangeStatus::REPLY ? link_.replySize() : 0;
     const Judgement judgement = judgeReply(frame.data(), frame.size(), link_.reply(), size);
     if (status != ExchangeStatus::INTERRUPTED)

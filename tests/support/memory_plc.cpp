@@ -69,7 +69,8 @@ Bytes MemoryPlc::answer(const Bytes &request, unsigned endCode)
     }
     if (!hasNode_ || request.at(20) != 0x32 || request.at(23) != 0x0A)
         throw std::runtime_error("a command came before the node-address exchange of its connection");
-    const int command = number16(request, 26);
+    const auto command = static_cast<unsigned>(number16(request, 26));
+    const auto told = told_.find(command);
     if (endCode != END_NORMAL)
         reply = replyHead(request, endCode);
     else if (command == 0x0101)
@@ -78,6 +79,8 @@ Bytes MemoryPlc::answer(const Bytes &request, unsigned endCode)
         reply = replyHead(request, write(request));
     else if (command == 0x0401)
         reply = replyHead(request, END_NORMAL);
+    else if (told != told_.end())
+        (reply = replyHead(request, END_NORMAL)).insert(reply.end(), told->second.begin(), told->second.end());
     else
         throw std::runtime_error("unknown command " + std::to_string(command));
     if (command == 0x0401)

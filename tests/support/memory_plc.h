@@ -24,6 +24,9 @@ public:
     /// In RUN mode writes are refused until RUN in MONITOR mode is commanded.
     void enterRunMode() { refusesWrites_ = true; }
 
+    /// What it answers to a command that is not about memory, behind the end code.
+    void tell(unsigned command, const Bytes &data) { told_[command] = data; }
+
     std::vector<int> &area(const std::string &type);
 
     /// One word, by word area code (B0 CIO, B1 WR, B2 HR, B3 AR, 82 DM, 89 timers and, from 8000, counters).
@@ -36,6 +39,7 @@ private:
     unsigned          writeBits(const Bytes &request);
 
     std::map<unsigned, std::vector<int>> areas_; // by word area code; 0x8089 for counters
+    std::map<unsigned, Bytes>            told_; // by command code
     bool                                 hasNode_ = true;
     bool                                 refusesWrites_ = false;
 };

@@ -11,10 +11,13 @@ static int number16(const Bytes &bytes, std::size_t at) { return bytes.at(at) * 
 
 static ServedPlc::Request parsed(const Bytes &frame)
 {
+    if (frame.size() < 28)
+        return {0, 0, 0, 0, {}, 0};
+    const auto command = static_cast<unsigned>(number16(frame, 26));
     if (frame.size() < 34)
-        return {frame.size() < 28 ? 0U : static_cast<unsigned>(number16(frame, 26)), 0, 0, 0, {}};
-    return {static_cast<unsigned>(number16(frame, 26)), frame[28], number16(frame, 29), number16(frame, 32),
-            Bytes(frame.begin() + 34, frame.end())};
+        return {command, 0, 0, 0, {}, frame[25]};
+    return {command, frame[28], number16(frame, 29), number16(frame, 32), Bytes(frame.begin() + 34, frame.end()),
+            frame[25]};
 }
 
 ServedPlc::ServedPlc() : wake_(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)), listener_(port_.startListening())
@@ -108,6 +111,12 @@ int ServedPlc::dm(int address)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
     return plc_.word(0x82, address);
+}
+
+void ServedPlc::tell(unsigned command, const Bytes &data)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    plc_.tell(command, data);
 }
 
 void ServedPlc::enterRunMode()

@@ -24,6 +24,7 @@ public:
         int      address;
         int      count;
         Bytes    data;    // of a write
+        unsigned sid;     // service ID
 
         bool isRead() const { return command == 0x0101; }
         bool isWrite() const { return command == 0x0102; }
@@ -72,6 +73,9 @@ public:
     /// Words of DM.
     void set(int address, const std::vector<int> &values);
     int  dm(int address);
+
+    /// What is answered to a command that is not about memory, behind the end code.
+    void tell(unsigned command, const Bytes &data);
 
     /// As if the PLC's program was in RUN mode: writes are refused until the mode is changed.
     void enterRunMode();

@@ -72,7 +72,7 @@ private:
     bool readAreas();
     bool describe();
     template <typename Content>
-    void describe(const char *name, Answer<Content> read(Runtime &, TimePoint), Facts facts(const Content &));
+    void describe(const char *name, Answer<Content> read(Runtime &, TimePoint, Turn), Facts facts(const Content &));
     bool measure(long count);
     void printArea(bool refused);
     void note(const Exchange &exchange);
@@ -168,11 +168,12 @@ bool LinkCheck::describe()
 
 // A PLC that does not know a question, or leaves it without an answer, can be worked with all the same.
 template <typename Content>
-void LinkCheck::describe(const char *name, Answer<Content> read(Runtime &, TimePoint), Facts facts(const Content &))
+void LinkCheck::describe(const char *name, Answer<Content> read(Runtime &, TimePoint, Turn),
+                         Facts facts(const Content &))
 {
     if (isLost_ || isMute_)
         return;
-    const Answer<Content> answer = read(runtime_, Clock::now() + 2 * runtime_.options().timeout);
+    const Answer<Content> answer = read(runtime_, Clock::now() + 2 * runtime_.options().timeout, Turn::AWAITED);
     isMute_ = answer.reply.end == ServiceEnd::NO_ANSWER && answer.reply.data.empty();
     if (answer)
         std::cout << factLines(facts(*answer)) << std::flush;
