@@ -245,7 +245,12 @@ void Engine::takeOrders()
     bool isReplanned = false;
     {
         const std::lock_guard<std::mutex> lock(ordersMutex_);
-        waiting_.insert(waiting_.end(), orders_.begin(), orders_.end());
+        for (std::shared_ptr<Undertaking> &order : orders_) {
+            if (order->kind == Undertaking::Kind::ASK)
+                inquiries_.emplace_back(std::move(order));
+            else
+                waiting_.push_back(std::move(order));
+        }
         orders_.clear();
         isReplanned = std::exchange(isReplanned_, false);
     }
@@ -269,7 +274,20 @@ void Engine::dropUnsent()
         kept.push_back(waiting);
     }
     waiting_ = std::move(kept);
+    dropInquiries(now);
     noteDeadlines();
+}
+
+void Engine::dropInquiries(TimePoint now)
+{
+    const auto isDropped = [&](Inquiry &inquiry) {
+        const bool isCancelled = inquiry.order().isToCancel;
+        const bool isLate = now >= inquiry.order().deadline;
+        if (isCancelled || isLate)
+            endInquiry(inquiry, isCancelled ? "it was cancelled" : "no answer in time");
+        return isCancelled || isLate;
+    };
+    inquiries_.erase(std::remove_if(inquiries_.begin(), inquiries_.end(), isDropped), inquiries_.end());
 }
 
 void Engine::noteDeadlines()
@@ -277,14 +295,17 @@ void Engine::noteDeadlines()
     nextDeadline_ = active_ ? active_->deadline : TimePoint::max();
     for (const std::shared_ptr<Undertaking> &waiting : waiting_)
         nextDeadline_ = std::min(nextDeadline_, waiting->deadline);
+    for (const Inquiry &inquiry : inquiries_)
+        nextDeadline_ = std::min(nextDeadline_, inquiry.order().deadline);
 }
 
 void Engine::carryOn()
 {
-    if (!active_ && waiting_.empty())
+    if (!active_ && waiting_.empty() && inquiries_.empty())
         return;
     if (setup_.steady() >= nextDeadline_)
         dropUnsent();
+    inquire();
     if (active_)
         advanceWrite();
     while (!active_ && !waiting_.empty() && !stop_.isStopped()) {
@@ -560,6 +581,11 @@ void Engine::endWrite(const std::string &reason)
 
 void Engine::endUnsent(const std::shared_ptr<Undertaking> &undertaking, const std::string &reason)
 {
+    if (undertaking->kind == Undertaking::Kind::ASK) {
+        Inquiry inquiry(undertaking);
+        endInquiry(inquiry, reason);
+        return;
+    }
     Outcomes outcomes;
     RecipeValues values;
     for (const RecipeEntry &entry : undertaking->entries) {
@@ -578,6 +604,29 @@ void Engine::endUnsent(const std::shared_ptr<Undertaking> &undertaking, const st
         else
             undertaking->end(std::move(outcomes));
         enqueue(undertaking);
+    });
+}
+
+// ---- Inquiries ---------------------------------------------------------------------------------------------------
+
+void Engine::inquire()
+{
+    while (!inquiries_.empty()) {
+        Inquiry &first = inquiries_.front();
+        first.advance(*runtime_, Clock::now() + (first.order().deadline - setup_.steady()));
+        if (!first.isOver())
+            return;
+        endInquiry(first, "");
+        inquiries_.pop_front();
+        noteDeadlines();
+    }
+}
+
+void Engine::endInquiry(Inquiry &inquiry, const std::string &reason)
+{
+    queue_.post([&](const auto &enqueue) {
+        inquiry.order().end(inquiry.end(reason));
+        enqueue(inquiry.target());
     });
 }
 
@@ -692,6 +741,9 @@ void Engine::endAll()
     }
     for (const std::shared_ptr<Undertaking> &undertaking : std::exchange(waiting_, {}))
         endUnsent(undertaking, "the link was closed");
+    for (Inquiry &inquiry : inquiries_)
+        endInquiry(inquiry, "the link was closed");
+    inquiries_.clear();
     State state = state_;
     state.phase = Phase::CLOSED;
     state.since = setup_.utc();

@@ -3,6 +3,7 @@
 
 #include "base/stop_signal.h"
 #include "plc/event_queue.h"
+#include "plc/inquiry.h"
 #include "plc/listeners.h"
 #include "plc/setup.h"
 #include "session/recipe_transfer.h"
@@ -12,8 +13,8 @@
 #include <atomic>
 #include <thread>
 
-// What the thread of one PLC does: it steps the session's loop, carries out writes and recipes one after the other, and
-// posts what happens. Everything else of the library only hands it work and takes events from the queue.
+// What the thread of one PLC does: it steps the session's loop, carries out writes and recipes one after the other, asks
+// the PLC about itself in between, and posts what happens. Everything else of the library only hands it work and takes events from the queue.
 
 namespace fins {
 
@@ -64,6 +65,7 @@ private:
     void run();
     void takeOrders();
     void dropUnsent();
+    void dropInquiries(TimePoint now);
     void noteDeadlines();
     void carryOn();
 
@@ -88,6 +90,9 @@ private:
     void pumpWrite(bool isNew);
     void endWrite(const std::string &reason);
     void endUnsent(const std::shared_ptr<Undertaking> &undertaking, const std::string &reason);
+
+    void inquire();
+    void endInquiry(Inquiry &inquiry, const std::string &reason);
 
     void transfer(const std::shared_ptr<Undertaking> &recipe);
     bool goesOn(bool hasBegun, Undertaking &recipe);
@@ -124,7 +129,8 @@ private:
     bool                         isIdle_ = false; // nothing is watched
     bool                         isTransferring_ = false; // a recipe
     std::deque<std::shared_ptr<Undertaking>> waiting_;
-    TimePoint                    nextDeadline_ = TimePoint::max(); // of what waits and of the active write
+    std::deque<Inquiry>          inquiries_; // wait for no write, nor it for them
+    TimePoint                    nextDeadline_ = TimePoint::max(); // of what waits, of inquiries and of the active write
     std::shared_ptr<Undertaking> active_;   // a write
     std::unique_ptr<WriteReport> report_;   // of it, or of a recipe that is written
     std::unique_ptr<WriteQueue>  writes_;   // of the active write

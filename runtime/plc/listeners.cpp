@@ -81,20 +81,28 @@ bool Undertaking::progress(std::size_t doneWords, std::size_t allWords)
     return hasProgress_;
 }
 
-bool Undertaking::end(Outcomes result)
+void Undertaking::end()
 {
-    outcomes_ = std::move(result);
-    hasEnd_   = true;
-    stage     = Stage::OVER;
-    return true;
-}
-
-bool Undertaking::end(RecipeValues result)
-{
-    values_ = std::move(result);
     hasEnd_ = true;
     stage   = Stage::OVER;
-    return true;
+}
+
+void Undertaking::end(Outcomes result)
+{
+    outcomes_ = std::move(result);
+    end();
+}
+
+void Undertaking::end(RecipeValues result)
+{
+    values_ = std::move(result);
+    end();
+}
+
+void Undertaking::end(PlcFacts result)
+{
+    facts_ = std::move(result);
+    end();
 }
 
 void Undertaking::take()
@@ -114,6 +122,7 @@ void Undertaking::letGo()
 {
     outcomesCall = nullptr;
     recipeCall   = nullptr;
+    factsCall    = nullptr;
     progressCall = nullptr;
 }
 
@@ -123,9 +132,11 @@ void Undertaking::deliver()
         progressCall(takenProgress_.first, takenProgress_.second);
     if (hasEnded() || !std::exchange(hasTakenEnd_, false))
         return;
-    if (kind == Kind::READ_RECIPE && recipeCall)
+    if (recipeCall)
         recipeCall(values_);
-    else if (kind != Kind::READ_RECIPE && outcomesCall)
+    else if (factsCall)
+        factsCall(facts_);
+    else if (outcomesCall)
         outcomesCall(outcomes_);
 }
 

@@ -85,10 +85,10 @@ private:
     std::deque<Event> taken_;
 };
 
-/// A write or recipe: its progress, of which the latest is told, and its end, which is told once.
+/// A write, recipe or inquiry: its progress, of which the latest is told, and its end, which is told once.
 class Undertaking : public Target {
 public:
-    enum class Kind { WRITE, WRITE_RECIPE, READ_RECIPE };
+    enum class Kind { WRITE, WRITE_RECIPE, READ_RECIPE, ASK };
     enum class Stage { QUEUED, BEGUN, OVER, CANCELLED };
 
     Undertaking(Kind what, const OperationOptions &with) : Target(true), kind(what), options(with) {}
@@ -100,8 +100,9 @@ public:
     bool begin();
 
     bool progress(std::size_t doneWords, std::size_t allWords);
-    bool end(Outcomes result);
-    bool end(RecipeValues result);
+    void end(Outcomes result);
+    void end(RecipeValues result);
+    void end(PlcFacts result);
 
     void take() override;
     void deliver() override;
@@ -111,8 +112,10 @@ public:
     const OperationOptions options;
     std::chrono::steady_clock::time_point deadline;
     std::vector<RecipeEntry> entries; // values to write, or variables to read
+    std::vector<Topic>     topics;    // to ask about
     Plc::OutcomesCall      outcomesCall;
     Plc::RecipeCall        recipeCall;
+    Plc::FactsCall         factsCall;
     Plc::ProgressCall      progressCall;
     bool                   tellsProgress = false; // set before it is ordered
     std::function<void()>  wake; // the thread, which looks at isToCancel; set before it is ordered
@@ -123,6 +126,8 @@ protected:
     void letGo() override;
 
 private:
+    void end();
+
     std::pair<std::size_t, std::size_t> progress_{0, 0};
     bool         hasProgress_ = false;
     bool         hasEnd_      = false;
@@ -131,6 +136,7 @@ private:
     bool         hasTakenEnd_      = false;
     Outcomes     outcomes_;
     RecipeValues values_;
+    PlcFacts     facts_;
 };
 
 /// What has happened to no value yet, for each of the tags.

@@ -193,6 +193,14 @@ Operation Plc::readRecipe(const std::string &name, RecipeCall call, const Operat
     return Operation(order(read));
 }
 
+Operation Plc::ask(const std::vector<Topic> &topics, FactsCall call, const OperationOptions &options)
+{
+    auto inquiry = std::make_shared<Undertaking>(Undertaking::Kind::ASK, options);
+    inquiry->topics    = topics;
+    inquiry->factsCall = std::move(call);
+    return Operation(order(inquiry));
+}
+
 std::vector<TagConfig> Plc::tags() const
 {
     return listed(impl_->setup.book.tags());

@@ -58,6 +58,18 @@ const char *text(Fate fate)
     return "";
 }
 
+const char *text(Topic topic)
+{
+    switch (topic) {
+    case Topic::CONTROLLER: return "controller";
+    case Topic::STATUS:     return "status";
+    case Topic::CYCLE_TIME: return "cycle time";
+    case Topic::CLOCK:      return "clock";
+    case Topic::ERROR_LOG:  return "error log";
+    }
+    return "";
+}
+
 const char *text(Phase phase)
 {
     switch (phase) {

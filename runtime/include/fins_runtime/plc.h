@@ -89,6 +89,7 @@ public:
     using SamplesCall  = std::function<void(const Samples &)>;
     using OutcomesCall = std::function<void(const Outcomes &)>;
     using RecipeCall   = std::function<void(const RecipeValues &)>;
+    using FactsCall    = std::function<void(const PlcFacts &)>;
     using ProgressCall = std::function<void(std::size_t doneWords, std::size_t allWords)>;
     using StateCall    = std::function<void(const State &)>;
     using MessageCall  = std::function<void(const std::string &line)>;
@@ -127,6 +128,9 @@ public:
     /// Reads the variables of a recipe of the configuration. Throws NameError.
     [[nodiscard]] Operation readRecipe(const std::string &name, RecipeCall call, const OperationOptions &options = {},
                                        ProgressCall progress = {});
+
+    /// Asks the PLC about itself, between requests for its memory and never within a recipe. `call` comes once.
+    [[nodiscard]] Operation ask(const std::vector<Topic> &topics, FactsCall call, const OperationOptions &options = {});
 
     /// The tags and recipes of the project file and of the configuration, in their order, as one would write them into a
     /// configuration: a tag's item with every order of words or characters that is not the usual one.

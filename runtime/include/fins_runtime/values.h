@@ -68,6 +68,21 @@ struct RecipeValues {
     Samples values;                // in the order of the recipe; Quality::REFUSED or NOT_CONNECTED where none came
 };
 
+/// What a PLC can be asked about itself.
+enum class Topic { CONTROLLER, STATUS, CYCLE_TIME, CLOCK, ERROR_LOG };
+
+/// What it told, by topic; the rest is as below.
+struct PlcFacts {
+    std::vector<Topic>       told;           // which of the topics, in the order in which they were asked
+    std::string              model, version; // CONTROLLER
+    std::string              mode;           // STATUS: "RUN", "MONITOR", "PROGRAM", or "mode 07" for one that is not known
+    std::vector<std::string> errors;         // STATUS: those that are there now, in words, the fatal ones first
+    double averageMs = 0, longestMs = 0, shortestMs = 0; // CYCLE_TIME
+    std::string              clock;          // CLOCK: "2026-03-01 08:15:30", in no zone
+    std::vector<std::string> log;            // ERROR_LOG: "2026-03-01 08:15:30  00F7 0000 (battery)", the oldest first
+    std::vector<std::string> problems;       // why a topic was not told, a line for each
+};
+
 enum class Phase {
     WAITING,    // no connection; the next attempt is due at `nextAttempt`
     CONNECTING, // an attempt is being made
@@ -92,6 +107,7 @@ struct State {
 
 FINS_RUNTIME_API const char *text(Quality quality);
 FINS_RUNTIME_API const char *text(Fate fate);
+FINS_RUNTIME_API const char *text(Topic topic);
 FINS_RUNTIME_API const char *text(Phase phase);
 
 } // namespace fins
