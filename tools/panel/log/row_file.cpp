@@ -260,6 +260,11 @@ std::string RowFile::closedName(SystemTime time) const
     return name;
 }
 
+static bool endsWith(const std::string &text, const std::string &end)
+{
+    return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
+}
+
 // The files that were closed, compressed or not, the oldest first.
 std::vector<std::string> RowFile::closedFiles() const
 {
@@ -272,7 +277,7 @@ std::vector<std::string> RowFile::closedFiles() const
     for (const fs::directory_entry &entry : fs::directory_iterator(folder, ignored)) {
         std::string name = entry.path().filename().string();
         for (const std::string &end : {std::string(GZIP_UNFINISHED), std::string(".gz"), path.extension().string()}) {
-            if (name.size() > end.size() && name.compare(name.size() - end.size(), end.size(), end) == 0)
+            if (endsWith(name, end))
                 name.erase(name.size() - end.size());
         }
         if (name.compare(0, stem.size(), stem) == 0 && std::regex_match(name.substr(stem.size()), STAMP))
@@ -282,18 +287,17 @@ std::vector<std::string> RowFile::closedFiles() const
     return files;
 }
 
-// What a kill has interrupted is begun anew.
+// What a kill has interrupted is begun anew, once nothing is left of it: the compressor writes under the same names.
 void RowFile::finishLeftOvers()
 {
-    const std::string unfinished = GZIP_UNFINISHED;
-    for (const std::string &closed : closedFiles()) {
-        const auto endsWith = [&closed](const std::string &end) {
-            return closed.size() >= end.size() && closed.compare(closed.size() - end.size(), end.size(), end) == 0;
-        };
+    const std::vector<std::string> files = closedFiles();
+    for (const std::string &closed : files) {
         std::error_code ignored;
-        if (endsWith(unfinished))
+        if (endsWith(closed, GZIP_UNFINISHED))
             fs::remove(closed, ignored);
-        else if (rotation_.gzip && !endsWith(".gz"))
+    }
+    for (const std::string &closed : files) {
+        if (rotation_.gzip && !endsWith(closed, GZIP_UNFINISHED) && !endsWith(closed, ".gz"))
             compressor_.add(closed);
     }
 }
