@@ -58,9 +58,11 @@ bool findArea(unsigned areaCode, unsigned address, Span *span)
         const AreaRow &row = AREAS[i];
         const bool isWord = row.wordCode == areaCode || row.wordStateCode == areaCode;
         const bool isBit = row.bitCode == areaCode || row.bitStateCode == areaCode;
+        if (!isWord && !isBit)
+            continue;
         const bool isNearer = found < 0 || (row.base <= address && (AREAS[found].base < row.base ||
                                                                     AREAS[found].base > address));
-        if ((!isWord && !isBit) || !isNearer)
+        if (!isNearer)
             continue;
         found = i;
         span->area = i;
@@ -68,13 +70,6 @@ bool findArea(unsigned areaCode, unsigned address, Span *span)
         span->withState = row.wordStateCode == areaCode || row.bitStateCode == areaCode;
     }
     return found >= 0;
-}
-
-unsigned itemSize(const Span &span)
-{
-    if (span.access != Access::WORD)
-        return 1;
-    return AREAS[span.area].itemSize + (span.withState ? 2 : 0);
 }
 
 unsigned largestValue(const Span &span)

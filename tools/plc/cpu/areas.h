@@ -62,7 +62,10 @@ struct Span {
 bool findArea(unsigned areaCode, unsigned address, Span *span);
 
 /// Bytes of an item in commands: 1, 2 or 4.
-unsigned itemSize(const Span &span);
+inline unsigned itemSize(const Span &span)
+{
+    return span.access != Access::WORD ? 1 : AREAS[span.area].itemSize + (span.withState ? 2 : 0);
+}
 
 /// The largest value of an item.
 unsigned largestValue(const Span &span);

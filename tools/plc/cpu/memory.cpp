@@ -84,6 +84,14 @@ bool Memory::isReadOnly(const Span &span)
     return span.count > 0 && (span.withState || span.first < AREAS[span.area].readOnly * itemsPerWord);
 }
 
+inline const Memory::Place &Memory::placeOf(int area, unsigned number) const
+{
+    const Place &place = places.at(static_cast<std::size_t>(area));
+    if (number >= place.size)
+        throw std::out_of_range("item of a memory area");
+    return place;
+}
+
 unsigned Memory::get(const Span &span, unsigned i) const
 {
     const unsigned item = span.first + i;
@@ -148,14 +156,6 @@ void Memory::setForced(const Span &span, unsigned i, bool isForced)
     const unsigned mask = span.access == Access::FLAG ? 1u : 1u << item % BITS_PER_WORD;
     const unsigned others = forcedBits(span.area, number) & ~mask;
     cells[placeOf(span.area, number).forced + number] = static_cast<std::uint16_t>(isForced ? others | mask : others);
-}
-
-const Memory::Place &Memory::placeOf(int area, unsigned number) const
-{
-    const Place &place = places.at(static_cast<std::size_t>(area));
-    if (number >= place.size)
-        throw std::out_of_range("item of a memory area");
-    return place;
 }
 
 unsigned Memory::forcedBits(int area, unsigned number) const

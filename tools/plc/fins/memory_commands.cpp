@@ -49,9 +49,9 @@ EndCode checkLength(Slice command, std::size_t wanted)
     return command.size() < wanted ? END_COMMAND_TOO_SHORT : END_COMMAND_TOO_LONG;
 }
 
-void addItem(Bytes &data, const Span &span, unsigned value)
+void addItem(Bytes &data, unsigned size, unsigned value)
 {
-    switch (itemSize(span)) {
+    switch (size) {
     case 1:  add8(data, value); break;
     case 2:  add16(data, value); break;
     default: add32(data, value);
@@ -97,10 +97,12 @@ unsigned readMemory(Controller &controller, Slice command, Bytes &data)
     Span span;
     if (const EndCode wrong = locate(controller, command.from(MEM_PLACE), command.get16(MEM_COUNT), &span))
         return wrong;
-    if (RESPONSE_DATA + span.count * itemSize(span) > controller.messageMax)
+    const unsigned size = itemSize(span);
+    if (RESPONSE_DATA + span.count * size > controller.messageMax)
         return END_RESPONSE_TOO_LONG;
+    data.reserve(span.count * size);
     for (unsigned i = 0; i < span.count; ++i)
-        addItem(data, span, controller.memory.get(span, i));
+        addItem(data, size, controller.memory.get(span, i));
     return END_NORMAL;
 }
 
@@ -161,7 +163,7 @@ unsigned readMultiple(Controller &controller, Slice command, Bytes &data)
         if (const EndCode wrong = locate(controller, place, 1, &span))
             return wrong;
         add8(items, place.get8(PLACE_AREA));
-        addItem(items, span, controller.memory.get(span, 0));
+        addItem(items, itemSize(span), controller.memory.get(span, 0));
     }
     if (RESPONSE_DATA + items.size() > controller.messageMax)
         return END_RESPONSE_TOO_LONG;
