@@ -175,12 +175,13 @@ class Bench:
         self.add(6, "system calls of fins_panel's loop", f"{each:.2f} a request", "2 to 4", 2 <= each <= 4)
         idle = [float(run([self.programs / "bench_link", "idle", 2000]).split()[1]) for _ in range(5)]
         self.add(6, "CPU while no request is due", spread(idle, "%", 3), "0.5 %", statistics.median(idle) < 0.5, True)
+        self.simulator(core)
         self.writes(self.lines(*core, "writes", 60, 20))
         self.many([(self.lines(*ahead, "many", 1, 5)[0], self.lines(*ahead, "many", 100, 5)[0]) for _ in range(5)])
 
     def lines(self, *arguments):
         """What the link benchmark prints, as lists of words. Before its arguments those of what places it may stand."""
-        place = next(i for i, argument in enumerate(arguments) if argument in ("rounds", "writes", "many"))
+        place = next(i for i, argument in enumerate(arguments) if argument in ("rounds", "servers", "writes", "many"))
         text = run([*arguments[:place], self.programs / "bench_link", *arguments[place:]])
         return [line.split() for line in text.splitlines()]
 
@@ -264,6 +265,22 @@ class Bench:
         self.add(11, "paintings of an element a second", spread(paintings, "", 1), "10", statistics.median(paintings) <= 10.1,
                  True)
         self.add(11, "resident memory of fins_hmi", spread(resident, "MiB", 0), "", None, True)
+
+    def simulator(self, core):
+        """The simulator as the other end of bare reads: as it starts, and with faults that are aimed elsewhere."""
+        program = self.programs.parent / "tools" / "plc" / "fins_plc"
+        aimed = [f"--fault=delay=1:area=E{bank:X}" for bank in range(10)]
+        plcs = [subprocess.Popen([*core, program, "--port", "0", *options], stdin=subprocess.PIPE,
+                                 stdout=subprocess.PIPE, text=True) for options in ([], aimed)]
+        try:
+            ports = [plc.stdout.readline().rsplit(":", 1)[1].strip() for plc in plcs]
+            rounds = [[float(seconds) for seconds in line[1:]] for line in self.lines(*core, "servers", 400, 150, *ports)]
+        finally:
+            for plc in plcs:
+                plc.kill()
+        for place, what in ((1, "the simulator's requests a second"), (2, "the same with ten faults that do not apply")):
+            self.add("", what, f"{spread([turn[0] / turn[place] for turn in rounds], '')} of an answerer that does nothing else",
+                     "", None, True)
 
     def system_calls(self, requests):
         with tempfile.TemporaryDirectory() as folder:

@@ -12,6 +12,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -44,10 +46,23 @@ public:
     BareLink(const BareLink &) = delete;
     BareLink &operator=(const BareLink &) = delete;
 
+    /// From now on the bytes are those of a read of 64 words of DM.
+    void speakFins()
+    {
+        const std::uint8_t ask[20] = {'F', 'I', 'N', 'S', 0, 0, 0, 12};
+        const std::size_t replySize = 24;
+        require(send(socket_, ask, sizeof ask, MSG_NOSIGNAL) == sizeof ask
+                    && recv(socket_, reply_, replySize, MSG_WAITALL) == replySize, "fins: no node addresses");
+        const std::uint8_t read[READ_REQUEST_SIZE] = {
+            'F', 'I', 'N', 'S', 0, 0, 0, READ_REQUEST_SIZE - 8, 0, 0, 0, 2, 0, 0, 0, 0,
+            0x80, 0, 2, 0, reply_[23], 0, 0, reply_[19], 0, 0, 0x01, 0x01, 0x82, 0, 0, 0, 0, WORDS};
+        std::copy(std::begin(read), std::end(read), request_);
+    }
+
     bool exchange()
     {
-        return send(socket_, bytes_, READ_REQUEST_SIZE, MSG_NOSIGNAL) == READ_REQUEST_SIZE
-               && recv(socket_, bytes_, sizeof bytes_, 0) == READ_REPLY_SIZE;
+        return send(socket_, request_, READ_REQUEST_SIZE, MSG_NOSIGNAL) == READ_REQUEST_SIZE
+               && recv(socket_, reply_, sizeof reply_, 0) == READ_REPLY_SIZE;
     }
 
     /// From any thread: exchange() fails from now on.
@@ -55,12 +70,17 @@ public:
 
 private:
     int          socket_;
-    std::uint8_t bytes_[READ_REPLY_SIZE] = {};
+    std::uint8_t request_[READ_REQUEST_SIZE] = {};
+    std::uint8_t reply_[READ_REPLY_SIZE] = {};
 };
 
 class PingPongClient : public Client {
 public:
-    explicit PingPongClient(int port) : link_(port) {}
+    explicit PingPongClient(int port, bool isFins) : link_(port)
+    {
+        if (isFins)
+            link_.speakFins();
+    }
 
     void request(long count) override
     {
@@ -244,7 +264,12 @@ private:
 
 std::unique_ptr<Client> pingPongClient(int port)
 {
-    return std::make_unique<PingPongClient>(port);
+    return std::make_unique<PingPongClient>(port, false);
+}
+
+std::unique_ptr<Client> finsClient(int port)
+{
+    return std::make_unique<PingPongClient>(port, true);
 }
 
 std::unique_ptr<Client> wokenClient(int port, const Gate &gate)

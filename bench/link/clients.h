@@ -21,7 +21,10 @@ public:
 /// Bare sends and receives of the bytes of a read and its reply.
 std::unique_ptr<Client> pingPongClient(int port);
 
-/// The same on a thread of its own, which wakes the calling one by a descriptor for each reply. The gate is that of the
+/// Those of a FINS read of 64 words.
+std::unique_ptr<Client> finsClient(int port);
+
+/// Bare sends and receives on a thread of its own, which wakes the calling one by a descriptor for each reply. The gate is that of the
 /// other end, and outlives the client; so below.
 std::unique_ptr<Client> wokenClient(int port, const Gate &gate);
 

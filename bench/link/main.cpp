@@ -47,6 +47,7 @@ int idle(long ms)
 int usage()
 {
     std::fprintf(stderr, "usage: bench_link rounds COUNT REQUESTS CHANGING_WORDS\n"
+                         "       bench_link servers COUNT REQUESTS PORT...\n"
                          "       bench_link writes COUNT WRITES\n"
                          "       bench_link many PLCS SECONDS\n"
                          "       bench_link panel REQUESTS CHANGING_WORDS\n"
@@ -61,6 +62,12 @@ int run(const std::vector<std::string> &arguments)
     const auto number = [&arguments](std::size_t i) { return std::atoi(arguments[i].c_str()); };
     if (what == "rounds" && arguments.size() == 4)
         return rounds(number(1), number(2), number(3));
+    if (what == "servers" && arguments.size() > 3) {
+        std::vector<int> ports;
+        for (std::size_t i = 3; i < arguments.size(); ++i)
+            ports.push_back(number(i));
+        return servers(number(1), number(2), ports);
+    }
     if (what == "writes" && arguments.size() == 3)
         return writes(number(1), number(2));
     if (what == "many" && arguments.size() == 3)

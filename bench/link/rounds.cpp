@@ -4,6 +4,7 @@
 #include "link/scenes.h"
 
 #include <cstdio>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -36,6 +37,27 @@ void measure(int round, const Turn &turn, long requests, int changingWords)
 }
 
 } // namespace
+
+int servers(int count, long requests, const std::vector<int> &ports)
+{
+    const AnswererProcess end(answerFins(0));
+    std::vector<std::unique_ptr<Client>> clients;
+    clients.push_back(finsClient(end.port()));
+    for (const int port : ports)
+        clients.push_back(finsClient(port));
+    for (const auto &client : clients)
+        client->request(requests / 10 + 1);
+    for (int round = 0; round < count; ++round) {
+        std::printf("%d", round);
+        for (const auto &client : clients) {
+            const Meter meter;
+            client->request(requests);
+            std::printf(" %.9f", meter.elapsed() / static_cast<double>(requests));
+        }
+        std::printf("\n");
+    }
+    return 0;
+}
 
 int rounds(int count, long requests, int changingWords)
 {
