@@ -169,6 +169,27 @@ TEST(TomlTree, RefusesControlCharacters)
     EXPECT_EQ(twice[0].find('\x1B'), std::string::npos);
 }
 
+// The parser asks of each of these whether it is white space.
+TEST(TomlTree, TakesCharactersBeyondAsciiForWhatTheyAre)
+{
+    const struct {
+        const char *text;
+        const char *place;
+    } rows[] = {{"gr\xC3\xB6sse = 1\n", "1:3"}, {"a = 1\nb = \xD2\x90\n", "2:5"}, {"\xE3\x81\x82 = 1\n", "1:1"}};
+    for (const auto &row : rows) {
+        Problems problems;
+        parseToml(row.text, "p.toml", problems);
+        ASSERT_EQ(problems.lines().size(), 1u) << row.text;
+        EXPECT_EQ(problems.lines()[0].find(std::string("p.toml:") + row.place + ": this is not TOML: "), 0u)
+            << problems.lines()[0];
+    }
+    Problems problems;
+    const DataNode root = parseToml("a = \"\"\"b \\\n  \xC3\xBC\"\"\"\n", "p.toml", problems);
+    EXPECT_EQ(problems.lines(), Lines());
+    ASSERT_EQ(root.keys.size(), 1u);
+    EXPECT_EQ(root.children[0].text, "b \xC3\xBC");
+}
+
 // What the parser would overflow the stack with is not handed to it.
 TEST(TomlTree, RefusesKeysOfManyParts)
 {
