@@ -85,6 +85,8 @@ TEST_F(CalendarTest, WhatIsNoTimeChangesNothing)
     EXPECT_FALSE(set(2026, 1, 1, 0, 0, 60));
     EXPECT_FALSE(set(1997, 12, 31));
     EXPECT_FALSE(set(2098, 1, 1));
+    EXPECT_FALSE(set(1, 1, 1)); // these two are beyond what the machine counts in nanoseconds
+    EXPECT_FALSE(set(9999, 12, 31));
     EXPECT_EQ(shown(), "2026-01-01 00:00:00 4");
     EXPECT_TRUE(set(1998, 1, 1));
     EXPECT_TRUE(set(2097, 12, 31, 23, 59, 59));

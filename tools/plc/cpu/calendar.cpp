@@ -44,11 +44,13 @@ std::tm Calendar::read(Time now) const
     return time;
 }
 
-// A date that there is not, 30 February for one, comes back as another one.
+// A date that there is not, 30 February for one, comes back as another one. A Time ends in the year 2262.
 bool Calendar::set(const std::tm &wanted, Time now)
 {
+    if (wanted.tm_year < yearOf(98) || wanted.tm_year > yearOf(97))
+        return false;
     const Time time = std::chrono::system_clock::from_time_t(secondsOf(wanted));
-    if (!isEqual(calendarOf(time), wanted) || wanted.tm_year < yearOf(98) || wanted.tm_year > yearOf(97))
+    if (!isEqual(calendarOf(time), wanted))
         return false;
     offset = time - now;
     weekdayShift = 0;
