@@ -12,9 +12,10 @@ static bool isControl(ucs4_t code)
     return uc_is_general_category(code, UC_CONTROL) || uc_is_property_bidi_control(code);
 }
 
-std::optional<BadCharacter> findBadCharacter(const std::string &text, const std::string &allowed)
+// The first one from the character that begins at `at`.
+static std::optional<BadCharacter> findBadFrom(std::size_t at, const std::string &text, const std::string &allowed)
 {
-    for (std::size_t at = 0; at < text.size();) {
+    while (at < text.size()) {
         ucs4_t code = 0;
         const int size = u8_mbtoucr(&code, reinterpret_cast<const std::uint8_t *>(text.data()) + at, text.size() - at);
         if (size < 0)
@@ -24,6 +25,11 @@ std::optional<BadCharacter> findBadCharacter(const std::string &text, const std:
         at += static_cast<std::size_t>(size);
     }
     return std::nullopt;
+}
+
+std::optional<BadCharacter> findBadCharacter(const std::string &text, const std::string &allowed)
+{
+    return findBadFrom(0, text, allowed);
 }
 
 bool checkCharacters(const std::string &text, const std::string &file, Problems &problems)
@@ -41,7 +47,7 @@ bool checkCharacters(const std::string &text, const std::string &file, Problems 
 
 std::string withoutBadCharacters(std::string text)
 {
-    for (std::optional<BadCharacter> bad = findBadCharacter(text); bad; bad = findBadCharacter(text))
+    for (std::optional<BadCharacter> bad = findBadCharacter(text); bad; bad = findBadFrom(bad->at + 1, text, ""))
         text[bad->at] = '?';
     return text;
 }

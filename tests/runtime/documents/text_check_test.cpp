@@ -73,4 +73,6 @@ TEST(TextCheck, NamesThePlaceInAFile)
 TEST(TextCheck, ReplacesThem)
 {
     EXPECT_EQ(withoutBadCharacters("a\x1B[2J\xFF\xC3\xBC"), "a?[2J?\xC3\xBC");
+    EXPECT_EQ(withoutBadCharacters("\x01\x02\n"), "???");
+    EXPECT_EQ(withoutBadCharacters("\xC2\x9B" "b\xE2\x80\xAE"), "??b???"); // each byte of a control character
 }
