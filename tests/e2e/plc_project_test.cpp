@@ -194,6 +194,14 @@ TEST_F(PlcProjectTest, ValuesThatAreNone)
         EXPECT_EQ(errorsOf(std::string("[memory]\n") + row.line + "\n"), row.error) << row.line;
 }
 
+// What a text has in it reaches the terminal.
+TEST_F(PlcProjectTest, AnErrorIsALineWithoutControlCharacters)
+{
+    EXPECT_EQ(errorsOf("[cpu]\nbattery = \"a\\nb\\u001b[2J\"\n\"c\\rd\" = \"\"\n"),
+              ":2:11: 'a?b?[2J' is no state of the battery; use good, low or none\n"
+              ":3:1: 'c?d' is no setting of [cpu]\n");
+}
+
 TEST_F(PlcProjectTest, WhatIsNoToml)
 {
     EXPECT_EQ(errorsOf("[plc]\nport = = 1\n").substr(0, 25), ":2:8: this is not TOML: E");

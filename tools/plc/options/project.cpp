@@ -2,6 +2,7 @@
 
 #include "common/file_reader.h"
 #include "console/cpu_texts.h"
+#include "documents/text_check.h"
 #include "options/profile.h"
 #include "options/project_memory.h"
 #include "options/settings.h"
@@ -128,7 +129,8 @@ std::vector<std::string> Problems::lines() const
     std::vector<std::string> all;
     all.reserve(sorted.size());
     for (const Entry &entry : sorted)
-        all.push_back(fmt::format("{}:{}:{}: {}", file, entry.place.line, entry.place.column, entry.text));
+        all.push_back(fmt::format("{}:{}:{}: {}", file, entry.place.line, entry.place.column,
+                                  withoutBadCharacters(entry.text)));
     return all;
 }
 
