@@ -213,8 +213,8 @@ static void readList(const toml::table &root, const toml::array &list, const std
         readListed(*item.as_table(), file, start, problems, plcs);
 }
 
-static std::vector<std::string> parseProject(const std::string &text, const std::string &file, const Options &start,
-                                             std::vector<Options> *plcs)
+std::vector<std::string> readProjectText(const std::string &text, const std::string &file, const Options &start,
+                                         std::vector<Options> *plcs)
 {
     Problems problems(file);
     toml::table root;
@@ -245,7 +245,7 @@ std::vector<std::string> loadProject(const std::string &file, const Options &sta
     const FileContent content = readWholeFile(file, TOML_MAX_BYTES);
     if (!content.problem.empty())
         return {file + ": " + content.problem};
-    std::vector<std::string> wrong = parseProject(content.text, file, start, plcs);
+    std::vector<std::string> wrong = readProjectText(content.text, file, start, plcs);
     for (const Options &options : *plcs)
         for (const std::string &line : plantProblems(options))
             wrong.push_back(line);

@@ -12,8 +12,12 @@
 
 namespace plc {
 
-/// Reads the PLCs of the file, each beginning with `start`. Returns "FILE:LINE:COL: what is wrong" for everything that
-/// is wrong, in the order of the file, or "FILE: what is wrong" if it cannot be read; empty: nothing.
+/// Reads the PLCs of the text of a file, each beginning with `start`; of a plant it takes the name or file alone.
+/// Returns "FILE:LINE:COL: what is wrong" for everything that is wrong, in the order of the file; empty: nothing.
+std::vector<std::string> readProjectText(const std::string &text, const std::string &file, const Options &start,
+                                         std::vector<Options> *plcs);
+
+/// The same from the file itself and with the plants that it names, or "FILE: what is wrong" if it cannot be read.
 std::vector<std::string> loadProject(const std::string &file, const Options &start, std::vector<Options> *plcs);
 
 /// The keys of a project file, one a line.
