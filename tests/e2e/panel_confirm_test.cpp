@@ -2,6 +2,7 @@
 #include "pty_process.h"
 
 #include <algorithm>
+#include <tuple>
 
 // The question before a write, and the reports of a live table.
 
@@ -67,6 +68,20 @@ TEST_F(PanelConfirm, AsksBeforeARecipe)
     shown->type("yes\n");
     EXPECT_EQ(shown->wait(), 0);
     EXPECT_EQ(tell("read DM:0:2"), "ok 1 3");
+}
+
+TEST_F(PanelConfirm, AsksBeforeTheModeIsChanged)
+{
+    start({"--mode", "program"});
+    for (const auto &[answer, code, mode] : {std::tuple("n\n", 3, "ok program"), std::tuple("y\n", 0, "ok run")}) {
+        const auto shown = onTerminal("plc mode", {"run"});
+        shown->waitForText("change the PLC from PROGRAM to RUN mode, in which its program runs and its outputs are live? "
+                           "[y/N] ");
+        EXPECT_EQ(tell("mode"), "ok program");
+        shown->type(answer);
+        EXPECT_EQ(shown->wait(), code);
+        EXPECT_EQ(tell("mode"), mode);
+    }
 }
 
 TEST_F(PanelConfirm, RefusesWithoutATerminal)

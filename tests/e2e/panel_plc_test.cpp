@@ -293,3 +293,54 @@ TEST_F(PlcOfSimulatorTest, ModeOfAProjectsPlcIsChanged)
     EXPECT_EQ(runPanel({"plc", "mode", host(), "monitor", "--yes"}).code, 0);
     EXPECT_EQ(tell("mode"), "ok monitor");
 }
+
+TEST_F(PlcOfSimulatorTest, ErrorsAreToldAndCleared)
+{
+    start({"--stepped"}); // its clock stands where it begins
+    ASSERT_EQ(tell("error fal 5 PUMP WORN").substr(0, 2), "ok");
+    const PanelRun told = runPanel({"plc", "errors", host(), "-q"});
+    EXPECT_EQ(told.code, 0) << told.err;
+    EXPECT_EQ(told.out, "fatal        none\n"
+                        "non-fatal    FAL: reported by the program\n"
+                        "error code   4105 (FAL 5)\n"
+                        "battery      present\n"
+                        "message      PUMP WORN\n"
+                        "log          1 of at most 20 records, the oldest first\n"
+                        "             2000-01-01 00:00:00  4105 0000 (FAL 5)\n");
+    EXPECT_EQ(runPanel({"plc", "errors", host(), "--clear", "--yes"}).code, 0);
+    EXPECT_EQ(tell("error"), "ok none");
+    // A battery that is low stays so, whatever is cleared.
+    ASSERT_EQ(tell("battery low").substr(0, 2), "ok");
+    const PanelRun kept = runPanel({"plc", "errors", host(), "-q", "--clear", "--yes"});
+    EXPECT_EQ(kept.code, 1);
+    EXPECT_NE(kept.out.find("battery      low or missing: the PLC reports a battery error\n"), std::string::npos)
+        << kept.out;
+}
+
+TEST_F(PlcOfSimulatorTest, ClockAndCycleTimeAreTold)
+{
+    start({"--stepped"});
+    ASSERT_EQ(tell("clock 2026-03-01 08:15:30").substr(0, 2), "ok");
+    ASSERT_EQ(tell("cycle 2.5 7 1.5").substr(0, 2), "ok");
+    const PanelRun time = runPanel({"plc", "clock", host(), "-q"});
+    EXPECT_EQ(time.code, 0) << time.err;
+    EXPECT_EQ(time.out.substr(0, time.out.find('\n')), "clock        2026-03-01 08:15:30");
+    EXPECT_EQ(runPanel({"plc", "cycle", host(), "-q"}).out,
+              "average      2.5 ms\nmax          7.0 ms\nmin          1.5 ms\n");
+    EXPECT_EQ(runPanel({"plc", "clock", host(), "--set", "--yes"}).code, 0);
+    EXPECT_EQ(tell("clock").find("2026-03-01"), std::string::npos);
+}
+
+TEST_F(PlcOfSimulatorTest, TheLinkCommandTellsThem)
+{
+    start({"--stepped"});
+    ASSERT_EQ(tell("mode program").substr(0, 2), "ok");
+    ASSERT_EQ(tell("error io-bus 3").substr(0, 2), "ok");
+    const PanelRun ended = run("link", {"--count", "1"});
+    EXPECT_EQ(ended.code, 0) << ended.err;
+    for (const char *line : {"mode         PROGRAM\n", "program      stopped\n", "fatal        I/O bus error\n",
+                             "error code   80C3 (I/O bus 3)\n", "clock        2000-01-01 00:00:00\n"})
+        EXPECT_NE(ended.out.find(line), std::string::npos) << line << ended.out;
+    // In PROGRAM mode there is no cycle.
+    EXPECT_NE(ended.out.find("cycle time   not known: the PLC refuses 2202 ("), std::string::npos) << ended.out;
+}
