@@ -1,5 +1,6 @@
 #include "plc_fixture.h"
 #include "support/temporary_file.h"
+#include "support/temporary_folder.h"
 
 // Runs that are stepped by hand, and plants that users write.
 
@@ -89,6 +90,20 @@ TEST_F(PlcStepTest, ARecordingNeverReplacesThePlantsFile)
     EXPECT_EQ(losing.errors(), "fins_plc: --record: /" + file.path()
                                    + " is the file of --plant and would be lost; choose another one\n");
     EXPECT_EQ(file.read(), "[plant]\n");
+}
+
+TEST_F(PlcStepTest, ARecordingNeverReplacesWhatASignalPlays)
+{
+    const TemporaryFolder folder;
+    const std::string rows = "flow\n1\n2\n";
+    folder.put("day.csv", rows);
+    folder.put("plant.toml", "[plant.signals]\nflow = { csv = \"day.csv\", column = \"flow\" }\n");
+    const std::string played = folder.path("day.csv");
+    Process losing({FINS_PLC_PATH, "--port", "0", "--plant", folder.path("plant.toml"), "--record", played});
+    EXPECT_EQ(losing.wait(), 2);
+    EXPECT_EQ(losing.errors(), "fins_plc: --record: " + played
+                                   + " is the file of a signal of the plant and would be lost; choose another one\n");
+    EXPECT_EQ(folder.content("day.csv"), rows);
 }
 
 TEST_F(PlcStepTest, MistakesInAPlantEndTheStart)

@@ -86,15 +86,18 @@ bool isOneOf(const std::string &file, const std::vector<std::string> &inputs)
     });
 }
 
-bool openRecording(const Options &options, ConnectionOptions *connection)
+// `played` are the files of signals.
+bool openRecording(const Options &options, const std::vector<std::string> &played, ConnectionOptions *connection)
 {
     const std::string &file = options.recordFile;
     if (file.empty())
         return true;
-    const bool isInput = isOneOf(file, {options.replayFile, options.projectFile});
-    if (isInput || isOneOf(file, {options.plant}))
-        return refuse("--record: " + file + " is the file of " + (isInput ? "--replay or --project" : "--plant")
-                      + " and would be lost; choose another one");
+    const char *const reader = isOneOf(file, {options.replayFile, options.projectFile}) ? "--replay or --project"
+                               : isOneOf(file, {options.plant})                         ? "--plant"
+                               : isOneOf(file, played)                                  ? "a signal of the plant"
+                                                                                        : nullptr;
+    if (reader)
+        return refuse("--record: " + file + " is the file of " + reader + " and would be lost; choose another one");
     errno = 0;
     connection->recorder = makeRecorder(file, options.recordLimitKiB * 1024ull);
     if (connection->recorder)
@@ -263,8 +266,12 @@ void Serving::run()
 int listen(const Units &units)
 {
     asio::io_context io;
+    std::vector<std::string> played;
     for (const std::unique_ptr<Unit> &unit : units)
-        if (!openRecording(unit->options, &unit->options.connection))
+        for (const std::string &file : unit->plc.plant ? unit->plc.plant->playedFiles() : std::vector<std::string>())
+            played.push_back(file);
+    for (const std::unique_ptr<Unit> &unit : units)
+        if (!openRecording(unit->options, played, &unit->options.connection))
             return EXIT_BAD_USAGE;
     Serving serving(io, units);
     if (!serving.listen())
@@ -279,7 +286,7 @@ int listen(const Units &units)
 int standBetween(const Options &options)
 {
     ConnectionOptions connection = options.connection;
-    if (!openRecording(options, &connection))
+    if (!openRecording(options, {}, &connection))
         return EXIT_BAD_USAGE;
     ProxySettings settings = options.proxy;
     settings.local = {asio::ip::make_address(options.address), options.port};

@@ -58,6 +58,15 @@ std::string Plant::textOf(const NamedValue &value) const
     return value.unit.empty() ? text : text + " " + value.unit;
 }
 
+std::vector<std::string> Plant::playedFiles() const
+{
+    std::vector<std::string> files;
+    for (const PlantSignal &signal : program.signals)
+        if (!signal.playback.file.empty())
+            files.push_back(signal.playback.file);
+    return files;
+}
+
 std::vector<PlantValue> Plant::values() const
 {
     std::vector<PlantValue> shown;

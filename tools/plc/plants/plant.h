@@ -36,6 +36,9 @@ public:
     /// What is worth watching.
     std::vector<PlantValue> values() const;
 
+    /// The files that its signals play.
+    std::vector<std::string> playedFiles() const;
+
     /// Of the steps, as the plant's file has it.
     unsigned periodMs() const { return program.periodMs; }
 

@@ -77,10 +77,15 @@ PlantProgram loadPlant(const std::string &file, const Memory &memory, Problems &
     const FileContent content = readWholeFile(file, FILE_MOST_BYTES);
     const std::filesystem::path folder = std::filesystem::path(file).parent_path();
     const auto load = [&folder](const std::string &name) { return readWholeFile(folder / name, FILE_MOST_BYTES); };
+    PlantProgram program;
     if (content.problem.empty())
-        return readPlant(content.text, file, memory, load, problems);
-    problems.add(file, Place(), content.problem);
-    return PlantProgram();
+        program = readPlant(content.text, file, memory, load, problems);
+    else
+        problems.add(file, Place(), content.problem);
+    for (PlantSignal &signal : program.signals)
+        if (!signal.playback.file.empty())
+            signal.playback.file = (folder / signal.playback.file).string();
+    return program;
 }
 
 } // namespace plc

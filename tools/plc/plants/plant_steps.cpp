@@ -19,12 +19,12 @@ Playback readPlayback(const DataNode &node, PlantContext &context)
 {
     Playback playback;
     TableReader reader(node, context.file, context.problems);
-    std::string file;
+    const std::string &file = playback.file;
     std::string column;
     long decimals = 0;
     const DataNode *const named = reader.need("csv", "csv = \"day.csv\"");
     reader.need("column", "column = \"flow\"");
-    const bool isNamed = reader.text("csv", file) && reader.text("column", column);
+    const bool isNamed = reader.text("csv", playback.file) && reader.text("column", column);
     reader.whole("decimals", 0, DECIMALS_MOST, decimals);
     reader.yesOrNo("repeat", playback.repeats);
     playback.every = readEvery(reader);

@@ -12,6 +12,7 @@
 namespace plc {
 
 struct Playback {
+    std::string         file;           // in which the rows are
     std::vector<Number> rows;
     unsigned            every = 1;      // steps for a row
     bool                repeats = true; // otherwise the last row stays
