@@ -189,6 +189,10 @@ TEST_F(PlantFileTest, MistakesAreToldWithLineAndColumn)
         {step + "{ set = 'DM:0', to = 'DM:0 +' } ]\n",
          at + "2:39: a value is missing; use a number, TYPE:ADDRESS, a name or a function"},
         {step + "{ latch = 'DM:0', on = 1, off = 0 } ]\n", at + "2:21: 'DM:0' is a word; a latch sets a bit"},
+        {step + "{ set = 'CF_bit:1.0', to = 1 } ]\n",
+         at + "2:19: 'CF_bit:1.0' is made by the CPU unit at every moment, and no step sets it; name another place"},
+        {"[plant.values]\nv = { at = 'CF_bit:1.0', start = true }\n",
+         at + "2:34: 'start' is for what can be set, and the CPU unit makes this value at every moment; leave it out"},
         {step + "{ set = 'DM:0', to = 1, evry = 2 } ]\n",
          at + "2:35: 'evry' is not known here; known are latch, set, to, when, every"},
     };

@@ -33,6 +33,8 @@ std::string PlantNames::findTarget(const std::string &word, std::size_t *quantit
     std::string wrong = find(word, &meaning);
     if (wrong.empty() && meaning.kind == Meaning::SIGNAL)
         wrong = "'" + word + "' is a signal, which no step sets; name a value or TYPE:ADDRESS";
+    else if (wrong.empty() && isComputed(quantities[meaning.index].place))
+        wrong = "'" + word + "' is made by the CPU unit at every moment, and no step sets it; name another place";
     *quantity = meaning.index;
     return wrong;
 }

@@ -54,6 +54,9 @@ bool readStart(TableReader &reader, const Quantity &quantity, NamedValue *value)
     const DataNode *const node = reader.take("start");
     if (!node)
         return true;
+    if (isComputed(quantity.place))
+        return reader.report(*node, "'start' is for what can be set, and the CPU unit makes this value at every moment; "
+                                    "leave it out");
     value->hasStart = true;
     const bool isBoolean = node->kind == NodeKind::BOOLEAN;
     if (isBoolean)
