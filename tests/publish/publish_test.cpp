@@ -62,7 +62,8 @@ TEST_F(PublishTest, WhoComesLaterFindsAllOfItRetained)
     project(TAGS);
     const auto panel = publish(broker.host());
     Subscriber first(broker.port.number());
-    first.awaitValue(LEVEL, "quality", "good");
+    for (const char *topic : {LEVEL, "fins/press/SetPoint"})
+        first.awaitValue(topic, "quality", "good");
     first.awaitValue("fins/press/state", "state", "online");
     Subscriber second(broker.port.number(), "fins/#");
     second.run([&] { return second.all.size() >= 4; }, "what is retained");
