@@ -8,7 +8,7 @@ import sys
 import unittest
 from pathlib import Path
 
-from recorder import DEADLINE_S, REPLY, REQUEST, Recorder, packets_of
+from recorder import DEADLINE_S, REPLY, REQUEST, Recorder, packets_of, receive_frame
 
 sys.path.append(str(Path(__file__).resolve().parents[1] / "support"))
 from simulator import Simulator
@@ -40,24 +40,11 @@ class Client:
     def __init__(self, port):
         self.socket = socket.create_connection(("127.0.0.1", port), timeout=DEADLINE_S)
         self.socket.sendall(frame(0, bytes(4)))
-        self.receive()
-
-    def take(self, count):
-        taken = b""
-        while len(taken) < count:
-            some = self.socket.recv(count - len(taken))
-            if not some:
-                raise AssertionError("the PLC has closed the connection")
-            taken += some
-        return taken
-
-    def receive(self):
-        head = self.take(LENGTH_FROM)
-        return head + self.take(int.from_bytes(head[4:], "big"))
+        receive_frame(self.socket)
 
     def ask(self, command):
         self.socket.sendall(frame(2, bytes.fromhex(heads(command)[0] + command)))
-        return self.receive()
+        return receive_frame(self.socket)
 
     def close(self):
         self.socket.close()
@@ -92,7 +79,7 @@ def items(*pairs):
 
 
 def forced(*bits):
-    """Bits of a forced set, each (specification, area, word and bit)."""
+    """Bits of a forced set, each (what is done, area, word and bit)."""
     return [text for action, area, bit in bits for text in (
         f"set_reset_specification=0x{action:04x}", f"memory.area.read=0x{area:02x}", f"bit_flag={bit}")]
 

@@ -15,6 +15,21 @@ DEADLINE_S = 30
 REQUEST, REPLY = "O", "I"  # text2pcap's marks for outbound and inbound
 
 
+def receive_frame(connection):
+    """The next FINS/TCP frame from a socket, in bytes."""
+    def take(count):
+        taken = b""
+        while len(taken) < count:
+            piece = connection.recv(count - len(taken))
+            if not piece:
+                raise EOFError("the connection has ended")
+            taken += piece
+        return taken
+
+    head = take(8)
+    return head + take(int.from_bytes(head[4:], "big"))
+
+
 class Connection:
     """One relayed TCP connection: what went which way, in order, each (REQUEST or REPLY, bytes)."""
 

@@ -10,7 +10,7 @@ import tempfile
 import unittest
 from pathlib import Path
 
-from recorder import DEADLINE_S, describe, read_capture
+from recorder import DEADLINE_S, describe, read_capture, receive_frame
 
 sys.path.append(str(Path(__file__).resolve().parents[1] / "support"))
 from simulator import Simulator
@@ -43,17 +43,7 @@ class Client:
         """Sends one byte at a time; returns the reply as it came."""
         for byte in bytes.fromhex(request):
             self.socket.sendall(bytes([byte]))
-        reply = self.take(8)
-        return reply + self.take(int.from_bytes(reply[4:], "big"))
-
-    def take(self, count):
-        taken = b""
-        while len(taken) < count:
-            piece = self.socket.recv(count - len(taken))
-            if not piece:
-                raise EOFError("the connection has ended")
-            taken += piece
-        return taken
+        return receive_frame(self.socket)
 
     def close(self):
         self.socket.close()
