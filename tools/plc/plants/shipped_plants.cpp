@@ -22,7 +22,7 @@ fs::path plantFolder()
     std::error_code absent;
     const fs::path program = fs::read_symlink("/proc/self/exe", absent);
     for (fs::path above = program.parent_path(); above.has_relative_path(); above = above.parent_path()) {
-        const fs::path folder = above / "share" / "fins_plc" / "plants";
+        fs::path folder = above / "share" / "fins_plc" / "plants";
         if (fs::is_directory(folder, absent))
             return folder;
     }
