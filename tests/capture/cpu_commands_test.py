@@ -19,8 +19,8 @@ LENGTH_FROM = 8
 NAMED_BITS = ("omron.fatal.", "omron.non_fatal.", "omron.message.")
 END = ["response.code=0x0000"]
 # In 20 bytes each.
-MODEL = "CJ2M-CPU31".ljust(20).encode().hex().upper()
-ETHERNET = "CJ2M-EIP21".ljust(20).encode().hex().upper()
+MODEL = "CJ2H-CPU68".ljust(20).encode().hex().upper()
+ETHERNET = "CJ2B-EIP21".ljust(20).encode().hex().upper()
 VERSION = "02.01".ljust(20, "\0").encode().hex().upper()
 
 
@@ -115,9 +115,9 @@ SESSION = [
     ("0C02FFFF", PROGRAM, "0C020000", END),
     ("0C03FFFF", PROGRAM, "0C030000", END),
     *MEMORY,
-    ("050100", ["command.data=00"], f"05010000{MODEL}{VERSION}0018{'00' * 38}00051780000819000000{'00' * 2}", [
-        *END, "controller.model=CJ2M-CPU31          ", "controller.version=02.01", "system.use=",
-        "area_data.program_area_size=5", "area_data.iom_size=23", "area_data.dm_words=32768",
+    ("050100", ["command.data=00"], f"05010000{MODEL}{VERSION}0018{'00' * 38}01901780000819000000{'00' * 2}", [
+        *END, "controller.model=CJ2H-CPU68          ", "controller.version=02.01", "system.use=",
+        "area_data.program_area_size=400", "area_data.iom_size=23", "area_data.dm_words=32768",
         "area_data.timer_size=8", "area_data.dm_size=25", "area_data.num_steps=0", "area_data.memory_card=0",
         "area_data.memory_card.size=0"]),
     ("050101", ["command.data=01"], f"050100008000{'00' * 30}{'00' * 32}000040", [
@@ -125,10 +125,10 @@ SESSION = [
         "cpubus_unit.reserved=", "remote_io_date.sysmac_1=0", "remote_io_date.sysmac_2=0", "pc_status=0x40",
         "pc_status.pdc=0", "pc_status.hi=1", "pc_status.r1=0", "pc_status.r2=0", "pcp_status.rack_num=0"]),
     ("050200", ["unit_address=0x00"], f"050200008200{MODEL}10{ETHERNET}", [
-        *END, "unit_nums=130", "unit_address=0x00", "model_number=CJ2M-CPU31          ",
-        "unit_address=0x10", "model_number=CJ2M-EIP21          "]),
+        *END, "unit_nums=130", "unit_address=0x00", "model_number=CJ2H-CPU68          ",
+        "unit_address=0x10", "model_number=CJ2B-EIP21          "]),
     ("05021019", ["unit_address=0x10", "unit_nums=25"], f"050200008110{ETHERNET}", [
-        *END, "unit_nums=129", "unit_address=0x10", "model_number=CJ2M-EIP21          "]),
+        *END, "unit_nums=129", "unit_address=0x10", "model_number=CJ2B-EIP21          "]),
     "cycle 65 100.1 0.1",
     ("062001", ["parameter=0x01"], "062000000000028A000003E900000001", [
         *END, "avg_cycle_time=0x0000028a", "max_cycle_time=0x000003e9", "min_cycle_time=0x00000001"]),

@@ -40,7 +40,7 @@ TEST_F(LinkCommandTest, GoodLink)
     EXPECT_EQ(stepsOf(ended.out, "handshake").at(0).find(
                   "handshake    this computer is node 239, the PLC is node 1, "), 0u);
     EXPECT_EQ(stepsOf(ended.out, "mode ").at(0), "mode         RUN");
-    EXPECT_EQ(stepsOf(ended.out, "model ").at(0), "model        CJ2M-CPU31");
+    EXPECT_EQ(stepsOf(ended.out, "model ").at(0), "model        CJ2H-CPU68");
     EXPECT_EQ(stepsOf(ended.out, "read").size(), 7u);
     EXPECT_EQ(stepsOf(ended.out, "read         DM:0 = 4711, ").size(), 1u);
     EXPECT_EQ(stepsOf(ended.out, "read         AR:0 = 0, ").size(), 1u);

@@ -14,15 +14,15 @@ std::string repeated(const std::string &text, int count)
     return all;
 }
 
-// "CJ2M-CPU31" in 20 bytes, filled with spaces.
-const std::string MODEL = "434A324D2D435055333120202020202020202020";
-// "CJ2M-EIP21", the same.
-const std::string ETHERNET = "434A324D2D454950323120202020202020202020";
+// "CJ2H-CPU68" in 20 bytes, filled with spaces.
+const std::string MODEL = "434A32482D435055363820202020202020202020";
+// "CJ2B-EIP21", the same.
+const std::string ETHERNET = "434A32422D454950323120202020202020202020";
 
-// Controller data: "02.01" in 20 bytes filled with zeros; 40 for system use; 5 K of program, 23 K of I/O, 32768 words of
-// DM, 8 K of timers and counters, 25 banks of EM, the largest of which is 18.
+// Controller data: "02.01" in 20 bytes filled with zeros; 40 for system use; 400 K of program, 23 K of I/O, 32768 words
+// of DM, 8 K of timers and counters, 25 banks of EM, the largest of which is 18.
 const std::string FIRST_PART = MODEL + "30322E3031" + repeated("00", 15) + "00 18" + repeated("00", 38) +
-                               "0005 17 8000 08 19" + repeated("00", 5);
+                               "0190 17 8000 08 19" + repeated("00", 5);
 // Bus unit 0 is there, 15 more are not; 32 bytes reserved; no remote I/O; a host interface.
 const std::string SECOND_PART = "8000" + repeated("0000", 15) + repeated("00", 32) + "0000 40";
 
@@ -64,7 +64,7 @@ TEST_F(PlcCpuTest, ControllerDataFollowTheProfile)
 {
     start({"--profile", "small"});
     PlcClient client(port);
-    EXPECT_EQ(client.ask("0501 00").substr(2 * (4 + 80), 12), plainHex("0005 17 0800 00"));
+    EXPECT_EQ(client.ask("0501 00").substr(2 * (4 + 80), 12), plainHex("0190 17 0800 00"));
 }
 
 TEST_F(PlcCpuTest, ConnectionDataFromAUnitAddressOn)

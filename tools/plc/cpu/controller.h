@@ -26,7 +26,7 @@ enum : unsigned { FINS_FRAME_MAX = 2020 - (4 + 4) };
 
 /// What the CPU unit says it is.
 struct Identity {
-    std::string model = "CJ2M-CPU31"; // up to 20 characters
+    std::string model = "CJ2H-CPU68"; // up to 20 characters
     std::string version = "02.01";    // of the internal system, up to 20 characters
 };
 

@@ -7,7 +7,7 @@ namespace {
 // The Ethernet unit of the CPU unit: bus unit 0.
 enum : unsigned { UNIT_CPU = 0x00, UNIT_ETHERNET = 0x10, ETHERNET_NUMBER = 0 };
 
-const char *const ETHERNET_MODEL = "CJ2M-EIP21";
+const char *const ETHERNET_MODEL = "CJ2B-EIP21";
 
 enum : unsigned { MODEL_SIZE = 20, VERSION_SIZE = 20, BUS_UNITS = 16 };
 
@@ -19,7 +19,7 @@ enum : unsigned { MODEL_SIZE = 20, VERSION_SIZE = 20, BUS_UNITS = 16 };
 void addModel(const Controller &controller, Bytes &data)
 {
     const unsigned SYSTEM_USE_REST = 38;
-    const unsigned PROGRAM_K = 5;
+    const unsigned PROGRAM_K = 400;
     const unsigned IO_K = 23;
     const unsigned K = 1024;
     const Memory &memory = controller.memory;
