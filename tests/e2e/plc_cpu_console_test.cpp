@@ -70,7 +70,7 @@ TEST_F(PlcCpuConsoleTest, Battery)
 {
     start();
     EXPECT_EQ(tell("battery"), "ok good");
-    EXPECT_EQ(tell("battery low"), "ok");
+    EXPECT_EQ(tell("battery low \r"), "ok");
     EXPECT_EQ(tell("battery"), "ok low");
     EXPECT_EQ(tell("battery none"), "ok");
     EXPECT_EQ(tell("battery"), "ok none");

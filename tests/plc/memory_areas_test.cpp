@@ -142,14 +142,19 @@ TEST_F(MemoryAreasTest, AllOtherCodesAreUnknown)
 
 TEST_F(MemoryAreasTest, EveryAreaIsApart)
 {
-    const std::vector<std::string> places = {"B0 0100", "B1 0100", "B2 0100", "B3 01C1", "82 0100", "89 0100",
-                                             "89 8100", "BC 0201", "BC 0F00", "A0 0100", "AF 0100", "60 0100",
-                                             "68 0100"};
-    for (std::size_t i = 0; i < places.size(); ++i)
-        expect("0102" + places[i] + "00 0001 00" + hexNumber(i + 1, 2), "0102 0000");
-    for (std::size_t i = 0; i < places.size(); ++i)
-        expect("0101" + places[i] + "00 0001", "0101 0000 00" + hexNumber(i + 1, 2));
-    expect("0101 DC 0101 00 0001", "0101 0000 00000000");
+    std::vector<std::string> ends = {"B0 0000", "B0 17FF", "B1 0000", "B1 01FF", "B2 0000", "B2 05FF", "B3 01C0",
+                                     "B3 03BF", "82 0000", "82 7FFF", "89 0000", "89 0FFF", "89 8000", "89 8FFF",
+                                     "BC 0200", "BC 020F", "BC 0F00", "DC 0100", "DC 010F"};
+    for (const char *code : EM_WORDS)
+        ends.insert(ends.end(), {code + std::string("0000"), code + std::string("7FFF")});
+    const auto valueOf = [&ends](std::size_t i) { return hexNumber(0xFFFF - i, ends[i].substr(0, 2) == "DC" ? 8 : 4); };
+    for (std::size_t i = 0; i < ends.size(); ++i)
+        expect("0102" + ends[i] + "00 0001" + valueOf(i), "0102 0000");
+    for (std::size_t i = 0; i < ends.size(); ++i)
+        expect("0101" + ends[i] + "00 0001", "0101 0000" + valueOf(i));
+    for (const char *flags : {"09 0000", "09 0FFF", "09 8000", "09 8FFF"})
+        expect("0101" + std::string(flags) + "00 0001", "0101 0000 00");
+    expect("0101 06 0000 00 0020", "0101 0000" + std::string(2 * 32, '0'));
 }
 
 // Code 98 is the bank whose number stands at BC 0F00; a bank that is not there is no area.

@@ -64,10 +64,7 @@ void Calendar::setWeekday(int weekday, Time now)
 
 int yearOf(unsigned digits) { return static_cast<int>(digits < 98 ? digits + 100 : digits); }
 
-unsigned bcdOf(unsigned number)
-{
-    return number % 10 | number / 10 % 10 << 4 | number / 100 % 10 << 8 | number / 1000 % 10 << 12;
-}
+unsigned bcdOf(unsigned number) { return number / 10 << 4 | number % 10; }
 
 bool readBcd(unsigned byte, int *number)
 {

@@ -35,7 +35,7 @@ private:
 /// The year of two digits as a tm_year: 98 and 99 are 1998 and 1999, all others lie behind 2000.
 int yearOf(unsigned digits);
 
-/// A word or byte of binary-coded decimals.
+/// A byte of two binary-coded decimals; `number` is 0 to 99.
 unsigned bcdOf(unsigned number);
 
 /// Returns false, `number` unchanged, if a digit of the byte is above 9.
