@@ -14,10 +14,16 @@
 
 namespace plc {
 
-/// Values for a run of items; as many as the span has.
+/// What a run of items has at the start. One value may fill it, whole memories in a short line, and is kept once.
 struct Content {
+    unsigned value(std::size_t i) const
+    {
+        return i < values.size() ? values[i] : isText ? 0 : values[i % values.size()];
+    }
+
     Span                  place;
-    std::vector<unsigned> values;
+    std::vector<unsigned> values;         // as many as `place` has, or less: they repeat
+    bool                  isText = false; // they do not; zeros follow
 };
 
 /// A line for the state of the CPU unit at the start.

@@ -192,24 +192,18 @@ bool ContentReader::addTable(const toml::table &table)
     return addTyped(*members[0].value, type);
 }
 
-// Fits the items to the count behind the address: one value fills, a text is followed by zeros, a list has to agree.
-std::string fitItems(const ContentReader &reader, unsigned count, std::vector<unsigned> *items)
+// Whether the items fit the count behind the address: one value fills, a text is followed by zeros, a list has to agree.
+// Returns an empty text, or what is wrong.
+std::string checkCount(const ContentReader &reader, unsigned count)
 {
     const std::size_t given = reader.items.size();
-    *items = reader.items;
     if (given == count)
         return std::string();
     std::string counts = std::to_string(given) + " items for the " + std::to_string(count) + " of the address";
     if (reader.isList || given > count)
         return counts;
-    if (reader.isText) {
-        items->resize(count, 0);
-        return std::string();
-    }
-    if (count % given != 0)
+    if (!reader.isText && count % given != 0)
         return counts + "; they do not fill it evenly";
-    for (std::size_t i = given; i < count; ++i)
-        items->push_back((*items)[i - given]);
     return std::string();
 }
 
@@ -232,11 +226,11 @@ void readMember(const TomlMember &member, const Memory &memory, Problems &proble
         return;
     const bool hasCount = place.find(':') != place.rfind(':');
     if (hasCount)
-        wrong = fitItems(reader, content.place.count, &content.values);
+        wrong = checkCount(reader, content.place.count);
     else
-        content.values = reader.items;
-    if (wrong.empty() && !hasCount)
-        wrong = parsePlace(place + ":" + std::to_string(content.values.size()), memory, &content.place);
+        wrong = parsePlace(place + ":" + std::to_string(reader.items.size()), memory, &content.place);
+    content.values = reader.items;
+    content.isText = reader.isText;
     if (wrong.empty())
         contents->push_back(content);
     else

@@ -18,7 +18,7 @@ bool setContents(Memory &memory, const std::vector<Content> &contents)
             return refuse(placeText(content.place) + " of the project is not in the profile's memory; choose another "
                                                      "--profile");
         for (unsigned i = 0; i < content.place.count; ++i)
-            memory.set(content.place, i, content.values[i]);
+            memory.set(content.place, i, content.value(i));
     }
     return true;
 }
