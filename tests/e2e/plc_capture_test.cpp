@@ -156,6 +156,46 @@ TEST_F(PlcCaptureTest, RepliesBelongToTheirServiceId)
     EXPECT_EQ(client.ask(READ), plainHex("0101 0000 0003"));
 }
 
+// The same packet of another client, 10.0.0.2:50001.
+static std::string another(std::string packet) { return packet.replace(packet.find("C350"), 4, "C351"); }
+
+TEST_F(PlcCaptureTest, ClientsAreKeptApart)
+{
+    startReplay(NO_LINK_LAYER, {request(1000, READ, 1), another(request(1000, OTHER_READ, 1)),
+                                reply(5000, "0101 0000 1111", 1), another(reply(5000, "0101 0000 2222", 1))});
+    PlcClient client(port);
+    EXPECT_EQ(client.ask(READ), plainHex("0101 0000 1111"));
+    EXPECT_EQ(client.ask(OTHER_READ), plainHex("0101 0000 2222"));
+}
+
+// A packet without payload has 56 bytes in the file: 16 of the file, 20 of IPv4 with the address of the sender at 12, and
+// 20 of TCP with the flags at 13. The PLC's port, 9600, is the sender's at 0.
+TEST_F(PlcCaptureTest, TheEndOfAConnectionIsRecorded)
+{
+    const auto end = [this](std::size_t back) {
+        const std::string file = folder.content("a.pcap");
+        const std::string packet = file.substr(file.size() - 56 * back, 56);
+        return (packet.substr(36, 2) == "\x25\x80" ? "PLC " : "client ") + hexOfBytes({std::uint8_t(packet.at(49))});
+    };
+    start({"--record", folder.path("a.pcap")});
+    PlcClient(port).ask(READ);
+    waitForAnswer("clients", "ok 0");
+    EXPECT_EQ(end(3), "client 11"); // FIN and ACK
+    EXPECT_EQ(end(2), "PLC 11");
+    EXPECT_EQ(end(1), "client 10");
+    PlcClient hasty(port);
+    hasty.ask(READ);
+    hasty.reset();
+    waitForAnswer("clients", "ok 0");
+    EXPECT_EQ(end(1), "client 14"); // RST and ACK
+    ASSERT_EQ(tell("fault rst"), "ok");
+    PlcClient refused(port);
+    refused.send(commandFrame(READ));
+    EXPECT_TRUE(refused.endsByReset());
+    waitForAnswer("clients", "ok 0");
+    EXPECT_EQ(end(1), "PLC 14");
+}
+
 // Frames over two packets, two in one, retransmissions whole and in part, an ARP packet, and a sequence number that
 // begins again at 0.
 TEST_F(PlcCaptureTest, FollowsAStreamOverEthernet)

@@ -221,7 +221,11 @@ TEST_F(PlcLimitsTest, Listings)
 {
     Process plants({FINS_PLC_PATH, "--plants"});
     EXPECT_EQ(plants.wait(), 0);
-    for (const char *text : {"tank: ", "conveyor: ", "oven: ", "DM:10 DM:11 DM:12 set-points"})
+    for (const char *text :
+         {"tank: a pump fills a tank that drains; the level is held\n  DM:0 level, 0.1 %; DM:3 set-point, 0.1 % (write); ",
+          "\nconveyor: ", "\noven: three zones are heated to their set-points\n"
+          "  DM:0 DM:1 DM:2 temperature of zones 1 to 3, 0.1 C; DM:4 steps;\n"
+          "  DM:10 DM:11 DM:12 set-points, 0.1 C (write); DM:20 DM:21 DM:22 heater output, %;\n"})
         EXPECT_NE(plants.output().find(text), std::string::npos) << text;
     Process profiles({FINS_PLC_PATH, "--profiles"});
     EXPECT_EQ(profiles.wait(), 0);

@@ -128,7 +128,9 @@ TEST_F(PlcOptionsTest, HelpGoesToStandardOutput)
 {
     Process helper({FINS_PLC_PATH, "--help"});
     EXPECT_EQ(helper.wait(), 0);
-    for (const char *text : {"--port UINT=9600", "--bind TEXT=127.0.0.1", "--plant", "DM:3 set-point", "wrong-sid",
+    for (const char *text : {"--port UINT=9600", "--bind TEXT=127.0.0.1", "--node UINT=1",
+                             "--mode TEXT=run", "--profile TEXT=cj2", "--seed UINT=1", "--deadline UINT=30000",
+                             "--count UINT:UINT in [1 - 500]=1", "--record-limit UINT:INT in [1 - 1048576]=65536", "--plant", "DM:3 set-point", "wrong-sid",
                              "disconnect", "Exit codes: 0"})
         EXPECT_NE(helper.output().find(text), std::string::npos) << text;
     EXPECT_EQ(helper.errors(), "");

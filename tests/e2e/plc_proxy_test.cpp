@@ -263,6 +263,32 @@ TEST_F(PlcProxyTest, AClientIsClosedWhenThePlcIsNotThere)
     plc->waitForLine("#2 ends");
 }
 
+TEST_F(PlcProxyTest, ThePortOfThePlcIsTheOneOfFins)
+{
+    start({"--proxy", "255.255.255.255"}); // which no connection goes to
+    TcpClient refused(port);
+    const std::string prefix = "fins_plc: client #1 is closed: no connection to 255.255.255.255:9600: ";
+    EXPECT_EQ(plc->readErrorLine().substr(0, prefix.size()), prefix);
+}
+
+// With the place for waiting connections taken, the PLC answers the next one when it is asked again, a second later.
+TEST_F(PlcProxyTest, APlcThatIsBusyIsWaitedFor)
+{
+    ASSERT_EQ(listen(listener, 0), 0);
+    const TcpClient waiting(address.number());
+    startProxy();
+    client = std::make_unique<TcpClient>(port);
+    client->send(nodeRequest());
+    pollfd closed = {client->descriptor(), POLLIN, 0};
+    EXPECT_EQ(poll(&closed, 1, 200), 0);
+    acceptAtPlc();
+    atPlc = acceptAtPlc();
+    EXPECT_EQ(atPlc->receive(plainHex(nodeRequest()).size() / 2), plainHex(nodeRequest()));
+    client->disconnect();
+    atPlc->disconnect();
+    plc->waitForLine("#1 ends");
+}
+
 // The PLC hears what the client says and nothing else, to the end. The recording has it all, with the beginning of a
 // frame.
 TEST_F(PlcProxyTest, ASignalEndsItWithTheRecordingWhole)

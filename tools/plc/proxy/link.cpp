@@ -73,18 +73,23 @@ void Link::giveUp(const std::string &reason)
         return;
     std::cerr << "fins_plc: client #" << id << " is closed: no connection to " << target.begin()->host_name() << ':'
               << target.begin()->service_name() << ": " << reason << std::endl;
-    close(false);
+    close(Ending::CLOSED);
 }
 
-void Link::close(bool isReset)
+Ending Link::resetBy(const Socket &side) const
+{
+    return &side == &client ? Ending::RESET_BY_CLIENT : Ending::RESET_BY_PLC;
+}
+
+void Link::close(Ending ending)
 {
     if (isClosed)
         return;
     isClosed = true;
-    witness.end(isReset);
+    witness.end(ending);
     patience.cancel();
     for (Socket *const side : {&client, &plc}) {
-        if (isReset)
+        if (ending != Ending::CLOSED)
             prepareReset(*side);
         asio::error_code ignored;
         side->close(ignored);
@@ -102,7 +107,7 @@ void Link::read(Way &way)
         if (error == asio::error::eof)
             endWay(way);
         else if (error)
-            close(true);
+            close(resetBy(way.from));
         else
             pass(way, count);
     });
@@ -119,7 +124,7 @@ void Link::pass(Way &way, std::size_t count)
                           if (isClosed)
                               return;
                           if (error)
-                              close(true);
+                              close(resetBy(way.to));
                           else
                               read(way);
                       });
@@ -131,7 +136,7 @@ void Link::endWay(Way &way)
     asio::error_code ignored;
     way.to.shutdown(Socket::shutdown_send, ignored);
     if (requests.hasEnded && replies.hasEnded)
-        close(false);
+        close(Ending::CLOSED);
 }
 
 // While the other side takes nothing, nothing is read, and a reset would not be seen.
@@ -140,7 +145,7 @@ void Link::watchForReset(Way &way)
     const auto self = shared_from_this();
     way.from.async_wait(Socket::wait_error, [this, self, &way](const asio::error_code &error) {
         if (!error && !isClosed && way.isPassing && isReset(way.from))
-            close(true);
+            close(resetBy(way.from));
     });
 }
 

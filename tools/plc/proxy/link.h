@@ -29,7 +29,7 @@ public:
     void start();
 
     /// Closes both connections and reports the end.
-    void close(bool isReset);
+    void close(Ending ending);
 
 private:
     using Socket = asio::ip::tcp::socket;
@@ -43,6 +43,7 @@ private:
         std::array<std::uint8_t, 16384> buffer{};
     };
 
+    Ending resetBy(const Socket &side) const;
     void begin();
     void giveUp(const std::string &reason);
     void read(Way &way);

@@ -22,7 +22,7 @@ Proxy::~Proxy()
 {
     const auto all = links; // each close() takes its link out of the map
     for (const auto &entry : all)
-        entry.second->close(false);
+        entry.second->close(Ending::CLOSED);
 }
 
 void Proxy::acceptNext()

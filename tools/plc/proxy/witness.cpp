@@ -29,7 +29,7 @@ void Witness::see(char direction, const std::uint8_t *bytes, std::size_t count)
     }
 }
 
-void Witness::end(bool isReset)
+void Witness::end(Ending ending)
 {
     if (!hasBegun)
         return;
@@ -39,8 +39,8 @@ void Witness::end(bool isReset)
             note(frames == &requests ? '<' : '>', rest);
     }
     if (settings.recorder)
-        settings.recorder->close(id, isReset);
-    std::cout << '#' << id << (isReset ? " ends: reset" : " ends") << std::endl;
+        settings.recorder->close(id, ending);
+    std::cout << '#' << id << (ending == Ending::CLOSED ? " ends" : " ends: reset") << std::endl;
 }
 
 void Witness::note(char direction, const Bytes &bytes) const

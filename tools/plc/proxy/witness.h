@@ -23,7 +23,7 @@ public:
     /// Bytes in the order in which they came; `direction` is < from the client, > to it.
     void see(char direction, const std::uint8_t *bytes, std::size_t count);
 
-    void end(bool isReset);
+    void end(Ending ending);
 
 private:
     void note(char direction, const Bytes &bytes) const;

@@ -109,14 +109,18 @@ void CaptureRecorder::add(unsigned client, char direction, const Bytes &bytes)
     write(isRequest ? stream.client : stream.plc, isRequest ? stream.plc : stream.client, FLAG_PSH | FLAG_ACK, bytes);
 }
 
-void CaptureRecorder::close(unsigned client, bool isReset)
+void CaptureRecorder::close(unsigned client, Ending ending)
 {
     const auto found = streams.find(client);
     if (found == streams.end())
         return;
     Stream &stream = found->second;
-    write(stream.client, stream.plc, (isReset ? FLAG_RST : FLAG_FIN) | FLAG_ACK, Bytes());
-    if (!isReset) {
+    if (ending == Ending::RESET_BY_CLIENT) {
+        write(stream.client, stream.plc, FLAG_RST | FLAG_ACK, Bytes());
+    } else if (ending == Ending::RESET_BY_PLC) {
+        write(stream.plc, stream.client, FLAG_RST | FLAG_ACK, Bytes());
+    } else {
+        write(stream.client, stream.plc, FLAG_FIN | FLAG_ACK, Bytes());
         write(stream.plc, stream.client, FLAG_FIN | FLAG_ACK, Bytes());
         write(stream.client, stream.plc, FLAG_ACK, Bytes());
     }

@@ -19,7 +19,7 @@ public:
 
     void open(unsigned client, const Endpoint &clientEnd, const Endpoint &plcEnd) override;
     void add(unsigned client, char direction, const Bytes &bytes) override;
-    void close(unsigned client, bool isReset) override;
+    void close(unsigned client, Ending ending) override;
 
 private:
     struct End {

@@ -31,7 +31,7 @@ public:
             write(recordedLine(seconds, client, direction, bytes) + "\n");
     }
 
-    void close(unsigned, bool) override {}
+    void close(unsigned, Ending) override {}
 
 private:
     using Clock = std::chrono::steady_clock;

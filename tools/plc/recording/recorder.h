@@ -14,6 +14,9 @@
 
 namespace plc {
 
+/// How a connection ends.
+enum class Ending { CLOSED, RESET_BY_CLIENT, RESET_BY_PLC };
+
 class Recorder {
 public:
     using Endpoint = asio::ip::tcp::endpoint;
@@ -28,7 +31,7 @@ public:
     /// A frame, or bytes that are none: at most some kilobytes. `direction` is < from the client, > to it.
     virtual void add(unsigned client, char direction, const Bytes &bytes) = 0;
 
-    virtual void close(unsigned client, bool isReset) = 0;
+    virtual void close(unsigned client, Ending ending) = 0;
 
 protected:
     Recorder(const std::string &path, std::uint64_t maxBytes) : name(path), limit(maxBytes) {}

@@ -52,7 +52,7 @@ void Connection::confirm()
         socket.cancel(ignored);
 }
 
-void Connection::close()
+void Connection::close(Ending ending)
 {
     if (isClosed)
         return;
@@ -63,7 +63,7 @@ void Connection::close()
     stopDeadline();
     session.end();
     if (options.recorder)
-        options.recorder->close(id, false);
+        options.recorder->close(id, ending);
     onEnd(id);
 }
 
@@ -86,12 +86,18 @@ void Connection::readMore()
             return;
         }
         if (error) {
-            close();
+            fail(error);
             return;
         }
         assembler.append(received.data(), count);
         answerFrames();
     });
+}
+
+// What the socket says of its end.
+void Connection::fail(const asio::error_code &error)
+{
+    close(error == asio::error::connection_reset ? Ending::RESET_BY_CLIENT : Ending::CLOSED);
 }
 
 void Connection::answerFrames()
@@ -145,7 +151,7 @@ void Connection::send(const Answer &answer)
         socket.set_option(asio::socket_base::linger(true, 0), ignored);
     }
     if (outgoing.bytes.empty())
-        close();
+        close(outgoing.isReset ? Ending::RESET_BY_PLC : Ending::CLOSED);
     else
         wait(outgoing.delayMs, &Connection::beginWriting);
 }
@@ -166,7 +172,7 @@ void Connection::writeSome()
     asio::async_write(socket, asio::buffer(outgoing.bytes.data() + sent, count),
                       [this, self](const asio::error_code &error, std::size_t done) {
                           if (error) {
-                              close();
+                              fail(error);
                               return;
                           }
                           sent += done;
@@ -202,7 +208,7 @@ void Connection::discardRest()
     const auto self = shared_from_this();
     socket.async_read_some(asio::buffer(received), [this, self](const asio::error_code &error, std::size_t) {
         if (error)
-            close();
+            fail(error);
         else
             discardRest();
     });

@@ -34,7 +34,7 @@ public:
     void start();
 
     /// Closes the connection at once and reports its end.
-    void close();
+    void close(Ending ending = Ending::CLOSED);
 
     /// What is to be told of the client.
     struct Client {
@@ -50,6 +50,7 @@ private:
 
     void confirm();
     void readMore();
+    void fail(const asio::error_code &error);
     void answerFrames();
     bool answerNextFrame();
     bool answerFrame();
