@@ -37,7 +37,6 @@ TEST(FrameWordsTest, Commands)
         {"0101 09 8006 00 0001", "READ C 6, 1 flag"},
         {"0101 AC 0007 00 0003", "READ EC 7, 3 words"},
         {"0101 E8 0001 0F 0001", "READ E18 1.15, 1 bit"},
-        {"0101 46 0001 00 0002", "READ TK 1, 2 statuses"},
         {"0101 55 0064 00 000A", "READ area 55 100.0, 10 items"},
         {"0101 82 0064", "READ with 820064"},
         {"0102 82 0064 00 0001 1234", "WRITE DM 100, 1 word"},
@@ -58,6 +57,35 @@ TEST(FrameWordsTest, Commands)
     };
     for (const Row &row : rows)
         EXPECT_EQ(plc::commandWords(plc::Slice(bytesOf(row.hex))), row.words) << row.hex;
+}
+
+TEST(FrameWordsTest, EveryArea)
+{
+    const Row rows[] = {
+        {"30 0001 0F", "CIO 1.15, 2 bits"},       {"B0 0001 00", "CIO 1, 2 words"},
+        {"70 0001 0F", "CIO 1.15, 2 forced bits"}, {"F0 0001 00", "CIO 1, 2 forced words"},
+        {"31 0001 0F", "WR 1.15, 2 bits"},        {"B1 0001 00", "WR 1, 2 words"},
+        {"71 0001 0F", "WR 1.15, 2 forced bits"}, {"F1 0001 00", "WR 1, 2 forced words"},
+        {"32 0001 0F", "HR 1.15, 2 bits"},        {"B2 0001 00", "HR 1, 2 words"},
+        {"72 0001 0F", "HR 1.15, 2 forced bits"}, {"F2 0001 00", "HR 1, 2 forced words"},
+        {"33 0001 0F", "AR 1.15, 2 bits"},        {"B3 0001 00", "AR 1, 2 words"},
+        {"02 0001 0F", "DM 1.15, 2 bits"},        {"82 0001 00", "DM 1, 2 words"},
+        {"09 0001 00", "T 1, 2 flags"},           {"89 0001 00", "T 1, 2 values"},
+        {"49 0001 00", "T 1, 2 forced flags"},    {"49 8001 00", "C 1, 2 forced flags"},
+        {"09 8001 00", "C 1, 2 flags"},           {"89 8001 00", "C 1, 2 values"},
+        {"20 0001 0F", "E0 1.15, 2 bits"},        {"A0 0001 00", "E0 1, 2 words"},
+        {"2F 0001 0F", "EF 1.15, 2 bits"},        {"AF 0001 00", "EF 1, 2 words"},
+        {"E0 0001 0F", "E10 1.15, 2 bits"},       {"60 0001 00", "E10 1, 2 words"},
+        {"E8 0001 0F", "E18 1.15, 2 bits"},       {"68 0001 00", "E18 1, 2 words"},
+        {"0A 0001 0F", "E 1.15, 2 bits"},         {"98 0001 00", "E 1, 2 words"},
+        {"BC 0F00 00", "BANK 0, 2 words"},        {"BC 0201 00", "DR 1, 2 registers"},
+        {"DC 0101 00", "IR 1, 2 registers"},      {"07 0001 0F", "CF 1.15, 2 bits"},
+        {"06 0001 00", "TK 1, 2 flags"},          {"46 0001 00", "TK 1, 2 forced flags"},
+        {"BC 01FF 00", "area BC 511.0, 2 items"}, {"82 0001 01", "DM 1.1, 2 words"},
+    };
+    for (const Row &row : rows)
+        EXPECT_EQ(plc::commandWords(plc::Slice(bytesOf("0101" + std::string(row.hex) + "0002"))),
+                  "READ " + std::string(row.words));
 }
 
 TEST(FrameWordsTest, ManyPlacesAreCounted)
@@ -81,6 +109,12 @@ TEST(FrameWordsTest, EndCodes)
         {0x1141, "1141 area code unknown, CPU unit has a non-fatal error"},
         {0x00C0, "00C0 normal end, CPU unit has a fatal error"},
         {0x8205, "8205 response timeout, at a relay"}, // 0205 of a unit on the way
+        {0x1002, "1002 command too short"},
+        {0x110C, "110C wrong parameter"},
+        {0x2101, "2101 read-only"},
+        {0x2206, "2206 CPU unit is in RUN mode"},
+        {0x260B, "260B error does not clear"},
+        {0x3001, "3001 another device has the access right"},
         {0x7737, "7737 unknown end code"},
     };
     for (const auto &row : rows)

@@ -1,80 +1,65 @@
 #include "words/frame_words.h"
 
+#include "cpu/areas.h"
+
 #include <fmt/format.h>
 
 namespace plc {
 
 namespace {
 
-// Memory areas by their codes in commands. Codes in a row are banks.
-struct AreaName {
-    unsigned    first;
-    unsigned    last;
-    const char *name;
-    unsigned    bank; // of `first`; EM alone has banks
-    const char *item;
-    bool        isBit; // the address has a bit number
-};
+const std::size_t LISTED_MAX = 8; // of several places
+const std::size_t SHOWN_MAX = 16; // bytes of parameters that are not explained
+const std::size_t PLACE_SIZE = 4; // area (1), address (2), bit (1)
 
-const AreaName AREAS[] = {
-    {0x30, 0x30, "CIO", 0, "bit", true},            {0xB0, 0xB0, "CIO", 0, "word", false},
-    {0x31, 0x31, "WR", 0, "bit", true},             {0xB1, 0xB1, "WR", 0, "word", false},
-    {0x32, 0x32, "HR", 0, "bit", true},             {0xB2, 0xB2, "HR", 0, "word", false},
-    {0x33, 0x33, "AR", 0, "bit", true},             {0xB3, 0xB3, "AR", 0, "word", false},
-    {0x70, 0x70, "CIO", 0, "forced bit", true},     {0xF0, 0xF0, "CIO", 0, "forced word", false},
-    {0x71, 0x71, "WR", 0, "forced bit", true},      {0xF1, 0xF1, "WR", 0, "forced word", false},
-    {0x72, 0x72, "HR", 0, "forced bit", true},      {0xF2, 0xF2, "HR", 0, "forced word", false},
-    {0x02, 0x02, "DM", 0, "bit", true},             {0x82, 0x82, "DM", 0, "word", false},
-    {0x20, 0x2F, "E", 0x00, "bit", true},          {0xA0, 0xAF, "E", 0x00, "word", false},
-    {0xE0, 0xE8, "E", 0x10, "bit", true},          {0x60, 0x68, "E", 0x10, "word", false},
-    {0x0A, 0x0A, "E", 0, "bit", true},             {0x98, 0x98, "E", 0, "word", false},
-    {0x09, 0x09, "T", 0, "flag", false},            {0x89, 0x89, "T", 0, "value", false},
-    {0x49, 0x49, "T", 0, "forced flag", false},     {0xBC, 0xBC, "DR", 0, "register", false},
-    {0xDC, 0xDC, "IR", 0, "register", false},       {0x06, 0x06, "TK", 0, "flag", false},
-    {0x46, 0x46, "TK", 0, "status", false},         {0x07, 0x07, "CF", 0, "bit", true},
-};
-
-const unsigned    COUNTER_BASE = 0x8000; // in the areas of timers
-const std::size_t LISTED_MAX = 8;        // of several places
-const std::size_t SHOWN_MAX = 16;        // bytes of parameters that are not explained
-const std::size_t PLACE_SIZE = 4;        // area (1), address (2), bit (1)
-
-const AreaName *findArea(unsigned code)
+// Looks up the place at the beginning of `place`, as far as the area goes: its size is the PLC's. Returns false if there
+// is none.
+bool findPlace(Slice place, Span *span)
 {
-    for (const AreaName &area : AREAS)
-        if (code >= area.first && code <= area.last)
-            return &area;
-    return nullptr;
-}
-
-std::string addressWords(const AreaName &area, Slice place)
-{
-    const bool isCounter = area.name == std::string("T") && place.get16(1) >= COUNTER_BASE;
-    std::string text = isCounter ? "C" : area.name;
-    if (area.first != area.last)
-        text += fmt::format("{:X}", area.bank + place.get8(0) - area.first);
-    text += fmt::format(" {}", isCounter ? place.get16(1) - COUNTER_BASE : place.get16(1));
-    return area.isBit || place.get8(3) != 0 ? text + fmt::format(".{}", place.get8(3)) : text;
+    if (!findArea(place.get8(0), place.get16(1), span) || place.get16(1) < AREAS[span->area].base)
+        return false;
+    span->first = place.get16(1) - AREAS[span->area].base;
+    return true;
 }
 
 // "DM 100" for the place at the beginning of `place`.
 std::string placeWords(Slice place)
 {
-    const AreaName *const area = findArea(place.get8(0));
-    return area ? addressWords(*area, place)
-                : fmt::format("area {:02X} {}.{}", place.get8(0), place.get16(1), place.get8(3));
+    const unsigned bit = place.get8(3);
+    Span span;
+    if (!findPlace(place, &span))
+        return fmt::format("area {:02X} {}.{}", place.get8(0), place.get16(1), bit);
+    const std::string text = fmt::format("{} {}", AREAS[span.area].name, span.first);
+    return span.access == Access::BIT || bit != 0 ? text + fmt::format(".{}", bit) : text;
 }
 
-std::string itemWords(unsigned areaCode, unsigned count)
+const char *itemName(const Span &span)
 {
-    const AreaName *const area = findArea(areaCode);
-    const std::string item = area ? area->item : "item";
-    return fmt::format("{} {}{}", count, item, count == 1 ? "" : item.back() == 's' ? "es" : "s");
+    switch (span.access) {
+    case Access::BIT:
+        return "bit";
+    case Access::FLAG:
+        return "flag";
+    case Access::WORD:
+        break;
+    }
+    if (AREAS[span.area].hasFlags)
+        return "value";
+    return span.area == AREA_DR || span.area == AREA_IR ? "register" : "word";
+}
+
+// "10 words" for so many items from the place at the beginning of `place` on.
+std::string itemWords(Slice place, unsigned count)
+{
+    Span span;
+    const bool isKnown = findPlace(place, &span);
+    return fmt::format("{} {}{}{}", count, span.withState ? "forced " : "", isKnown ? itemName(span) : "item",
+                       count == 1 ? "" : "s");
 }
 
 std::string rangeWords(Slice parameters)
 {
-    return placeWords(parameters) + ", " + itemWords(parameters.get8(0), parameters.get16(PLACE_SIZE));
+    return placeWords(parameters) + ", " + itemWords(parameters, parameters.get16(PLACE_SIZE));
 }
 
 std::string fillWords(Slice parameters)
@@ -94,7 +79,7 @@ std::string listWords(Slice parameters)
 std::string transferWords(Slice parameters)
 {
     return placeWords(parameters) + " to " + placeWords(parameters.from(PLACE_SIZE)) + ", " +
-           itemWords(parameters.get8(0), parameters.get16(2 * PLACE_SIZE));
+           itemWords(parameters, parameters.get16(2 * PLACE_SIZE));
 }
 
 std::string runWords(Slice parameters)
