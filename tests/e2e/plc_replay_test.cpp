@@ -127,6 +127,17 @@ TEST_F(PlcReplayTest, ClientsOfTheRecordingAreKeptApart)
     EXPECT_EQ(client.ask(readCommand), plainHex("0101 0000 0001"));
 }
 
+TEST_F(PlcReplayTest, AsManyRequestsWaitAsThereAreServiceIds)
+{
+    std::vector<std::string> lines = {"0 1 < " + commandFrame(readCommand, 0)};
+    for (unsigned sid = 1; sid < 256; ++sid)
+        lines.push_back("0 1 < " + commandFrame("0101 82 0065 00 0001", sid));
+    lines.push_back("0 1 > " + responseFrame("0101 0000 0007", 0));
+    startReplay(lines);
+    PlcClient client(port);
+    EXPECT_EQ(client.ask(readCommand), plainHex("0101 0000 0007"));
+}
+
 TEST_F(PlcReplayTest, ARequestWithoutReplyIsNotAnswered)
 {
     startReplay({"0 1 < " + commandFrame("0402"), "0 1 < " + commandFrame(readCommand),

@@ -1,5 +1,8 @@
 #include "plc_fixture.h"
 
+#include <fstream>
+#include <sstream>
+
 // FINS/TCP framing of the simulator: the byte stream, however it is cut and whatever it holds.
 
 class PlcStreamTest : public PlcTest {
@@ -238,6 +241,51 @@ TEST_F(PlcStreamTest, ClientThatTakesNoRepliesIsGivenUp)
     }
     EXPECT_TRUE(isClosed);
     waitForAnswer("clients", "ok 0");
+}
+
+// 32 bytes take longer than the deadline, each one far less.
+TEST_F(PlcStreamTest, EveryPieceOfAReplyHasADeadlineOfItsOwn)
+{
+    start({"--deadline", "500", "--fault", "bytewise=30"});
+    PlcClient client(port);
+    EXPECT_EQ(client.ask("0101 82 0000 00 0001"), plainHex("0101 0000 0000"));
+}
+
+TEST_F(PlcStreamTest, ARequestThatIsWholeHasNoDeadline)
+{
+    start({"--deadline", "500", "--fault", "delay=900:on=request"});
+    PlcClient client(port);
+    const std::string frame = commandFrame("0402");
+    client.send(frame.substr(0, 20));
+    poll(nullptr, 0, 50);
+    client.send(frame.substr(20));
+    EXPECT_EQ(client.receiveFrame(), responseFrame("0402 0000"));
+}
+
+// Whether the kernel asks the other end of the connections of the port whether it is still there.
+static bool areKeptAlive(int port)
+{
+    std::ifstream table("/proc/net/tcp");
+    std::string line;
+    while (std::getline(table, line)) {
+        std::istringstream fields(line);
+        std::string slot, local, remote, state, queues, timer;
+        fields >> slot >> local >> remote >> state >> queues >> timer;
+        const bool isTheirs = state == "01" && local.substr(local.find(':') + 1) == hexNumber(std::size_t(port), 4);
+        if (isTheirs && timer.substr(0, 3) == "02:")
+            return true;
+    }
+    return false;
+}
+
+TEST_F(PlcStreamTest, AClientThatVanishesIsNoticed)
+{
+    start();
+    const PlcClient client(port);
+    const Process::Clock::time_point deadline = Process::Clock::now() + std::chrono::seconds(5);
+    while (!areKeptAlive(port) && Process::Clock::now() < deadline)
+        poll(nullptr, 0, 5);
+    EXPECT_TRUE(areKeptAlive(port));
 }
 
 TEST_F(PlcStreamTest, ClientThatStopsSendingStillGetsItsReply)
