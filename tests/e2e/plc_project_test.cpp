@@ -245,6 +245,10 @@ TEST_F(PlcProjectTest, CheckProjectSaysThatNothingIsWrong)
     EXPECT_EQ(checking.wait(), 0);
     EXPECT_EQ(checking.output(), file.path() + ": no errors, 2 places of memory\n");
     EXPECT_EQ(checking.errors(), "");
+    file.write("[memory]\n\"DM:0\" = 1\n");
+    Process single({FINS_PLC_PATH, "--check-project", file.path()});
+    EXPECT_EQ(single.wait(), 0);
+    EXPECT_EQ(single.output(), file.path() + ": no errors, 1 place of memory\n");
 }
 
 TEST_F(PlcProjectTest, CheckProjectSaysWhatIsWrong)

@@ -146,7 +146,7 @@ int printListings(const Listings &listings)
     std::size_t places = 0;
     for (const Options &plc : unused)
         places += plc.contents.size();
-    std::cout << listings.projectToCheck << ": no errors, " << places << " places of memory"
+    std::cout << listings.projectToCheck << ": no errors, " << places << (places == 1 ? " place" : " places") << " of memory"
               << (unused.size() > 1 ? ", " + std::to_string(unused.size()) + " PLCs" : "") << std::endl;
     return EXIT_DONE;
 }
