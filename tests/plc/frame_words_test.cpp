@@ -80,7 +80,7 @@ TEST(FrameWordsTest, EveryArea)
         {"0A 0001 0F", "E 1.15, 2 bits"},         {"98 0001 00", "E 1, 2 words"},
         {"BC 0F00 00", "BANK 0, 2 words"},        {"BC 0201 00", "DR 1, 2 registers"},
         {"DC 0101 00", "IR 1, 2 registers"},      {"07 0001 0F", "CF 1.15, 2 bits"},
-        {"06 0001 00", "TK 1, 2 flags"},          {"46 0001 00", "TK 1, 2 forced flags"},
+        {"06 0001 00", "TK 1, 2 flags"},          {"46 0001 00", "TK 1, 2 statuses"},
         {"BC 01FF 00", "area BC 511.0, 2 items"}, {"82 0001 01", "DM 1.1, 2 words"},
     };
     for (const Row &row : rows)

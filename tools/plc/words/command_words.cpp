@@ -53,6 +53,8 @@ std::string itemWords(Slice place, unsigned count)
 {
     Span span;
     const bool isKnown = findPlace(place, &span);
+    if (isKnown && span.area == AREA_TK && span.withState)
+        return fmt::format("{} {}", count, count == 1 ? "status" : "statuses");
     return fmt::format("{} {}{}{}", count, span.withState ? "forced " : "", isKnown ? itemName(span) : "item",
                        count == 1 ? "" : "s");
 }
