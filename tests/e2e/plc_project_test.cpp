@@ -251,6 +251,19 @@ TEST_F(PlcProjectTest, CheckProjectSaysThatNothingIsWrong)
     EXPECT_EQ(single.output(), file.path() + ": no errors, 1 place of memory\n");
 }
 
+TEST_F(PlcProjectTest, TheExampleOfTheHelpIsAProject)
+{
+    Process helper({FINS_PLC_PATH, "--help"});
+    EXPECT_EQ(helper.wait(), 0);
+    const std::string help = helper.output();
+    const std::size_t begin = help.find("  [memory]\n");
+    file.write(help.substr(begin, help.find("  [plant] ") - begin));
+    Process checking({FINS_PLC_PATH, "--check-project", file.path()});
+    EXPECT_EQ(checking.wait(), 0);
+    EXPECT_EQ(checking.output(), file.path() + ": no errors, 8 places of memory\n");
+    EXPECT_EQ(checking.errors(), "");
+}
+
 TEST_F(PlcProjectTest, CheckProjectSaysWhatIsWrong)
 {
     EXPECT_EQ(errorsOf("[plc]\nnode = 0\n", "--check-project"),

@@ -47,6 +47,7 @@ TEST_F(WriteLogTest, KeepsTheFirst64OfALongWrite)
     write(0, std::vector<unsigned>(100, 7));
     EXPECT_EQ(log.entries().size(), 64u);
     EXPECT_EQ(log.entries().front().place.first, 0u);
+    EXPECT_EQ(log.entries().front().place.count, 1u);
     EXPECT_EQ(log.entries().back().place.first, 63u);
     write(500, {1});
     EXPECT_EQ(log.entries().size(), 64u);
