@@ -72,7 +72,7 @@ const CodeText END_CODES[] = {
     {0x2102, "the area is protected against writing", PROTECT},
     {0x2108, "the area cannot be changed", PROTECT},
     {0x2201, "not possible during execution", MODE},
-    {0x2202, "not possible while running", MODE},
+    {0x2202, "not possible in this operating mode", MODE},
     {0x2203, "wrong operating mode: the PLC is in PROGRAM mode", MODE},
     {0x2204, "wrong operating mode: the PLC is in DEBUG mode", MODE},
     {0x2205, "wrong operating mode: the PLC is in MONITOR mode", MODE},

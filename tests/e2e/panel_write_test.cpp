@@ -165,7 +165,7 @@ class PanelRefusalTest : public PanelTest, public ::testing::WithParamInterface<
 
 INSTANTIATE_TEST_SUITE_P(EndCodes, PanelRefusalTest,
                          ::testing::Values("2205 (wrong operating mode: the PLC is in MONITOR mode)",
-                                           "2202 (not possible while running)",
+                                           "2202 (not possible in this operating mode)",
                                            "2101 (read-only: the area cannot be written)", "7F01"),
                          [](const auto &row) { return "code" + std::string(row.param).substr(0, 4); });
 

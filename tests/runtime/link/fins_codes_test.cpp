@@ -82,7 +82,7 @@ const CodeRow END_CODES[] = {
     {0x2108, "the area cannot be changed", LIFT_PROTECTION},
     // 22: not in this operating mode
     {0x2201, "not possible during execution", OTHER_MODE},
-    {0x2202, "not possible while running", OTHER_MODE},
+    {0x2202, "not possible in this operating mode", OTHER_MODE},
     {0x2203, "wrong operating mode: the PLC is in PROGRAM mode", OTHER_MODE},
     {0x2204, "wrong operating mode: the PLC is in DEBUG mode", OTHER_MODE},
     {0x2205, "wrong operating mode: the PLC is in MONITOR mode", OTHER_MODE},
