@@ -20,6 +20,7 @@ const char PROTECT[] = "lift the write protection: CPU unit's DIP switch, UM pro
 const char MODE[]    = "the operating mode is not the right one; --allow-mode-change asks for MONITOR mode on a write";
 const char FRAME[]   = "the request was damaged or the PLC is of another series; look at it with --trace=full";
 const char ACCESS[]  = "wait, or end the programming software that holds the access right";
+const char CAUSE[]   = "mend what causes the error, and clear it again";
 const char SPEECH[]  = "the PLC did not understand this program; look at the frames with --trace=full";
 const char FULL[]    = "end other programs that are connected, or restart the unit to free dead connections";
 const char TAKEN[]   = "end the other program with this node address, or wait until the PLC frees the connection";
@@ -80,6 +81,7 @@ const CodeText END_CODES[] = {
     {0x2207, "the node is not the polling node", ROUTE},
     {0x2208, "the operating mode does not allow the step", MODE},
     {0x2302, "the memory is missing", MODEL},
+    {0x2303, "the clock is missing", MODEL},
     {0x2502, "memory error", FAULTY},
     {0x2503, "I/O setting error", FAULTY},
     {0x2504, "too many I/O points", FAULTY},
@@ -91,6 +93,7 @@ const CodeText END_CODES[] = {
     {0x2604, "the access is protected by a password", PROTECT},
     {0x2605, "the service is being executed for another", REPEAT},
     {0x2607, "no right to execute the service", ACCESS},
+    {0x260B, "the cause of the error is still there", CAUSE},
     {0x3001, "another node holds the access right", ACCESS},
     {0x4001, "the service was aborted", REPEAT},
     // The relay error alone.

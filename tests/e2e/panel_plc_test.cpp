@@ -219,6 +219,8 @@ TEST_F(PanelPlcTest, ErrorsAreClearedAndReadBack)
                                           {"0601", statusReply("04", battery)}});
     EXPECT_EQ(code, 1);
     EXPECT_NE(out.find("non-fatal    battery error\n"), std::string::npos) << out;
+    EXPECT_NE(err.find("refused: the clearing of the errors: 260B (the cause of the error is still there)\n"),
+              std::string::npos) << err;
 }
 
 TEST_F(PanelPlcTest, AClockThatDoesNotTakeTheTimeDiffers)

@@ -25,6 +25,7 @@ const char LIFT_PROTECTION[] =
 const char OTHER_MODE[]     = "the operating mode is not the right one; --allow-mode-change asks for MONITOR mode on a write";
 const char DAMAGED[]        = "the request was damaged or the PLC is of another series; look at it with --trace=full";
 const char END_PROGRAMMER[] = "wait, or end the programming software that holds the access right";
+const char MEND_CAUSE[]     = "mend what causes the error, and clear it again";
 const char OTHER_ADDRESS[]  = "give one of the two nodes another address";
 
 // Main code in the high byte, sub-code in the low byte.
@@ -91,6 +92,7 @@ const CodeRow END_CODES[] = {
     {0x2208, "the operating mode does not allow the step", OTHER_MODE},
     // 23: no such device
     {0x2302, "the memory is missing", OTHER_SERIES},
+    {0x2303, "the clock is missing", OTHER_SERIES},
     // 25: unit
     {0x2502, "memory error", READ_ERROR_LOG},
     {0x2503, "I/O setting error", READ_ERROR_LOG},
@@ -104,6 +106,7 @@ const CodeRow END_CODES[] = {
     {0x2604, "the access is protected by a password", LIFT_PROTECTION},
     {0x2605, "the service is being executed for another", TRY_AGAIN},
     {0x2607, "no right to execute the service", END_PROGRAMMER},
+    {0x260B, "the cause of the error is still there", MEND_CAUSE},
     // 30: access right, 40: abort
     {0x3001, "another node holds the access right", END_PROGRAMMER},
     {0x4001, "the service was aborted", TRY_AGAIN},
