@@ -212,5 +212,7 @@ TEST(PanelHelp, NamesTheConsentsWhereTheyCount)
         EXPECT_EQ(help.find("\n  --allow-mode-change ") != std::string::npos, row.modeChange) << row.command.back();
         EXPECT_EQ(help.find("\n  --keep-going ") != std::string::npos, row.keepGoing) << row.command.back();
         EXPECT_EQ(help.find("\n  --confirm ") != std::string::npos, row.confirm) << row.command.back();
+        EXPECT_NE(help.find("Only --allow-mode-change and 'plc mode' change the\nPLC's operating mode."),
+                  std::string::npos) << help;
     }
 }

@@ -26,7 +26,7 @@ const char FOOTER[] =
     "With --project FILE the names of its tags are items too, and HOST is left out if the file names the PLC.\n"
     "Results go to stdout, messages to stderr.\n"
     "Exit codes: 0 done; 1 the PLC refused a request or a value differed; 2 bad usage; 3 no link, no answer in time, or a write that is unconfirmed or was not sent.\n"
-    "Writing moves machines. The PLC's operating mode is changed with --allow-mode-change only.";
+    "Writing moves machines. Only --allow-mode-change and 'plc mode' change the PLC's operating mode.";
 
 TraceMode traceMode(const std::string &name)
 {
