@@ -23,7 +23,6 @@ std::tm calendarOf(const PlcTime &time)
     calendar.tm_hour  = time.hour;
     calendar.tm_min   = time.minute;
     calendar.tm_sec   = time.second;
-    calendar.tm_isdst = -1; // as the zone has it
     return calendar;
 }
 
@@ -52,13 +51,15 @@ PlcTime localTime(std::chrono::system_clock::time_point time)
             calendar.tm_hour, calendar.tm_min, calendar.tm_sec};
 }
 
-std::optional<std::chrono::system_clock::time_point> systemTime(const PlcTime &time)
+// As clocks on a wall: where summer time ends, an hour comes twice, and a zone does not tell which of the two is meant.
+std::optional<std::chrono::seconds> aheadBy(const PlcTime &time, const PlcTime &other)
 {
     std::tm calendar = calendarOf(time);
-    const std::time_t seconds = std::mktime(&calendar);
+    std::tm from     = calendarOf(other);
+    const std::chrono::seconds difference(timegm(&calendar) - timegm(&from));
     if (calendar.tm_mday != time.day || calendar.tm_mon != time.month - 1)
         return std::nullopt;
-    return std::chrono::system_clock::from_time_t(seconds);
+    return difference;
 }
 
 std::optional<int> readBcd(std::uint8_t byte, int least, int most)

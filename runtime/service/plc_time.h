@@ -21,9 +21,11 @@ struct PlcTime {
 /// "2026-03-01 08:15:30"
 std::string plcTimeText(const PlcTime &time);
 
-/// This computer's local time, whole seconds, and back. Nothing for a day that does not exist.
+/// This computer's local time, whole seconds.
 PlcTime localTime(std::chrono::system_clock::time_point time);
-std::optional<std::chrono::system_clock::time_point> systemTime(const PlcTime &time);
+
+/// How far a clock with `time` is ahead of one with `other`. Nothing for a day that does not exist.
+std::optional<std::chrono::seconds> aheadBy(const PlcTime &time, const PlcTime &other);
 
 /// A number of two decimal digits in a byte; nothing if it is none, or not from `least` to `most`.
 std::optional<int> readBcd(std::uint8_t byte, int least, int most);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <ctime>
 
 // Service requests and their answers, byte for byte.
 
@@ -177,12 +178,26 @@ TEST(Clock, RefusesWhatIsNoTime)
 
 TEST(Clock, IsThisComputersLocalTime)
 {
-    const PlcTime time = {2026, 11, 23, 6, 5, 9};
-    const auto system = systemTime(time);
-    ASSERT_TRUE(system);
-    EXPECT_EQ(plcTimeText(localTime(*system)), "2026-11-23 06:05:09");
-    EXPECT_EQ(plcTimeText(localTime(*system + std::chrono::milliseconds(999))), "2026-11-23 06:05:09");
-    EXPECT_FALSE(systemTime({2026, 2, 30, 0, 0, 0}));
+    std::tm calendar = {};
+    calendar.tm_year  = 126;
+    calendar.tm_mon   = 10;
+    calendar.tm_mday  = 23;
+    calendar.tm_hour  = 6;
+    calendar.tm_min   = 5;
+    calendar.tm_sec   = 9;
+    calendar.tm_isdst = -1;
+    const auto system = std::chrono::system_clock::from_time_t(std::mktime(&calendar));
+    EXPECT_EQ(plcTimeText(localTime(system)), "2026-11-23 06:05:09");
+    EXPECT_EQ(plcTimeText(localTime(system + std::chrono::milliseconds(999))), "2026-11-23 06:05:09");
+}
+
+TEST(Clock, IsAheadOfAnotherOne)
+{
+    const PlcTime newYear = {2026, 1, 1, 0, 0, 0};
+    EXPECT_EQ(aheadBy({2026, 1, 2, 1, 2, 3}, newYear), std::chrono::seconds(86400 + 3723));
+    EXPECT_EQ(aheadBy({2025, 12, 31, 23, 59, 59}, newYear), std::chrono::seconds(-1));
+    EXPECT_EQ(aheadBy({2024, 3, 1, 0, 0, 0}, {2024, 2, 28, 0, 0, 0}), std::chrono::seconds(2 * 86400));
+    EXPECT_FALSE(aheadBy({2026, 2, 30, 0, 0, 0}, newYear));
 }
 
 TEST(Log, HasRecordsWithTheirTimes)

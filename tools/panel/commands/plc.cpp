@@ -19,9 +19,6 @@ std::vector<Item> leastPoll()
     return {{QLatin1String("DM"), 0, 1, false}};
 }
 
-// As long as the PLC's clock may be off after it was set: it has whole seconds, and the reply took its time.
-const std::chrono::seconds CLOCK_TOLERANCE(2);
-
 // A run of one of the commands.
 class PlcCommand {
 public:
@@ -244,8 +241,7 @@ int PlcCommand::setClock(const std::optional<PlcTime> &before)
         return std::max(code, fail("its clock", taken.reply));
     noteFlags(taken.reply.endCode);
     print(clockNow(*taken));
-    const auto time = systemTime(*taken);
-    if (time && std::chrono::abs(*time - std::chrono::system_clock::now()) <= CLOCK_TOLERANCE)
+    if (hasTaken(*taken, sent, std::chrono::system_clock::now()))
         return EXIT_DONE;
     return std::max(code, differs("the PLC's clock has not taken this computer's time"));
 }

@@ -1,6 +1,5 @@
 #include "commands/plc_facts.h"
 
-#include "common/time_text.h"
 #include "service/service_request.h"
 
 #include <fmt/format.h>
@@ -24,9 +23,24 @@ Fact milliseconds(const std::string &name, std::uint32_t tenths)
     return {name, cycleText(tenths), name + "_ms", tenths / 10.0};
 }
 
-std::chrono::seconds differenceOf(std::chrono::system_clock::time_point time, std::chrono::system_clock::time_point now)
+// As long as the PLC's clock may be off after it was set: it has whole seconds.
+const std::chrono::seconds CLOCK_TOLERANCE(2);
+
+// The two largest units: a difference of whole hours tells of another zone, or of summer time.
+std::string spanText(std::chrono::seconds span)
 {
-    return std::chrono::duration_cast<std::chrono::seconds>(time - std::chrono::floor<std::chrono::seconds>(now));
+    const struct {
+        long        seconds;
+        const char *name;
+    } units[] = {{86400, " d"}, {3600, " h"}, {60, " min"}, {1, " s"}};
+    std::size_t i = 0;
+    while (i + 1 < std::size(units) && span.count() < units[i].seconds)
+        ++i;
+    std::string text = std::to_string(span.count() / units[i].seconds) + units[i].name;
+    const auto rest = i + 1 < std::size(units) ? span.count() % units[i].seconds / units[i + 1].seconds : 0;
+    if (rest > 0)
+        text += " " + std::to_string(rest) + units[i + 1].name;
+    return text;
 }
 
 } // namespace
@@ -97,22 +111,29 @@ Facts factsOf(const ErrorLog &log)
 
 std::string differenceText(const PlcTime &time, std::chrono::system_clock::time_point now)
 {
-    const auto system = systemTime(time);
-    if (!system)
+    const auto difference = aheadBy(time, localTime(now));
+    if (!difference)
         return "a day that does not exist";
-    const std::chrono::seconds difference = differenceOf(*system, now);
-    if (difference.count() == 0)
+    if (difference->count() == 0)
         return "as this computer's";
-    return ageText(std::chrono::abs(difference)) + (difference.count() < 0 ? " behind" : " ahead of")
+    return spanText(std::chrono::abs(*difference)) + (difference->count() < 0 ? " behind" : " ahead of")
            + " this computer's";
+}
+
+bool hasTaken(const PlcTime &time, std::chrono::system_clock::time_point sent,
+              std::chrono::system_clock::time_point now)
+{
+    const auto sinceSent = aheadBy(time, localTime(sent));
+    const auto sinceNow  = aheadBy(time, localTime(now));
+    return sinceSent && sinceNow && *sinceSent >= -CLOCK_TOLERANCE && *sinceNow <= CLOCK_TOLERANCE;
 }
 
 Facts clockFacts(const PlcTime &time, std::chrono::system_clock::time_point now)
 {
-    const auto system = systemTime(time);
+    const auto difference = aheadBy(time, localTime(now));
     return {{"clock", plcTimeText(time), "clock", plcTimeText(time)},
             {"difference", differenceText(time, now), "difference_s",
-             system ? Json(differenceOf(*system, now).count()) : Json()}};
+             difference ? Json(difference->count()) : Json()}};
 }
 
 std::string factLines(const Facts &facts)

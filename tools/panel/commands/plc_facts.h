@@ -32,8 +32,12 @@ Facts factsOf(const ErrorLog &log);
 /// `now` is this computer's time at the reply.
 Facts clockFacts(const PlcTime &time, std::chrono::system_clock::time_point now);
 
-/// "3 s behind this computer"
+/// "8 h 30 min behind this computer's"
 std::string differenceText(const PlcTime &time, std::chrono::system_clock::time_point now);
+
+/// True if a clock that shows `time` now may have been set to the time `sent`, whenever the order arrived.
+bool hasTaken(const PlcTime &time, std::chrono::system_clock::time_point sent,
+              std::chrono::system_clock::time_point now);
 
 /// "model        CJ1M-CPU13", a line for each; or all of them as a JSON object in one line.
 std::string factLines(const Facts &facts);
