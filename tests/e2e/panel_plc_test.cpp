@@ -1,4 +1,5 @@
 #include "panel_files.h"
+#include "pty_process.h"
 
 #include <regex>
 
@@ -346,4 +347,101 @@ TEST_F(PlcOfSimulatorTest, TheLinkCommandTellsThem)
     // In PROGRAM mode there is no cycle.
     EXPECT_NE(ended.out.find("cycle time   not known: the PLC refuses 2202 (not possible in this operating mode)\n"),
               std::string::npos) << ended.out;
+}
+
+// ---- The question on a terminal ----------------------------------------------------------------------------------
+
+class PlcQuestionTest : public PanelTest {
+protected:
+    // The command up to its question.
+    void ask(const std::string &command, const std::string &change, const std::string &question)
+    {
+        Words words = arguments("plc " + command, {change});
+        words.insert(words.begin(), FINS_PANEL_PATH);
+        terminal = std::make_unique<PtyProcess>(words, 160, 24);
+        terminal->waitForText(question);
+    }
+
+    int answer(const std::string &keys)
+    {
+        terminal->type(keys);
+        return terminal->wait();
+    }
+
+    bool shows(const std::string &text) const { return terminal->screen.text().find(text) != std::string::npos; }
+
+    std::unique_ptr<PtyProcess> terminal;
+};
+
+TEST_F(PlcQuestionTest, AYesChangesAndAnythingElseDoesNot)
+{
+    start();
+    for (const char *keys : {"n\n", "\n", "YES\n", "\004"}) {
+        ask("mode", "program", "change the PLC from RUN to PROGRAM mode, in which its program stops and its outputs "
+                               "fall? [y/N] ");
+        EXPECT_EQ(answer(keys), 3) << keys;
+        EXPECT_TRUE(shows("fins_panel: nothing was changed: not confirmed\n")) << terminal->screen.text();
+        EXPECT_EQ(tell("mode"), "ok run");
+    }
+    ask("mode", "program", "[y/N] ");
+    EXPECT_EQ(answer("y\n"), 0);
+    EXPECT_EQ(tell("mode"), "ok program");
+}
+
+// To go from MONITOR to RUN is another thing than to start a machine that somebody has stopped meanwhile.
+TEST_F(PlcQuestionTest, AYesToAnotherModeIsNone)
+{
+    start({"--mode", "monitor"});
+    ask("mode", "run", "change the PLC from MONITOR to RUN mode");
+    ASSERT_EQ(tell("mode program"), "ok program");
+    EXPECT_EQ(answer("y\n"), 3);
+    EXPECT_TRUE(shows("mode         PROGRAM\n")) << terminal->screen.text();
+    EXPECT_TRUE(shows("fins_panel: nothing was changed: the PLC is in PROGRAM mode now\n")) << terminal->screen.text();
+    EXPECT_EQ(tell("mode"), "ok program");
+}
+
+TEST_F(PlcQuestionTest, AModeThatHasComeMeanwhileIsDone)
+{
+    start({"--mode", "monitor", "--trace"});
+    ask("mode", "run", "change the PLC from MONITOR to RUN mode");
+    ASSERT_EQ(tell("mode run"), "ok run");
+    EXPECT_EQ(answer("y\n"), 0);
+    EXPECT_TRUE(shows("mode         RUN\n")) << terminal->screen.text();
+    const Words frames = endAndCollect()[1];
+    for (const std::string &frame : frames)
+        EXPECT_NE(commandOf(frame).substr(0, 4), "0401");
+}
+
+TEST_F(PlcQuestionTest, ErrorsThatWereNotShownAreNotCleared)
+{
+    start();
+    ASSERT_EQ(tell("error fal 5 PUMP WORN").substr(0, 2), "ok");
+    ask("errors", "--clear", "[y/N] ");
+    EXPECT_TRUE(shows("error code   4105 (FAL 5)\n")) << terminal->screen.text();
+    ASSERT_EQ(tell("error fals 9 DOOR OPEN").substr(0, 2), "ok");
+    EXPECT_EQ(answer("y\n"), 3);
+    EXPECT_TRUE(shows("error code   C109 (FALS 9)\n")) << terminal->screen.text();
+    EXPECT_TRUE(shows("fins_panel: nothing was changed: the PLC has other errors now\n")) << terminal->screen.text();
+    EXPECT_NE(tell("error").find("fal 5"), std::string::npos);
+    ask("errors", "--clear", "[y/N] ");
+    EXPECT_EQ(answer("y\n"), 0);
+    EXPECT_EQ(tell("error"), "ok none");
+}
+
+// The order itself is sent once: nobody knows of one that was lost whether it was done.
+TEST_F(PlcQuestionTest, AConnectionLostMeanwhileIsMadeAnewBeforeTheOrder)
+{
+    start({"--mode", "program"});
+    ASSERT_EQ(tell("error fal 5").substr(0, 2), "ok");
+    ASSERT_EQ(tell("clock 2020-01-01 00:00:00").substr(0, 2), "ok");
+    for (const auto &[command, change] : {std::pair("mode", "monitor"), std::pair("errors", "--clear"),
+                                          std::pair("clock", "--set")}) {
+        ask(command, change, "[y/N] ");
+        ASSERT_EQ(tell("disconnect"), "ok 1");
+        EXPECT_EQ(answer("y\n"), 0) << terminal->screen.text();
+        EXPECT_FALSE(shows("unconfirmed")) << terminal->screen.text();
+    }
+    EXPECT_EQ(tell("mode"), "ok monitor");
+    EXPECT_EQ(tell("error"), "ok none");
+    EXPECT_EQ(tell("clock").find("2020-"), std::string::npos);
 }

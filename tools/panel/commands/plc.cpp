@@ -36,7 +36,6 @@ public:
 
 private:
     TimePoint limit() const { return Clock::now() + giveUp_; }
-    bool isConfirmed(const std::string &question) const { return options_.yes || isYes(question); }
 
     template <typename Content>
     int show(const Answer<Content> &answer, const char *what, Facts facts(const Content &));
@@ -45,9 +44,14 @@ private:
     int failOrder(const std::string &what, const ServiceReply &reply);
     void noteFlags(std::uint16_t endCode) const;
 
-    int changeMode(const PlcStatus &before);
-    int clearErrors(const PlcStatus &before);
-    int setClock(const std::optional<PlcTime> &before);
+    // A yes counts for what was asked. What holds when it comes is read again, and with it the connection is made anew
+    // if it was lost meanwhile: an order is sent once.
+    int askForMode(const PlcStatus &before);
+    int changeMode();
+    int askToClear(const PlcStatus &before);
+    int clearErrors();
+    int askForClock(const Answer<PlcTime> &before);
+    int setClock();
     int unchanged(const std::string &reason) const;
     int differs(const std::string &problem) const;
 
@@ -135,23 +139,45 @@ PlcMode modeOf(const std::string &name)
     return name == "run" ? PlcMode::RUN : name == "monitor" ? PlcMode::MONITOR : PlcMode::PROGRAM;
 }
 
+std::string nameOf(PlcMode mode)
+{
+    return modeText(static_cast<std::uint8_t>(mode));
+}
+
+bool isIn(PlcMode mode, const PlcStatus &status)
+{
+    return status.mode == static_cast<std::uint8_t>(mode);
+}
+
 int PlcCommand::mode()
 {
     const Answer<PlcStatus> status = readStatus(runtime_, limit());
-    const bool isThere = status && status->mode == static_cast<std::uint8_t>(modeOf(options_.mode));
-    if (status && !options_.mode.empty() && !isThere)
-        return changeMode(*status);
+    if (status && !options_.mode.empty() && !isIn(modeOf(options_.mode), *status))
+        return options_.yes ? changeMode() : askForMode(*status);
     return show<PlcStatus>(status, "its operating mode", modeFacts);
 }
 
-int PlcCommand::changeMode(const PlcStatus &before)
+int PlcCommand::askForMode(const PlcStatus &before)
 {
     const PlcMode wanted = modeOf(options_.mode);
-    const std::string name = modeText(static_cast<std::uint8_t>(wanted));
     const std::string effect = wanted == PlcMode::PROGRAM ? ", in which its program stops and its outputs fall"
                                                           : ", in which its program runs and its outputs are live";
-    if (!isConfirmed("change the PLC from " + modeText(before.mode) + " to " + name + " mode" + effect + "? [y/N] "))
+    if (!isYes("change the PLC from " + modeText(before.mode) + " to " + nameOf(wanted) + " mode" + effect
+               + "? [y/N] "))
         return unchanged("not confirmed");
+    const Answer<PlcStatus> now = readStatus(runtime_, limit());
+    if (now && now->mode == before.mode)
+        return changeMode();
+    const int code = show<PlcStatus>(now, "its operating mode", modeFacts);
+    if (!now || isIn(wanted, *now))
+        return code;
+    return unchanged("the PLC is in " + modeText(now->mode) + " mode now");
+}
+
+int PlcCommand::changeMode()
+{
+    const PlcMode wanted = modeOf(options_.mode);
+    const std::string name = nameOf(wanted);
     const ServiceReply reply = order(runtime_, ::setMode(wanted), limit());
     const int code = reply.end == ServiceEnd::DONE ? EXIT_DONE : failOrder("the change to " + name + " mode", reply);
     if (code == EXIT_REFUSED || reply.end == ServiceEnd::NOT_SENT)
@@ -161,7 +187,7 @@ int PlcCommand::changeMode(const PlcStatus &before)
         return std::max(code, fail("its operating mode", held.reply));
     noteFlags(held.reply.endCode);
     print(modeFacts(*held));
-    if (held->mode == static_cast<std::uint8_t>(wanted))
+    if (isIn(wanted, *held))
         return EXIT_DONE;
     return std::max(code, differs("the PLC is in " + modeText(held->mode) + " mode, not in " + name + " mode"));
 }
@@ -173,13 +199,21 @@ bool hasErrors(const PlcStatus &status)
     return status.fatal != 0 || status.nonFatal != 0 || status.errorCode != 0;
 }
 
+bool hasErrorsOf(const PlcStatus &one, const PlcStatus &other)
+{
+    return one.fatal == other.fatal && one.nonFatal == other.nonFatal && one.errorCode == other.errorCode
+           && one.errorText == other.errorText;
+}
+
 int PlcCommand::errors()
 {
     const Answer<PlcStatus> status = readStatus(runtime_, limit());
     if (!status)
         return fail("its errors", status.reply);
-    if (options_.clears && hasErrors(*status))
-        return clearErrors(*status);
+    if (options_.clears && hasErrors(*status)) {
+        std::cerr << factLines(errorFacts(*status));
+        return options_.yes ? clearErrors() : askToClear(*status);
+    }
     Facts facts = errorFacts(*status);
     const Answer<ErrorLog> log = readErrorLog(runtime_, limit());
     if (log) {
@@ -190,11 +224,21 @@ int PlcCommand::errors()
     return log ? EXIT_DONE : fail("its error log", log.reply);
 }
 
-int PlcCommand::clearErrors(const PlcStatus &before)
+int PlcCommand::askToClear(const PlcStatus &before)
 {
-    std::cerr << factLines(errorFacts(before));
-    if (!isConfirmed("clear the PLC's errors? [y/N] "))
+    if (!isYes("clear the PLC's errors? [y/N] "))
         return unchanged("not confirmed");
+    const Answer<PlcStatus> now = readStatus(runtime_, limit());
+    if (now && hasErrorsOf(*now, before))
+        return clearErrors();
+    if (!now)
+        return fail("its errors", now.reply);
+    print(errorFacts(*now));
+    return hasErrors(*now) ? unchanged("the PLC has other errors now") : EXIT_DONE;
+}
+
+int PlcCommand::clearErrors()
+{
     const ServiceReply reply = order(runtime_, ::clearErrors(), limit());
     const int code = reply.end == ServiceEnd::DONE ? EXIT_DONE : failOrder("the clearing of the errors", reply);
     if (reply.end == ServiceEnd::NOT_SENT)
@@ -215,22 +259,32 @@ Facts clockNow(const PlcTime &time)
     return clockFacts(time, std::chrono::system_clock::now());
 }
 
+// A clock that was never set may hold what is no time; it can be set all the same.
+bool isAnswered(const Answer<PlcTime> &time)
+{
+    return time || (time.reply.end == ServiceEnd::NO_ANSWER && !time.reply.data.empty());
+}
+
 int PlcCommand::clock()
 {
     const Answer<PlcTime> time = readClock(runtime_, limit());
-    // A clock that was never set may hold what is no time; it can be set all the same.
-    const bool isAnswered = time || (time.reply.end == ServiceEnd::NO_ANSWER && !time.reply.data.empty());
-    if (options_.sets && isAnswered)
-        return setClock(time ? std::optional<PlcTime>(*time) : std::nullopt);
+    if (options_.sets && isAnswered(time))
+        return options_.yes ? setClock() : askForClock(time);
     return show<PlcTime>(time, "its clock", clockNow);
 }
 
-int PlcCommand::setClock(const std::optional<PlcTime> &before)
+int PlcCommand::askForClock(const Answer<PlcTime> &before)
 {
     const auto now = std::chrono::system_clock::now();
     const std::string held = before ? plcTimeText(*before) + ", " + differenceText(*before, now) : "no time";
-    if (!isConfirmed("the PLC's clock is " + held + "; set it to this computer's time? [y/N] "))
+    if (!isYes("the PLC's clock is " + held + "; set it to this computer's time? [y/N] "))
         return unchanged("not confirmed");
+    const Answer<PlcTime> again = readClock(runtime_, limit());
+    return isAnswered(again) ? setClock() : fail("its clock", again.reply);
+}
+
+int PlcCommand::setClock()
+{
     const auto sent = std::chrono::system_clock::now();
     const ServiceReply reply = order(runtime_, ::setClock(localTime(sent)), limit());
     const int code = reply.end == ServiceEnd::DONE ? EXIT_DONE : failOrder("the setting of the clock", reply);
