@@ -428,6 +428,24 @@ TEST_F(PlcQuestionTest, ErrorsThatWereNotShownAreNotCleared)
     EXPECT_EQ(tell("error"), "ok none");
 }
 
+// A program that a fatal error has stopped goes on without it, but for one in PROGRAM mode.
+TEST_F(PlcQuestionTest, ClearingAFatalErrorMayStartTheProgram)
+{
+    start();
+    ASSERT_EQ(tell("error fals 9").substr(0, 2), "ok");
+    ask("errors", "--clear", "clear the PLC's errors, after which its program may run again and its outputs be live? "
+                             "[y/N] ");
+    EXPECT_EQ(answer("n\n"), 3);
+    ASSERT_EQ(tell("mode program"), "ok program");
+    ask("errors", "--clear", "clear the PLC's errors? [y/N] ");
+    EXPECT_EQ(answer("n\n"), 3);
+    ASSERT_EQ(tell("error off").substr(0, 2), "ok");
+    ASSERT_EQ(tell("error fal 5").substr(0, 2), "ok");
+    ASSERT_EQ(tell("mode run"), "ok run");
+    ask("errors", "--clear", "clear the PLC's errors? [y/N] ");
+    EXPECT_EQ(answer("n\n"), 3);
+}
+
 // The order itself is sent once: nobody knows of one that was lost whether it was done.
 TEST_F(PlcQuestionTest, AConnectionLostMeanwhileIsMadeAnewBeforeTheOrder)
 {

@@ -226,7 +226,9 @@ int PlcCommand::errors()
 
 int PlcCommand::askToClear(const PlcStatus &before)
 {
-    if (!isYes("clear the PLC's errors? [y/N] "))
+    const bool mayRun = before.fatal != 0 && !isIn(PlcMode::PROGRAM, before);
+    const std::string effect = mayRun ? ", after which its program may run again and its outputs be live" : "";
+    if (!isYes("clear the PLC's errors" + effect + "? [y/N] "))
         return unchanged("not confirmed");
     const Answer<PlcStatus> now = readStatus(runtime_, limit());
     if (now && hasErrorsOf(*now, before))
