@@ -224,6 +224,19 @@ TEST_F(PanelPlcTest, ErrorsAreClearedAndReadBack)
               std::string::npos) << err;
 }
 
+// One form for programs, whether there was something to clear or not.
+TEST_F(PanelPlcTest, WhatIsLeftHasNoLog)
+{
+    const std::string nothing = "{\"fatal\":[],\"non_fatal\":[],\"error_code\":\"0000\",\"battery_ok\":true}\n";
+    play({"errors", "--clear", "--yes", "--json"}, {{"0601", statusReply("04", "0000 8000 0000 4105")},
+                                                    {"2101 FFFF", "2101 0000"},
+                                                    {"0601", statusReply("04")}});
+    EXPECT_EQ(out, nothing);
+    play({"errors", "--clear", "--yes", "--json"}, {{"0601", statusReply("04")}});
+    EXPECT_EQ(code, 0);
+    EXPECT_EQ(out, nothing);
+}
+
 TEST_F(PanelPlcTest, AClockThatDoesNotTakeTheTimeDiffers)
 {
     begin({"plc", "clock", plc.host(), "-q", "--set", "--yes"});

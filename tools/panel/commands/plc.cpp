@@ -214,6 +214,8 @@ int PlcCommand::errors()
         std::cerr << factLines(errorFacts(*status));
         return options_.yes ? clearErrors() : askToClear(*status);
     }
+    if (options_.clears)
+        return print(errorFacts(*status));
     Facts facts = errorFacts(*status);
     const Answer<ErrorLog> log = readErrorLog(runtime_, limit());
     if (log) {
