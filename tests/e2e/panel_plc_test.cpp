@@ -393,7 +393,7 @@ TEST_F(PlcQuestionTest, AYesChangesAndAnythingElseDoesNot)
         ask("mode", "program", "change the PLC from RUN to PROGRAM mode, in which its program stops and its outputs "
                                "fall? [y/N] ");
         EXPECT_EQ(answer(keys), 3) << keys;
-        EXPECT_TRUE(shows("fins_panel: nothing was changed: not confirmed\n")) << terminal->screen.text();
+        EXPECT_TRUE(shows("\nfins_panel: nothing was changed: not confirmed\n")) << terminal->screen.text();
         EXPECT_EQ(tell("mode"), "ok run");
     }
     ask("mode", "program", "[y/N] ");

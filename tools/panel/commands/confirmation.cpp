@@ -19,7 +19,8 @@ bool isYes(const std::string &question)
 {
     std::cerr << question << std::flush;
     std::string answer;
-    std::getline(std::cin, answer);
+    if (!std::getline(std::cin, answer))
+        std::cerr << std::endl; // nobody has ended the line
     return answer == "y" || answer == "Y" || answer == "yes";
 }
 
