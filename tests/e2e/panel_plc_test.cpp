@@ -207,6 +207,27 @@ TEST_F(PanelPlcTest, ARefusedChangeIsOneLine)
     EXPECT_EQ(err, "fins_panel: refused: the change to RUN mode: 3001 (another node holds the access right)\n");
 }
 
+// Who wanted a change is told that there was none.
+TEST_F(PanelPlcTest, AChangeThatWasNeverSentIsNone)
+{
+    play({"mode", "run", "--yes"}, {{"0601", "0601 0401"}});
+    EXPECT_EQ(code, 1);
+    EXPECT_EQ(err, "fins_panel: the PLC does not tell its operating mode: 0401 (undefined command)\n"
+                   "fins_panel: nothing was changed\n");
+    play({"clock", "--set", "--yes", "--timeout", "50"}, {{"0701", ""}});
+    EXPECT_EQ(code, 3);
+    EXPECT_EQ(err, "fins_panel: no answer about its clock: no reply in time\nfins_panel: nothing was changed\n");
+    play({"errors", "--clear", "--yes", "--timeout", "50"}, {{"0601", ""}});
+    EXPECT_EQ(err, "fins_panel: no answer about its errors: no reply in time\nfins_panel: nothing was changed\n");
+}
+
+TEST_F(PanelPlcTest, AChangeThatWasSentMayHaveBeenDone)
+{
+    play({"mode", "run", "--yes"}, {{"0601", statusReply("00")}, {"0401 FFFF 04", "0401 0000"}, {"0601", "0601 0401"}});
+    EXPECT_EQ(code, 1);
+    EXPECT_EQ(err, "fins_panel: the PLC does not tell its operating mode: 0401 (undefined command)\n");
+}
+
 TEST_F(PanelPlcTest, ErrorsAreClearedAndReadBack)
 {
     const std::string battery = "0000 0010 0000 00F7";

@@ -19,6 +19,11 @@ std::vector<Item> leastPoll()
     return {{QLatin1String("DM"), 0, 1, false}};
 }
 
+bool changes(const PlcOptions &options)
+{
+    return options.sets || options.clears || !options.mode.empty();
+}
+
 // A run of one of the commands.
 class PlcCommand {
 public:
@@ -40,6 +45,7 @@ private:
     template <typename Content>
     int show(const Answer<Content> &answer, const char *what, Facts facts(const Content &));
     int print(const Facts &facts) const;
+    ServiceReply give(const ServiceRequest &request);
     int fail(const std::string &what, const ServiceReply &reply);
     int failOrder(const std::string &what, const ServiceReply &reply);
     void noteFlags(std::uint16_t endCode) const;
@@ -58,6 +64,7 @@ private:
     Runtime           runtime_;
     const Millis      giveUp_;
     const PlcOptions &options_;
+    bool              isGiven_ = false; // the order to change something
 };
 
 void complain(const std::string &text)
@@ -80,13 +87,23 @@ void PlcCommand::noteFlags(std::uint16_t endCode) const
                  + hostAndPort(runtime_.options().host, runtime_.options().port) + "' names it");
 }
 
+ServiceReply PlcCommand::give(const ServiceRequest &request)
+{
+    ServiceReply reply = order(runtime_, request, limit());
+    isGiven_ = reply.end != ServiceEnd::NOT_SENT;
+    return reply;
+}
+
 int PlcCommand::fail(const std::string &what, const ServiceReply &reply)
 {
-    if (reply.end == ServiceEnd::NOT_SENT)
-        return noAnswer(runtime_, giveUp_);
     const bool isRefused = reply.end == ServiceEnd::REFUSED;
-    complain(isRefused ? "the PLC does not tell " + what + ": " + endCodeText(reply.endCode)
-                       : "no answer about " + what + ": " + reply.problem);
+    if (reply.end == ServiceEnd::NOT_SENT)
+        noAnswer(runtime_, giveUp_);
+    else
+        complain(isRefused ? "the PLC does not tell " + what + ": " + endCodeText(reply.endCode)
+                           : "no answer about " + what + ": " + reply.problem);
+    if (changes(options_) && !isGiven_)
+        complain("nothing was changed");
     return isRefused ? EXIT_REFUSED : EXIT_NO_LINK;
 }
 
@@ -94,7 +111,7 @@ int PlcCommand::fail(const std::string &what, const ServiceReply &reply)
 int PlcCommand::failOrder(const std::string &what, const ServiceReply &reply)
 {
     if (reply.end == ServiceEnd::NOT_SENT)
-        return noAnswer(runtime_, giveUp_);
+        return fail(what, reply);
     const bool isRefused = reply.end == ServiceEnd::REFUSED;
     complain(isRefused ? "refused: " + what + ": " + endCodeText(reply.endCode)
                        : "unconfirmed: " + what + ": " + reply.problem + "; it was done, or not");
@@ -178,7 +195,7 @@ int PlcCommand::changeMode()
 {
     const PlcMode wanted = modeOf(options_.mode);
     const std::string name = nameOf(wanted);
-    const ServiceReply reply = order(runtime_, ::setMode(wanted), limit());
+    const ServiceReply reply = give(::setMode(wanted));
     const int code = reply.end == ServiceEnd::DONE ? EXIT_DONE : failOrder("the change to " + name + " mode", reply);
     if (code == EXIT_REFUSED || reply.end == ServiceEnd::NOT_SENT)
         return code;
@@ -243,7 +260,7 @@ int PlcCommand::askToClear(const PlcStatus &before)
 
 int PlcCommand::clearErrors()
 {
-    const ServiceReply reply = order(runtime_, ::clearErrors(), limit());
+    const ServiceReply reply = give(::clearErrors());
     const int code = reply.end == ServiceEnd::DONE ? EXIT_DONE : failOrder("the clearing of the errors", reply);
     if (reply.end == ServiceEnd::NOT_SENT)
         return code;
@@ -290,7 +307,7 @@ int PlcCommand::askForClock(const Answer<PlcTime> &before)
 int PlcCommand::setClock()
 {
     const auto sent = std::chrono::system_clock::now();
-    const ServiceReply reply = order(runtime_, ::setClock(localTime(sent)), limit());
+    const ServiceReply reply = give(::setClock(localTime(sent)));
     const int code = reply.end == ServiceEnd::DONE ? EXIT_DONE : failOrder("the setting of the clock", reply);
     if (code == EXIT_REFUSED || reply.end == ServiceEnd::NOT_SENT)
         return code;
@@ -308,7 +325,7 @@ int PlcCommand::setClock()
 
 int runPlc(const DriverLibrary &library, const LinkOptions &link, Millis giveUp, const PlcOptions &options)
 {
-    if ((options.sets || options.clears || !options.mode.empty()) && !options.yes)
+    if (changes(options) && !options.yes)
         requireTerminal("what changes the PLC asks first on a terminal, and there is none; run the command on one, or "
                         "give --yes");
     PlcCommand command(library, link, giveUp, options);
