@@ -98,8 +98,9 @@ std::string commandName(unsigned command)
 
 std::string endText(const Frame &frame)
 {
-    const unsigned code = frame.get(FINS_END, 2);
-    return code == 0 ? "done" : "end code " + endCodeText(static_cast<std::uint16_t>(code));
+    const auto code = static_cast<std::uint16_t>(frame.get(FINS_END, 2));
+    const std::string kinds = cpuErrorText(code);
+    return (isNormalEnd(code) ? "done" : "end code " + endCodeText(code)) + (kinds.empty() ? "" : ", with " + kinds);
 }
 
 std::string modeText(unsigned mode)

@@ -88,6 +88,10 @@ TEST(FrameLine, Replies)
 {
     EXPECT_EQ(line(REPLY + "0101 0000 002A FFFF"), "read reply, done: 002A FFFF, sid 7");
     EXPECT_EQ(line(REPLY + "0102 0000"), "write reply, done, sid 7");
+    EXPECT_EQ(line(REPLY + "0101 0040 002A"), "read reply, done, with a non-fatal error of the CPU unit: 002A, sid 7");
+    EXPECT_EQ(line(REPLY + "0102 0080"), "write reply, done, with a fatal error of the CPU unit, sid 7");
+    EXPECT_EQ(line(REPLY + "0102 2143"),
+              "write reply, end code 2103, with a non-fatal error of the CPU unit, sid 7");
     EXPECT_EQ(line(REPLY + "0101 1103"), "read reply, end code 1103 (the first address is out of range), sid 7");
     EXPECT_EQ(line(REPLY + "0601 0000"), "command 0601 reply, done, sid 7");
 }
