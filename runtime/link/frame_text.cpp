@@ -92,6 +92,14 @@ std::string commandName(unsigned command)
     case MEMORY_READ:  return "read";
     case MEMORY_WRITE: return "write";
     case RUN:          return "run";
+    case 0x0402:       return "stop";
+    case 0x0501:       return "controller data";
+    case 0x0601:       return "controller status";
+    case 0x0620:       return "cycle time";
+    case 0x0701:       return "clock";
+    case 0x0702:       return "set clock";
+    case 0x2101:       return "clear errors";
+    case 0x2102:       return "error log";
     default:           return "command " + fmt::format("{:04X}", command);
     }
 }

@@ -93,7 +93,20 @@ TEST(FrameLine, Replies)
     EXPECT_EQ(line(REPLY + "0102 2143"),
               "write reply, end code 2103, with a non-fatal error of the CPU unit, sid 7");
     EXPECT_EQ(line(REPLY + "0101 1103"), "read reply, end code 1103 (the first address is out of range), sid 7");
-    EXPECT_EQ(line(REPLY + "0601 0000"), "command 0601 reply, done, sid 7");
+    EXPECT_EQ(line(REPLY + "0801 0000"), "command 0801 reply, done, sid 7");
+}
+
+// What is asked beside the driver.
+TEST(FrameLine, ServiceRequests)
+{
+    const struct {
+        const char *command, *text;
+    } rows[] = {{"0402", "stop"}, {"0501", "controller data"}, {"0601", "controller status"}, {"0620", "cycle time"},
+                {"0701", "clock"}, {"0702", "set clock"}, {"2101", "clear errors"}, {"2102", "error log"}};
+    for (const auto &row : rows) {
+        EXPECT_EQ(line(COMMAND + row.command), std::string(row.text) + ", sid 7");
+        EXPECT_EQ(line(REPLY + row.command + "0000"), std::string(row.text) + " reply, done, sid 7");
+    }
 }
 
 TEST(FrameLine, WhatIsMissingIsSaid)
