@@ -472,10 +472,12 @@ TEST_F(PlcQuestionTest, ClearingAFatalErrorMayStartTheProgram)
     EXPECT_EQ(answer("n\n"), 3);
     ASSERT_EQ(tell("mode program"), "ok program");
     ask("errors", "--clear", "clear the PLC's errors? [y/N] ");
-    EXPECT_EQ(answer("n\n"), 3);
+    ASSERT_EQ(tell("mode run"), "ok run");
+    EXPECT_EQ(answer("y\n"), 3);
+    EXPECT_TRUE(shows("fins_panel: nothing was changed: the PLC is in RUN mode now\n")) << terminal->screen.text();
+    EXPECT_NE(tell("error").find("fals 9"), std::string::npos);
     ASSERT_EQ(tell("error off").substr(0, 2), "ok");
     ASSERT_EQ(tell("error fal 5").substr(0, 2), "ok");
-    ASSERT_EQ(tell("mode run"), "ok run");
     ask("errors", "--clear", "clear the PLC's errors? [y/N] ");
     EXPECT_EQ(answer("n\n"), 3);
 }

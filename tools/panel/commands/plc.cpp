@@ -222,6 +222,12 @@ bool hasErrorsOf(const PlcStatus &one, const PlcStatus &other)
            && one.errorText == other.errorText;
 }
 
+// Is it the error alone that keeps the program from running?
+bool isHeldByError(const PlcStatus &status)
+{
+    return status.fatal != 0 && !isIn(PlcMode::PROGRAM, status);
+}
+
 int PlcCommand::errors()
 {
     const Answer<PlcStatus> status = readStatus(runtime_, limit());
@@ -245,17 +251,20 @@ int PlcCommand::errors()
 
 int PlcCommand::askToClear(const PlcStatus &before)
 {
-    const bool mayRun = before.fatal != 0 && !isIn(PlcMode::PROGRAM, before);
-    const std::string effect = mayRun ? ", after which its program may run again and its outputs be live" : "";
+    const std::string effect =
+        isHeldByError(before) ? ", after which its program may run again and its outputs be live" : "";
     if (!isYes("clear the PLC's errors" + effect + "? [y/N] "))
         return unchanged("not confirmed");
     const Answer<PlcStatus> now = readStatus(runtime_, limit());
-    if (now && hasErrorsOf(*now, before))
-        return clearErrors();
     if (!now)
         return fail("its errors", now.reply);
+    const bool isSame = hasErrorsOf(*now, before);
+    if (isSame && isHeldByError(*now) == isHeldByError(before))
+        return clearErrors();
     print(errorFacts(*now));
-    return hasErrors(*now) ? unchanged("the PLC has other errors now") : EXIT_DONE;
+    if (!hasErrors(*now))
+        return EXIT_DONE;
+    return unchanged(isSame ? "the PLC is in " + modeText(now->mode) + " mode now" : "the PLC has other errors now");
 }
 
 int PlcCommand::clearErrors()
