@@ -168,6 +168,18 @@ TEST_F(PlcCaptureTest, ClientsAreKeptApart)
     EXPECT_EQ(client.ask(OTHER_READ), plainHex("0101 0000 2222"));
 }
 
+// The client's SYN: IPv4 with number 1 and a checksum that was added up by hand, TCP to port 9600 without an acknowledgment.
+TEST_F(PlcCaptureTest, AConnectionBeginsWithAHandshake)
+{
+    start({"--record", folder.path("a.pcap")});
+    PlcClient(port).ask(READ);
+    const std::string file = folder.content("a.pcap");
+    const std::string packet = hexOfBytes({file.begin() + 24 + 16, file.begin() + 24 + 16 + 40});
+    EXPECT_EQ(packet.substr(0, 40), plainHex("4500 0028 0001 4000 4006 3CCD 7F000001 7F000001"));
+    EXPECT_EQ(packet.substr(44, 28), plainHex("2580 00000000 00000000 5002 FFFF"));
+    EXPECT_EQ(packet.substr(76), "0000");
+}
+
 // A packet without payload has 56 bytes in the file: 16 of the file, 20 of IPv4 with the address of the sender at 12, and
 // 20 of TCP with the flags at 13. The PLC's port, 9600, is the sender's at 0.
 TEST_F(PlcCaptureTest, TheEndOfAConnectionIsRecorded)
@@ -235,6 +247,20 @@ TEST_F(PlcCaptureTest, SaysWhatOfACaptureIsNotUnderstood)
     EXPECT_EQ(client.ask(OTHER_READ), plainHex("0101 0401"));
 }
 
+// A header of four words, a packet shorter than its header, and the first part of a fragmented one.
+TEST_F(PlcCaptureTest, PacketsThatAreNotWholeAreLeftOut)
+{
+    const auto broken = [](std::size_t at, const std::string &digits) {
+        return plainHex(request(1034, OTHER_READ)).replace(at, digits.size(), digits);
+    };
+    startReplay(NO_LINK_LAYER, {request(1000, READ), reply(5000, "0101 0000 0001"), broken(0, "44"), broken(4, "0013"),
+                                broken(12, "2000")});
+    EXPECT_EQ(plc->readErrorLine(), "fins_plc: --replay: " + folder.path("a.pcap") +
+                                        ": packets left out, cut short, fragments, or over IPv6: 3");
+    PlcClient client(port);
+    EXPECT_EQ(client.ask(READ), plainHex("0101 0000 0001"));
+}
+
 TEST_F(PlcCaptureTest, BrokenCapturesAreRefusedInALine)
 {
     const std::string good = textOf(fileHeader(NO_LINK_LAYER) + inFile(request(1000, READ)));
@@ -266,4 +292,15 @@ TEST_F(PlcCaptureTest, TellsWhatTheRecordingDoesNotHave)
                              "fins_plc: not in the recording: 2 times WRITE DM 100, 1 word\n");
     start();
     EXPECT_EQ(tell("replay"), "error no recording is replayed; use --replay FILE");
+}
+
+TEST_F(PlcCaptureTest, AThousandRequestsAreNamed)
+{
+    startReplay(NO_LINK_LAYER, {request(1000, READ), reply(500, "0101 0000 0001")});
+    PlcClient client(port);
+    for (unsigned address = 1000; address < 2002; ++address)
+        client.ask("0101 82" + hexNumber(address, 4) + "00 0001");
+    const std::string told = tell("replay");
+    EXPECT_NE(told.find("; 1 time READ DM 1999, 1 word; 2 times another command"), std::string::npos) << told;
+    EXPECT_EQ(told.substr(0, 47), "ok known=0 unknown=1002 1 time READ DM 1000, 1 ");
 }

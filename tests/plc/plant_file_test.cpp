@@ -103,12 +103,12 @@ TEST_F(PlantFileTest, SignalsAreWorkedOutOnceAtTheBeginningOfAStep)
 
 TEST_F(PlantFileTest, APlaybackTakesTheRowsOneByOne)
 {
-    files["day.csv"] = "time,flow\n0,1.5\n1,2\n2,-0.04\n";
+    files["day.csv"] = "time,flow\n0,1.5\n1,2\n2,-0.04\n3,120\n";
     const std::string step = "[plant.program]\nsteps = [ { set = 'DM:0', to = 'flow + 100' } ]\n";
     start("[plant.signals]\nflow = { csv = 'day.csv', column = 'flow', decimals = 1 }\n" + step);
-    EXPECT_EQ(course(5), "115 120 100 115 120");
+    EXPECT_EQ(course(6), "115 120 100 1300 115 120");
     start("[plant.signals]\nflow = { csv = 'day.csv', column = 'time', every = 2, repeat = false }\n" + step);
-    EXPECT_EQ(course(8), "100 100 101 101 102 102 102 102");
+    EXPECT_EQ(course(9), "100 100 101 101 102 102 103 103 103");
 }
 
 TEST_F(PlantFileTest, NumbersBeyondTheirTypeStayAtItsEnd)
