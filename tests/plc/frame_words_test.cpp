@@ -242,6 +242,9 @@ TEST(FrameWordsTest, Frames)
          "SID 5A READ: normal end, 1 byte"},
         {"46494E53 00000016 00000002 00000000 C0000200EF000001005A 0402 2203",
          "SID 5A STOP: 2203 CPU unit is in PROGRAM mode"},
+        {"46494E53 00000016 00000002 00000000 C0000200EF000001005A 0401 0000", "SID 5A RUN: normal end"},
+        {"46494E53 00000016 00000002 00000000 C0000200EF000001005A 9999 0401",
+         "SID 5A command 9999: 0401 undefined command"},
     };
     for (const Row &row : rows)
         EXPECT_EQ(plc::frameWords(bytesOf(row.hex)), row.words) << row.hex;

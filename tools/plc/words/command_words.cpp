@@ -132,20 +132,29 @@ const CommandName COMMANDS[] = {
     {0x2302, "FORCE CANCEL",         0,  plainWords},
 };
 
+const CommandName *findCommand(unsigned code)
+{
+    for (const CommandName &known : COMMANDS)
+        if (known.code == code)
+            return &known;
+    return nullptr;
+}
+
 } // namespace
+
+std::string commandName(unsigned code)
+{
+    const CommandName *const known = findCommand(code);
+    return known ? known->name : fmt::format("command {:04X}", code);
+}
 
 std::string commandWords(Slice command)
 {
-    const unsigned code = command.get16(0);
+    const CommandName *const known = findCommand(command.get16(0));
     const Slice parameters = command.from(2);
-    for (const CommandName &known : COMMANDS) {
-        if (known.code != code)
-            continue;
-        const std::string words = parameters.size() < known.least ? plainWords(parameters) : known.words(parameters);
-        return words.empty() ? known.name : std::string(known.name) + " " + words;
-    }
-    const std::string words = plainWords(parameters);
-    return fmt::format("command {:04X}{}{}", code, words.empty() ? "" : " ", words);
+    const bool isExplained = known && parameters.size() >= known->least;
+    const std::string words = isExplained ? known->words(parameters) : plainWords(parameters);
+    return commandName(command.get16(0)) + (words.empty() ? "" : " ") + words;
 }
 
 } // namespace plc

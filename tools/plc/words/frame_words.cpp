@@ -29,15 +29,13 @@ std::string errorWords(std::uint32_t error)
     }
 }
 
-// The command's name alone: a response has no parameters.
-std::string nameOf(Slice command) { return commandWords(command.upTo(COMMAND_CODE)); }
-
 std::string responseWords(Slice fins)
 {
     const Slice response = fins.from(FINS_HEADER_SIZE);
+    const std::string name = commandName(response.get16(0));
     if (response.size() < COMMAND_CODE + END_CODE)
-        return nameOf(response) + ": no end code";
-    std::string text = nameOf(response) + ": " + endCodeWords(response.get16(COMMAND_CODE));
+        return name + ": no end code";
+    std::string text = name + ": " + endCodeWords(response.get16(COMMAND_CODE));
     const std::size_t data = response.size() - COMMAND_CODE - END_CODE;
     return data == 0 ? text : text + fmt::format(", {} byte{}", data, data == 1 ? "" : "s");
 }

@@ -12,6 +12,9 @@ namespace plc {
 /// A FINS/TCP frame: "SID 5A READ DM 100, 10 words", "SID 5A READ: normal end, 20 bytes".
 std::string frameWords(const Bytes &frame);
 
+/// "READ", the name of a command.
+std::string commandName(unsigned code);
+
 /// A command from its command code on: "READ DM 100, 10 words".
 std::string commandWords(Slice command);
 
