@@ -89,6 +89,15 @@ TEST_F(PlcOptionsTest, BadOptionsAreExit2WithOneLine)
     }
 }
 
+// Such as a variable of a script that nobody has set: "$PROJECT".
+TEST_F(PlcOptionsTest, AFileWithoutANameIsRefused)
+{
+    for (const std::string option : {"--project", "--check-project", "--record", "--replay"}) {
+        EXPECT_EQ(exitCode({"--port", "0", option, ""}), 2);
+        EXPECT_EQ(error, "fins_plc: " + option + ": '' is no name of a file; see fins_plc --help\n");
+    }
+}
+
 TEST_F(PlcOptionsTest, BadNumbersAreToldTheirRange)
 {
     const struct {

@@ -66,10 +66,16 @@ struct Common {
     bool     hasPort = false; // one that is not free choice
 };
 
+void addFile(CLI::App &app, const std::string &name, std::string *file, const std::string &meaning)
+{
+    app.add_option(name, *file, meaning)
+        ->check([](const std::string &text) { return text.empty() ? "'' is no name of a file" : std::string(); });
+}
+
 void addFileOptions(CLI::App &app, Options *options, Listings *listings)
 {
-    app.add_option("--project", options->projectFile, "TOML file with settings and the memory's content at the start");
-    app.add_option("--check-project", listings->projectToCheck, "check a project file, print every error, and end");
+    addFile(app, "--project", &options->projectFile, "TOML file with settings and the memory's content at the start");
+    addFile(app, "--check-project", &listings->projectToCheck, "check a project file, print every error, and end");
     app.add_option_function<std::string>(
            "--proxy", [options](const std::string &text) { parsePlcAddress(text, &options->proxy); },
            "simulate nothing: stand between clients and the PLC at HOST[:PORT]")
@@ -77,11 +83,11 @@ void addFileOptions(CLI::App &app, Options *options, Listings *listings)
             ProxySettings tried;
             return parsePlcAddress(text, &tried);
         });
-    app.add_option("--record", options->recordFile,
-                   "write all frames to this file, which begins anew; a capture if it ends in .pcap");
+    addFile(app, "--record", &options->recordFile,
+            "write all frames to this file, which begins anew; a capture if it ends in .pcap");
     app.add_option("--record-limit", options->recordLimitKiB, "KiB after which a recording ends, 1 to 1048576")
         ->check(CLI::Range(1, 1048576))->capture_default_str();
-    app.add_option("--replay", options->replayFile, "answer with the replies of a recording, text or capture");
+    addFile(app, "--replay", &options->replayFile, "answer with the replies of a recording, text or capture");
     app.add_flag("--view", options->isViewed, "live view of clients and memory on the terminal");
     app.add_flag("--plants", listings->plants, "print the plants and their addresses, and end");
     app.add_flag("--profiles", listings->profiles, "print the profiles, and end");
