@@ -232,6 +232,31 @@ TEST_F(PlcConsoleTest, UnknownCommands)
     expectError("READ DM:0", "'READ' is no command; try help");
 }
 
+// What is not understood is carried out not even in part.
+TEST_F(PlcConsoleTest, RefusesWordsThatACommandDoesNotTake)
+{
+    start();
+    const PlcClient client(port);
+    EXPECT_EQ(tell("fault delay=1:command=0102"), "ok");
+    expectError("read DM:0 DM:1", "'DM:1' is not understood; use read TYPE:ADDRESS[:COUNT]");
+    expectError("mode program now", "'now' is not understood; use mode [program|monitor|run]");
+    expectError("step 2 x", "'x' is not understood; use step [COUNT]");
+    expectError("fault delay off x", "'x' is not understood; use fault NAME[=VALUE][:AIM][@PROBABILITY][#TIMES] | "
+                                     "NAME off");
+    expectError("faults off delay", "'delay' is not understood; use faults [counts|off]");
+    expectError("tcp-error 22 1 2", "'2' is not understood; use tcp-error XX [TIMES] | off");
+    expectError("clients 239", "'239' is not understood; use clients");
+    expectError("disconnect 239", "'239' is not understood; use disconnect");
+    expectError("plc plc1 plc2", "'plc2' is not understood; use plc [NAME]");
+    expectError("stats x", "'x' is not understood; use stats");
+    expectError("replay x", "'x' is not understood; use replay");
+    expectError("help read", "'read' is not understood; use help");
+    expectError("quit now", "'now' is not understood; use quit");
+    EXPECT_EQ(tell("mode"), "ok run");
+    EXPECT_EQ(tell("faults"), "ok delay=1:command=0102");
+    EXPECT_EQ(tell("clients"), "ok 1 239");
+}
+
 TEST_F(PlcConsoleTest, LinesOfOneWriteAreAnsweredInTurn)
 {
     start();

@@ -9,33 +9,45 @@ namespace {
 
 const unsigned STEPS_MOST = 100000; // for that long no client is answered
 
+const unsigned TO_THE_END = ~0u; // words: the command judges all that is behind its name
+
+// The word behind the name and so many others; empty if there is none.
+std::string wordBehind(const std::string &line, unsigned others)
+{
+    std::istringstream words(line);
+    std::string word;
+    for (unsigned i = 0; words && i <= others; ++i)
+        words >> word;
+    return words >> word ? word : std::string();
+}
+
 } // namespace
 
 const Console::Command Console::COMMANDS[] = {
-    {"read",       "TYPE:ADDRESS[:COUNT]",                     "values, in decimal", &Console::read},
-    {"write",      "TYPE:ADDRESS VALUE...",                    "values 0 to 65535, or 0 and 1", &Console::write},
-    {"mode",       "[program|monitor|run]",                    "the operating mode, or a new one", &Console::mode},
-    {"error",      "[NAME [NUMBER] [TEXT | off] | off]",       "the CPU unit's errors; begin or end one", &Console::error},
-    {"battery",    "[good|low|none]",                          "the battery, or a new state of it", &Console::battery},
-    {"clock",      "[YYYY-MM-DD HH:MM:SS]",                    "the CPU unit's clock, or a new time", &Console::clock},
-    {"cycle",      "[MS [LONGEST SHORTEST]]",                  "the cycle times, or new ones", &Console::cycle},
-    {"message",    "[NUMBER TEXT | NUMBER off]",               "the program's messages; begin or end one", &Console::message},
-    {"log",        "[clear]",                                  "the error log, or empty it", &Console::log},
-    {"step",       "[COUNT]",                                  "let so many periods pass, with --stepped", &Console::step},
+    {"read",       "TYPE:ADDRESS[:COUNT]",                     "values, in decimal", 1, &Console::read},
+    {"write",      "TYPE:ADDRESS VALUE...",                    "values 0 to 65535, or 0 and 1", TO_THE_END, &Console::write},
+    {"mode",       "[program|monitor|run]",                    "the operating mode, or a new one", 1, &Console::mode},
+    {"error",      "[NAME [NUMBER] [TEXT | off] | off]",       "the CPU unit's errors; begin or end one", TO_THE_END, &Console::error},
+    {"battery",    "[good|low|none]",                          "the battery, or a new state of it", TO_THE_END, &Console::battery},
+    {"clock",      "[YYYY-MM-DD HH:MM:SS]",                    "the CPU unit's clock, or a new time", TO_THE_END, &Console::clock},
+    {"cycle",      "[MS [LONGEST SHORTEST]]",                  "the cycle times, or new ones", TO_THE_END, &Console::cycle},
+    {"message",    "[NUMBER TEXT | NUMBER off]",               "the program's messages; begin or end one", TO_THE_END, &Console::message},
+    {"log",        "[clear]",                                  "the error log, or empty it", TO_THE_END, &Console::log},
+    {"step",       "[COUNT]",                                  "let so many periods pass, with --stepped", 1, &Console::step},
     {"fault",      "NAME[=VALUE][:AIM][@PROBABILITY][#TIMES] | NAME off", "begin or end a fault",
-     &Console::fault},
+     2, &Console::fault},
     {"faults",     "[counts|off]",                             "the faults that are set, their counts, or end all",
-     &Console::faults},
-    {"tcp-error",  "XX [TIMES] | off",                         "refuse node address exchanges", &Console::tcpError},
-    {"clients",    "",                                         "number of clients and their nodes", &Console::clients},
-    {"disconnect", "",                                         "close all connections", &Console::disconnect},
+     1, &Console::faults},
+    {"tcp-error",  "XX [TIMES] | off",                         "refuse node address exchanges", 2, &Console::tcpError},
+    {"clients",    "",                                         "number of clients and their nodes", 0, &Console::clients},
+    {"disconnect", "",                                         "close all connections", 0, &Console::disconnect},
     {"plc",        "[NAME]",                                   "the PLC that lines go to, or another one",
-     &Console::choosePlc},
-    {"stats",      "",                                         "counts since the start", &Console::stats},
+     1, &Console::choosePlc},
+    {"stats",      "",                                         "counts since the start", 0, &Console::stats},
     {"replay",     "",                                         "what the recording had, and what not",
-     &Console::replay},
-    {"help",       "",                                         "the names of the commands", &Console::listCommands},
-    {"quit",       "",                                         "end the simulator", &Console::leave},
+     0, &Console::replay},
+    {"help",       "",                                         "the names of the commands", 0, &Console::listCommands},
+    {"quit",       "",                                         "end the simulator", 0, &Console::leave},
 };
 
 std::string Console::help()
@@ -51,9 +63,15 @@ std::string Console::answer(const std::string &line)
     Words words(line);
     std::string name;
     words >> name;
-    for (const Command &command : COMMANDS)
-        if (name == command.name)
-            return (this->*command.run)(words);
+    for (const Command &command : COMMANDS) {
+        if (name != command.name)
+            continue;
+        const std::string surplus = wordBehind(line, command.words);
+        if (!surplus.empty())
+            return fmt::format("error '{}' is not understood; use {}{}{}", surplus, name, *command.arguments ? " " : "",
+                               command.arguments);
+        return (this->*command.run)(words);
+    }
     return "error '" + name + "' is no command; try help";
 }
 

@@ -34,6 +34,7 @@ private:
         const char *name;
         const char *arguments;
         const char *meaning;
+        unsigned    words; // it takes so many at most
         std::string (Console::*run)(Words &words);
     };
     static const Command COMMANDS[];
