@@ -166,8 +166,8 @@ static void readState(const toml::table &table, Problems &problems, Options *opt
         options->contents = readMemoryTable(*memory, Memory(findProfile(options->profile)->sizes), problems);
 }
 
-// A name that is easily typed and that no other PLC has.
-static void readName(const TomlMember &member, const std::vector<Options> &others, Problems &problems, Options *options)
+// A name that is easily typed.
+static void readName(const TomlMember &member, Problems &problems, Options *options)
 {
     const auto text = member.value->value<std::string>();
     const auto isUsual = [](unsigned char c) { return std::isalnum(c) != 0 || c == '-' || c == '_'; };
@@ -175,9 +175,20 @@ static void readName(const TomlMember &member, const std::vector<Options> &other
         problems.add(*member.value, "name is a text of letters, digits, - and _");
     else
         options->name = *text;
-    for (const Options &other : others)
-        if (other.name == options->name)
-            problems.add(*member.value, "'" + options->name + "' is the name of another PLC already");
+}
+
+// What two PLCs cannot both have.
+static void checkApart(const toml::table &table, const std::vector<Options> &others, const Options &options,
+                       Problems &problems)
+{
+    const auto placeOf = [&table](const char *key) { return (table.get(key) ? *table.get(key) : table).source().begin; };
+    for (const Options &other : others) {
+        if (other.name == options.name)
+            problems.add(placeOf("name"), "'" + options.name + "' is the name of another PLC already");
+        if (options.port != 0 && other.port == options.port && other.address == options.address)
+            problems.add(placeOf("port"), fmt::format("port {} of {} is that of '{}' already", options.port,
+                                                      options.address, other.name));
+    }
 }
 
 // One of several PLCs: a port that it does not name is a free one.
@@ -189,10 +200,11 @@ static void readListed(const toml::table &table, const std::string &file, const 
     options.name = "plc" + std::to_string(plcs->size() + 1);
     for (const TomlMember &member : membersOf(table)) {
         if (*member.key == "name")
-            readName(member, *plcs, problems, &options);
+            readName(member, problems, &options);
         else if (*member.key != "memory" && *member.key != "cpu")
             readSetting(member, problems, &options);
     }
+    checkApart(table, *plcs, options, problems);
     namePlantFile(toml::table(), file, problems, &options);
     readState(table, problems, &options);
     plcs->push_back(options);
