@@ -90,6 +90,30 @@ TEST_F(PlantFileTest, ALatchHoldsBetweenItsConditionsAndResetGoesFirst)
     EXPECT_EQ(seen, "0110010");
 }
 
+TEST_F(PlantFileTest, TheCurrentBankOfEmIsThatOfEachStep)
+{
+    start("[plant.values]\nwide = { at = 'E:8', type = 'u32', show = 'wide' }\n[plant.program]\nsteps = [\n"
+          "{ set = 'E:0', to = 'E:1 + 1' }, { set = 'E_bit:2.3', to = true }, { set = 'wide', to = 65538 },\n"
+          "{ set = 'DM:0', to = 'E:1 + wide' } ]\n");
+    const auto word = [this](unsigned bank, unsigned number) {
+        return controller->memory.word(static_cast<plc::AreaIndex>(plc::AREA_E0 + bank), number);
+    };
+    controller->memory.setWord(static_cast<plc::AreaIndex>(plc::AREA_E0 + 24), 1, 41);
+    controller->memory.setWord(plc::AREA_BANK, 0, 24);
+    EXPECT_EQ(course(1), "65535"); // 41 and 65538
+    EXPECT_EQ(word(24, 0), 42u);
+    EXPECT_EQ(word(24, 2), 8u);
+    EXPECT_EQ(word(24, 8), 2u);
+    EXPECT_EQ(word(24, 9), 1u);
+    EXPECT_EQ(plant->values().at(0).place, "E:8");
+    controller->memory.setWord(plc::AREA_BANK, 0, 25); // none: what is there reads as 0, and nothing is set
+    EXPECT_EQ(course(1), "0");
+    EXPECT_EQ(plant->values().at(0).text, "0");
+    EXPECT_EQ(word(0, 0), 0u);
+    EXPECT_EQ(word(0, 2), 0u);
+    EXPECT_EQ(word(24, 0), 42u);
+}
+
 TEST_F(PlantFileTest, SignalsAreWorkedOutOnceAtTheBeginningOfAStep)
 {
     start("[plant.signals]\nnow = 'DM:0'\nnext = 'now + 10'\nchance = 'noise(0, 9)'\n[plant.program]\nsteps = [\n"

@@ -25,6 +25,20 @@ TEST(ProjectMemoryTest, AValueThatFillsIsKeptOnce)
     EXPECT_EQ(filled.value(32767), 7u);
 }
 
+TEST(ProjectMemoryTest, TheCurrentBankOfEmIsThatOfTheLinesAbove)
+{
+    std::vector<plc::Options> plcs;
+    const std::string lines = "[memory]\n'E:1' = 5\n'BANK:0' = 24\n'E:2:3' = 6\n'BANK:0:1' = 3\n'E_bit:4.0' = true\n";
+    EXPECT_EQ(plc::readProjectText(lines, "a", plc::Options(), &plcs), std::vector<std::string>());
+    std::vector<int> areas;
+    for (const plc::Content &content : plcs.at(0).contents)
+        areas.push_back(content.place.area);
+    EXPECT_EQ(areas, (std::vector<int>{plc::AREA_E0, plc::AREA_BANK, plc::AREA_E0 + 24, plc::AREA_BANK, plc::AREA_E0 + 3}));
+    plcs.clear();
+    EXPECT_EQ(plc::readProjectText("[memory]\n'BANK:0' = 25\n'E:1' = 5\n", "a", plc::Options(), &plcs),
+              (std::vector<std::string>{"a:3:1: 'E:1' is in a bank of EM that this PLC does not have; it has 25"}));
+}
+
 TEST(ProjectMemoryTest, WordsOfAValueTakeTurnsAndATextComesOnce)
 {
     const plc::Content pairs = contentOf("\"DM:0:32768\" = { u32 = 0x00030001 }");

@@ -46,11 +46,22 @@ std::int64_t Quantity::loadFloat(std::uint32_t bits) const
     return std::llround(std::clamp(scaled, static_cast<double>(least()), static_cast<double>(most())));
 }
 
+// Without items if there is no such bank.
+Span Quantity::presentPlace(const Memory &memory) const
+{
+    Span present = place;
+    present.area = memory.presentArea(place.area);
+    if (present.area < 0)
+        present.count = 0;
+    return present;
+}
+
 std::int64_t Quantity::load(const Memory &memory) const
 {
-    std::uint32_t bits = memory.get(place, 0);
-    if (place.count == 2)
-        bits |= memory.get(place, 1) << 16;
+    const Span present = presentPlace(memory);
+    std::uint32_t bits = 0;
+    for (unsigned i = 0; i < present.count; ++i)
+        bits |= memory.get(present, i) << 16 * i;
     switch (type) {
     case ValueType::U16:
     case ValueType::U32:   return bits;
@@ -64,16 +75,19 @@ std::int64_t Quantity::load(const Memory &memory) const
 
 void Quantity::store(Memory &memory, std::int64_t number) const
 {
+    const Span present = presentPlace(memory);
+    if (present.count == 0)
+        return;
     if (!isWord()) {
-        memory.set(place, 0, number != 0 ? 1 : 0);
+        memory.set(present, 0, number != 0 ? 1 : 0);
         return;
     }
     const std::int64_t held = std::clamp(number, least(), most());
     const bool isFloat = type == ValueType::F32;
     const std::array<unsigned, 2> words =
         isFloat ? wordsOfFloat(static_cast<float>(static_cast<double>(held) / scale)) : wordsOf(type, held);
-    for (unsigned i = 0; i < place.count; ++i)
-        memory.set(place, i, words[i]);
+    for (unsigned i = 0; i < present.count; ++i)
+        memory.set(present, i, words[i]);
 }
 
 } // namespace plc

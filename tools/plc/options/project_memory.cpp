@@ -207,7 +207,7 @@ std::string checkCount(const ContentReader &reader, unsigned count)
     return std::string();
 }
 
-void readMember(const TomlMember &member, const Memory &memory, Problems &problems, std::vector<Content> *contents)
+void readMember(const TomlMember &member, Memory &memory, Problems &problems, std::vector<Content> *contents)
 {
     const std::string place(member.key->str());
     Content content;
@@ -231,15 +231,18 @@ void readMember(const TomlMember &member, const Memory &memory, Problems &proble
         wrong = parsePlace(place + ":" + std::to_string(reader.items.size()), memory, &content.place);
     content.values = reader.items;
     content.isText = reader.isText;
-    if (wrong.empty())
-        contents->push_back(content);
-    else
+    if (!wrong.empty()) {
         problems.add(*member.value, wrong);
+        return;
+    }
+    if (content.place.area == AREA_BANK)
+        memory.setWord(AREA_BANK, 0, content.value(0)); // the lines below mean that bank by E
+    contents->push_back(content);
 }
 
 } // namespace
 
-std::vector<Content> readMemoryTable(const toml::table &table, const Memory &memory, Problems &problems)
+std::vector<Content> readMemoryTable(const toml::table &table, Memory memory, Problems &problems)
 {
     std::vector<Content> contents;
     for (const TomlMember &member : membersOf(table))

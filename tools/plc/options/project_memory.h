@@ -32,8 +32,8 @@ private:
     std::vector<Entry> entries;
 };
 
-/// Reads the table. The places have to lie inside `memory`.
-std::vector<Content> readMemoryTable(const toml::table &table, const Memory &memory, Problems &problems);
+/// Reads the table. The places have to lie inside `memory`, and E is its current bank or what the table makes it.
+std::vector<Content> readMemoryTable(const toml::table &table, Memory memory, Problems &problems);
 
 } // namespace plc
 

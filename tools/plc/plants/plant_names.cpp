@@ -41,7 +41,8 @@ std::string PlantNames::findTarget(const std::string &word, std::size_t *quantit
 
 std::string PlantNames::findPlace(const std::string &text, ValueType type, Quantity *quantity) const
 {
-    const bool isFlag = text.compare(0, 7, "T_flag:") == 0 || text.compare(0, 7, "C_flag:") == 0;
+    const auto isOf = [&text](const std::string &start) { return text.compare(0, start.size(), start) == 0; };
+    const bool isFlag = isOf("T_flag:") || isOf("C_flag:");
     const std::string place = isFlag ? text.substr(0, 1) + text.substr(6) : text;
     if (place.find(':') != place.rfind(':'))
         return "'" + text + "' has a count; name one item by TYPE:ADDRESS";
@@ -51,6 +52,8 @@ std::string PlantNames::findPlace(const std::string &text, ValueType type, Quant
         found.place.access = Access::FLAG;
     else if (wrong.empty() && found.isWord())
         wrong = parsePlace(place + ":" + std::to_string(rowOf(type).words), memory, &found.place);
+    if (isOf("E:") || isOf("E_bit:"))
+        found.place.area = AREA_E; // not the bank that is the current one now
     found.type = type;
     if (wrong.empty())
         *quantity = found;
