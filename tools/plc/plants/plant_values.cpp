@@ -46,6 +46,10 @@ bool readQuantity(TableReader &reader, const PlantNames &names, unsigned decimal
     const std::string wrong = names.findPlace(place, found.type, &found);
     found.scale = scale;
     *quantity = found;
+    const DataNode *const type = reader.take("type");
+    const bool isOfType = found.isWord() && itemSize(found.place) == 2;
+    if (wrong.empty() && type && !isOfType)
+        return reader.report(*type, "'type' is for words; leave it out");
     return wrong.empty() || reader.report(*at, wrong);
 }
 
