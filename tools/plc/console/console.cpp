@@ -1,5 +1,7 @@
 #include "console/console.h"
 
+#include "console/line_reader.h"
+
 #include <fmt/format.h>
 #include <vector>
 
@@ -60,6 +62,9 @@ std::string Console::help()
 
 std::string Console::answer(const std::string &line)
 {
+    if (line.size() > LineReader::LINE_MAX_BYTES)
+        return fmt::format("error the line is longer than {} bytes; write less at once",
+                           std::size_t(LineReader::LINE_MAX_BYTES));
     Words words(line);
     std::string name;
     words >> name;

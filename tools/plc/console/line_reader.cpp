@@ -9,13 +9,6 @@
 
 namespace plc {
 
-namespace {
-
-// Longer lines are cut here; the rest of them is thrown away.
-const std::size_t LINE_MAX_BYTES = 65536;
-
-} // namespace
-
 LineReader::LineReader(asio::io_context &context, Unit wanted, LineHandler atLine)
     : io(context), unit(wanted), onLine(std::move(atLine)), wakeUp()
 {
@@ -65,7 +58,7 @@ bool LineReader::readInput()
         return deliver(std::string(buffer, static_cast<std::size_t>(count)));
     for (ssize_t i = 0; i < count; ++i) {
         if (buffer[i] != '\n') {
-            if (pending.size() < LINE_MAX_BYTES)
+            if (pending.size() <= LINE_MAX_BYTES)
                 pending += buffer[i];
             continue;
         }

@@ -20,6 +20,9 @@ public:
 
     enum class Unit { LINES, BYTES };
 
+    /// Of a longer line one byte more is handed over, by which it can be told, and the rest thrown away.
+    enum : std::size_t { LINE_MAX_BYTES = 65536 };
+
     LineReader(asio::io_context &context, Unit wanted, LineHandler atLine);
     LineReader(const LineReader &) = delete;
     LineReader &operator=(const LineReader &) = delete;
