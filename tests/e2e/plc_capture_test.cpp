@@ -85,6 +85,16 @@ protected:
         return error.substr(prefix.size(), error.size() - prefix.size() - 1);
     }
 
+    // The sender and the flags of the last packet but so many. Without payload it has 56 bytes in the file: 16 of the file,
+    // 20 of IPv4 with the address of the sender at 12, and 20 of TCP with the flags at 13. The PLC's port, 9600, is the
+    // sender's at 0.
+    std::string end(std::size_t back) const
+    {
+        const std::string file = folder.content("a.pcap");
+        const std::string packet = file.substr(file.size() - 56 * back, 56);
+        return (packet.substr(36, 2) == "\x25\x80" ? "PLC " : "client ") + hexOfBytes({std::uint8_t(packet.at(49))});
+    }
+
     TemporaryFolder folder;
 };
 
@@ -180,15 +190,8 @@ TEST_F(PlcCaptureTest, AConnectionBeginsWithAHandshake)
     EXPECT_EQ(packet.substr(76), "0000");
 }
 
-// A packet without payload has 56 bytes in the file: 16 of the file, 20 of IPv4 with the address of the sender at 12, and
-// 20 of TCP with the flags at 13. The PLC's port, 9600, is the sender's at 0.
 TEST_F(PlcCaptureTest, TheEndOfAConnectionIsRecorded)
 {
-    const auto end = [this](std::size_t back) {
-        const std::string file = folder.content("a.pcap");
-        const std::string packet = file.substr(file.size() - 56 * back, 56);
-        return (packet.substr(36, 2) == "\x25\x80" ? "PLC " : "client ") + hexOfBytes({std::uint8_t(packet.at(49))});
-    };
     start({"--record", folder.path("a.pcap")});
     PlcClient(port).ask(READ);
     waitForAnswer("clients", "ok 0");
@@ -206,6 +209,19 @@ TEST_F(PlcCaptureTest, TheEndOfAConnectionIsRecorded)
     EXPECT_TRUE(refused.endsByReset());
     waitForAnswer("clients", "ok 0");
     EXPECT_EQ(end(1), "PLC 14");
+}
+
+TEST_F(PlcCaptureTest, TheEndOfTheSimulatorIsThatOfItsConnections)
+{
+    start({"--record", folder.path("a.pcap")});
+    PlcClient client(port);
+    client.ask(READ);
+    EXPECT_EQ(tell("quit"), "ok");
+    EXPECT_EQ(plc->wait(), 0) << plc->errors();
+    plc.reset();
+    EXPECT_EQ(end(3), "client 11");
+    EXPECT_EQ(end(2), "PLC 11");
+    EXPECT_EQ(end(1), "client 10");
 }
 
 // Frames over two packets, two in one, retransmissions whole and in part, an ARP packet, and a sequence number that

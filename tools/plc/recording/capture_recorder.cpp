@@ -89,6 +89,12 @@ CaptureRecorder::CaptureRecorder(FileOwner &&file, const std::string &path, std:
         settle(pcap_dump_file(dumper.get()));
 }
 
+CaptureRecorder::~CaptureRecorder()
+{
+    while (!streams.empty())
+        CaptureRecorder::close(streams.begin()->first, Ending::CLOSED);
+}
+
 void CaptureRecorder::open(unsigned client, const Endpoint &clientEnd, const Endpoint &plcEnd)
 {
     Stream &stream = streams[client];

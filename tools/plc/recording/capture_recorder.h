@@ -16,6 +16,7 @@ namespace plc {
 class CaptureRecorder : public Recorder {
 public:
     CaptureRecorder(FileOwner &&file, const std::string &path, std::uint64_t maxBytes);
+    ~CaptureRecorder() override; // the end of all connections that are open
 
     void open(unsigned client, const Endpoint &clientEnd, const Endpoint &plcEnd) override;
     void add(unsigned client, char direction, const Bytes &bytes) override;
