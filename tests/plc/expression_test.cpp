@@ -8,13 +8,14 @@
 
 class ExpressionTest : public ::testing::Test {
 protected:
-    // The value in the step, with DM:0 = 300, DM:1 = 65535, CIO_bit:0.3 on and the timer's flag on.
+    // The value in the step, with DM:0 = 300, DM:1 = 65535, CIO_bit:0.3 on and flags of timer 2 and counter 3 on.
     plc::Number value(const std::string &text, plc::Number step = 0)
     {
         memory.setWord(plc::AREA_DM, 0, 300);
         memory.setWord(plc::AREA_DM, 1, 65535);
         memory.setBit(plc::AREA_CIO, 0, 3, true);
         memory.setFlag(plc::AREA_T, 2, true);
+        memory.setFlag(plc::AREA_C, 3, true);
         plc::Expression expression;
         const auto problem = plc::readExpression(text, names, &expression);
         EXPECT_FALSE(problem) << text << ": " << problem->text;
@@ -43,8 +44,8 @@ TEST_F(ExpressionTest, Operators)
         {"-7 % 4", -3}, {"7 % 4 * 2", 6}, {"2 - -3", 5}, {"- (2 + 3)", -5}, {"1 < 2", 1}, {"2 <= 1", 0},
         {"2 >= 2", 1}, {"2 > 2", 0}, {"3 == 3", 1}, {"3 != 3", 0}, {"1 + 1 == 2 and 3 > 2", 1}, {"0 and 1 or 1", 1},
         {"1 or 0 and 0", 1}, {"not 1 == 2", 1}, {"not not 5", 1}, {"not 0 and 0", 0}, {"5 and 7", 1},
-        {"true + true", 2}, {"false", 0}, {"DM:0 + 1", 301}, {"DM:1 + 1", 65536}, {"CIO_bit:0.3 + CIO_bit:0.4", 1}, {"T_flag:2", 1},
-        {"T_flag:3", 0},
+        {"true + true", 2}, {"false", 0}, {"DM:0 + 1", 301}, {"DM:1 + 1", 65536}, {"CIO_bit:0.3 + CIO_bit:0.4", 1},
+        {"T_flag:2", 1}, {"T_flag:3", 0}, {"C_flag:2", 0}, {"C_flag:3", 1},
     };
     for (const auto &row : rows)
         EXPECT_EQ(value(row.text), row.value) << row.text;

@@ -11,7 +11,7 @@ namespace {
 
 const unsigned STEPS_MOST = 100000; // for that long no client is answered
 
-const unsigned TO_THE_END = ~0u; // words: the command judges all that is behind its name
+const unsigned REST = ~0u; // words: the command judges all that is behind its name
 
 // The word behind the name and so many others; empty if there is none.
 std::string wordBehind(const std::string &line, unsigned others)
@@ -27,21 +27,27 @@ std::string wordBehind(const std::string &line, unsigned others)
 
 const Console::Command Console::COMMANDS[] = {
     {"read",       "TYPE:ADDRESS[:COUNT]",                     "values, in decimal", 1, &Console::read},
-    {"write",      "TYPE:ADDRESS VALUE...",                    "values 0 to 65535, or 0 and 1", TO_THE_END, &Console::write},
+    {"write",      "TYPE:ADDRESS VALUE...",                    "values 0 to 65535, or 0 and 1", REST, &Console::write},
     {"mode",       "[program|monitor|run]",                    "the operating mode, or a new one", 1, &Console::mode},
-    {"error",      "[NAME [NUMBER] [TEXT | off] | off]",       "the CPU unit's errors; begin or end one", TO_THE_END, &Console::error},
-    {"battery",    "[good|low|none]",                          "the battery, or a new state of it", TO_THE_END, &Console::battery},
-    {"clock",      "[YYYY-MM-DD HH:MM:SS]",                    "the CPU unit's clock, or a new time", TO_THE_END, &Console::clock},
-    {"cycle",      "[MS [LONGEST SHORTEST]]",                  "the cycle times, or new ones", TO_THE_END, &Console::cycle},
-    {"message",    "[NUMBER TEXT | NUMBER off]",               "the program's messages; begin or end one", TO_THE_END, &Console::message},
-    {"log",        "[clear]",                                  "the error log, or empty it", TO_THE_END, &Console::log},
-    {"step",       "[COUNT]",                                  "let so many periods pass, with --stepped", 1, &Console::step},
+    {"error",      "[NAME [NUMBER] [TEXT | off] | off]",       "the CPU unit's errors; begin or end one",
+     REST, &Console::error},
+    {"battery",    "[good|low|none]",                          "the battery, or a new state of it",
+     REST, &Console::battery},
+    {"clock",      "[YYYY-MM-DD HH:MM:SS]",                    "the CPU unit's clock, or a new time",
+     REST, &Console::clock},
+    {"cycle",      "[MS [LONGEST SHORTEST]]",                  "the cycle times, or new ones", REST, &Console::cycle},
+    {"message",    "[NUMBER TEXT | NUMBER off]",               "the program's messages; begin or end one",
+     REST, &Console::message},
+    {"log",        "[clear]",                                  "the error log, or empty it", REST, &Console::log},
+    {"step",       "[COUNT]",                                  "let so many periods pass, with --stepped",
+     1, &Console::step},
     {"fault",      "NAME[=VALUE][:AIM][@PROBABILITY][#TIMES] | NAME off", "begin or end a fault",
      2, &Console::fault},
     {"faults",     "[counts|off]",                             "the faults that are set, their counts, or end all",
      1, &Console::faults},
     {"tcp-error",  "XX [TIMES] | off",                         "refuse node address exchanges", 2, &Console::tcpError},
-    {"clients",    "",                                         "number of clients and their nodes", 0, &Console::clients},
+    {"clients",    "",                                         "number of clients and their nodes",
+     0, &Console::clients},
     {"disconnect", "",                                         "close all connections", 0, &Console::disconnect},
     {"plc",        "[NAME]",                                   "the PLC that lines go to, or another one",
      1, &Console::choosePlc},
