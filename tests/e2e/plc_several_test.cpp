@@ -137,6 +137,28 @@ TEST_F(PlcSeveralTest, AHundredFitInto64Mebibytes)
     EXPECT_EQ(clients[98]->ask("0101 82 0064 00 0001"), plainHex("0101 0000 0000"));
 }
 
+// What a project says of each is kept once.
+TEST_F(PlcSeveralTest, AHundredOfALongProjectNeedLittleMemory)
+{
+    std::string text = "[cpu]\nerrors = [";
+    for (int i = 0; i < 20000; ++i)
+        text += "'fal 5', ";
+    text += "]\n[memory]\n";
+    for (int i = 0; i < 20000; ++i)
+        text += "'DM:" + std::to_string(i) + "' = 1\n";
+    file.write(text);
+    plc = std::make_unique<Process>(
+        std::vector<std::string>{FINS_PLC_PATH, "--count", "100", "--project", file.path()});
+    for (int i = 0; i < 100; ++i)
+        plc->readLine();
+    EXPECT_EQ(tell("plc plc100"), "ok plc100");
+    EXPECT_EQ(tell("read DM:19999:2"), "ok 1 0");
+    EXPECT_EQ(tell("error"), "ok 4105 fal 5");
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    EXPECT_LT(peakKiB(), 64 * 1024);
+#endif
+}
+
 TEST_F(PlcSeveralTest, BadListsAreTold)
 {
     const struct {

@@ -66,7 +66,7 @@ void checkPlc(const plc::Options &options)
     for (const plc::CpuLine &line : options.cpuLines)
         require(line.setting->set(line.text, controller).empty(), "what has been tried can be set");
     checkState(controller);
-    for (const plc::Content &content : options.contents)
+    for (const plc::Content &content : *options.contents)
         checkContent(content, controller.memory);
 }
 

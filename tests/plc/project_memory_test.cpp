@@ -11,7 +11,7 @@ plc::Content contentOf(const std::string &line)
     std::vector<plc::Options> plcs;
     const std::vector<std::string> wrong = plc::readProjectText("[memory]\n" + line, "a", plc::Options(), &plcs);
     EXPECT_EQ(wrong, std::vector<std::string>()) << line;
-    return plcs.at(0).contents.at(0);
+    return plcs.at(0).contents->at(0);
 }
 
 } // namespace
@@ -31,7 +31,7 @@ TEST(ProjectMemoryTest, TheCurrentBankOfEmIsThatOfTheLinesAbove)
     const std::string lines = "[memory]\n'E:1' = 5\n'BANK:0' = 24\n'E:2:3' = 6\n'BANK:0:1' = 3\n'E_bit:4.0' = true\n";
     EXPECT_EQ(plc::readProjectText(lines, "a", plc::Options(), &plcs), std::vector<std::string>());
     std::vector<int> areas;
-    for (const plc::Content &content : plcs.at(0).contents)
+    for (const plc::Content &content : *plcs.at(0).contents)
         areas.push_back(content.place.area);
     EXPECT_EQ(areas, (std::vector<int>{plc::AREA_E0, plc::AREA_BANK, plc::AREA_E0 + 24, plc::AREA_BANK, plc::AREA_E0 + 3}));
     plcs.clear();

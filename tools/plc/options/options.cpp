@@ -151,7 +151,7 @@ int printListings(const Listings &listings)
         return EXIT_BAD_USAGE;
     std::size_t places = 0;
     for (const Options &plc : unused)
-        places += plc.contents.size();
+        places += plc.contents->size();
     std::cout << listings.projectToCheck << ": no errors, " << places << (places == 1 ? " place" : " places") << " of memory"
               << (unused.size() > 1 ? ", " + std::to_string(unused.size()) + " PLCs" : "") << std::endl;
     return EXIT_DONE;

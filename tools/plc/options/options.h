@@ -7,6 +7,7 @@
 #include "server/connection.h"
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,10 @@ struct CpuLine {
     std::string       text;
 };
 
+/// A list that PLCs which are alike have in common.
+template <typename Item>
+using SharedList = std::shared_ptr<const std::vector<Item>>;
+
 /// Of one PLC.
 struct Options {
     std::string              name = "plc1"; // among several
@@ -49,8 +54,8 @@ struct Options {
     std::vector<std::string> faults;
     std::uint32_t            seed = 1;
     std::string              projectFile; // empty: none
-    std::vector<CpuLine>     cpuLines;
-    std::vector<Content>     contents; // of the memory at the start
+    SharedList<CpuLine>      cpuLines = std::make_shared<const std::vector<CpuLine>>();
+    SharedList<Content>      contents = std::make_shared<const std::vector<Content>>(); // of the memory at the start
     std::string              recordFile; // empty: none
     unsigned                 recordLimitKiB = 65536;
     std::string              replayFile; // empty: none

@@ -81,7 +81,7 @@ void readSetting(const TomlMember &member, Problems &problems, Options *options)
 }
 
 // A line of [cpu] is tried on a CPU unit that nobody sees, and kept for the one that is to be.
-void readCpuMember(const TomlMember &member, Controller &tried, Problems &problems, Options *options)
+void readCpuMember(const TomlMember &member, Controller &tried, Problems &problems, std::vector<CpuLine> *lines)
 {
     const auto row = std::find_if(CPU_SETTINGS.begin(), CPU_SETTINGS.end(),
                                   [&member](const CpuSetting &setting) { return *member.key == setting.key; });
@@ -94,7 +94,7 @@ void readCpuMember(const TomlMember &member, Controller &tried, Problems &proble
         const std::string wrong = value.is_string() ? row->set(text, tried) : row->key + std::string(" is ") +
                                       (row->isList ? "a text or a list of texts: " : "a text: ") + row->meaning;
         if (wrong.empty())
-            options->cpuLines.push_back({&*row, text});
+            lines->push_back({&*row, text});
         else
             problems.add(value, wrong);
     });
@@ -104,10 +104,12 @@ void readCpuMember(const TomlMember &member, Controller &tried, Problems &proble
 void readCpu(const toml::table &table, Problems &problems, Options *options)
 {
     Controller tried;
+    std::vector<CpuLine> lines;
     for (const TomlMember &member : membersOf(table))
-        readCpuMember(member, tried, problems, options);
-    std::stable_sort(options->cpuLines.begin(), options->cpuLines.end(),
+        readCpuMember(member, tried, problems, &lines);
+    std::stable_sort(lines.begin(), lines.end(),
                      [](const CpuLine &a, const CpuLine &b) { return a.setting < b.setting; });
+    options->cpuLines = std::make_shared<const std::vector<CpuLine>>(std::move(lines));
 }
 
 const toml::table *tableOf(const toml::table &root, const char *name, Problems &problems)
@@ -163,7 +165,8 @@ static void readState(const toml::table &table, Problems &problems, Options *opt
     if (const toml::table *cpu = tableOf(table, "cpu", problems))
         readCpu(*cpu, problems, options);
     if (const toml::table *memory = tableOf(table, "memory", problems))
-        options->contents = readMemoryTable(*memory, Memory(findProfile(options->profile)->sizes), problems);
+        options->contents = std::make_shared<const std::vector<Content>>(
+            readMemoryTable(*memory, Memory(findProfile(options->profile)->sizes), problems));
 }
 
 // A name that is easily typed.

@@ -60,13 +60,13 @@ bool prepare(Unit &unit)
         plc.controller.calendar.beginLocal(plc.controller.clock.now());
     plc.controller.refusalInRun = options.refusalInRun;
     plc.controller.refusalInProgram = options.refusalInProgram;
-    for (const CpuLine &line : options.cpuLines)
+    for (const CpuLine &line : *options.cpuLines)
         line.setting->set(line.text, plc.controller);
     if (!options.replayFile.empty())
         plc.recorded = &unit.replay;
     for (const std::string &fault : options.faults)
         plc.faults.set(fault);
-    return preparePlant(options, plc) && setContents(plc.controller.memory, options.contents) &&
+    return preparePlant(options, plc) && setContents(plc.controller.memory, *options.contents) &&
            (!plc.recorded || readReplay(options.replayFile, &unit.replay));
 }
 
