@@ -47,12 +47,12 @@ void checkState(plc::Controller &controller)
 void checkContent(const plc::Content &content, plc::Memory &memory)
 {
     const plc::Span &place = content.place;
-    require(place.count >= 1 && place.count == content.values.size(), "a value for each item");
+    require(!content.values.empty() && content.values.size() <= place.count, "values for the items");
     require(place.first + place.count <= memory.itemsOf(place), "items of the memory");
     for (unsigned i = 0; i < place.count; ++i) {
-        require(content.values[i] <= plc::largestValue(place), "a value that an item holds");
-        memory.set(place, i, content.values[i]);
-        require(memory.get(place, i) == content.values[i], "and keeps");
+        require(content.value(i) <= plc::largestValue(place), "a value that an item holds");
+        memory.set(place, i, content.value(i));
+        require(memory.get(place, i) == content.value(i), "and keeps");
     }
 }
 
@@ -63,7 +63,7 @@ void checkPlc(const plc::Options &options)
     plc::Controller controller;
     controller.fit(profile->sizes);
     controller.clock.standStill();
-    for (const plc::CpuLine &line : options.cpuLines)
+    for (const plc::CpuLine &line : *options.cpuLines)
         require(line.setting->set(line.text, controller).empty(), "what has been tried can be set");
     checkState(controller);
     for (const plc::Content &content : *options.contents)
