@@ -169,6 +169,21 @@ TEST_F(PlcProjectTest, SettingsOfAnotherKind)
         EXPECT_EQ(errorsOf(std::string("[plc]\n") + row.line + "\n"), row.error) << row.line;
 }
 
+// The command line adds to the project's.
+TEST_F(PlcProjectTest, NoMoreFaultsThanAPlcTakes)
+{
+    std::string text = "[plc]\nfaults = [";
+    for (int i = 0; i < 100; ++i)
+        text += "\n'delay=1:after=" + std::to_string(i) + "',";
+    const std::string reason = "there are 100 faults already; leave one out";
+    EXPECT_EQ(errorsOf(text + "\n'drop' ]\n"), ":103:1: " + reason + "\n");
+    EXPECT_EQ(errorsOf(text + "\n'drop' ]\n", "--check-project"), ":103:1: " + reason + "\n");
+    file.write(text + " ]\n");
+    Process failing({FINS_PLC_PATH, "--port", "0", "--fault", "drop", "--project", file.path()});
+    EXPECT_EQ(failing.wait(), 2);
+    EXPECT_EQ(failing.errors(), "fins_plc: --fault: " + reason + "; see fins_plc --help\n");
+}
+
 TEST_F(PlcProjectTest, ValuesThatAreNone)
 {
     const struct {

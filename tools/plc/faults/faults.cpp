@@ -7,12 +7,6 @@
 
 namespace plc {
 
-namespace {
-
-const std::size_t RULES_MAX = 100;
-
-} // namespace
-
 std::string Faults::set(const std::string &text)
 {
     FaultRule rule;

@@ -3,6 +3,7 @@
 
 #include "faults/fault_rule.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <random>
@@ -18,6 +19,8 @@ namespace plc {
 
 class Faults {
 public:
+    enum : std::size_t { RULES_MAX = 100 };
+
     explicit Faults(std::uint32_t seed) : random(seed) {}
 
     /// Sets the fault in `text`, NAME[=VALUE][:KEY=VALUE,...][@PROBABILITY][#TIMES], in the place of one that is aimed

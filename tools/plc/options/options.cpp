@@ -38,8 +38,11 @@ std::string checkSetting(const Setting &setting, const std::string &text)
 void addSetting(CLI::App &app, const Setting &setting, Options *options)
 {
     const auto apply = [&setting, options](const std::vector<std::string> &texts) {
-        for (const std::string &text : texts)
-            applySetting(setting, text.empty() && setting.alone ? setting.alone : text, options);
+        for (const std::string &text : texts) {
+            const std::string wrong = applySetting(setting, text.empty() && setting.alone ? setting.alone : text, options);
+            if (!wrong.empty()) // of itself it is good
+                throw CLI::ValidationError(setting.option, wrong);
+        }
     };
     CLI::Option *const option =
         app.add_option_function<std::vector<std::string>>(setting.option, apply, settingHelp(setting));
@@ -207,8 +210,8 @@ int parseOptions(int argc, char **argv, std::vector<Options> *plcs)
     else if (readProject(named.projectFile, start, plcs) >= 0)
         return EXIT_BAD_USAGE;
     for (Options &plc : *plcs)
-        if (!named.projectFile.empty())
-            parseCommandLine(argc, argv, &plc, &listings, &common);
+        if (!named.projectFile.empty() && parseCommandLine(argc, argv, &plc, &listings, &common) >= 0)
+            return EXIT_BAD_USAGE;
     const int refused = makeAlike(common, plcs);
     return refused >= 0 ? refused : checkSeveral(common, *plcs);
 }

@@ -50,6 +50,8 @@ std::string setStepped(const std::string &, Options *options)
 
 std::string addFault(const std::string &text, Options *options)
 {
+    if (options->faults.size() >= Faults::RULES_MAX)
+        return "there are " + std::to_string(Faults::RULES_MAX) + " faults already; leave one out";
     Faults tried(0);
     std::string wrong = tried.set(text);
     if (wrong.empty())
