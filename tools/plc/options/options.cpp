@@ -39,7 +39,8 @@ void addSetting(CLI::App &app, const Setting &setting, Options *options)
 {
     const auto apply = [&setting, options](const std::vector<std::string> &texts) {
         for (const std::string &text : texts) {
-            const std::string wrong = applySetting(setting, text.empty() && setting.alone ? setting.alone : text, options);
+            const bool isAlone = text.empty() && setting.alone;
+            const std::string wrong = applySetting(setting, isAlone ? setting.alone : text, options);
             if (!wrong.empty()) // of itself it is good
                 throw CLI::ValidationError(setting.option, wrong);
         }
