@@ -232,6 +232,27 @@ TEST_F(PlcConsoleTest, UnknownCommands)
     expectError("READ DM:0", "'READ' is no command; try help");
 }
 
+TEST_F(PlcConsoleTest, RefusesToChangeWhatIsForced)
+{
+    start({"--mode", "monitor"});
+    PlcClient client(port);
+    EXPECT_EQ(client.ask("2301 0003 0001 30 0005 02 0000 30 0006 00 0001 09 0007 00"), plainHex("2301 0000"));
+    const std::string keeps = " is forced and stays as it is until a client releases it";
+    expectError("write CIO_bit:5.2 0", "CIO_bit:5.2" + keeps);
+    expectError("write CIO_bit:5.0 1 1 0", "CIO_bit:5.2" + keeps);
+    expectError("write CIO:4:3 4 4 1", "CIO_bit:6.0" + keeps);
+    expectError("write CIO:5 3", "CIO_bit:5.2" + keeps);
+    EXPECT_EQ(tell("read CIO:4:3"), "ok 0 4 0");
+    EXPECT_EQ(tell("write CIO_bit:5.1 1 1"), "ok"); // as it is
+    EXPECT_EQ(tell("write CIO:4:3 65535 65535 65534"), "ok");
+    EXPECT_EQ(tell("read CIO:4:3"), "ok 65535 65535 65534");
+    EXPECT_EQ(tell("write T:7 0"), "ok"); // the flag is forced, not the value
+    EXPECT_EQ(tell("write IR:7 4294967295"), "ok");
+    EXPECT_EQ(client.ask("2302"), plainHex("2302 0000"));
+    EXPECT_EQ(tell("write CIO:5:2 0 1"), "ok");
+    EXPECT_EQ(tell("read CIO:5:2"), "ok 0 1");
+}
+
 // What is not understood is carried out not even in part.
 TEST_F(PlcConsoleTest, RefusesWordsThatACommandDoesNotTake)
 {

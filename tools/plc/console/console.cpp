@@ -23,6 +23,27 @@ std::string wordBehind(const std::string &line, unsigned others)
     return words >> word ? word : std::string();
 }
 
+// What is wrong with the values, or an empty text: a forced bit would not take its value.
+std::string checkForced(const Memory &memory, const Span &span, const std::vector<unsigned> &values)
+{
+    const unsigned BITS_PER_WORD = 16;
+    for (unsigned i = 0; i < span.count; ++i) {
+        const unsigned against = memory.forcedAgainst(span, i, values[i]);
+        if (against == 0)
+            continue;
+        Span bit = span;
+        bit.first += i;
+        if (span.access == Access::WORD) {
+            bit.access = Access::BIT;
+            bit.first *= BITS_PER_WORD;
+            for (unsigned mask = 1; (against & mask) == 0; mask <<= 1)
+                ++bit.first;
+        }
+        return placeText(bit) + " is forced and stays as it is until a client releases it";
+    }
+    return std::string();
+}
+
 } // namespace
 
 const Console::Command Console::COMMANDS[] = {
@@ -126,6 +147,8 @@ std::string Console::write(Words &words)
         return "error " + std::to_string(values.size()) + " values for " + std::to_string(span.count) + " items";
     if (!hasCount)
         wrong = parsePlace(place + ":" + std::to_string(values.size()), plc.controller.memory, &span);
+    if (wrong.empty())
+        wrong = checkForced(plc.controller.memory, span, values);
     if (!wrong.empty())
         return "error " + wrong;
     for (unsigned i = 0; i < span.count; ++i)

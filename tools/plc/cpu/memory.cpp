@@ -131,6 +131,18 @@ void Memory::set(const Span &span, unsigned i, unsigned value)
     }
 }
 
+unsigned Memory::forcedAgainst(const Span &span, unsigned i, unsigned value) const
+{
+    const bool isWord = span.access == Access::WORD;
+    if (isWord && AREAS[span.area].hasFlags)
+        return 0; // there the flag is forced
+    const unsigned item = span.first + i;
+    const unsigned forced = span.access == Access::BIT
+                                ? forcedBits(span.area, item / BITS_PER_WORD) >> item % BITS_PER_WORD & 1u
+                                : forcedBits(span.area, item);
+    return (get(span, i) ^ value) & forced;
+}
+
 void Memory::force(const Span &span, unsigned i, bool on)
 {
     setForced(span, i, false);

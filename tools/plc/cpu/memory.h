@@ -60,6 +60,9 @@ public:
     /// Sets item `i`, but for bits that are forced and for condition flags and clock pulses, which nobody sets.
     void set(const Span &span, unsigned i, unsigned value);
 
+    /// The bits of item `i` that are forced to something else than `value` has: set() would leave them as they are.
+    unsigned forcedAgainst(const Span &span, unsigned i, unsigned value) const;
+
     /// Sets the bit or flag `i` of a span of a forcible area, and lets nobody change it until it is released.
     void force(const Span &span, unsigned i, bool on);
     void release(const Span &span, unsigned i);
