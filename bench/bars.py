@@ -162,7 +162,7 @@ class Bench:
         ahead = ["chrt", "--fifo", "10"]
         if subprocess.run([*ahead, "true"], capture_output=True).returncode != 0:
             ahead = []
-        core = [*ahead, "taskset", "-c", max(os.sched_getaffinity(0))]
+        core = [*ahead, "taskset", "-c", str(max(os.sched_getaffinity(0)))]
         for changing, what in ((1, "1 word of 64 changes"), (8, "8 words of 64 change"), (64, "all 64 words change")):
             rounds = collections.defaultdict(dict)
             for line in self.lines(*core, "rounds", 400, 150, changing):
